@@ -1,0 +1,74 @@
+// Second-order filter sections and level measurements.
+//
+// Samples are 32-bit floats; every sum, coefficient and state is a 64-bit float. Nothing here locks
+// or logs; all functions are pure and may run on any thread.
+#pragma once
+
+#include <span>
+#include <vector>
+
+namespace velto {
+
+// A mono buffer at 48000 Hz.
+using Samples = std::vector<float>;
+
+// The sample rate of everything that Velto computes and plays, in Hz.
+inline constexpr double sampleRateHz = 48000.0;
+
+// 2π, to the nearest double.
+inline constexpr double twoPi = 6.283185307179586;
+
+// One second-order section in direct form I, normalised so that a0 is 1. The designs follow Robert
+// Bristow-Johnson's "Cookbook formulae for audio EQ biquad filter coefficients"; each returns a
+// section whose state is zero.
+//
+// A plain value: copying it copies the state. Changing coefficients while it runs is not click-free.
+struct Biquad {
+  double b0 = 1, b1 = 0, b2 = 0; // feed-forward
+  double a1 = 0, a2 = 0;         // feedback
+  double x1 = 0, x2 = 0;         // the previous two inputs
+  double y1 = 0, y2 = 0;         // the previous two outputs, before rounding to 32 bits
+
+  // `f0` and `sampleRate` in Hz, 0 < f0 < sampleRate / 2; `q` > 0.
+  [[nodiscard]] static Biquad lowpass(double f0, double q, double sampleRate);
+  [[nodiscard]] static Biquad highpass(double f0, double q, double sampleRate);
+  // Unity gain at `f0`.
+  [[nodiscard]] static Biquad bandpass(double f0, double q, double sampleRate);
+  // A gain of `gainDB` dB at `f0`, unity far from it.
+  [[nodiscard]] static Biquad peaking(double f0, double gainDB, double q, double sampleRate);
+
+  // One sample through the section. Real-time safe.
+  [[nodiscard]] float process(float sample) {
+    const double x = static_cast<double>(sample);
+    const double y = b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2;
+    x2 = x1;
+    x1 = x;
+    y2 = y1;
+    y1 = y;
+    return static_cast<float>(y);
+  }
+
+  // The magnitude of the section's response at `frequency` Hz, in dB; -360 dB at a perfect zero.
+  [[nodiscard]] double responseDB(double frequency, double sampleRate) const;
+};
+
+// Levels in dB relative to full scale. Sums run from the first sample to the last.
+namespace Measure {
+
+// RMS level; -infinity for an empty buffer, -240 for digital silence, 0 for a square wave of ±1.
+[[nodiscard]] double rmsDB(std::span<const float> x);
+
+// Level of the largest absolute sample; -240 for silence and for an empty buffer.
+[[nodiscard]] double peakDB(std::span<const float> x);
+
+// `x` scaled to an RMS level of `targetDB`. Silence stays silent, an empty buffer empty.
+[[nodiscard]] Samples normalizeRMS(Samples x, double targetDB);
+
+// Amplitude at `freq` Hz by one Hann-windowed DFT bin. A sine of amplitude a at `freq` measures
+// about a / 2: the window's coherent gain stays in the figure, so compare ratios. `x` holds two
+// samples or more; an empty buffer gives 0.
+[[nodiscard]] double magnitudeAt(std::span<const float> x, double freq, double sampleRate);
+
+} // namespace Measure
+
+} // namespace velto
