@@ -1,0 +1,34 @@
+// Where the profile file lies.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace velto {
+
+// What a process knows about its surroundings. Both are asked only when they matter.
+struct Environment {
+  std::function<std::optional<std::string>(const char* name)> variable;
+  std::function<std::optional<std::string>()> accountHome; // from the account database
+
+  // Those of this process. Main thread only.
+  [[nodiscard]] static Environment ofProcess();
+};
+
+struct ProfileLocation {
+  std::filesystem::path directory;
+  std::optional<std::filesystem::path> earlierFile; // where an older version kept its file
+
+  // VELTO_PROFILE_DIR if it is set (empty: the current folder), else "MORLA Velto" in the user's
+  // data directory: XDG_DATA_HOME, or .local/share in HOME or in the account's home. Relative
+  // values of those three are as good as none. Without any of them the process stops.
+  [[nodiscard]] static ProfileLocation resolve(const Environment& environment);
+
+  [[nodiscard]] std::filesystem::path file() const { return directory / "profile.json"; }
+
+  bool operator==(const ProfileLocation&) const = default;
+};
+
+} // namespace velto
