@@ -1,5 +1,6 @@
 #include "Numbers.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -15,14 +16,68 @@ namespace {
 // Room for any double in fixed notation: 309 digits before the point, a sign, and the decimals.
 constexpr std::size_t longestNumber = 512;
 
-template <typename... Format>
-std::string toText(double value, Format... format) {
+template <typename Number, typename... Format>
+void appendText(std::string& text, Number value, Format... format) {
   std::array<char, longestNumber> buffer;
-  const auto result =
-      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, format...);
+  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, format...);
   if (result.ec != std::errc{})
     fatalError("a number does not fit into its text");
-  return {buffer.data(), result.ptr};
+  text.append(buffer.data(), result.ptr);
+}
+
+template <typename... Format>
+std::string toText(double value, Format... format) {
+  std::string text;
+  appendText(text, value, format...);
+  return text;
+}
+
+template <typename Integer>
+std::optional<Integer> integer(std::string_view text) {
+  Integer value = 0;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, value);
+  if (result.ec != std::errc{} || result.ptr != end)
+    return std::nullopt;
+  return value;
+}
+
+// The power of ten behind the "e" of a number, 0 without one; none if it is out of all proportion.
+std::optional<std::int64_t> exponentPart(std::string_view text) {
+  const std::size_t mark = text.find_first_of("eE");
+  if (mark == text.npos)
+    return 0;
+  constexpr std::int64_t farthest = std::numeric_limits<std::int32_t>::max();
+  const auto exponent = Numbers::parseInteger(text.substr(mark + 1));
+  if (!exponent || *exponent > farthest || *exponent < -farthest)
+    return std::nullopt;
+  return exponent;
+}
+
+// The decimal digits of the whole number that the unsigned number `text` equals; none if it has a
+// fraction or more digits than any integer here. Exact, where a detour through a double is not.
+std::optional<std::string> wholeDigits(std::string_view text) {
+  const std::string_view mantissa = text.substr(0, text.find_first_of("eE"));
+  const std::string_view whole = mantissa.substr(0, mantissa.find('.'));
+  const std::string_view fraction = mantissa.substr(std::min(whole.size() + 1, mantissa.size()));
+
+  std::string digits(whole);
+  digits += fraction;
+  digits.erase(0, digits.find_first_not_of('0'));
+  if (digits.empty())
+    return "0";
+  const std::size_t significant = digits.find_last_not_of('0') + 1;
+  const auto trailingZeros = static_cast<std::int64_t>(digits.size() - significant);
+  digits.resize(significant);
+
+  const auto exponent = exponentPart(text);
+  if (!exponent)
+    return std::nullopt;
+  constexpr std::int64_t mostZeros = std::numeric_limits<std::uint64_t>::digits10;
+  const std::int64_t zeros = *exponent + trailingZeros - static_cast<std::int64_t>(fraction.size());
+  if (zeros < 0 || zeros > mostZeros)
+    return std::nullopt;
+  return digits.append(static_cast<std::size_t>(zeros), '0');
 }
 
 bool isDigitlessRemainder(std::string_view text) {
@@ -39,7 +94,21 @@ std::string Numbers::general(double value, int digits) {
   return toText(value, std::chars_format::general, digits);
 }
 
-std::string Numbers::shortest(double value) { return toText(value); }
+std::string Numbers::shortest(double value) {
+  return toText(value);
+}
+
+void Numbers::append(std::string& text, double value) {
+  appendText(text, value);
+}
+
+void Numbers::append(std::string& text, std::int64_t value) {
+  appendText(text, value);
+}
+
+void Numbers::append(std::string& text, std::uint64_t value) {
+  appendText(text, value);
+}
 
 std::optional<double> Numbers::parse(std::string_view text) {
   bool negative = false;
@@ -64,12 +133,35 @@ std::optional<double> Numbers::parse(std::string_view text) {
     // from_chars does not say which end was missed; the wider type tells, or else the exponent.
     long double wide = 0;
     result = std::from_chars(text.data(), end, wide, format);
-    const bool tiny = result.ec == std::errc{} ? wide < 1.0L
-                                               : text.find_first_of("eEpP") != text.npos &&
-                                                     text.find("-") != text.npos;
+    const bool tiny = result.ec == std::errc{}
+                          ? wide < 1.0L
+                          : text.find_first_of("eEpP") != text.npos && text.find("-") != text.npos;
     magnitude = tiny ? 0.0 : std::numeric_limits<double>::infinity();
   }
   return negative ? -magnitude : magnitude;
+}
+
+std::optional<std::int64_t> Numbers::parseInteger(std::string_view text) {
+  if (text.starts_with('+')) {
+    text.remove_prefix(1);
+    if (text.starts_with('-'))
+      return std::nullopt;
+  }
+  return integer<std::int64_t>(text);
+}
+
+std::optional<std::int64_t> Numbers::wholeInt64(std::string_view text) {
+  const bool negative = text.starts_with('-');
+  const auto digits = wholeDigits(text.substr(negative ? 1 : 0));
+  return digits ? integer<std::int64_t>((negative ? "-" : "") + *digits) : std::nullopt;
+}
+
+std::optional<std::uint64_t> Numbers::wholeUInt64(std::string_view text) {
+  const bool negative = text.starts_with('-');
+  const auto digits = wholeDigits(text.substr(negative ? 1 : 0));
+  if (!digits || (negative && *digits != "0"))
+    return std::nullopt;
+  return integer<std::uint64_t>(*digits);
 }
 
 std::int64_t Numbers::truncated(double value) {

@@ -25,6 +25,9 @@ struct Attempt {
   double error = 0;                      // octaves (frequency), dB (level, dynamics), 0 or 1
   std::optional<std::int64_t> bandIndex; // frequency: the centre in Bands::centres, 0 to 26
 
+  // The band of the weakness map that the answer counts for, if any.
+  [[nodiscard]] std::optional<std::int64_t> mappedBand() const;
+
   bool operator==(const Attempt&) const = default;
 };
 
@@ -35,7 +38,7 @@ struct BandRoll {
   std::int64_t hits = 0;
   double errorSum = 0; // octaves
 
-  // Adds one answer. The counters saturate.
+  // Adds one answer in this band. The counters saturate.
   void add(const Attempt& attempt);
 
   bool operator==(const BandRoll&) const = default;

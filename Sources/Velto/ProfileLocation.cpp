@@ -1,0 +1,61 @@
+#include "ProfileLocation.h"
+
+#include "Numbers.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <vector>
+
+namespace velto {
+
+namespace {
+
+using Path = std::filesystem::path;
+
+std::optional<std::string> variableOfProcess(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::nullopt : std::optional<std::string>(value);
+}
+
+std::optional<std::string> homeOfAccount() {
+  const passwd* account = getpwuid(getuid());
+  if (account == nullptr || account->pw_dir == nullptr)
+    return std::nullopt;
+  return account->pw_dir;
+}
+
+std::optional<Path> absolutePath(const std::optional<std::string>& text) {
+  if (!text || !Path(*text).is_absolute())
+    return std::nullopt;
+  return *text;
+}
+
+std::optional<Path> dataDirectory(const Environment& environment) {
+  if (const auto dataHome = absolutePath(environment.variable("XDG_DATA_HOME")))
+    return dataHome;
+  auto home = absolutePath(environment.variable("HOME"));
+  if (!home)
+    home = absolutePath(environment.accountHome());
+  if (!home)
+    return std::nullopt;
+  return *home / ".local" / "share";
+}
+
+} // namespace
+
+Environment Environment::ofProcess() {
+  return {variableOfProcess, homeOfAccount};
+}
+
+ProfileLocation ProfileLocation::resolve(const Environment& environment) {
+  if (const auto directory = environment.variable("VELTO_PROFILE_DIR"))
+    return {*directory, std::nullopt};
+  const auto data = dataDirectory(environment);
+  if (!data)
+    fatalError("no directory for the user's data: neither XDG_DATA_HOME nor a home is known");
+  return {*data / "MORLA Velto", *data / "Velto" / "profile.json"};
+}
+
+} // namespace velto
