@@ -1,0 +1,240 @@
+// What the tests of the practice record share: surroundings that are put back, and rows.
+#pragma once
+
+#include "Record.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+#include <rapidcheck/gtest.h>
+
+#include <stdlib.h>
+#include <time.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace velto::testing {
+
+// An environment variable that has another value, or none, for as long as this lives.
+class ScopedVariable {
+public:
+  ScopedVariable(std::string name, const std::optional<std::string>& value)
+      : name_(std::move(name)) {
+    if (const char* previous = getenv(name_.c_str()))
+      previous_ = previous;
+    assign(value);
+  }
+  ScopedVariable(const ScopedVariable&) = delete;
+  ScopedVariable& operator=(const ScopedVariable&) = delete;
+  ~ScopedVariable() { assign(previous_); }
+
+private:
+  void assign(const std::optional<std::string>& value) const {
+    if (value)
+      setenv(name_.c_str(), value->c_str(), 1);
+    else
+      unsetenv(name_.c_str());
+  }
+
+  std::string name_;
+  std::optional<std::string> previous_;
+};
+
+// Another time zone for as long as this lives.
+class ScopedTimeZone {
+public:
+  explicit ScopedTimeZone(const std::string& zone) : variable_(std::in_place, "TZ", zone) {
+    tzset();
+  }
+  ScopedTimeZone(const ScopedTimeZone&) = delete;
+  ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
+  ~ScopedTimeZone() {
+    variable_.reset();
+    tzset();
+  }
+
+private:
+  std::optional<ScopedVariable> variable_;
+};
+
+// A fresh folder that vanishes with everything in it.
+class ScratchFolder {
+public:
+  explicit ScratchFolder(
+      const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+    std::string name = (parent / "velto-test-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr)
+      throw std::filesystem::filesystem_error("no scratch folder", std::error_code());
+    path_ = name;
+  }
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+  ~ScratchFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+
+  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+private:
+  std::filesystem::path path_;
+};
+
+inline std::string contentOf(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+inline void put(const std::filesystem::path& path, const std::string& content) {
+  std::filesystem::create_directories(path.parent_path());
+  std::ofstream(path, std::ios::binary) << content;
+}
+
+// `text` with the one place where `from` stands changed to `to`.
+inline std::string changed(std::string text, const std::string& from, const std::string& to) {
+  const auto position = text.find(from);
+  if (position == text.npos || text.find(from, position + 1) != text.npos)
+    throw std::invalid_argument("not exactly one " + from + " in " + text);
+  return text.replace(position, from.size(), to);
+}
+
+// A date from seconds since 1970.
+inline Date since1970(std::int64_t seconds) {
+  return {static_cast<double>(seconds) - 978307200};
+}
+
+inline std::int64_t utcSeconds(int year, int month, int day, int hour = 0, int minute = 0,
+                               int second = 0) {
+  std::tm fields{};
+  fields.tm_year = year - 1900;
+  fields.tm_mon = month - 1;
+  fields.tm_mday = day;
+  fields.tm_hour = hour;
+  fields.tm_min = minute;
+  fields.tm_sec = second;
+  return timegm(&fields);
+}
+
+inline Date utc(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) {
+  return since1970(utcSeconds(year, month, day, hour, minute, second));
+}
+
+// A moment by the clock on the wall of the time zone in force.
+inline Date local(int year, int month, int day, int hour = 12, int minute = 0, int second = 0) {
+  std::tm fields{};
+  fields.tm_year = year - 1900;
+  fields.tm_mon = month - 1;
+  fields.tm_mday = day;
+  fields.tm_hour = hour;
+  fields.tm_min = minute;
+  fields.tm_sec = second;
+  fields.tm_isdst = -1;
+  return since1970(mktime(&fields));
+}
+
+inline Attempt row(Drill drill, std::optional<std::int64_t> band = std::nullopt,
+                   bool correct = true, double error = 0, Date date = {}) {
+  return {.id = UUID::random(),
+          .date = date,
+          .drill = drill,
+          .material = Material::pinkNoise,
+          .difficulty = 50,
+          .correct = correct,
+          .error = error,
+          .bandIndex = band};
+}
+
+inline bool sameBits(double a, double b) {
+  return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
+}
+
+// ---- Generators ----
+
+inline rc::Gen<std::uint64_t> anyBits() {
+  return rc::gen::resize(rc::kNominalSize, rc::gen::arbitrary<std::uint64_t>());
+}
+
+inline rc::Gen<double> finiteDouble() {
+  const auto anything = rc::gen::suchThat(
+      rc::gen::map(anyBits(), [](std::uint64_t bits) { return std::bit_cast<double>(bits); }),
+      [](double value) { return std::isfinite(value); });
+  return rc::gen::oneOf(
+      anything, rc::gen::map(rc::gen::inRange(-4000, 4001), [](int n) { return n / 40.0; }),
+      rc::gen::element(0.0, -0.0, 1e308, -1e308, 5e-324, -5e-324, 2.2250738585072009e-308,
+                       std::numeric_limits<double>::max(), 0x1p53, 0x1p63, 0x1p64, 0.1, 1e21,
+                       1e-7));
+}
+
+inline rc::Gen<std::int64_t> anyInteger() {
+  return rc::gen::oneOf(
+      rc::gen::map(anyBits(), [](std::uint64_t bits) { return std::bit_cast<std::int64_t>(bits); }),
+      rc::gen::inRange<std::int64_t>(-3, 30),
+      rc::gen::element(std::numeric_limits<std::int64_t>::min(),
+                       std::numeric_limits<std::int64_t>::max()));
+}
+
+inline rc::Gen<Drill> anyDrill() {
+  return rc::gen::element(Drill(Drill::frequency), Drill(Drill::level), Drill(Drill::dynamics),
+                          Drill(Drill::polarity));
+}
+
+inline rc::Gen<Material> anyMaterial() {
+  return rc::gen::element(Material(Material::pinkNoise), Material(Material::drums),
+                          Material(Material::pad));
+}
+
+inline Attempt anyAttempt() {
+  Attempt attempt;
+  attempt.id = UUID::random();
+  attempt.date = {*finiteDouble()};
+  attempt.drill = *anyDrill();
+  attempt.material = *anyMaterial();
+  attempt.difficulty = *finiteDouble();
+  attempt.correct = *rc::gen::arbitrary<bool>();
+  attempt.error = *finiteDouble();
+  if (*rc::gen::arbitrary<bool>())
+    attempt.bandIndex = *anyInteger();
+  return attempt;
+}
+
+inline Staircase anyStaircase() {
+  return {*finiteDouble(), *anyInteger(), *anyInteger(), *anyInteger()};
+}
+
+inline BandRoll anyBandRoll() {
+  return {*anyInteger(), *anyInteger(), *finiteDouble()};
+}
+
+// In UTF-8, with everything that needs an escape.
+inline std::string anyName() {
+  std::string name;
+  for (int i = *rc::gen::inRange(0, 6); i > 0; --i)
+    name += *rc::gen::element<std::string>("a", "Z", "\"", "\\", "/", "\n", "\x01", "\x1f", "\x7f",
+                                           " ", "\xc3\xa9", "\xe2\x80\xa8", "\xf0\x9f\x8e\xa7");
+  return name;
+}
+
+inline Stored anyStored() {
+  Stored stored;
+  for (int i = *rc::gen::inRange(0, 12); i > 0; --i)
+    stored.attempts.push_back(anyAttempt());
+  for (const Drill drill : Drill::allCases)
+    if (*rc::gen::arbitrary<bool>())
+      stored.staircases[std::string(drill.rawValue())] = anyStaircase();
+  for (int i = *rc::gen::inRange(0, 3); i > 0; --i)
+    stored.staircases[anyName()] = anyStaircase();
+  for (int i = *rc::gen::inRange(0, 6); i > 0; --i)
+    stored.lifetime[*anyInteger()] = anyBandRoll();
+  return stored;
+}
+
+} // namespace velto::testing
