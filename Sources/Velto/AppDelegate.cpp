@@ -1,0 +1,212 @@
+#include "AppDelegate.h"
+
+#include "Fonts.h"
+#include "Theme.h"
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QFile>
+#include <QGuiApplication>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QScreen>
+#include <QThreadPool>
+#include <QTimer>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+namespace velto {
+
+namespace {
+
+constexpr QSize initialSize(1180, 386);
+
+double secondsSince1970() {
+  return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
+}
+
+// Qt's modifiers do not tell caps lock; under X it is the lock bit of the native ones. Num lock has
+// a bit of its own there and does not count.
+bool capsLockIsOn(const QKeyEvent& event) {
+  constexpr quint32 xLockMask = 1U << 1;
+  return QGuiApplication::platformName() == QLatin1String("xcb") &&
+         (event.nativeModifiers() & xLockMask) != 0;
+}
+
+} // namespace
+
+WorkQueues qtWorkQueues() {
+  return {.background =
+              [](WorkQueues::Work work) { QThreadPool::globalInstance()->start(std::move(work)); },
+          .main =
+              [](WorkQueues::Work work) {
+                QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(work),
+                                          Qt::QueuedConnection);
+              }};
+}
+
+AppDelegate::AppDelegate(LaunchOptions options)
+    : options_(std::move(options)),
+      session_(options_.drill, qtWorkQueues(), std::make_unique<Player>(), secondsSince1970()),
+      appearance_(options_.fixedDark), model_(session_) {}
+
+AppDelegate::~AppDelegate() {
+  // Renders still under way hand their results to the event loop.
+  QThreadPool::globalInstance()->waitForDone();
+}
+
+bool AppDelegate::applicationDidFinishLaunching() {
+  BrandType::registerFace();
+  openWindow();
+  if (window_->status() != QQuickView::Ready) {
+    std::fputs("Velto: the interface cannot be loaded\n", stderr);
+    return false;
+  }
+  installLifecycle();
+  if (options_.shotPath)
+    scheduleShot(QString::fromStdString(*options_.shotPath));
+  return true;
+}
+
+void AppDelegate::openWindow() {
+  window_ = std::make_unique<QQuickView>();
+  window_->engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
+  window_->setTitle(QStringLiteral("MORLA Velto"));
+  window_->setResizeMode(QQuickView::SizeRootObjectToView);
+
+  const auto applyAppearance = [this] {
+    const bool dark = appearance_.dark();
+    window_->setColor((dark ? Palette::dark() : Palette::light()).bg);
+    if (QQuickItem* root = window_->rootObject())
+      root->setProperty("dark", dark);
+  };
+  connect(&appearance_, &Appearance::darkChanged, window_.get(), applyAppearance);
+  applyAppearance();
+
+  window_->setInitialProperties({{QStringLiteral("session"), QVariant::fromValue(&model_)},
+                                 {QStringLiteral("dark"), appearance_.dark()}});
+  window_->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Velto/ContentView.qml")));
+  QQuickItem* root = window_->rootObject();
+  if (root == nullptr)
+    return;
+  connect(root, SIGNAL(moveRequested()), window_.get(), SLOT(startSystemMove()));
+
+  const auto ceiling = [root](const char* property) {
+    return static_cast<int>(std::ceil(root->property(property).toDouble()));
+  };
+  window_->setMinimumSize({ceiling("minimumWidth"), ceiling("minimumHeight")});
+  window_->resize(initialSize.expandedTo(window_->minimumSize()));
+  if (const QScreen* screen = window_->screen()) {
+    const QRect available = screen->availableGeometry();
+    window_->setPosition(available.center() - QRect(QPoint(), window_->size()).center());
+  }
+  window_->installEventFilter(this);
+  window_->show();
+  window_->raise();
+  window_->requestActivate();
+}
+
+void AppDelegate::installLifecycle() {
+  connect(window_.get(), &QWindow::activeChanged, this, [this] {
+    if (window_->isActive())
+      session_.resume();
+    else
+      suspend();
+  });
+  connect(window_.get(), &QWindow::windowStateChanged, this, [this] {
+    const bool wasMinimized = windowStates_.testFlag(Qt::WindowMinimized);
+    windowStates_ = window_->windowStates();
+    const bool isMinimized = windowStates_.testFlag(Qt::WindowMinimized);
+    if (isMinimized && !wasMinimized)
+      suspend();
+    else if (wasMinimized && !isMinimized)
+      session_.resume();
+  });
+}
+
+void AppDelegate::followExposure() {
+  if (window_->isExposed() == exposed_)
+    return;
+  exposed_ = window_->isExposed();
+  if (exposed_)
+    session_.resume();
+  else
+    suspend();
+}
+
+void AppDelegate::suspend() {
+  if (session_.suspended())
+    return;
+  session_.setSuspended(true);
+  session_.player().stop();
+}
+
+bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyPress)
+    return handleKey(static_cast<const QKeyEvent&>(*event));
+  const bool handled = QObject::eventFilter(watched, event);
+  if (event->type() == QEvent::Expose)
+    followExposure();
+  return handled;
+}
+
+bool AppDelegate::handleKey(const QKeyEvent& event) {
+  if (event.modifiers() != Qt::NoModifier || capsLockIsOn(event))
+    return false;
+  switch (event.key()) {
+  case Qt::Key_Space:
+    session_.cycleSlot();
+    return true;
+  case Qt::Key_1:
+  case Qt::Key_2:
+  case Qt::Key_3:
+    session_.select(event.key() - Qt::Key_1);
+    return true;
+  case Qt::Key_N:
+    session_.newTrial();
+    return true;
+  default:
+    return false;
+  }
+}
+
+void AppDelegate::scheduleShot(const QString& path) {
+  QTimer::singleShot(1600, Qt::PreciseTimer, this, [this, path] {
+    if (options_.scriptedAnswer && !submitScripted(*options_.scriptedAnswer))
+      return QCoreApplication::exit(EXIT_FAILURE);
+    QTimer::singleShot(400, Qt::PreciseTimer, this,
+                       [this, path] { QCoreApplication::exit(shoot(path)); });
+  });
+}
+
+bool AppDelegate::submitScripted(double answer) {
+  // A slot that no integer holds ends the run before anything is recorded.
+  if (session_.drill() == Drill::polarity && !(std::abs(answer) < 0x1p63)) {
+    std::fputs("Velto: --answer is not a slot\n", stderr);
+    return false;
+  }
+  session_.setAnswer(answer);
+  session_.submit();
+  return true;
+}
+
+int AppDelegate::shoot(const QString& path) {
+  const QImage picture = window_->grabWindow();
+  QByteArray png;
+  QBuffer buffer(&png);
+  if (picture.isNull() || !buffer.open(QIODevice::WriteOnly) || !picture.save(&buffer, "PNG"))
+    return EXIT_FAILURE;
+  // A picture that cannot be written is no failure of the run.
+  QFile file(path);
+  if (file.open(QIODevice::WriteOnly))
+    file.write(png);
+  file.close();
+  std::fprintf(stderr, "wrote %s\n", path.toUtf8().constData());
+  session_.player().stop();
+  return EXIT_SUCCESS;
+}
+
+} // namespace velto

@@ -1,0 +1,58 @@
+// The window and what drives the session from outside of it: keys, focus and visibility, and the
+// scripted run that ends in a snapshot.
+#pragma once
+
+#include "Appearance.h"
+#include "LaunchOptions.h"
+#include "PracticeModel.h"
+#include "Session.h"
+
+#include <QKeyEvent>
+#include <QObject>
+#include <QQuickView>
+
+#include <memory>
+
+namespace velto {
+
+// Work queues on Qt's thread pool and on the main thread's event loop.
+[[nodiscard]] WorkQueues qtWorkQueues();
+
+// Main thread only; needs a QGuiApplication.
+class AppDelegate : public QObject {
+  Q_OBJECT
+
+public:
+  // Makes the session, which starts the first trial.
+  explicit AppDelegate(LaunchOptions options);
+  ~AppDelegate() override;
+
+  // Registers the wordmark's face and opens the window. False, after a line on standard error, when
+  // the interface cannot be loaded.
+  [[nodiscard]] bool applicationDidFinishLaunching();
+
+  [[nodiscard]] Session& session() { return session_; }
+  [[nodiscard]] QQuickView* window() { return window_.get(); }
+
+private:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+  bool handleKey(const QKeyEvent& event);
+  void openWindow();
+  void installLifecycle();
+  void followExposure();
+  void suspend();
+  void scheduleShot(const QString& path);
+  // Both are the ends of the scripted run: false, or a status that is not 0, when it failed.
+  [[nodiscard]] bool submitScripted(double answer);
+  [[nodiscard]] int shoot(const QString& path);
+
+  LaunchOptions options_;
+  Session session_;
+  Appearance appearance_;
+  PracticeModel model_;
+  std::unique_ptr<QQuickView> window_;
+  bool exposed_ = false;
+  Qt::WindowStates windowStates_;
+};
+
+} // namespace velto

@@ -1,0 +1,56 @@
+#include "Appearance.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QPalette>
+
+namespace velto {
+
+namespace {
+
+const QString appearanceSpace = QStringLiteral("org.freedesktop.appearance");
+const QString colorSchemeKey = QStringLiteral("color-scheme");
+
+bool paletteIsDark() {
+  const QPalette palette = QGuiApplication::palette();
+  return palette.color(QPalette::Window).lightnessF() <
+         palette.color(QPalette::WindowText).lightnessF();
+}
+
+} // namespace
+
+Appearance::Appearance(std::optional<bool> fixedDark, QObject* parent)
+    : QObject(parent), fixedDark_(fixedDark) {
+  if (fixedDark_) {
+    dark_ = *fixedDark_;
+    return;
+  }
+  connect(&portal_, &Portal::settingChanged, this,
+          [this](const QString& space, const QString& key, const QVariant& value) {
+            if (space == appearanceSpace && key == colorSchemeKey)
+              follow(value);
+          });
+  QCoreApplication::instance()->installEventFilter(this);
+  follow(portal_.read(appearanceSpace, colorSchemeKey));
+}
+
+bool Appearance::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::ApplicationPaletteChange)
+    follow(colorScheme_);
+  return QObject::eventFilter(watched, event);
+}
+
+void Appearance::follow(const QVariant& colorScheme) {
+  constexpr uint preferDark = 1;
+  constexpr uint preferLight = 2;
+  colorScheme_ = colorScheme;
+  const uint scheme = colorScheme.toUInt();
+  const bool dark = scheme == preferDark || (scheme != preferLight && paletteIsDark());
+  if (dark == dark_)
+    return;
+  dark_ = dark;
+  Q_EMIT darkChanged();
+}
+
+} // namespace velto

@@ -1,0 +1,77 @@
+import QtQuick
+import Velto
+
+// The practice window's content: the main column, a divider and the side panel.
+Item {
+    id: root
+
+    required property PracticeModel session
+    required property bool dark
+    readonly property real minimumWidth: main.minimumWidth + divider.width + side.width
+    readonly property real minimumHeight: main.minimumHeight
+
+    // The background is dragged.
+    signal moveRequested
+
+    Theme.palette: dark ? Palettes.dark : Palettes.light
+
+    BackgroundDrag {
+        anchors.fill: parent
+        onDragged: root.moveRequested()
+    }
+
+    Item {
+        id: main
+
+        readonly property real minimumWidth: Math.max(640, 40 + header.minimumWidth, 40 + card.minimumWidth)
+        readonly property real minimumHeight: column.implicitHeight + 40
+
+        anchors.left: parent.left
+        anchors.right: divider.left
+        height: parent.height
+
+        Column {
+            id: column
+
+            x: 20
+            y: 20
+            width: parent.width - 40
+            spacing: 16
+
+            Header {
+                id: header
+
+                objectName: "header"
+                width: parent.width
+                session: root.session
+            }
+
+            TrialCard {
+                id: card
+
+                width: parent.width
+                session: root.session
+            }
+        }
+    }
+
+    Rectangle {
+        id: divider
+
+        objectName: "divider"
+        anchors.right: side.left
+        width: 1
+        height: parent.height
+        color: Theme.palette.line
+    }
+
+    // The side panel's column: 320 points and 20 of padding on each side.
+    Item {
+        id: side
+
+        objectName: "sidePanel"
+        anchors.right: parent.right
+        width: 320 + 40
+        height: parent.height
+    }
+}

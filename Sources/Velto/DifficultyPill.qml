@@ -1,0 +1,48 @@
+import QtQuick
+import Velto
+
+// The trial's difficulty as a bar and a number.
+Row {
+    id: pill
+
+    property real difficulty: 0 // 0 to 100
+
+    spacing: 8
+
+    Label {
+        objectName: "difficultyCaption"
+        anchors.verticalCenter: parent.verticalCenter
+        text: "DIFFICULTY"
+        size: 9
+        font.weight: Font.Medium
+        tracking: 1.2
+        color: Theme.palette.faint
+    }
+
+    Rectangle {
+        objectName: "difficultyTrack"
+        anchors.verticalCenter: parent.verticalCenter
+        width: 90
+        height: 6
+        radius: 3
+        color: Theme.palette.track
+
+        Rectangle {
+            objectName: "difficultyBar"
+            width: parent.width * Math.min(Math.max(pill.difficulty / 100, 0), 1)
+            height: parent.height
+            radius: Math.min(3, width / 2)
+            color: Theme.palette.ink
+        }
+    }
+
+    Label {
+        objectName: "difficultyValue"
+        anchors.verticalCenter: parent.verticalCenter
+        width: 24
+        horizontalAlignment: Text.AlignRight
+        text: pill.difficulty.toFixed(0)
+        size: 12
+        font.weight: Font.DemiBold
+    }
+}

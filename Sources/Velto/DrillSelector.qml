@@ -1,0 +1,62 @@
+import QtQuick
+import Velto
+
+// One chip per drill.
+Row {
+    id: selector
+
+    required property PracticeModel session
+
+    spacing: 4
+
+    Repeater {
+        model: selector.session.drillTitles
+
+        Pressable {
+            id: chip
+
+            required property int index
+            required property string modelData
+            readonly property bool current: selector.session.drill === index
+
+            objectName: "drill" + index
+            implicitWidth: content.implicitWidth + 24
+            implicitHeight: content.implicitHeight + 12
+            name: modelData
+            onActivated: selector.session.drill = index
+
+            RoundedBox {
+                objectName: "drillBox" + chip.index
+                anchors.fill: parent
+                radius: 6
+                color: chip.current ? Theme.palette.selectedFill : "transparent"
+                strokeColor: chip.current ? Palettes.faded(Theme.palette.ink, 0.55) : "transparent"
+                strokeWidth: 1.5
+            }
+
+            Row {
+                id: content
+
+                anchors.centerIn: parent
+                spacing: 5
+
+                Rectangle {
+                    objectName: "drillDot" + chip.index
+                    anchors.verticalCenter: parent.verticalCenter
+                    width: 6
+                    height: 6
+                    radius: 3
+                    color: chip.current ? Theme.palette.identity : Theme.palette.faint
+                }
+
+                Label {
+                    objectName: "drillLabel" + chip.index
+                    text: chip.modelData
+                    size: 12
+                    font.weight: chip.current ? Font.DemiBold : Font.Normal
+                    color: chip.current ? Theme.palette.ink : Theme.palette.muted
+                }
+            }
+        }
+    }
+}

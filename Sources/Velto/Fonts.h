@@ -1,0 +1,51 @@
+// The faces that the interface is set in.
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QtQml/qqmlregistration.h>
+
+namespace velto {
+
+// The wordmark's face. Main thread only.
+namespace BrandType {
+
+inline constexpr const char* family = "MORLA Display";
+
+// Makes the face usable by this process: as it is installed, or from the file beside the program.
+// Leaves registered() false where neither gives it. Needs a QGuiApplication.
+void registerFace();
+
+// True when the face can be used.
+[[nodiscard]] bool registered();
+
+// Where the face's file lies, or an empty path when it is not there.
+[[nodiscard]] QString faceFile();
+
+} // namespace BrandType
+
+// The families of the desktop's fonts: those that the platform theme names, else those of the
+// portal's font settings, else Inter and JetBrains Mono.
+class Fonts : public QObject {
+  Q_OBJECT
+  QML_ELEMENT
+  QML_SINGLETON
+  Q_PROPERTY(QString system READ system CONSTANT FINAL)
+  Q_PROPERTY(QString mono READ mono CONSTANT FINAL)
+  Q_PROPERTY(QString brand READ brand CONSTANT FINAL)
+  Q_PROPERTY(bool brandRegistered READ brandRegistered CONSTANT FINAL)
+
+public:
+  explicit Fonts(QObject* parent = nullptr);
+
+  [[nodiscard]] QString system() const { return system_; }
+  [[nodiscard]] QString mono() const { return mono_; }
+  [[nodiscard]] static QString brand() { return QString::fromLatin1(BrandType::family); }
+  [[nodiscard]] static bool brandRegistered() { return BrandType::registered(); }
+
+private:
+  QString system_;
+  QString mono_;
+};
+
+} // namespace velto

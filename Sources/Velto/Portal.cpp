@@ -1,0 +1,49 @@
+#include "Portal.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+
+namespace velto {
+
+namespace {
+
+const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
+constexpr int timeoutMilliseconds = 200;
+
+// The portal wraps its values in one variant or two, depending on its version.
+QVariant unwrapped(QVariant value) {
+  while (value.canConvert<QDBusVariant>())
+    value = value.value<QDBusVariant>().variant();
+  return value;
+}
+
+} // namespace
+
+Portal::Portal(QObject* parent) : QObject(parent) {
+  qDBusRegisterMetaType<QDBusVariant>();
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  if (bus.isConnected())
+    bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+                SLOT(receive(QString, QString, QDBusVariant)));
+}
+
+QVariant Portal::read(const QString& space, const QString& key) const {
+  const QDBusConnection bus = QDBusConnection::sessionBus();
+  if (!bus.isConnected())
+    return {};
+  auto call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
+  call << space << key;
+  const QDBusMessage reply = bus.call(call, QDBus::Block, timeoutMilliseconds);
+  if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+    return {};
+  return unwrapped(reply.arguments().constFirst());
+}
+
+void Portal::receive(const QString& space, const QString& key, const QDBusVariant& value) {
+  Q_EMIT settingChanged(space, key, unwrapped(value.variant()));
+}
+
+} // namespace velto

@@ -1,0 +1,151 @@
+#include "PracticeModel.h"
+
+#include "Wording.h"
+
+namespace velto {
+
+namespace {
+
+QString text(std::string_view utf8) {
+  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
+
+template <typename Enumeration>
+QStringList titles() {
+  QStringList list;
+  for (const Enumeration value : Enumeration::allCases)
+    list.append(text(Wording::title(value)));
+  return list;
+}
+
+template <typename Enumeration>
+bool isIndexOf(int index) {
+  return index >= 0 && static_cast<std::size_t>(index) < Enumeration::allCases.size();
+}
+
+template <typename Enumeration>
+Enumeration at(int index) {
+  return Enumeration::allCases[static_cast<std::size_t>(index)];
+}
+
+} // namespace
+
+PracticeModel::PracticeModel(Session& session, QObject* parent)
+    : QObject(parent), session_(session),
+      subscription_(session.objectDidChange.subscribe([this] { Q_EMIT changed(); })) {}
+
+PracticeModel::~PracticeModel() {
+  session_.objectDidChange.unsubscribe(subscription_);
+}
+
+int PracticeModel::drill() const {
+  return session_.drill();
+}
+
+void PracticeModel::setDrill(int index) {
+  if (isIndexOf<Drill>(index))
+    session_.setDrill(at<Drill>(index));
+}
+
+int PracticeModel::material() const {
+  return session_.material();
+}
+
+void PracticeModel::setMaterial(int index) {
+  if (isIndexOf<Material>(index))
+    session_.setMaterial(at<Material>(index));
+}
+
+QStringList PracticeModel::drillTitles() {
+  return titles<Drill>();
+}
+
+QStringList PracticeModel::materialTitles() {
+  return titles<Material>();
+}
+
+QString PracticeModel::prompt() const {
+  return text(Wording::prompt(session_.drill()));
+}
+
+bool PracticeModel::hasTrial() const {
+  return session_.trial().has_value();
+}
+
+QStringList PracticeModel::slotTitles() const {
+  QStringList list;
+  if (const auto& trial = session_.trial())
+    for (std::int64_t slot = 0; slot < trial->slots; ++slot)
+      list.append(text(Wording::slotTitle(trial->drill, slot)));
+  return list;
+}
+
+double PracticeModel::difficulty() const {
+  return session_.trial() ? session_.trial()->difficulty : 0;
+}
+
+int PracticeModel::currentSlot() const {
+  return static_cast<int>(session_.currentSlot());
+}
+
+bool PracticeModel::rendering() const {
+  return session_.rendering();
+}
+
+bool PracticeModel::canSubmit() const {
+  return session_.canSubmit();
+}
+
+double PracticeModel::answer() const {
+  return session_.answer();
+}
+
+void PracticeModel::setAnswer(double answer) {
+  session_.setAnswer(answer);
+}
+
+bool PracticeModel::graded() const {
+  return session_.grade().has_value();
+}
+
+double PracticeModel::truth() const {
+  const auto& trial = session_.trial();
+  if (!trial)
+    return 0;
+  switch (trial->drill) {
+  case Drill::frequency:
+    return trial->targetFreq;
+  case Drill::level:
+    return trial->targetLevelDB;
+  case Drill::dynamics:
+    return trial->targetGRdB;
+  case Drill::polarity:
+    return static_cast<double>(trial->oddSlot);
+  }
+  return 0;
+}
+
+bool PracticeModel::correct() const {
+  return session_.grade() && session_.grade()->correct;
+}
+
+QString PracticeModel::verdict() const {
+  return session_.grade() ? text(Wording::verdict(session_.grade()->correct)) : QString();
+}
+
+QString PracticeModel::verdictDetail() const {
+  return session_.grade() ? text(Wording::verdictDetail(*session_.grade())) : QString();
+}
+
+void PracticeModel::select(int slot) {
+  session_.select(slot);
+}
+
+void PracticeModel::advance() {
+  if (session_.grade())
+    session_.newTrial();
+  else
+    session_.submit();
+}
+
+} // namespace velto

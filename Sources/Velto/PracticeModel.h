@@ -1,0 +1,86 @@
+// The session as the practice view sees it: properties to bind to and operations to call.
+#pragma once
+
+#include "Session.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
+#include <QtQml/qqmlregistration.h>
+
+namespace velto {
+
+// Adapts a Session for QML; holds no state of its own. Main thread only.
+class PracticeModel : public QObject {
+  Q_OBJECT
+  QML_ELEMENT
+  QML_UNCREATABLE("the application makes it")
+
+  // Indices into Drill::allCases and Material::allCases, and their names there.
+  Q_PROPERTY(int drill READ drill WRITE setDrill NOTIFY changed FINAL)
+  Q_PROPERTY(int material READ material WRITE setMaterial NOTIFY changed FINAL)
+  Q_PROPERTY(QStringList drillTitles READ drillTitles CONSTANT FINAL)
+  Q_PROPERTY(QStringList materialTitles READ materialTitles CONSTANT FINAL)
+  Q_PROPERTY(QString prompt READ prompt NOTIFY changed FINAL)
+
+  Q_PROPERTY(bool hasTrial READ hasTrial NOTIFY changed FINAL)
+  Q_PROPERTY(
+      QStringList slotTitles READ slotTitles NOTIFY changed FINAL)   // one per slot of the trial
+  Q_PROPERTY(double difficulty READ difficulty NOTIFY changed FINAL) // 0 to 100
+  Q_PROPERTY(int currentSlot READ currentSlot NOTIFY changed FINAL)
+  Q_PROPERTY(bool rendering READ rendering NOTIFY changed FINAL)
+  Q_PROPERTY(bool canSubmit READ canSubmit NOTIFY changed FINAL)
+
+  // In the unit of the drill: Hz, dB, or a slot index (-1: none chosen).
+  Q_PROPERTY(double answer READ answer WRITE setAnswer NOTIFY changed FINAL)
+  Q_PROPERTY(bool graded READ graded NOTIFY changed FINAL)
+  // The right answer in the same unit; only meaningful once graded.
+  Q_PROPERTY(double truth READ truth NOTIFY changed FINAL)
+  Q_PROPERTY(bool correct READ correct NOTIFY changed FINAL)
+  Q_PROPERTY(QString verdict READ verdict NOTIFY changed FINAL)
+  Q_PROPERTY(QString verdictDetail READ verdictDetail NOTIFY changed FINAL)
+
+public:
+  // The drills' indices, for QML.
+  enum DrillIndex { Frequency, Level, Dynamics, Polarity };
+  Q_ENUM(DrillIndex)
+
+  // `session` outlives the model.
+  explicit PracticeModel(Session& session, QObject* parent = nullptr);
+  ~PracticeModel() override;
+
+  [[nodiscard]] int drill() const;
+  void setDrill(int index);
+  [[nodiscard]] int material() const;
+  void setMaterial(int index);
+  [[nodiscard]] static QStringList drillTitles();
+  [[nodiscard]] static QStringList materialTitles();
+  [[nodiscard]] QString prompt() const;
+  [[nodiscard]] bool hasTrial() const;
+  [[nodiscard]] QStringList slotTitles() const;
+  [[nodiscard]] double difficulty() const;
+  [[nodiscard]] int currentSlot() const;
+  [[nodiscard]] bool rendering() const;
+  [[nodiscard]] bool canSubmit() const;
+  [[nodiscard]] double answer() const;
+  void setAnswer(double answer);
+  [[nodiscard]] bool graded() const;
+  [[nodiscard]] double truth() const;
+  [[nodiscard]] bool correct() const;
+  [[nodiscard]] QString verdict() const;
+  [[nodiscard]] QString verdictDetail() const;
+
+  Q_INVOKABLE void select(int slot);
+  // What the primary button does: the next trial once graded, else the grade.
+  Q_INVOKABLE void advance();
+
+Q_SIGNALS:
+  void changed();
+
+private:
+  Session& session_;
+  Publisher::Token subscription_;
+};
+
+} // namespace velto

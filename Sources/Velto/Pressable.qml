@@ -1,0 +1,22 @@
+import QtQuick
+
+// The behaviour of a button without a look: mouse and assistive technology end in `activated`.
+Item {
+    id: control
+
+    property string name
+    readonly property alias pressed: mouse.pressed
+
+    signal activated
+
+    Accessible.role: Accessible.Button
+    Accessible.name: name
+    Accessible.onPressAction: if (enabled) activated()
+
+    MouseArea {
+        id: mouse
+
+        anchors.fill: parent
+        onClicked: control.activated()
+    }
+}

@@ -1,0 +1,46 @@
+import QtQuick
+import Velto
+
+// The button that carries the trial on.
+Pressable {
+    id: control
+
+    property alias text: label.text
+    // Texts that the button may show: it is as wide as the widest needs.
+    property list<string> texts: [text]
+
+    implicitWidth: {
+        let widest = 0;
+        for (const candidate of texts)
+            widest = Math.max(widest, metrics.advanceWidth(candidate));
+        return Math.ceil(widest) + 40;
+    }
+    implicitHeight: 36
+    name: text
+
+    RoundedBox {
+        objectName: "primaryButtonBox"
+        anchors.fill: parent
+        radius: 7
+        continuous: true
+        color: !control.enabled ? Theme.palette.soft : control.pressed ? Palettes.faded(Theme.palette.ink, 0.7) : Theme.palette.ink
+        strokeColor: control.enabled ? "transparent" : Theme.palette.line
+        strokeWidth: 1
+    }
+
+    Label {
+        id: label
+
+        objectName: "primaryButtonLabel"
+        anchors.centerIn: parent
+        size: 13
+        font.weight: Font.DemiBold
+        color: control.enabled ? Theme.palette.bg : Theme.palette.muted
+    }
+
+    FontMetrics {
+        id: metrics
+
+        font: label.font
+    }
+}

@@ -1,0 +1,77 @@
+#include "RoundedBox.h"
+
+#include <QPainter>
+#include <QPen>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace velto {
+
+namespace {
+
+constexpr double exponent = 3;
+constexpr int pointsPerCorner = 24;
+
+// How far along the edges the corner of a superellipse reaches, for one that cuts the diagonal
+// where a circular arc of radius 1 does.
+double cornerReach() {
+  return (1 - std::sqrt(0.5)) / (1 - std::pow(2.0, -1 / exponent));
+}
+
+// A corner from the edge that runs along `in` to the edge that runs along `out`, unit vectors that
+// point from the corner's tip back along the first edge and on along the second one.
+void addCorner(QPainterPath& path, QPointF tip, QPointF in, QPointF out, double reach) {
+  for (int i = 0; i <= pointsPerCorner; ++i) {
+    const double angle = (M_PI / 2) * i / pointsPerCorner;
+    // The parametrisation spreads the points evenly enough along the curve.
+    const double a = reach * (1 - std::pow(std::sin(angle), 2 / exponent));
+    const double b = reach * (1 - std::pow(std::cos(angle), 2 / exponent));
+    const QPointF point = tip + a * in + b * out;
+    if (path.elementCount() == 0)
+      path.moveTo(point);
+    else
+      path.lineTo(point);
+  }
+}
+
+} // namespace
+
+QPainterPath roundedOutline(const QRectF& rect, double radius, bool continuous) {
+  QPainterPath path;
+  const double half = std::min(rect.width(), rect.height()) / 2;
+  if (!continuous) {
+    const double r = std::clamp(radius, 0.0, std::max(half, 0.0));
+    path.addRoundedRect(rect, r, r);
+    return path;
+  }
+  const double reach = std::clamp(radius * cornerReach(), 0.0, std::max(half, 0.0));
+  constexpr QPointF right(1, 0), left(-1, 0), down(0, 1), up(0, -1);
+  addCorner(path, rect.topLeft(), down, right, reach);
+  addCorner(path, rect.topRight(), left, down, reach);
+  addCorner(path, rect.bottomRight(), up, left, reach);
+  addCorner(path, rect.bottomLeft(), right, up, reach);
+  path.closeSubpath();
+  return path;
+}
+
+RoundedBox::RoundedBox(QQuickItem* parent) : QQuickPaintedItem(parent) {
+  setAntialiasing(true);
+  connect(this, &RoundedBox::appearanceChanged, this, [this] { update(); });
+}
+
+void RoundedBox::paint(QPainter* painter) {
+  painter->setRenderHint(QPainter::Antialiasing);
+  const QRectF bounds(0, 0, width(), height());
+  if (color_.alpha() > 0)
+    painter->fillPath(roundedOutline(bounds, radius_, continuous_), color_);
+  if (strokeColor_.alpha() > 0 && strokeWidth_ > 0) {
+    const double inset = strokeWidth_ / 2;
+    painter->strokePath(
+        roundedOutline(bounds.adjusted(inset, inset, -inset, -inset), radius_ - inset, continuous_),
+        QPen(strokeColor_, strokeWidth_, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
+  }
+}
+
+} // namespace velto

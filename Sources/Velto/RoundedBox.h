@@ -1,0 +1,44 @@
+// A filled and outlined rounded rectangle, drawn exactly at every scale.
+#pragma once
+
+#include <QColor>
+#include <QPainterPath>
+#include <QQuickPaintedItem>
+#include <QtQml/qqmlregistration.h>
+
+namespace velto {
+
+// The outline of `rect` with rounded corners of `radius` points.
+//
+// With `continuous` false the corners are circular arcs. With `continuous` true the curvature rises
+// from zero and falls back to zero along each corner, so that nothing shows where it meets the
+// edges: each corner is a quarter of the superellipse |x|^3 + |y|^3 = 1, sized to cut as much off
+// the corner as the arc does. Radii that do not fit are reduced.
+[[nodiscard]] QPainterPath roundedOutline(const QRectF& rect, double radius, bool continuous);
+
+// Fills and then strokes one roundedOutline. The stroke lies inside the item's edges.
+class RoundedBox : public QQuickPaintedItem {
+  Q_OBJECT
+  QML_ELEMENT
+  Q_PROPERTY(QColor color MEMBER color_ NOTIFY appearanceChanged FINAL)
+  Q_PROPERTY(QColor strokeColor MEMBER strokeColor_ NOTIFY appearanceChanged FINAL)
+  Q_PROPERTY(double strokeWidth MEMBER strokeWidth_ NOTIFY appearanceChanged FINAL) // points
+  Q_PROPERTY(double radius MEMBER radius_ NOTIFY appearanceChanged FINAL)           // points
+  Q_PROPERTY(bool continuous MEMBER continuous_ NOTIFY appearanceChanged FINAL)
+
+public:
+  explicit RoundedBox(QQuickItem* parent = nullptr);
+  void paint(QPainter* painter) override;
+
+Q_SIGNALS:
+  void appearanceChanged();
+
+private:
+  QColor color_ = Qt::transparent;
+  QColor strokeColor_ = Qt::transparent;
+  double strokeWidth_ = 1;
+  double radius_ = 0;
+  bool continuous_ = false;
+};
+
+} // namespace velto

@@ -1,0 +1,68 @@
+import QtQuick
+import Velto
+
+// A marker on a scale: a bar over the strip's height and a chip with the value. Its `x` is the
+// value's position.
+Item {
+    id: marker
+
+    property string text
+    property bool isTruth: false
+    property bool dimmed: false
+    property point chipPlace // the chip's top left corner on the strip
+    property real barLeft: x - 1 // the bar's left edge on the strip
+    readonly property real chipWidth: Math.ceil(chipContent.implicitWidth) + 14
+    readonly property color color: isTruth ? Theme.palette.ink : dimmed ? Palettes.faded(Theme.palette.signal, 0.45) : Theme.palette.signal
+
+    Rectangle {
+        objectName: marker.objectName + "Bar"
+        x: marker.barLeft - marker.x
+        width: 2
+        height: 76
+        color: marker.color
+    }
+
+    RoundedBox {
+        objectName: marker.objectName + "Chip"
+        x: marker.chipPlace.x - marker.x
+        y: marker.chipPlace.y
+        width: marker.chipWidth
+        height: 20
+        radius: 4
+        strokeColor: Palettes.faded(marker.color, 0.35)
+        strokeWidth: 1
+
+        Row {
+            id: chipContent
+
+            x: 7
+            height: parent.height
+            spacing: 8
+
+            Label {
+                id: actual
+
+                objectName: marker.objectName + "Actual"
+                visible: marker.isTruth
+                y: value.y + value.baselineOffset - baselineOffset
+                text: "ACTUAL"
+                mono: true
+                size: 8
+                font.weight: Font.Bold
+                tracking: 0.8
+                color: marker.color
+            }
+
+            Label {
+                id: value
+
+                objectName: marker.objectName + "Text"
+                y: (parent.height - height) / 2
+                text: marker.text
+                size: 11
+                font.weight: Font.DemiBold
+                color: marker.color
+            }
+        }
+    }
+}

@@ -1,0 +1,98 @@
+import QtQuick
+import Velto
+
+// The strip that both scale pickers are made of: ticks, labels under it, markers, and drags.
+Item {
+    id: strip
+
+    required property ScaleModel scaleModel
+    property var value // the answer, undefined for none
+    property var truth // the right answer, undefined for none
+    property real minorOpacity: 0.5
+
+    // The listener points at a value.
+    signal picked(real value)
+
+    readonly property var valueX: value === undefined ? undefined : scaleModel.position(value, width)
+    readonly property var truthX: truth === undefined ? undefined : scaleModel.position(truth, width)
+    readonly property real pixelRatio: Screen.devicePixelRatio
+
+    implicitHeight: 88
+
+    RoundedBox {
+        objectName: "strip"
+        width: parent.width
+        height: 76
+        radius: 6
+        color: Theme.palette.soft
+        strokeColor: Theme.palette.line
+        strokeWidth: 1
+    }
+
+    Repeater {
+        model: strip.scaleModel.ticks
+
+        Item {
+            id: tick
+
+            required property int index
+            required property var modelData
+            readonly property real position: strip.scaleModel.position(modelData.value, strip.width)
+
+            Rectangle {
+                objectName: "tick" + tick.index
+                x: strip.scaleModel.tickLeft(tick.position, width, strip.width, strip.pixelRatio)
+                y: 76 - height
+                width: 1
+                height: tick.modelData.height
+                color: tick.modelData.major ? Theme.palette.muted : Palettes.faded(Theme.palette.faint, strip.minorOpacity)
+            }
+
+            Label {
+                objectName: "tickLabel" + tick.index
+                visible: text !== ""
+                x: tick.position - strip.scaleModel.labelOffset
+                y: 80
+                text: tick.modelData.label
+                size: 9
+                color: Theme.palette.muted
+            }
+        }
+    }
+
+    ScaleMarker {
+        id: answerMarker
+
+        objectName: "answerMarker"
+        visible: strip.valueX !== undefined
+        x: strip.valueX ?? 0
+        barLeft: strip.scaleModel.tickLeft(x, 2, strip.width, strip.pixelRatio)
+        text: strip.value === undefined ? "" : strip.scaleModel.text(strip.value)
+        dimmed: !strip.enabled
+        chipPlace: strip.scaleModel.answerChip(strip.valueX, chipWidth, strip.truthX, truthMarker.chipWidth, strip.width)
+    }
+
+    ScaleMarker {
+        id: truthMarker
+
+        objectName: "truthMarker"
+        visible: strip.truthX !== undefined
+        x: strip.truthX ?? 0
+        barLeft: strip.scaleModel.tickLeft(x, 2, strip.width, strip.pixelRatio)
+        text: strip.truth === undefined ? "" : strip.scaleModel.text(strip.truth)
+        isTruth: true
+        chipPlace: strip.scaleModel.truthChip(strip.valueX, answerMarker.chipWidth, strip.truthX, chipWidth, strip.width)
+    }
+
+    MouseArea {
+        width: parent.width
+        height: 76
+        preventStealing: true
+        onPressed: mouse => strip.pick(mouse.x)
+        onPositionChanged: mouse => strip.pick(mouse.x)
+    }
+
+    function pick(x: real) {
+        picked(scaleModel.valueAt(x, width));
+    }
+}

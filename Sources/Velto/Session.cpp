@@ -1,0 +1,143 @@
+#include "Session.h"
+
+#include "Numbers.h"
+
+#include <utility>
+
+namespace velto {
+
+namespace {
+
+constexpr std::uint64_t seedStep = 40503;
+
+double defaultAnswer(Drill drill) {
+  switch (drill) {
+  case Drill::frequency:
+    return 1000.0;
+  case Drill::level:
+    return 2.0;
+  case Drill::dynamics:
+    return 5.0;
+  case Drill::polarity:
+    return -1.0; // no slot chosen yet
+  }
+  fatalError("an unknown drill");
+}
+
+Material defaultMaterial(Drill drill) {
+  switch (drill) {
+  case Drill::frequency:
+  case Drill::level:
+    return Material::pinkNoise;
+  case Drill::dynamics:
+    return Material::drums;
+  case Drill::polarity:
+    return Material::pad;
+  }
+  fatalError("an unknown drill");
+}
+
+std::uint64_t wholeSeconds(double secondsSince1970) {
+  // 2^64 is the first double above the range.
+  if (!(secondsSince1970 >= 0 && secondsSince1970 < 0x1p64))
+    fatalError("the clock shows a time that no trial can be made from");
+  return static_cast<std::uint64_t>(secondsSince1970);
+}
+
+} // namespace
+
+Session::Session(Drill drill, WorkQueues queues, std::unique_ptr<Player> player,
+                 double secondsSince1970)
+    : player_(std::move(player)), counter_(wholeSeconds(secondsSince1970)),
+      queues_(std::move(queues)), self_(std::make_shared<Session*>(this)) {
+  setDrill(drill);
+  newTrial();
+}
+
+Session::~Session() = default;
+
+template <typename Field, typename Value>
+void Session::assign(Field& field, Value&& value) {
+  objectWillChange.send();
+  field = std::forward<Value>(value);
+  objectDidChange.send();
+}
+
+void Session::setDrill(Drill drill) {
+  assign(drill_, drill);
+  assign(material_, defaultMaterial(drill));
+  newTrial();
+}
+
+void Session::setMaterial(Material material) {
+  assign(material_, material);
+  newTrial();
+}
+
+void Session::setAnswer(double answer) {
+  assign(answer_, answer);
+}
+
+void Session::newTrial() {
+  assign(grade_, std::nullopt);
+  counter_ += seedStep;
+  const double difficulty = profile_.staircase(drill_).difficulty;
+  assign(trial_, Drills::makeTrial(difficulty, material_, counter_, drill_));
+  assign(answer_, defaultAnswer(drill_));
+  assign(currentSlot_, 0);
+  assign(rendering_, true);
+
+  queues_.background([trial = *trial_, main = queues_.main, self = std::weak_ptr(self_)] {
+    auto rendered = Drills::render(trial, trialSeconds);
+    main([seed = trial.seed, rendered = std::move(rendered), self]() mutable {
+      if (const auto session = self.lock())
+        (*session)->takeRender(seed, std::move(rendered));
+    });
+  });
+}
+
+void Session::takeRender(std::uint64_t seed, std::vector<Slot> slots) {
+  // A newer trial has been started in the meantime.
+  if (!trial_ || trial_->seed != seed)
+    return;
+  assign(rendering_, false);
+  slots_ = std::move(slots);
+  assign(currentSlot_, 0);
+  if (!suspended_)
+    player_->load(slots_, 0);
+}
+
+void Session::select(std::int64_t slot) {
+  if (!trial_ || slot >= trial_->slots)
+    return;
+  assign(currentSlot_, slot);
+  player_->switchTo(slot);
+}
+
+void Session::cycleSlot() {
+  if (trial_)
+    select((currentSlot_ + 1) % trial_->slots);
+}
+
+bool Session::canSubmit() const {
+  return trial_ && !grade_ && !rendering_ && (trial_->drill != Drill::polarity || answer_ >= 0);
+}
+
+void Session::submit() {
+  if (!canSubmit())
+    return;
+  assign(grade_, Drills::grade(answer_, *trial_));
+  profile_.record(*trial_, *grade_);
+  objectWillChange.send();
+  objectDidChange.send();
+}
+
+void Session::resume() {
+  if (!suspended_)
+    return;
+  suspended_ = false;
+  if (!slots_.empty())
+    player_->load(slots_, currentSlot_);
+}
+
+} // namespace velto

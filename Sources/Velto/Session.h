@@ -1,0 +1,105 @@
+// The practice controller: the chosen drill and material, the current trial and its audio, the
+// listener's pending answer and its grade.
+//
+// Main thread only, but for the render of a trial, which the background queue carries out on a
+// copy.
+#pragma once
+
+#include "Player.h"
+#include "Drills.h"
+#include "Profile.h"
+#include "Publisher.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace velto {
+
+// The two queues that a session hands work to. Both take calls from any thread.
+struct WorkQueues {
+  using Work = std::function<void()>;
+  std::function<void(Work)> background; // runs work on another thread, soon
+  std::function<void(Work)> main;       // runs work on the main thread, in the order of the calls
+};
+
+class Session {
+public:
+  // The length of a rendered trial.
+  static constexpr double trialSeconds = 3.2;
+
+  // Starts two trials of `drill`, one after the other; the audio of the first is dropped when it
+  // arrives. `secondsSince1970` seeds them; one that is not finite or negative stops the process.
+  Session(Drill drill, WorkQueues queues, std::unique_ptr<Player> player, double secondsSince1970);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  // Sent before each assignment of a published field (equal values included) and once more by
+  // submit() when the practice record has changed.
+  Publisher objectWillChange;
+  // Sent after each of the same changes.
+  Publisher objectDidChange;
+
+  // Published fields.
+  [[nodiscard]] Drill drill() const { return drill_; }
+  [[nodiscard]] Material material() const { return material_; }
+  [[nodiscard]] const std::optional<Trial>& trial() const { return trial_; }
+  [[nodiscard]] double answer() const { return answer_; } // in the unit of Drills::grade
+  [[nodiscard]] const std::optional<Drills::Grade>& grade() const { return grade_; }
+  [[nodiscard]] std::int64_t currentSlot() const { return currentSlot_; }
+  [[nodiscard]] bool rendering() const { return rendering_; }
+
+  // Sets the drill with its default material and starts a trial, also for the drill it has already.
+  void setDrill(Drill drill);
+  // Sets the material and starts a trial, also for the material it has already.
+  void setMaterial(Material material);
+  void setAnswer(double answer);
+
+  [[nodiscard]] Profile& profile() { return profile_; }
+  [[nodiscard]] Player& player() { return *player_; }
+  [[nodiscard]] std::uint64_t counter() const { return counter_; } // the seed of the latest trial
+  [[nodiscard]] const std::vector<Slot>& slots() const { return slots_; }
+  [[nodiscard]] bool suspended() const { return suspended_; }
+  void setSuspended(bool suspended) { suspended_ = suspended; }
+
+  // Discards the trial and starts a new one. The player goes on with the old audio until the new
+  // one is rendered.
+  void newTrial();
+  // Makes slot `slot` (from 0) the one that is heard; nothing when the trial has no such slot.
+  void select(std::int64_t slot);
+  // Goes to the next slot, from the last one to the first.
+  void cycleSlot();
+  // True when the trial is rendered, not graded yet, and has an answer.
+  [[nodiscard]] bool canSubmit() const;
+  // Grades the pending answer and records it; nothing unless canSubmit().
+  void submit();
+  // Ends a suspension and plays the slots again from the current one.
+  void resume();
+
+private:
+  template <typename Field, typename Value>
+  void assign(Field& field, Value&& value);
+  void takeRender(std::uint64_t seed, std::vector<Slot> slots);
+
+  Drill drill_ = Drill::frequency;
+  Material material_ = Material::pinkNoise;
+  std::optional<Trial> trial_;
+  double answer_ = 1000.0;
+  std::optional<Drills::Grade> grade_;
+  std::int64_t currentSlot_ = 0;
+  bool rendering_ = false;
+
+  Profile profile_;
+  std::unique_ptr<Player> player_;
+  std::uint64_t counter_;
+  std::vector<Slot> slots_;
+  bool suspended_ = false;
+
+  WorkQueues queues_;
+  std::shared_ptr<Session*> self_; // lets late work find out that the session is gone
+};
+
+} // namespace velto

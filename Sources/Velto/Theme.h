@@ -1,0 +1,113 @@
+// The interface's colours, and how they reach every item of the window.
+#pragma once
+
+#include <QColor>
+#include <QMetaObject>
+#include <QObject>
+#include <QPointer>
+#include <QtQml/qqmlregistration.h>
+
+#include <optional>
+
+namespace velto {
+
+// One set of colours. A plain value; all colours are sRGB.
+struct Palette {
+  Q_GADGET
+  QML_VALUE_TYPE(veltoPalette)
+
+  Q_PROPERTY(bool isDark MEMBER isDark CONSTANT FINAL)
+  Q_PROPERTY(QColor bg MEMBER bg CONSTANT FINAL)
+  Q_PROPERTY(QColor surface MEMBER surface CONSTANT FINAL)
+  Q_PROPERTY(QColor soft MEMBER soft CONSTANT FINAL)
+  Q_PROPERTY(QColor ink MEMBER ink CONSTANT FINAL)
+  Q_PROPERTY(QColor muted MEMBER muted CONSTANT FINAL)
+  Q_PROPERTY(QColor faint MEMBER faint CONSTANT FINAL)
+  Q_PROPERTY(QColor line MEMBER line CONSTANT FINAL)
+  Q_PROPERTY(QColor identity MEMBER identity CONSTANT FINAL)
+  Q_PROPERTY(QColor signal MEMBER signal CONSTANT FINAL)
+  Q_PROPERTY(QColor control MEMBER control CONSTANT FINAL)
+  Q_PROPERTY(QColor selectedFill MEMBER selectedFill CONSTANT FINAL)
+  Q_PROPERTY(QColor track MEMBER track CONSTANT FINAL)
+  Q_PROPERTY(QColor good MEMBER good CONSTANT FINAL)
+  Q_PROPERTY(QColor warn MEMBER warn CONSTANT FINAL)
+  Q_PROPERTY(QColor bad MEMBER bad CONSTANT FINAL)
+
+public:
+  bool isDark = true;
+  QColor bg;           // window; text on the enabled primary button
+  QColor surface;      // panels, the trial card
+  QColor soft;         // scale strips, disabled primary button
+  QColor ink;          // primary text, truth marker, enabled primary button, selected outlines
+  QColor muted;        // secondary text, major ticks
+  QColor faint;        // captions, minor ticks
+  QColor line;         // hairlines and 1-point borders
+  QColor identity;     // brand accent
+  QColor signal;       // the listener's marker
+  QColor control;      // the difficulty curve
+  QColor selectedFill; // chosen buttons, chosen or flipped slot
+  QColor track;        // empty part of bars
+  QColor good;         // a hit
+  QColor warn;         // the middle of the weakness scale
+  QColor bad;          // a miss
+
+  bool operator==(const Palette&) const = default;
+
+  // The two palettes, each made on first use. Any thread.
+  [[nodiscard]] static const Palette& dark();
+  [[nodiscard]] static const Palette& light();
+};
+
+// Blends the red, green and blue of `from` toward `to` by `t`, held to 0...1. The result is opaque
+// whatever the opacities of the two. An invalid colour is a programming error.
+[[nodiscard]] QColor mix(const QColor& from, const QColor& to, double t);
+
+// The palette as it travels down the item tree: `Theme.palette` is the palette that the item or the
+// nearest of its ancestors has been given, and the dark one where none has. Main thread only.
+class Theme : public QObject {
+  Q_OBJECT
+  QML_ELEMENT
+  QML_UNCREATABLE("Theme is attached to items")
+  QML_ATTACHED(Theme)
+  Q_PROPERTY(velto::Palette palette READ palette WRITE setPalette NOTIFY paletteChanged FINAL)
+
+public:
+  explicit Theme(QObject* parent);
+  static Theme* qmlAttachedProperties(QObject* object) { return new Theme(object); }
+
+  [[nodiscard]] const Palette& palette() const { return palette_; }
+  void setPalette(const Palette& palette);
+
+Q_SIGNALS:
+  void paletteChanged();
+
+private:
+  void followParent();
+  void update();
+
+  std::optional<Palette> own_;
+  QPointer<Theme> ancestor_;
+  QMetaObject::Connection ancestorConnection_;
+  Palette palette_ = Palette::dark();
+};
+
+// The two palettes for QML.
+class Palettes : public QObject {
+  Q_OBJECT
+  QML_ELEMENT
+  QML_SINGLETON
+  Q_PROPERTY(velto::Palette dark READ dark CONSTANT FINAL)
+  Q_PROPERTY(velto::Palette light READ light CONSTANT FINAL)
+
+public:
+  [[nodiscard]] static const Palette& dark() { return Palette::dark(); }
+  [[nodiscard]] static const Palette& light() { return Palette::light(); }
+
+  // `color` at `opacity`, 0 to 1.
+  Q_INVOKABLE static QColor faded(QColor color, double opacity) {
+    color.setAlphaF(color.alphaF() * static_cast<float>(opacity));
+    return color;
+  }
+};
+
+} // namespace velto

@@ -1,0 +1,97 @@
+import QtQuick
+import Velto
+
+// Slot buttons, materials and the primary button.
+Item {
+    id: transport
+
+    required property PracticeModel session
+    readonly property real minimumWidth: left.implicitWidth + 20 + right.implicitWidth
+
+    implicitHeight: 36
+
+    Row {
+        id: left
+
+        height: parent.height
+        spacing: 12
+
+        Row {
+            spacing: 8
+
+            Repeater {
+                model: transport.session.slotTitles
+
+                Pressable {
+                    id: slot
+
+                    required property int index
+                    required property string modelData
+                    readonly property bool current: transport.session.currentSlot === index
+
+                    objectName: "slot" + index
+                    width: 52
+                    height: 36
+                    name: "Play " + modelData
+                    onActivated: transport.session.select(index)
+
+                    RoundedBox {
+                        objectName: "slotBox" + slot.index
+                        anchors.fill: parent
+                        radius: 7
+                        color: slot.current ? Theme.palette.selectedFill : Theme.palette.surface
+                        strokeColor: slot.current ? Palettes.faded(Theme.palette.ink, 0.55) : Theme.palette.line
+                        strokeWidth: slot.current ? 1.5 : 1
+                    }
+
+                    Label {
+                        objectName: "slotLabel" + slot.index
+                        anchors.centerIn: parent
+                        text: slot.modelData
+                        size: 15
+                        font.weight: slot.current ? Font.Bold : Font.Normal
+                    }
+                }
+            }
+        }
+
+        Label {
+            objectName: "switchHint"
+            anchors.verticalCenter: parent.verticalCenter
+            text: "space = switch"
+            mono: true
+            size: 10
+            color: Theme.palette.faint
+        }
+    }
+
+    Row {
+        id: right
+
+        anchors.right: parent.right
+        height: parent.height
+        spacing: 16
+
+        MaterialPicker {
+            anchors.verticalCenter: parent.verticalCenter
+            session: transport.session
+        }
+
+        PrimaryButton {
+            id: primary
+
+            objectName: "primaryButton"
+            texts: ["Submit", "Next"]
+            text: transport.session.graded ? "Next" : "Submit"
+            enabled: transport.session.graded || transport.session.canSubmit
+            onActivated: transport.session.advance()
+        }
+    }
+
+    Shortcut {
+        sequence: "Return"
+        autoRepeat: false
+        enabled: primary.enabled
+        onActivated: primary.activated()
+    }
+}

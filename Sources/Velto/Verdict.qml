@@ -1,0 +1,63 @@
+import QtQuick
+import Velto
+
+// What there is to do, or how the answer was.
+Item {
+    id: verdict
+
+    required property PracticeModel session
+    readonly property color gradeColor: session.correct ? Theme.palette.good : Theme.palette.bad
+
+    implicitHeight: 36
+
+    Label {
+        objectName: "status"
+        visible: !verdict.session.graded
+        x: 10
+        height: parent.height
+        text: verdict.session.rendering ? "rendering…" : "listen, then answer"
+        size: 11
+        color: Theme.palette.muted
+    }
+
+    RoundedBox {
+        objectName: "verdictBox"
+        visible: verdict.session.graded
+        anchors.fill: parent
+        radius: 8
+        continuous: true
+        color: Palettes.faded(verdict.gradeColor, verdict.session.correct ? 0.1 : 0.08)
+
+        Row {
+            x: 12
+            height: parent.height
+            spacing: 14
+
+            Rectangle {
+                objectName: "verdictDot"
+                anchors.verticalCenter: parent.verticalCenter
+                width: 8
+                height: 8
+                radius: 4
+                color: verdict.gradeColor
+            }
+
+            Label {
+                objectName: "verdictWord"
+                height: parent.height
+                text: verdict.session.verdict
+                size: 12
+                font.weight: Font.Bold
+                tracking: 2
+                color: verdict.gradeColor
+            }
+
+            Label {
+                objectName: "verdictDetail"
+                height: parent.height
+                text: verdict.session.verdictDetail
+                size: 12
+            }
+        }
+    }
+}

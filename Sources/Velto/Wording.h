@@ -1,0 +1,25 @@
+// The words that the practice window shows for drills, materials, slots and verdicts.
+#pragma once
+
+#include "Drills.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace velto::Wording {
+
+// "Frequency"
+[[nodiscard]] std::string_view title(Drill drill);
+// "One band is boosted. Point at it."
+[[nodiscard]] std::string_view prompt(Drill drill);
+// "Pink", "Drums", "Pad"
+[[nodiscard]] std::string_view title(Material material);
+// "A" and "B", or "1", "2", "3" where the slots are the answer; `index` from 0.
+[[nodiscard]] std::string slotTitle(Drill drill, std::int64_t index);
+// "HIT" or "MISS"
+[[nodiscard]] std::string_view verdict(bool correct);
+// "you 1k Hz   ·   actual 3.15k Hz   ·   1.66 oct off"
+[[nodiscard]] std::string verdictDetail(const Drills::Grade& grade);
+
+} // namespace velto::Wording

@@ -1,0 +1,70 @@
+#include "LaunchOptions.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <initializer_list>
+#include <string>
+
+using namespace velto;
+
+namespace {
+
+LaunchOptions optionsOf(std::initializer_list<std::string> arguments) {
+  std::vector<std::string> list{"velto"};
+  list.insert(list.end(), arguments);
+  return launchOptions(Arguments(list));
+}
+
+} // namespace
+
+TEST(LaunchOptions, AreEmptyWithoutSwitches) {
+  const auto options = optionsOf({});
+  EXPECT_FALSE(options.shotPath);
+  EXPECT_EQ(options.drill, Drill::frequency);
+  EXPECT_FALSE(options.scriptedAnswer);
+  EXPECT_FALSE(options.fixedDark);
+}
+
+TEST(LaunchOptions, TakeValuesInAnyOrder) {
+  const auto options = optionsOf({"--drill", "polarity", "--shot", "out.png", "--answer", "1"});
+  EXPECT_EQ(options.drill, Drill::polarity);
+  EXPECT_EQ(options.shotPath, "out.png");
+  EXPECT_EQ(options.scriptedAnswer, 1.0);
+  EXPECT_EQ(optionsOf({"--answer", "1", "--drill", "level"}).drill, Drill::level);
+}
+
+TEST(LaunchOptions, IgnoreUnknownDrillsAndTextsThatAreNoNumbers) {
+  EXPECT_EQ(optionsOf({"--drill", "Level"}).drill, Drill::frequency);
+  EXPECT_EQ(optionsOf({"--drill", "loudness"}).drill, Drill::frequency);
+  for (const char* text : {"", "three", "3 ", " 3", "3x", "0x", "--", "+", "1,5"})
+    EXPECT_FALSE(optionsOf({"--answer", text}).scriptedAnswer) << text;
+}
+
+TEST(LaunchOptions, TakeEverySpellingOfADouble) {
+  EXPECT_EQ(optionsOf({"--answer", "-2.5e1"}).scriptedAnswer, -25.0);
+  EXPECT_EQ(optionsOf({"--answer", "+4"}).scriptedAnswer, 4.0);
+  EXPECT_EQ(optionsOf({"--answer", "0x1.8p1"}).scriptedAnswer, 3.0);
+  EXPECT_TRUE(std::isinf(*optionsOf({"--answer", "inf"}).scriptedAnswer));
+  EXPECT_TRUE(std::isnan(*optionsOf({"--answer", "nan"}).scriptedAnswer));
+}
+
+TEST(LaunchOptions, OnlyTheExactLightIsLight) {
+  EXPECT_EQ(optionsOf({"--appearance", "light"}).fixedDark, false);
+  for (const char* word : {"dark", "xyz", "Light", ""})
+    EXPECT_EQ(optionsOf({"--appearance", word}).fixedDark, true) << word;
+}
+
+TEST(LaunchOptions, IgnoreASwitchThatStandsLast) {
+  EXPECT_FALSE(optionsOf({"--shot"}).shotPath);
+  EXPECT_FALSE(optionsOf({"--answer"}).scriptedAnswer);
+  EXPECT_FALSE(optionsOf({"--appearance"}).fixedDark);
+  EXPECT_EQ(optionsOf({"--drill"}).drill, Drill::frequency);
+}
+
+TEST(Arguments, TheFirstOccurrenceGivesTheValue) {
+  EXPECT_EQ(optionsOf({"--drill", "level", "--drill", "polarity"}).drill, Drill::level);
+  // A switch may itself be the value of another one.
+  EXPECT_EQ(optionsOf({"--shot", "--drill", "level"}).shotPath, "--drill");
+  EXPECT_EQ(optionsOf({"--shot", "--drill", "level"}).drill, Drill::level);
+}

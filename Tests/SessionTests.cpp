@@ -1,0 +1,452 @@
+#include "Session.h"
+
+#include "kit/FakeOutput.h"
+#include "kit/ScratchProfile.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+#include <rapidcheck/gtest.h>
+
+#include <deque>
+#include <limits>
+#include <memory>
+#include <vector>
+
+using namespace velto;
+
+namespace {
+
+// Queues that run their work when the test says so.
+struct ManualQueues {
+  std::deque<WorkQueues::Work> background, main;
+
+  WorkQueues queues() {
+    return {.background = [this](auto work) { background.push_back(std::move(work)); },
+            .main = [this](auto work) { main.push_back(std::move(work)); }};
+  }
+
+  static bool runOne(std::deque<WorkQueues::Work>& queue) {
+    if (queue.empty())
+      return false;
+    const auto work = std::move(queue.front());
+    queue.pop_front();
+    work();
+    return true;
+  }
+
+  void settle() {
+    while (runOne(background) || runOne(main)) {
+    }
+  }
+};
+
+constexpr double launchTime = 1'700'000'000.75;
+constexpr std::uint64_t launchCounter = 1'700'000'000;
+
+struct Rig {
+  kit::ScratchProfile scratch;
+  ManualQueues work;
+  kit::FakeOutput output;
+  std::unique_ptr<Session> session;
+
+  explicit Rig(Drill drill = Drill::frequency, double time = launchTime)
+      : session(std::make_unique<Session>(drill, work.queues(),
+                                          std::make_unique<Player>(output.factory()), time)) {}
+
+  Session& operator*() const { return *session; }
+  Session* operator->() const { return session.get(); }
+
+  // Every render arrives.
+  Rig& settle() {
+    work.settle();
+    return *this;
+  }
+};
+
+} // namespace
+
+TEST(SessionStart, MakesTwoTrialsAndPublishesTheSecond) {
+  Rig rig;
+  EXPECT_EQ(rig.work.background.size(), 2U);
+  EXPECT_EQ(rig->counter(), launchCounter + 81006);
+  ASSERT_TRUE(rig->trial());
+  EXPECT_EQ(rig->trial()->seed, launchCounter + 81006);
+  EXPECT_EQ(*rig->trial(),
+            Drills::makeTrial(20, Material::pinkNoise, launchCounter + 81006, Drill::frequency));
+}
+
+TEST(SessionStart, SetsEachDrillsMaterialAndAnswer) {
+  const struct {
+    Drill drill;
+    Material material;
+    double answer;
+  } rows[] = {{Drill::frequency, Material::pinkNoise, 1000},
+              {Drill::level, Material::pinkNoise, 2},
+              {Drill::dynamics, Material::drums, 5},
+              {Drill::polarity, Material::pad, -1}};
+  for (const auto& row : rows) {
+    Rig rig(row.drill);
+    EXPECT_EQ(rig->drill(), row.drill);
+    EXPECT_EQ(rig->material(), row.material);
+    EXPECT_EQ(rig->trial()->material, row.material);
+    EXPECT_EQ(rig->answer(), row.answer);
+    EXPECT_EQ(rig->currentSlot(), 0);
+    EXPECT_TRUE(rig->rendering());
+    EXPECT_FALSE(rig->grade());
+    EXPECT_FALSE(rig->suspended());
+    EXPECT_TRUE(rig->slots().empty());
+  }
+}
+
+TEST(SessionStart, DropsTheRenderOfTheFirstTrial) {
+  Rig rig;
+  ManualQueues::runOne(rig.work.background);
+  ManualQueues::runOne(rig.work.main);
+  EXPECT_TRUE(rig->rendering());
+  EXPECT_FALSE(rig->player().isPlaying());
+  rig.settle();
+  EXPECT_FALSE(rig->rendering());
+  EXPECT_TRUE(rig->player().isPlaying());
+  EXPECT_EQ(rig->slots().size(), 2U);
+  EXPECT_EQ(*rig->slots()[1].l, *Drills::render(*rig->trial(), Session::trialSeconds)[1].l);
+}
+
+TEST(SessionStartDeathTest, RefusesAClockThatShowsNoTime) {
+  const double impossible[] = {-1.0, std::numeric_limits<double>::quiet_NaN(),
+                               std::numeric_limits<double>::infinity(), 0x1p64};
+  for (const double time : impossible)
+    EXPECT_DEATH(Rig(Drill::frequency, time), "clock");
+}
+
+TEST(SessionChanges, ADrillStartsOneTrialWithItsMaterial) {
+  Rig rig;
+  rig.settle();
+  rig->setDrill(Drill::dynamics);
+  EXPECT_EQ(rig->counter(), launchCounter + 3 * 40503);
+  EXPECT_EQ(rig->material(), Material::drums);
+  EXPECT_EQ(rig->trial()->drill, Drill::dynamics);
+  EXPECT_EQ(rig.work.background.size(), 1U);
+}
+
+TEST(SessionChanges, TheSameDrillOrMaterialStillStartsATrial) {
+  Rig rig;
+  rig->setDrill(Drill::frequency);
+  EXPECT_EQ(rig->counter(), launchCounter + 3 * 40503);
+  rig->setMaterial(Material::pinkNoise);
+  EXPECT_EQ(rig->counter(), launchCounter + 4 * 40503);
+  EXPECT_EQ(rig->trial()->seed, rig->counter());
+}
+
+TEST(SessionChanges, AMaterialStaysWithTheNextTrial) {
+  Rig rig;
+  rig->setMaterial(Material::pad);
+  EXPECT_EQ(rig->trial()->material, Material::pad);
+  rig->newTrial();
+  EXPECT_EQ(rig->trial()->material, Material::pad);
+}
+
+TEST(SessionChanges, ANewTrialResetsAnswerSlotAndGrade) {
+  Rig rig;
+  rig.settle();
+  rig->setAnswer(40);
+  rig->select(1);
+  rig->submit();
+  ASSERT_TRUE(rig->grade());
+  rig->newTrial();
+  EXPECT_FALSE(rig->grade());
+  EXPECT_EQ(rig->answer(), 1000);
+  EXPECT_EQ(rig->currentSlot(), 0);
+  EXPECT_TRUE(rig->rendering());
+}
+
+TEST(SessionChanges, TheOldTrialPlaysOnUntilTheNewOneIsRendered) {
+  Rig rig;
+  rig.settle();
+  const auto heard = rig->slots()[0].l;
+  rig->newTrial();
+  EXPECT_TRUE(rig->player().isPlaying());
+  EXPECT_EQ(rig->slots()[0].l, heard);
+  rig.settle();
+  EXPECT_NE(rig->slots()[0].l, heard);
+}
+
+TEST(SessionSlots, SelectsOnlySlotsOfTheTrial) {
+  Rig rig;
+  rig.settle();
+  rig->select(1);
+  EXPECT_EQ(rig->currentSlot(), 1);
+  EXPECT_EQ(rig->player().current(), 1);
+  rig->select(2);
+  EXPECT_EQ(rig->currentSlot(), 1);
+  EXPECT_EQ(rig->player().current(), 1);
+}
+
+TEST(SessionSlots, ASlotChosenWhileRenderingGivesWayToTheFirst) {
+  Rig rig;
+  rig->select(1);
+  EXPECT_EQ(rig->currentSlot(), 1);
+  rig.settle();
+  EXPECT_EQ(rig->currentSlot(), 0);
+  EXPECT_EQ(rig->player().current(), 0);
+}
+
+TEST(SessionSlots, CycleGoesRound) {
+  Rig two;
+  two.settle();
+  two->cycleSlot();
+  EXPECT_EQ(two->currentSlot(), 1);
+  two->cycleSlot();
+  EXPECT_EQ(two->currentSlot(), 0);
+
+  Rig three(Drill::polarity);
+  three.settle();
+  three->select(2);
+  three->cycleSlot();
+  EXPECT_EQ(three->currentSlot(), 0);
+}
+
+TEST(SessionSubmit, WaitsForTheRender) {
+  Rig rig;
+  EXPECT_FALSE(rig->canSubmit());
+  rig->submit();
+  EXPECT_FALSE(rig->grade());
+  EXPECT_TRUE(rig->profile().attempts().empty());
+  rig.settle();
+  EXPECT_TRUE(rig->canSubmit());
+}
+
+TEST(SessionSubmit, WaitsForASlotInThePolarityDrill) {
+  Rig rig(Drill::polarity);
+  rig.settle();
+  EXPECT_FALSE(rig->canSubmit());
+  for (const double slot : {0.0, 1.0, 2.0}) {
+    rig->setAnswer(slot);
+    EXPECT_TRUE(rig->canSubmit());
+  }
+  rig->setAnswer(-1);
+  EXPECT_FALSE(rig->canSubmit());
+}
+
+TEST(SessionSubmit, GradesAndRecordsOnce) {
+  Rig rig;
+  rig.settle();
+  rig->setAnswer(rig->trial()->targetFreq);
+  rig->submit();
+  ASSERT_TRUE(rig->grade());
+  EXPECT_EQ(*rig->grade(), Drills::grade(rig->trial()->targetFreq, *rig->trial()));
+  ASSERT_EQ(rig->profile().attempts().size(), 1U);
+  EXPECT_TRUE(rig->profile().attempts()[0].correct);
+  EXPECT_EQ(rig->profile().staircase(Drill::frequency).consecutiveCorrect, 1);
+  EXPECT_FALSE(rig->canSubmit());
+  rig->submit();
+  EXPECT_EQ(rig->profile().attempts().size(), 1U);
+  EXPECT_TRUE(rig->player().isPlaying());
+}
+
+TEST(SessionSubmit, TheNextTrialHasTheMovedDifficulty) {
+  Rig rig;
+  rig.settle();
+  rig->setAnswer(rig->trial()->targetFreq * 4);
+  rig->submit();
+  EXPECT_EQ(rig->trial()->difficulty, 20);
+  rig->newTrial();
+  EXPECT_EQ(rig->trial()->difficulty, 8);
+}
+
+TEST(SessionSuspension, HoldsBackTheRenderUntilResumed) {
+  Rig rig;
+  rig->setSuspended(true);
+  rig.settle();
+  EXPECT_FALSE(rig->rendering());
+  EXPECT_EQ(rig->slots().size(), 2U);
+  EXPECT_FALSE(rig->player().isPlaying());
+  rig->select(1);
+  rig->resume();
+  EXPECT_FALSE(rig->suspended());
+  EXPECT_TRUE(rig->player().isPlaying());
+  EXPECT_EQ(rig->player().current(), 1);
+}
+
+TEST(SessionSuspension, ResumingWithoutOneDoesNothing) {
+  Rig rig;
+  rig.settle();
+  rig->player().stop();
+  rig->resume();
+  EXPECT_FALSE(rig->player().isPlaying());
+}
+
+TEST(SessionSuspension, ResumingWithoutSlotsPlaysNothing) {
+  Rig rig;
+  rig->setSuspended(true);
+  rig->resume();
+  EXPECT_FALSE(rig->suspended());
+  EXPECT_FALSE(rig->player().isPlaying());
+}
+
+TEST(SessionNotification, ComesBeforeTheChangeAndAfterIt) {
+  Rig rig;
+  rig.settle();
+  std::vector<double> before, after;
+  rig->objectWillChange.subscribe([&] { before.push_back(rig->answer()); });
+  rig->objectDidChange.subscribe([&] { after.push_back(rig->answer()); });
+  rig->setAnswer(40);
+  rig->setAnswer(40);
+  EXPECT_EQ(before, (std::vector<double>{1000, 40}));
+  EXPECT_EQ(after, (std::vector<double>{40, 40}));
+}
+
+TEST(SessionNotification, SubmittingAnnouncesTheGradeAndThenTheRecord) {
+  Rig rig;
+  rig.settle();
+  struct Seen {
+    bool graded;
+    std::size_t recorded;
+    bool operator==(const Seen&) const = default;
+  };
+  std::vector<Seen> before, after;
+  const auto look = [&] {
+    return Seen{rig->grade().has_value(), rig->profile().attempts().size()};
+  };
+  rig->objectWillChange.subscribe([&] { before.push_back(look()); });
+  rig->objectDidChange.subscribe([&] { after.push_back(look()); });
+  rig->submit();
+  EXPECT_EQ(before, (std::vector<Seen>{{false, 0}, {true, 1}}));
+  EXPECT_EQ(after, (std::vector<Seen>{{true, 0}, {true, 1}}));
+}
+
+TEST(SessionLifetime, ARenderThatReturnsLateFindsNobody) {
+  Rig rig;
+  while (ManualQueues::runOne(rig.work.background)) {
+  }
+  rig.session.reset();
+  while (ManualQueues::runOne(rig.work.main)) {
+  }
+}
+
+// A second account of the session, by its rules.
+namespace {
+
+struct Model {
+  Drill drill = Drill::frequency;
+  Material material = Material::pinkNoise;
+  std::uint64_t counter = launchCounter + 81006;
+  std::int64_t slot = 0;
+  double answer = 1000;
+  bool rendering = true, graded = false, suspended = false, playing = false, haveSlots = false;
+  std::size_t recorded = 0;
+
+  std::int64_t slotCount() const { return drill == Drill::polarity ? 3 : 2; }
+
+  void newTrial() {
+    counter += 40503;
+    graded = false;
+    slot = 0;
+    rendering = true;
+    answer = drill == Drill::frequency  ? 1000
+             : drill == Drill::level    ? 2
+             : drill == Drill::dynamics ? 5
+                                        : -1;
+  }
+  void setDrill(Drill next) {
+    drill = next;
+    material = drill == Drill::dynamics   ? Material::drums
+               : drill == Drill::polarity ? Material::pad
+                                          : Material::pinkNoise;
+    newTrial();
+  }
+  bool canSubmit() const {
+    return !graded && !rendering && (drill != Drill::polarity || answer >= 0);
+  }
+  void settle() {
+    if (!rendering)
+      return;
+    rendering = false;
+    haveSlots = true;
+    slot = 0;
+    playing = playing || !suspended;
+  }
+};
+
+} // namespace
+
+RC_GTEST_PROP(SessionLaws, AnySequenceOfCallsFollowsTheRules, ()) {
+  Rig rig;
+  Model model;
+  const int length = *rc::gen::inRange(1, 25);
+  for (int i = 0; i < length; ++i) {
+    switch (*rc::gen::inRange(0, 9)) {
+    case 0:
+      rig->newTrial();
+      model.newTrial();
+      break;
+    case 1: {
+      const Drill drill = Drill::allCases[*rc::gen::inRange<std::size_t>(0, 4)];
+      rig->setDrill(drill);
+      model.setDrill(drill);
+      break;
+    }
+    case 2: {
+      const Material material = Material::allCases[*rc::gen::inRange<std::size_t>(0, 3)];
+      rig->setMaterial(material);
+      model.material = material;
+      model.newTrial();
+      break;
+    }
+    case 3: {
+      const auto slot = *rc::gen::inRange<std::int64_t>(0, 4);
+      rig->select(slot);
+      if (slot < model.slotCount())
+        model.slot = slot;
+      break;
+    }
+    case 4:
+      rig->cycleSlot();
+      model.slot = (model.slot + 1) % model.slotCount();
+      break;
+    case 5: {
+      const double answer = *rc::gen::inRange(-1, 3);
+      rig->setAnswer(answer);
+      model.answer = answer;
+      break;
+    }
+    case 6:
+      rig->submit();
+      if (model.canSubmit()) {
+        model.graded = true;
+        ++model.recorded;
+      }
+      break;
+    case 7:
+      rig.settle();
+      model.settle();
+      break;
+    case 8:
+      if (model.suspended) {
+        rig->resume();
+        model.playing = model.playing || model.haveSlots;
+      } else {
+        rig->setSuspended(true);
+        rig->player().stop();
+        model.playing = false;
+      }
+      model.suspended = !model.suspended;
+      break;
+    }
+    RC_ASSERT(rig->drill() == model.drill);
+    RC_ASSERT(rig->material() == model.material);
+    RC_ASSERT(rig->counter() == model.counter);
+    RC_ASSERT(rig->trial()->seed == model.counter);
+    RC_ASSERT(rig->trial()->drill == model.drill);
+    RC_ASSERT(rig->trial()->material == model.material);
+    RC_ASSERT(rig->trial()->difficulty == rig->profile().staircase(model.drill).difficulty ||
+              model.graded);
+    RC_ASSERT(rig->currentSlot() == model.slot);
+    RC_ASSERT(rig->answer() == model.answer);
+    RC_ASSERT(rig->rendering() == model.rendering);
+    RC_ASSERT(rig->grade().has_value() == model.graded);
+    RC_ASSERT(rig->canSubmit() == model.canSubmit());
+    RC_ASSERT(rig->suspended() == model.suspended);
+    RC_ASSERT(rig->player().isPlaying() == model.playing);
+    RC_ASSERT(rig->profile().attempts().size() == model.recorded);
+  }
+}
