@@ -28,7 +28,7 @@ Trial levelTrial() {
 }
 
 Drills::Grade graded(bool correct, double error) {
-  return {.correct = correct, .error = error};
+  return {correct, error, {}, {}, {}};
 }
 
 // `count` answers in the newest minute, each told by its difficulty; band i % 27 every other row.
@@ -307,21 +307,43 @@ TEST_F(ProfileTest, OnlyTheFrequencyDrillHasABandInTheFile) {
   EXPECT_EQ(content.find("null"), content.npos);
 }
 
+TEST_F(ProfileTest, ATargetBelongsToTheNearestBand) {
+  Profile profile(location());
+  const auto bandOf = [&](double targetFreq) {
+    profile.record(frequencyTrial(targetFreq), graded(true, 0));
+    return profile.attempts().back().bandIndex;
+  };
+  for (std::size_t i = 0; i < Bands::centres.size(); ++i)
+    EXPECT_EQ(bandOf(Bands::centres[i]), static_cast<std::int64_t>(i));
+  EXPECT_EQ(bandOf(44.7), 0); // 40 and 50 meet at 44.72
+  EXPECT_EQ(bandOf(44.8), 1);
+  EXPECT_EQ(bandOf(1), 0);
+  EXPECT_EQ(bandOf(1e6), 26);
+}
+
+// Between two centres the upper band begins where it is strictly nearer, to the last bit.
 TEST_F(ProfileTest, ATargetHalfwayBetweenTwoBandsBelongsToTheLower) {
   Profile profile(location());
-  profile.record(frequencyTrial(std::sqrt(4000.0 * 16000.0)), graded(true, 0)); // on 8000
-  EXPECT_EQ(profile.attempts().back().bandIndex, 23);
-  // 500 and 1000 are both, exactly, half an octave from here in no grid; 40 and 50 meet at
-  // sqrt(2000), where the rounded distances decide.
-  profile.record(frequencyTrial(44.7), graded(true, 0));
-  EXPECT_EQ(profile.attempts().back().bandIndex, 0);
-  profile.record(frequencyTrial(44.8), graded(true, 0));
-  EXPECT_EQ(profile.attempts().back().bandIndex, 1);
-  profile.record(frequencyTrial(1), graded(true, 0));
-  EXPECT_EQ(profile.attempts().back().bandIndex, 0);
-  // No distance is smaller than another: the lowest band.
-  profile.record(frequencyTrial(0), graded(true, 0));
-  EXPECT_EQ(profile.attempts().back().bandIndex, 0);
+  for (std::size_t i = 0; i + 1 < Bands::centres.size(); ++i) {
+    const double low = Bands::centres[i];
+    const double high = Bands::centres[i + 1];
+    double target = std::sqrt(low * high) * (1 - 1e-15);
+    int inUpper = 0;
+    for (int step = 0; step < 16; ++step, target = std::nextafter(target, high)) {
+      const bool upper = std::abs(std::log2(target / high)) < std::abs(std::log2(target / low));
+      inUpper += upper ? 1 : 0;
+      profile.record(frequencyTrial(target), graded(true, 0));
+      EXPECT_EQ(profile.attempts().back().bandIndex, static_cast<std::int64_t>(upper ? i + 1 : i))
+          << target;
+    }
+    EXPECT_GT(inUpper, 0);
+    EXPECT_LT(inUpper, 16);
+  }
+  // Equally far from all of them, namely infinitely: the lowest.
+  for (const double target : {0.0, std::numeric_limits<double>::infinity()}) {
+    profile.record(frequencyTrial(target), graded(true, 0));
+    EXPECT_EQ(profile.attempts().back().bandIndex, 0);
+  }
 }
 
 TEST_F(ProfileTest, AnAnswerMovesItsDrillsStaircase) {
