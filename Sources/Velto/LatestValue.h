@@ -1,0 +1,39 @@
+// The latest value that one thread has to say to another: newer values replace unread ones.
+#pragma once
+
+#include <array>
+#include <atomic>
+
+namespace velto {
+
+// A triple buffer between one writer and one reader. Neither side ever waits, allocates or fails,
+// and there is nothing that could overflow. `T` is a small value that is copied freely.
+template <typename T> class LatestValue {
+public:
+  // Writer only. Real-time safe.
+  void publish(const T& value) {
+    slots_[writing_] = value;
+    writing_ = shared_.exchange(writing_ | fresh, std::memory_order_acq_rel) & index;
+  }
+
+  // Reader only. The newest value, or null if it has been fetched before. It stays as it is until
+  // the next fetch that returns a value. Real-time safe.
+  const T* fetch() {
+    if ((shared_.load(std::memory_order_relaxed) & fresh) == 0)
+      return nullptr;
+    reading_ = shared_.exchange(reading_, std::memory_order_acq_rel) & index;
+    return &slots_[reading_];
+  }
+
+private:
+  static constexpr unsigned index = 3; // the bits that name a slot
+  static constexpr unsigned fresh = 4; // the shared slot holds a value that was not fetched
+  static_assert(std::atomic<unsigned>::is_always_lock_free);
+
+  std::array<T, 3> slots_{};        // each is touched by whoever holds its index
+  unsigned writing_ = 0;            // writer only
+  unsigned reading_ = 1;            // reader only
+  std::atomic<unsigned> shared_{2}; // both
+};
+
+} // namespace velto

@@ -1,0 +1,52 @@
+// Plays the slots of a trial, all at once and in sample-locked loops, and switches between them.
+#pragma once
+
+#include "AudioEngine.h"
+#include "Drills.h"
+#include "OutputDevice.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace velto {
+
+// Main thread only. Idle, or playing: then every slot runs on its own node, and the node of
+// `current` is heard. Switching moves the nodes' volumes along a crossfade of 150 ms.
+class Player {
+public:
+  static constexpr std::size_t nodeCount = Playback::maxSlots;
+  static constexpr double startDelaySeconds = 0.12; // from `load` to the first sound
+
+  // `makeDevice` is called whenever the engine starts with no device open.
+  explicit Player(OutputDeviceFactory makeDevice = makeDefaultOutputDevice);
+
+  // Stops, then plays `slots` (the first three of them) in loops that all start at one moment, with
+  // slot `startAt` audible; with none audible if there is no such slot. If the engine does not start
+  // it says so in one line on standard error, and the player stays idle. A slot without buffers, or
+  // with a left and a right one of different lengths, is a programming error: the process stops.
+  void load(std::span<const Slot> slots, std::int64_t startAt);
+
+  // Crossfades to `slot`, even to one that has nothing to play. Does nothing while idle, or if the
+  // index is not below the number of nodes.
+  void switchTo(std::int64_t slot);
+
+  // Silences and stops everything. `current` keeps its value.
+  void stop();
+
+  [[nodiscard]] std::int64_t current() const { return current_; }
+  [[nodiscard]] bool isPlaying() const { return isPlaying_; }
+  [[nodiscard]] Engine& engine() { return engine_; }
+  [[nodiscard]] const Engine& engine() const { return engine_; }
+  // In slot order: node i plays slot i.
+  [[nodiscard]] const std::array<PlayerNode, nodeCount>& nodes() const { return nodes_; }
+
+private:
+  Engine engine_;
+  std::array<PlayerNode, nodeCount> nodes_;
+  std::int64_t current_ = 0;
+  bool isPlaying_ = false;
+};
+
+} // namespace velto
