@@ -32,8 +32,8 @@ struct Scene {
 // Plays all slots of a scene in sample-locked loops from one common frame, and moves the gain of
 // each voice along a straight line to 1 (the chosen slot) or 0 (the others).
 //
-// - A crossfade takes 150 ms, in frames that were rendered. A new one starts from the gains of that
-//   moment.
+// - A crossfade takes 150 ms, in frames that were rendered. A new one starts from where
+//   the gains are.
 // - The crossfade of a new scene starts at the hand-over, its voices `startDelayFrames` later. A
 //   gain moves only while its voice plays: it rises from 0, within the voice's first 12.5 ms, to
 //   where the crossfade then stands.
@@ -63,7 +63,9 @@ public:
   [[nodiscard]] float volume(std::size_t voice, std::uint32_t generation) const;
 
   // Frames rendered so far. Any thread.
-  [[nodiscard]] std::uint64_t clock() const { return publishedClock_.load(std::memory_order_relaxed); }
+  [[nodiscard]] std::uint64_t clock() const {
+    return publishedClock_.load(std::memory_order_relaxed);
+  }
 
   // Forgets what was playing. Any thread, while nobody renders.
   void reset();
@@ -84,10 +86,11 @@ private:
   struct Voice {
     const float* l = nullptr;
     const float* r = nullptr;
-    std::size_t length = 0;    // frames of the loop; 0: nothing plays
-    Line line;                 // the crossfade
-    std::uint64_t riseEnd = 0; // before this frame the gain rises from 0 ...
-    double riseTo = 0;         // ... to this
+    std::size_t length = 0; // frames of the loop; 0: nothing plays
+    Line line;              // the crossfade
+    // Before the frame riseEnd the gain is not on that line yet, but on one that leads there.
+    std::uint64_t riseBegin = 0, riseEnd = 0;
+    double riseFrom = 0, riseTo = 0;
   };
 
   static constexpr std::size_t chunkFrames = 256;
@@ -101,7 +104,7 @@ private:
   void addVoice(const Voice& voice, double* mix, std::size_t frames) const;
   void publishState();
   [[nodiscard]] bool hasStarted() const { return clock_ > start_; }
-  [[nodiscard]] double gainAt(const Voice& voice, std::uint64_t frame) const;
+  [[nodiscard]] static double gainAt(const Voice& voice, std::uint64_t frame);
   [[nodiscard]] bool rests(const Voice& voice) const;
 
   LatestValue<Scene> scenes_; // main thread writes, audio thread reads

@@ -1,0 +1,191 @@
+#include "Mixer.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <numbers>
+
+namespace velto {
+
+namespace {
+
+// A volume and the generation that it belongs to, in one word: both are always of one moment.
+std::uint64_t packed(std::uint32_t generation, float volume) {
+  return std::uint64_t{generation} << 32 | std::bit_cast<std::uint32_t>(volume);
+}
+
+} // namespace
+
+Mixer::Mixer() {
+  // Half a Hann window: its slope is zero at both ends, so that even a low tone ends without a
+  // tick.
+  for (std::size_t i = 0; i < tailFrames; ++i)
+    tailFade_[i] =
+        0.5 + 0.5 * std::cos(std::numbers::pi * static_cast<double>(i) / double{tailFrames});
+}
+
+float Mixer::volume(std::size_t voice, std::uint32_t generation) const {
+  const std::uint64_t published = publishedVolumes_[voice].load(std::memory_order_relaxed);
+  if (published >> 32 != generation)
+    return 0;
+  return std::bit_cast<float>(static_cast<std::uint32_t>(published));
+}
+
+void Mixer::reset() {
+  scene_.playback = nullptr;
+  voices_ = {};
+  tailLeft_ = 0;
+}
+
+void Mixer::render(float* interleaved, std::size_t frames) noexcept {
+  adoptLatestScene();
+  while (frames > 0) {
+    const std::size_t count = std::min(frames, chunkFrames);
+    renderChunk(interleaved, count);
+    interleaved += 2 * count;
+    frames -= count;
+  }
+  publishState();
+}
+
+void Mixer::adoptLatestScene() {
+  const Scene* latest = scenes_.fetch();
+  if (latest == nullptr)
+    return;
+  const Scene previous = scene_;
+  scene_ = *latest;
+  if (scene_.generation != previous.generation) {
+    keepTail();
+    adoptPlayback(scene_.playback);
+    beginRamp(scene_.chosen);
+    // From here on nothing refers to the previous playback.
+    adoptedGeneration_.store(scene_.generation, std::memory_order_release);
+  } else if (scene_.ramp != previous.ramp) {
+    beginRamp(scene_.chosen);
+  }
+}
+
+void Mixer::adoptPlayback(const Playback* playback) {
+  voices_ = {};
+  start_ = clock_;
+  if (playback == nullptr)
+    return;
+  start_ += playback->startDelayFrames;
+  for (std::size_t i = 0; i < voices_.size(); ++i) {
+    const Slot& slot = playback->slots[i];
+    if (!slot.l || !slot.r)
+      continue;
+    voices_[i].l = slot.l->data();
+    voices_[i].r = slot.r->data();
+    voices_[i].length = slot.l->size();
+    voices_[i].riseBegin = start_;
+    voices_[i].riseEnd = start_ + stepFrames;
+  }
+}
+
+void Mixer::beginRamp(std::int64_t chosen) {
+  for (std::size_t i = 0; i < voices_.size(); ++i) {
+    Voice& voice = voices_[i];
+    const double gain = gainAt(voice, clock_);
+    voice.line.from = voice.line.at(clock_);
+    voice.line.to = static_cast<std::int64_t>(i) == chosen ? 1 : 0;
+    voice.line.begin = clock_;
+    if (clock_ >= voice.riseEnd)
+      continue;
+    if (clock_ > voice.riseBegin) {
+      voice.riseFrom = gain;
+      voice.riseBegin = clock_;
+    }
+    voice.riseTo = voice.line.at(voice.riseEnd);
+  }
+}
+
+// What would be heard next without the change of scenes goes on by itself, fading.
+void Mixer::keepTail() {
+  const std::size_t played = tailFrames - tailLeft_;
+  std::copy(tail_.begin() + static_cast<std::ptrdiff_t>(2 * played), tail_.end(), tail_.begin());
+  std::fill(tail_.begin() + static_cast<std::ptrdiff_t>(2 * tailLeft_), tail_.end(), 0.0);
+  tailLeft_ = tailFrames;
+  if (!hasStarted())
+    return;
+  std::array<double, 2 * tailFrames> heard{};
+  for (const Voice& voice : voices_)
+    addVoice(voice, heard.data(), tailFrames);
+  for (std::size_t i = 0; i < heard.size(); ++i)
+    tail_[i] += tailFade_[i / 2] * heard[i];
+}
+
+void Mixer::takeTail(std::size_t frames) {
+  const std::size_t count = std::min(frames, tailLeft_);
+  const std::size_t played = tailFrames - tailLeft_;
+  for (std::size_t i = 0; i < 2 * count; ++i)
+    mix_[i] += tail_[2 * played + i];
+  tailLeft_ -= count;
+}
+
+void Mixer::renderChunk(float* interleaved, std::size_t frames) {
+  std::fill(mix_.begin(), mix_.begin() + static_cast<std::ptrdiff_t>(2 * frames), 0.0);
+  takeTail(frames);
+  for (const Voice& voice : voices_)
+    addVoice(voice, mix_.data(), frames);
+  for (std::size_t i = 0; i < 2 * frames; ++i)
+    interleaved[i] = static_cast<float>(mix_[i]);
+  clock_ += frames;
+}
+
+// Adds the `frames` frames from `clock_` on to `mix`.
+void Mixer::addVoice(const Voice& voice, double* mix, std::size_t frames) const {
+  const std::uint64_t end = clock_ + frames;
+  if (voice.length == 0 || end <= start_)
+    return;
+  const bool isSteady = rests(voice);
+  if (isSteady && voice.line.to <= 0)
+    return;
+  std::uint64_t frame = std::max(clock_, start_);
+  mix += 2 * (frame - clock_);
+  auto position = static_cast<std::size_t>((frame - start_) % voice.length);
+  for (; frame < end; ++frame, mix += 2) {
+    const double gain = isSteady ? voice.line.to : gainAt(voice, frame);
+    mix[0] += gain * static_cast<double>(voice.l[position]);
+    mix[1] += gain * static_cast<double>(voice.r[position]);
+    if (++position == voice.length)
+      position = 0;
+  }
+}
+
+void Mixer::publishState() {
+  for (std::size_t i = 0; i < voices_.size(); ++i)
+    publishedVolumes_[i].store(packed(scene_.generation, voices_[i].line.volumeAt(clock_)),
+                               std::memory_order_relaxed);
+  publishedClock_.store(clock_, std::memory_order_relaxed);
+}
+
+double Mixer::gainAt(const Voice& voice, std::uint64_t frame) {
+  if (frame >= voice.riseEnd)
+    return voice.line.at(frame);
+  if (frame <= voice.riseBegin)
+    return voice.riseFrom;
+  const auto risen = static_cast<double>(frame - voice.riseBegin);
+  const auto length = static_cast<double>(voice.riseEnd - voice.riseBegin);
+  return voice.riseFrom + (voice.riseTo - voice.riseFrom) * (risen / length);
+}
+
+// Whether the gain moves no more.
+bool Mixer::rests(const Voice& voice) const {
+  return clock_ >= voice.riseEnd && clock_ - voice.line.begin >= rampFrames;
+}
+
+double Mixer::Line::at(std::uint64_t frame) const {
+  const std::uint64_t moved = frame - begin;
+  if (moved >= rampFrames)
+    return to;
+  return from + (to - from) * (static_cast<double>(moved) / double{rampFrames});
+}
+
+float Mixer::Line::volumeAt(std::uint64_t frame) const {
+  const std::uint64_t step = std::min((frame - begin) / stepFrames, stepCount);
+  const auto start = static_cast<float>(from);
+  return start + (static_cast<float>(step) / float{stepCount}) * (static_cast<float>(to) - start);
+}
+
+} // namespace velto

@@ -1,0 +1,191 @@
+// Output devices for tests: one whose blocks the test pulls, and one that runs a thread.
+#pragma once
+
+#include "OutputDevice.h"
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace velto::kit {
+
+// A stereo recording, one vector a channel.
+struct Recording {
+  std::vector<float> l, r;
+
+  [[nodiscard]] std::size_t frames() const { return l.size(); }
+
+  void append(const Recording& more) {
+    l.insert(l.end(), more.l.begin(), more.l.end());
+    r.insert(r.end(), more.r.begin(), more.r.end());
+  }
+
+  [[nodiscard]] static Recording fromInterleaved(const std::vector<float>& samples) {
+    Recording recording;
+    for (std::size_t i = 0; i + 1 < samples.size(); i += 2) {
+      recording.l.push_back(samples[i]);
+      recording.r.push_back(samples[i + 1]);
+    }
+    return recording;
+  }
+};
+
+// The far side of a fake device: what the test sees and does. It outlives the devices that its
+// factory makes, of which one at a time is open. Any thread.
+class FakeOutput {
+public:
+  explicit FakeOutput(std::size_t latencyFrames = 1920) : latencyFrames_(latencyFrames) {}
+
+  [[nodiscard]] OutputDeviceFactory factory() {
+    return [this] { return std::make_unique<Device>(*this); };
+  }
+
+  // Renders one block. A device that is closed or has failed pulls nothing.
+  [[nodiscard]] Recording pullBlock(std::size_t frames) {
+    const std::lock_guard lock(mutex_);
+    if (renderer_ == nullptr || failed_)
+      return {};
+    std::vector<float> block(2 * frames + 2, untouched);
+    renderer_->render(block.data(), frames);
+    overran_ = overran_ || block[2 * frames] != untouched || block[2 * frames + 1] != untouched;
+    block.resize(2 * frames);
+    return Recording::fromInterleaved(block);
+  }
+
+  // Renders `frames` frames in blocks of `blockFrames`.
+  [[nodiscard]] Recording pull(std::size_t frames, std::size_t blockFrames) {
+    Recording recording;
+    while (recording.frames() < frames) {
+      const Recording block = pullBlock(std::min(blockFrames, frames - recording.frames()));
+      if (block.frames() == 0)
+        return recording;
+      recording.append(block);
+    }
+    return recording;
+  }
+
+  // Lets the next devices fail to start, or start again.
+  void refuse(std::optional<std::string> error) {
+    const std::lock_guard lock(mutex_);
+    refusal_ = std::move(error);
+  }
+
+  // Breaks the open device, as a dying sound server does.
+  void fail() {
+    const std::lock_guard lock(mutex_);
+    failed_ = true;
+  }
+
+  [[nodiscard]] bool isOpen() const {
+    const std::lock_guard lock(mutex_);
+    return renderer_ != nullptr;
+  }
+
+  // How often a device was opened.
+  [[nodiscard]] int opened() const {
+    const std::lock_guard lock(mutex_);
+    return opened_;
+  }
+
+  // Whether a block was written beyond its end.
+  [[nodiscard]] bool overran() const { return overran_; }
+
+  // False if it is still open after a generous while.
+  [[nodiscard]] bool waitUntilClosed() {
+    std::unique_lock lock(mutex_);
+    return closed_.wait_for(lock, std::chrono::seconds(20),
+                            [this] { return renderer_ == nullptr; });
+  }
+
+private:
+  class Device final : public OutputDevice {
+  public:
+    explicit Device(FakeOutput& output) : output_(output) {}
+
+    std::optional<std::string> start(Renderer& renderer) override {
+      const std::lock_guard lock(output_.mutex_);
+      if (output_.refusal_)
+        return output_.refusal_;
+      output_.renderer_ = &renderer;
+      output_.failed_ = false;
+      ++output_.opened_;
+      return std::nullopt;
+    }
+
+    void stop() override {
+      const std::lock_guard lock(output_.mutex_);
+      output_.renderer_ = nullptr;
+      output_.closed_.notify_all();
+    }
+
+    bool failed() const override {
+      const std::lock_guard lock(output_.mutex_);
+      return output_.failed_;
+    }
+
+    std::size_t latencyFrames() const override { return output_.latencyFrames_; }
+
+  private:
+    FakeOutput& output_;
+  };
+
+  static constexpr float untouched = 12345.0F;
+
+  const std::size_t latencyFrames_;
+  mutable std::mutex mutex_;
+  std::condition_variable closed_;
+  Renderer* renderer_ = nullptr;
+  std::optional<std::string> refusal_;
+  bool failed_ = false;
+  bool overran_ = false;
+  int opened_ = 0;
+};
+
+// A device whose own thread renders without a pause, as fast as it can, and shares no lock with
+// anybody: what orders its accesses is the code under test alone.
+class RacingDevice final : public OutputDevice {
+public:
+  ~RacingDevice() override { stop(); }
+
+  std::optional<std::string> start(Renderer& renderer) override {
+    thread_ = std::thread([this, &renderer] {
+      std::vector<float> block(2 * 64);
+      while (!stopping_.load(std::memory_order_relaxed)) {
+        renderer.render(block.data(), 64);
+        for (const float sample : block)
+          if (!(sample >= -limit && sample <= limit))
+            wild_.store(true, std::memory_order_relaxed);
+      }
+    });
+    return std::nullopt;
+  }
+
+  void stop() override {
+    stopping_.store(true, std::memory_order_relaxed);
+    if (thread_.joinable())
+      thread_.join();
+  }
+
+  bool failed() const override { return false; }
+  std::size_t latencyFrames() const override { return std::numeric_limits<std::size_t>::max(); }
+
+  // Whether any device ever rendered something beyond full scale, or no number.
+  [[nodiscard]] static bool wasWild() { return wild_.load(); }
+
+private:
+  static constexpr float limit = 2.0F;
+  static inline std::atomic<bool> wild_{false};
+
+  std::thread thread_;
+  std::atomic<bool> stopping_{false};
+};
+
+} // namespace velto::kit
