@@ -49,7 +49,8 @@ void Engine::play(std::vector<Slot> slots, std::int64_t chosen, double secondsTo
             playback->slots.begin());
 
   const std::lock_guard lock(mutex_);
-  const auto framesToSound = static_cast<std::uint64_t>(std::llround(secondsToSound * sampleRateHz));
+  const auto framesToSound =
+      static_cast<std::uint64_t>(std::llround(secondsToSound * sampleRateHz));
   playback->startDelayFrames =
       framesToSound - std::min<std::uint64_t>(framesToSound, device_->latencyFrames());
   retire();

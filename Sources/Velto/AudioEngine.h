@@ -44,8 +44,9 @@ public:
   [[nodiscard]] bool isRunning() const;
 
   // Plays `slots` (of which at most Playback::maxSlots count) from one common frame that leaves the
-  // device `secondsToSound` from now; `chosen` fades in, no slot if it names none. Replaces what was
-  // playing. The buffers are kept until they have been played for the last time. Only while started.
+  // device `secondsToSound` from now; `chosen` fades in, no slot if it names none. Replaces what
+  // was playing. The buffers are kept until they have been played for the last time. Only while
+  // started.
   void play(std::vector<Slot> slots, std::int64_t chosen, double secondsToSound);
 
   // Crossfades to the slot `chosen`; to silence if it names none. Only while something plays.
@@ -61,9 +62,9 @@ private:
   using Clock = std::chrono::steady_clock;
 
   void publish();
-  void retire();          // holds mutex_
-  void freeReleased();    // holds mutex_
-  void closeDevice();     // holds mutex_
+  void retire();       // holds mutex_
+  void freeReleased(); // holds mutex_
+  void closeDevice();  // holds mutex_
   void closeDevicesWhenDue();
 
   const OutputDeviceFactory makeDevice_;

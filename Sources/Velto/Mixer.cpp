@@ -17,7 +17,8 @@ std::uint64_t packed(std::uint32_t generation, float volume) {
 } // namespace
 
 Mixer::Mixer() {
-  // Half a Hann window: its slope is zero at both ends, so that even a low tone ends without a tick.
+  // Half a Hann window: its slope is zero at both ends, so that even a low tone ends without a
+  // tick.
   for (std::size_t i = 0; i < tailFrames; ++i)
     tailFade_[i] =
         0.5 + 0.5 * std::cos(std::numbers::pi * static_cast<double>(i) / double{tailFrames});

@@ -63,7 +63,9 @@ public:
   [[nodiscard]] float volume(std::size_t voice, std::uint32_t generation) const;
 
   // Frames rendered so far. Any thread.
-  [[nodiscard]] std::uint64_t clock() const { return publishedClock_.load(std::memory_order_relaxed); }
+  [[nodiscard]] std::uint64_t clock() const {
+    return publishedClock_.load(std::memory_order_relaxed);
+  }
 
   // Forgets what was playing. Any thread, while nobody renders.
   void reset();
@@ -84,8 +86,8 @@ private:
   struct Voice {
     const float* l = nullptr;
     const float* r = nullptr;
-    std::size_t length = 0;    // frames of the loop; 0: nothing plays
-    Line line;                 // the crossfade
+    std::size_t length = 0; // frames of the loop; 0: nothing plays
+    Line line;              // the crossfade
     // Before the frame riseEnd the gain is not on that line yet, but on one that leads there.
     std::uint64_t riseBegin = 0, riseEnd = 0;
     double riseFrom = 0, riseTo = 0;

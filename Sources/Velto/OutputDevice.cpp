@@ -87,6 +87,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<OutputDevice> makeDefaultOutputDevice() { return std::make_unique<CubebDevice>(); }
+std::unique_ptr<OutputDevice> makeDefaultOutputDevice() {
+  return std::make_unique<CubebDevice>();
+}
 
 } // namespace velto

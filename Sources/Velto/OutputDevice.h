@@ -14,7 +14,8 @@ class Renderer {
 public:
   virtual ~Renderer() = default;
 
-  // Writes `frames` interleaved stereo frames. Audio thread: no lock, no allocation, no system call.
+  // Writes `frames` interleaved stereo frames. Audio thread: no lock, no allocation, no system
+  // call.
   virtual void render(float* interleaved, std::size_t frames) noexcept = 0;
 };
 

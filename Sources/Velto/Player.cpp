@@ -24,8 +24,9 @@ void checkPlayable(const Slot& slot) {
 } // namespace
 
 Player::Player(OutputDeviceFactory makeDevice, std::chrono::milliseconds closeDelay)
-    : engine_(std::move(makeDevice), closeDelay),
-      nodes_{PlayerNode(engine_, 0), PlayerNode(engine_, 1), PlayerNode(engine_, 2)} {}
+    : engine_(std::move(makeDevice), closeDelay), nodes_{PlayerNode(engine_, 0),
+                                                         PlayerNode(engine_, 1),
+                                                         PlayerNode(engine_, 2)} {}
 
 void Player::load(std::span<const Slot> slots, std::int64_t startAt) {
   const auto playable = slots.first(std::min(slots.size(), nodeCount));

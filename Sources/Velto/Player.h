@@ -25,9 +25,10 @@ public:
                   std::chrono::milliseconds closeDelay = Engine::defaultCloseDelay);
 
   // Stops, then plays `slots` (the first three of them) in loops that all start at one moment, with
-  // slot `startAt` audible; with none audible if there is no such slot. If the engine does not start
-  // it says so in one line on standard error, and the player stays idle. A slot without buffers, or
-  // with a left and a right one of different lengths, is a programming error: the process stops.
+  // slot `startAt` audible; with none audible if there is no such slot. If the engine does not
+  // start it says so in one line on standard error, and the player stays idle. A slot without
+  // buffers, or with a left and a right one of different lengths, is a programming error: the
+  // process stops.
   void load(std::span<const Slot> slots, std::int64_t startAt);
 
   // Crossfades to `slot`, even to one that has nothing to play. Does nothing while idle, or if the

@@ -1,0 +1,244 @@
+#include "AudioEngine.h"
+
+#include "kit/FakeOutput.h"
+#include "kit/Slots.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <vector>
+
+namespace velto {
+namespace {
+
+using kit::constantSlot;
+using kit::FakeOutput;
+using kit::noiseSlot;
+using namespace std::chrono_literals;
+
+constexpr auto atOnce = 0ms;
+
+std::vector<float> leftOf(FakeOutput& output, std::size_t frames) {
+  return output.pull(frames, 480).l;
+}
+
+TEST(Engine, makesNoDeviceBeforeItStarts) {
+  FakeOutput output;
+  const Engine engine(output.factory(), atOnce);
+  EXPECT_EQ(output.opened(), 0);
+  EXPECT_FALSE(engine.isRunning());
+}
+
+TEST(Engine, runsBetweenStartAndStop) {
+  FakeOutput output;
+  Engine engine(output.factory(), atOnce);
+  EXPECT_FALSE(engine.start());
+  EXPECT_TRUE(engine.isRunning());
+  EXPECT_TRUE(output.isOpen());
+  engine.stop();
+  EXPECT_FALSE(engine.isRunning());
+}
+
+TEST(Engine, closesItsDeviceAWhileAfterStop) {
+  FakeOutput output;
+  Engine engine(output.factory(), 20ms);
+  EXPECT_FALSE(engine.start());
+  engine.stop();
+  EXPECT_TRUE(output.waitUntilClosed());
+}
+
+TEST(Engine, opensAFreshDeviceOnceTheLastOneIsClosed) {
+  FakeOutput output;
+  Engine engine(output.factory(), atOnce);
+  for (int round = 1; round <= 3; ++round) {
+    EXPECT_FALSE(engine.start());
+    EXPECT_EQ(output.opened(), round);
+    engine.stop();
+    EXPECT_TRUE(output.waitUntilClosed());
+  }
+}
+
+TEST(Engine, aStartBeforeTheClosingGoesOnWithTheOpenDevice) {
+  FakeOutput output;
+  {
+    Engine engine(output.factory(), 1s);
+    for (int round = 0; round < 5; ++round) {
+      EXPECT_FALSE(engine.start());
+      engine.stop();
+    }
+    EXPECT_FALSE(engine.start());
+    EXPECT_TRUE(engine.isRunning());
+    EXPECT_EQ(output.opened(), 1);
+    EXPECT_TRUE(output.isOpen());
+  }
+  EXPECT_FALSE(output.isOpen());
+}
+
+// The closing that was called off must not come after all.
+TEST(Engine, aClosingThatWasCalledOffDoesNotCome) {
+  FakeOutput output;
+  Engine engine(output.factory(), 20ms);
+  EXPECT_FALSE(engine.start());
+  engine.stop();
+  EXPECT_FALSE(engine.start());
+  // A second engine that was stopped later has closed by now; so would the first one have.
+  FakeOutput other;
+  Engine otherEngine(other.factory(), 40ms);
+  EXPECT_FALSE(otherEngine.start());
+  otherEngine.stop();
+  EXPECT_TRUE(other.waitUntilClosed());
+  EXPECT_TRUE(output.isOpen());
+}
+
+TEST(Engine, itsEndClosesTheDevice) {
+  FakeOutput output;
+  {
+    Engine engine(output.factory(), atOnce);
+    EXPECT_FALSE(engine.start());
+  }
+  EXPECT_FALSE(output.isOpen());
+}
+
+TEST(Engine, aDeviceThatDoesNotStartIsReportedAndLeavesTheEngineStopped) {
+  FakeOutput output;
+  Engine engine(output.factory(), atOnce);
+  output.refuse("out of order");
+  EXPECT_EQ(engine.start(), "out of order");
+  EXPECT_FALSE(engine.isRunning());
+  EXPECT_EQ(engine.start(), "out of order");
+  output.refuse(std::nullopt);
+  EXPECT_FALSE(engine.start());
+  EXPECT_TRUE(engine.isRunning());
+}
+
+TEST(Engine, aFailedDeviceIsReplacedAtTheNextStart) {
+  FakeOutput output;
+  Engine engine(output.factory(), 1s);
+  EXPECT_FALSE(engine.start());
+  engine.play({constantSlot(10, 1, 1)}, 0, 0);
+  (void)leftOf(output, 480);
+  output.fail();
+  EXPECT_FALSE(engine.isRunning());
+  engine.stop();
+  EXPECT_FALSE(engine.start());
+  EXPECT_EQ(output.opened(), 2);
+  EXPECT_TRUE(engine.isRunning());
+  // Nothing of the old device's sound is left, and the new one plays.
+  EXPECT_EQ(leftOf(output, 480), std::vector<float>(480));
+  engine.play({constantSlot(10, 1, 1)}, 0, 0);
+  (void)leftOf(output, 7200);
+  EXPECT_EQ(leftOf(output, 1), std::vector<float>{1});
+}
+
+TEST(Engine, aFailedDeviceThatCannotBeReplacedLeavesTheEngineStopped) {
+  FakeOutput output;
+  Engine engine(output.factory(), atOnce);
+  EXPECT_FALSE(engine.start());
+  output.fail();
+  output.refuse("gone");
+  EXPECT_EQ(engine.start(), "gone");
+  EXPECT_FALSE(engine.isRunning());
+  EXPECT_FALSE(output.isOpen());
+}
+
+// The delay counts up to the listener, so the device's own latency is taken off.
+TEST(Engine, theFirstFrameLeavesTheDeviceAfterTheDelay) {
+  for (const auto& [latency, expected] :
+       {std::pair{0U, 5760U}, {1920U, 3840U}, {5759U, 1U}, {5760U, 0U}, {100000U, 0U}}) {
+    FakeOutput output(latency);
+    Engine engine(output.factory(), atOnce);
+    EXPECT_FALSE(engine.start());
+    (void)leftOf(output, 1000);
+    engine.play({constantSlot(10, 1, 1)}, 0, 0.12);
+    const auto out = leftOf(output, 10000);
+    const auto first = std::find_if(out.begin(), out.end(), [](float x) { return x != 0; });
+    EXPECT_EQ(first - out.begin(), expected + 1) << latency;
+  }
+}
+
+TEST(Engine, keepsBuffersUntilTheMixerHasLetGoOfThem) {
+  FakeOutput output;
+  Engine engine(output.factory(), 1s);
+  EXPECT_FALSE(engine.start());
+  auto first = noiseSlot(1000, 1);
+  const std::weak_ptr<const Samples> watched = first.l;
+  engine.play({std::move(first)}, 0, 0);
+  first = {};
+  (void)leftOf(output, 480);
+  engine.play({noiseSlot(1000, 2)}, 0, 0);
+  EXPECT_FALSE(watched.expired()); // the mixer may be reading it right now
+  engine.crossfadeTo(0);
+  EXPECT_FALSE(watched.expired());
+  (void)leftOf(output, 1);
+  engine.crossfadeTo(0);
+  EXPECT_TRUE(watched.expired());
+}
+
+TEST(Engine, buffersThatWereReplacedBeforeTheyWereHeardAreFreedToo) {
+  FakeOutput output;
+  Engine engine(output.factory(), 1s);
+  EXPECT_FALSE(engine.start());
+  std::vector<std::weak_ptr<const Samples>> watched;
+  for (std::uint32_t i = 0; i < 10; ++i) {
+    auto slot = noiseSlot(1000, i);
+    watched.push_back(slot.l);
+    engine.play({std::move(slot)}, 0, 0);
+  }
+  (void)leftOf(output, 1);
+  engine.crossfadeTo(0);
+  for (std::size_t i = 0; i < 9; ++i)
+    EXPECT_TRUE(watched[i].expired()) << i;
+  EXPECT_FALSE(watched[9].expired());
+}
+
+TEST(Engine, closingFreesAllBuffers) {
+  FakeOutput output;
+  Engine engine(output.factory(), atOnce);
+  EXPECT_FALSE(engine.start());
+  auto slot = noiseSlot(1000, 1);
+  const std::weak_ptr<const Samples> watched = slot.l;
+  engine.play({std::move(slot)}, 0, 0);
+  slot = {};
+  (void)leftOf(output, 480);
+  engine.stop();
+  EXPECT_TRUE(output.waitUntilClosed());
+  // The device is closed a moment before the buffers go; the engine's lock covers both.
+  EXPECT_FALSE(engine.isRunning());
+  EXPECT_TRUE(watched.expired());
+}
+
+TEST(Engine, itsEndFreesAllBuffers) {
+  FakeOutput output;
+  auto slot = noiseSlot(1000, 1);
+  const std::weak_ptr<const Samples> watched = slot.l;
+  {
+    Engine engine(output.factory(), atOnce);
+    EXPECT_FALSE(engine.start());
+    engine.play({std::move(slot)}, 0, 0);
+    slot = {};
+    (void)leftOf(output, 480);
+    EXPECT_FALSE(watched.expired());
+  }
+  EXPECT_TRUE(watched.expired());
+}
+
+TEST(Engine, fadesBeforeItsEnd) {
+  FakeOutput output;
+  auto engine = std::make_unique<Engine>(output.factory(), 200ms);
+  EXPECT_FALSE(engine->start());
+  engine->play({constantSlot(10, 1, 1)}, 0, 0);
+  (void)leftOf(output, 9600);
+  std::thread ending([&engine] { engine.reset(); });
+  std::vector<float> out;
+  while (output.isOpen())
+    if (const auto block = output.pullBlock(48); block.frames() > 0 && out.size() < 10000)
+      out.insert(out.end(), block.l.begin(), block.l.end());
+  ending.join();
+  ASSERT_FALSE(out.empty());
+  for (std::size_t i = 1; i < out.size(); ++i)
+    ASSERT_LE(out[i - 1] - out[i], 0.01F) << i;
+}
+
+} // namespace
+} // namespace velto

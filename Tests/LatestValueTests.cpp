@@ -1,0 +1,69 @@
+#include "LatestValue.h"
+
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace velto {
+namespace {
+
+TEST(LatestValue, nothingIsFetchedBeforeTheFirstValue) {
+  LatestValue<int> value;
+  EXPECT_EQ(value.fetch(), nullptr);
+}
+
+TEST(LatestValue, aValueIsFetchedOnce) {
+  LatestValue<int> value;
+  value.publish(1);
+  const int* fetched = value.fetch();
+  ASSERT_NE(fetched, nullptr);
+  EXPECT_EQ(*fetched, 1);
+  EXPECT_EQ(value.fetch(), nullptr);
+}
+
+TEST(LatestValue, theNewestOfManyWins) {
+  LatestValue<int> value;
+  for (int i = 0; i < 1000; ++i)
+    value.publish(i);
+  const int* fetched = value.fetch();
+  ASSERT_NE(fetched, nullptr);
+  EXPECT_EQ(*fetched, 999);
+}
+
+TEST(LatestValue, whatWasFetchedStaysWhileNewerValuesCome) {
+  LatestValue<int> value;
+  value.publish(1);
+  const int* fetched = value.fetch();
+  for (int i = 2; i < 10; ++i)
+    value.publish(i);
+  ASSERT_NE(fetched, nullptr);
+  EXPECT_EQ(*fetched, 1);
+}
+
+// A value is never seen half written, never goes back, and the last one always arrives.
+TEST(LatestValue, aReaderOnAnotherThreadSeesWholeValuesInOrder) {
+  struct Twins {
+    int a = 0, b = 0;
+  };
+  constexpr int last = 200000;
+  LatestValue<Twins> value;
+  std::thread writer([&value] {
+    for (int i = 1; i <= last; ++i)
+      value.publish({i, -i});
+  });
+  int seen = 0;
+  bool whole = true, ordered = true;
+  while (seen != last) {
+    const Twins* fetched = value.fetch();
+    if (fetched == nullptr)
+      continue;
+    whole = whole && fetched->a == -fetched->b;
+    ordered = ordered && fetched->a > seen;
+    seen = fetched->a;
+  }
+  writer.join();
+  EXPECT_TRUE(whole);
+  EXPECT_TRUE(ordered);
+}
+
+} // namespace
+} // namespace velto

@@ -1,0 +1,462 @@
+#include "Mixer.h"
+
+#include "kit/Slots.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <deque>
+#include <limits>
+#include <rapidcheck.h>
+#include <rapidcheck/gtest.h>
+#include <vector>
+
+namespace velto {
+namespace {
+
+using kit::constantSlot;
+using kit::noiseSlot;
+
+constexpr std::size_t ramp = Mixer::rampFrames;
+constexpr std::size_t step = Mixer::stepFrames;
+
+// A mixer whose scenes the test changes between blocks.
+class Desk {
+public:
+  void play(std::vector<Slot> slots, std::int64_t chosen, std::uint64_t startDelayFrames) {
+    auto& playback = playbacks_.emplace_back();
+    std::copy(slots.begin(), slots.end(), playback.slots.begin());
+    playback.startDelayFrames = startDelayFrames;
+    scene_.playback = &playback;
+    ++scene_.generation;
+    scene_.chosen = chosen;
+    mixer.publish(scene_);
+  }
+
+  void fadeTo(std::int64_t chosen) {
+    scene_.chosen = chosen;
+    ++scene_.ramp;
+    mixer.publish(scene_);
+  }
+
+  void silence() {
+    scene_.playback = nullptr;
+    ++scene_.generation;
+    mixer.publish(scene_);
+  }
+
+  // The left channel of the next frames.
+  std::vector<float> render(std::size_t frames, std::size_t blockFrames = 480) {
+    std::vector<float> left;
+    while (left.size() < frames) {
+      const std::size_t count = std::min(blockFrames, frames - left.size());
+      std::vector<float> block(2 * count);
+      mixer.render(block.data(), count);
+      for (std::size_t i = 0; i < count; ++i)
+        left.push_back(block[2 * i]);
+    }
+    return left;
+  }
+
+  [[nodiscard]] float volume(std::size_t voice) const {
+    return mixer.volume(voice, scene_.generation);
+  }
+
+  Mixer mixer;
+
+private:
+  Scene scene_;
+  std::deque<Playback> playbacks_;
+};
+
+class MixerWithBlocks : public ::testing::TestWithParam<std::size_t> {};
+
+INSTANTIATE_TEST_SUITE_P(blocks, MixerWithBlocks,
+                         ::testing::Values(1, 7, 64, 255, 256, 257, 441, 480, 600, 1920, 4801));
+
+TEST(Mixer, isSilentWithoutAScene) {
+  Desk desk;
+  for (const float sample : desk.render(1000))
+    ASSERT_EQ(sample, 0.0F);
+}
+
+TEST_P(MixerWithBlocks, voicesStartTogetherAfterTheirDelay) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1)}, 0, 3840);
+  const auto out = desk.render(5000, GetParam());
+  const auto first = std::find_if(out.begin(), out.end(), [](float x) { return x != 0; });
+  // The frame 3840 itself comes at gain 0.
+  EXPECT_EQ(first - out.begin(), 3841);
+}
+
+TEST_P(MixerWithBlocks, aStartRisesFromZeroToTheCrossfadeThatRunsSinceTheHandOver) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1)}, 0, 3840);
+  const auto out = desk.render(8000, GetParam());
+  const double reached = (3840.0 + step) / ramp;
+  for (std::size_t i = 0; i < step; ++i)
+    ASSERT_NEAR(out[3840 + i], reached * static_cast<double>(i) / step, 1e-7) << i;
+  for (std::size_t i = 3840 + step; i < ramp; ++i)
+    ASSERT_NEAR(out[i], static_cast<double>(i) / ramp, 1e-7) << i;
+  for (std::size_t i = ramp; i < out.size(); ++i)
+    ASSERT_EQ(out[i], 1.0F) << i;
+}
+
+TEST_P(MixerWithBlocks, aSwitchIsAStraightLineOf7200Frames) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 0);
+  (void)desk.render(2 * ramp);
+  desk.fadeTo(1);
+  const auto out = desk.render(ramp + 100, GetParam());
+  for (std::size_t i = 0; i < ramp; ++i)
+    ASSERT_NEAR(out[i], 1 - static_cast<double>(i) / ramp, 6e-8) << i;
+  for (std::size_t i = ramp; i < out.size(); ++i)
+    ASSERT_EQ(out[i], 0.0F) << i;
+}
+
+TEST_P(MixerWithBlocks, aSlotAtRestLeavesBitForBitInItsLoop) {
+  Desk desk;
+  const Slot slot = noiseSlot(1777, 1);
+  desk.play({noiseSlot(1000, 2), slot, noiseSlot(1500, 3)}, 1, 0);
+  (void)desk.render(ramp);
+  const auto out = desk.render(9000, GetParam());
+  for (std::size_t i = 0; i < out.size(); ++i)
+    ASSERT_EQ(out[i], (*slot.l)[(ramp + i) % 1777]) << i;
+}
+
+TEST_P(MixerWithBlocks, bothChannelsKeepTheirSide) {
+  Desk desk;
+  const Slot slot = noiseSlot(1777, 1);
+  desk.play({slot}, 0, 0);
+  (void)desk.render(ramp);
+  std::vector<float> block(2 * GetParam());
+  desk.mixer.render(block.data(), GetParam());
+  for (std::size_t i = 0; i < GetParam(); ++i) {
+    ASSERT_EQ(block[2 * i], (*slot.l)[(ramp + i) % 1777]) << i;
+    ASSERT_EQ(block[2 * i + 1], (*slot.r)[(ramp + i) % 1777]) << i;
+  }
+}
+
+// All voices run from one frame on: whichever is heard stands where the clock says.
+TEST_P(MixerWithBlocks, slotsStaySampleLockedAcrossSwitches) {
+  Desk desk;
+  const std::vector<Slot> slots{noiseSlot(2400, 1), noiseSlot(2400, 2), noiseSlot(2400, 3)};
+  desk.play(slots, 0, 100);
+  std::size_t frame = 0;
+  for (const std::size_t chosen : {1U, 2U, 0U, 2U, 1U, 0U}) {
+    desk.fadeTo(static_cast<std::int64_t>(chosen));
+    (void)desk.render(ramp + 100, GetParam());
+    frame += ramp + 100;
+    const auto out = desk.render(777, GetParam());
+    for (std::size_t i = 0; i < out.size(); ++i)
+      ASSERT_EQ(out[i], (*slots[chosen].l)[(frame + i - 100) % 2400]) << chosen << ' ' << i;
+    frame += 777;
+  }
+}
+
+TEST(Mixer, aCrossfadeBetweenSlotsThatAreAlikeChangesNoBit) {
+  Desk desk;
+  const Slot a = noiseSlot(4801, 1), b = kit::slotOf(*a.l, *a.r), c = a;
+  desk.play({a, b, c}, 0, 0);
+  (void)desk.render(ramp);
+  std::size_t frame = ramp;
+  // The last ones start from the middle of another crossfade.
+  for (const auto& [chosen, frames] : {std::pair{1, 8000U},
+                                       {0, 8000U},
+                                       {2, 1234U},
+                                       {1, 777U},
+                                       {0, 3001U},
+                                       {2, 1U},
+                                       {1, 7199U},
+                                       {0, 20000U}}) {
+    desk.fadeTo(chosen);
+    const auto out = desk.render(frames, 441);
+    for (std::size_t i = 0; i < out.size(); ++i)
+      ASSERT_EQ(out[i], (*a.l)[(frame + i) % 4801]) << chosen << ' ' << i;
+    frame += frames;
+  }
+}
+
+TEST(Mixer, aCrossfadeInTheMiddleOfAnotherStartsFromTheGainsOfThatMoment) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0), constantSlot(10, 0, 0)}, 0, 0);
+  (void)desk.render(ramp);
+  desk.fadeTo(1);
+  (void)desk.render(2450); // 50 ms and a bit, not a multiple of a step
+  desk.fadeTo(0);
+  const auto out = desk.render(ramp + 1);
+  const double start = 1 - 2450.0 / ramp;
+  for (std::size_t i = 0; i <= ramp; ++i)
+    ASSERT_NEAR(out[i], start + (1 - start) * static_cast<double>(i) / ramp, 1e-7) << i;
+}
+
+// The gain goes on from where it is, and reaches the new crossfade at the end of the rise.
+TEST(Mixer, aCrossfadeDuringTheRiseIsJoinedWithoutAJump) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 3840);
+  (void)desk.render(3840 + 300);
+  desk.fadeTo(1);
+  const auto out = desk.render(ramp);
+  const double gain = 0.5 * (3840.0 + step) / ramp;
+  const double volume = 4140.0 / ramp;
+  const double joined = volume * (1 - 300.0 / ramp);
+  for (std::size_t i = 0; i < 300; ++i)
+    ASSERT_NEAR(out[i], gain + (joined - gain) * static_cast<double>(i) / 300, 1e-7) << i;
+  for (std::size_t i = 300; i < ramp; ++i)
+    ASSERT_NEAR(out[i], volume * (1 - static_cast<double>(i) / ramp), 1e-7) << i;
+}
+
+TEST(Mixer, aCrossfadeBeforeTheStartIsHeardFromItsOwnClock) {
+  Desk desk;
+  desk.play({constantSlot(10, 0, 0), constantSlot(10, 1, 1)}, 0, 3840);
+  (void)desk.render(2000);
+  desk.fadeTo(1);
+  const auto out = desk.render(9000);
+  const double reached = (1840.0 + step) / ramp;
+  for (std::size_t i = 0; i < step; ++i)
+    ASSERT_NEAR(out[1840 + i], reached * static_cast<double>(i) / step, 1e-7) << i;
+  for (std::size_t i = 1840 + step; i < ramp; ++i)
+    ASSERT_NEAR(out[i], static_cast<double>(i) / ramp, 1e-7) << i;
+}
+
+TEST(Mixer, aVolumeTakesTwelveStepsIn32BitFloats) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 0);
+  (void)desk.render(1);
+  EXPECT_EQ(desk.volume(0), 0.0F);
+  (void)desk.render(ramp - 1);
+  desk.fadeTo(1);
+  for (unsigned k = 0; k <= 12; ++k) {
+    const float part = static_cast<float>(k) / 12.0F;
+    (void)desk.render(1);
+    EXPECT_EQ(desk.volume(0), 1.0F + part * -1.0F) << k;
+    EXPECT_EQ(desk.volume(1), part) << k;
+    EXPECT_EQ(desk.volume(2), 0.0F) << k;
+    (void)desk.render(step - 2);
+    EXPECT_EQ(desk.volume(1), part) << k;
+    (void)desk.render(1);
+  }
+}
+
+TEST(Mixer, anEndedSceneRunsToZeroWithin240FramesWithoutAJump) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, -1)}, 0, 0);
+  (void)desk.render(ramp);
+  desk.silence();
+  const auto out = desk.render(1000, 100);
+  EXPECT_EQ(out[0], 1.0F);
+  for (std::size_t i = 1; i < 240; ++i) {
+    ASSERT_LT(out[i], out[i - 1]) << i;
+    // The steepest point of half a Hann window.
+    ASSERT_LT(out[i - 1] - out[i], 3.15F / 2 / 240) << i;
+  }
+  for (std::size_t i = 240; i < out.size(); ++i)
+    ASSERT_EQ(out[i], 0.0F) << i;
+}
+
+TEST(Mixer, theTailOfASceneThatEndsInACrossfadeGoesOnWithIt) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 0);
+  (void)desk.render(ramp);
+  desk.fadeTo(1);
+  (void)desk.render(3600);
+  desk.silence();
+  const auto out = desk.render(300);
+  EXPECT_EQ(out[0], 0.5F);
+  EXPECT_NEAR(out[120], 0.5 * (0.5 - 120.0 / ramp), 1e-6);
+  EXPECT_EQ(out[240], 0.0F);
+}
+
+TEST(Mixer, aSceneThatEndsBeforeItsStartIsNeverHeard) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1)}, 0, 100);
+  (void)desk.render(100);
+  desk.silence();
+  for (const float sample : desk.render(9000))
+    ASSERT_EQ(sample, 0.0F);
+}
+
+TEST(Mixer, theTailsOfScenesInQuickSuccessionAddUpWithoutAJump) {
+  Desk desk;
+  desk.play({constantSlot(10, 0.5F, 0.5F)}, 0, 0);
+  (void)desk.render(ramp);
+  float last = 0.5F;
+  for (int i = 0; i < 300; ++i) {
+    desk.play({constantSlot(10, 0.5F, 0.5F)}, 0, 0);
+    for (const float sample : desk.render(7, 7)) {
+      ASSERT_LT(std::abs(sample - last), 0.01F) << i;
+      last = sample;
+    }
+  }
+  desk.silence();
+  const auto out = desk.render(300);
+  EXPECT_LT(std::abs(out[0] - last), 0.01F);
+  EXPECT_EQ(out[240], 0.0F);
+}
+
+TEST(Mixer, aSlotWithoutFramesIsSilent) {
+  Desk desk;
+  desk.play({constantSlot(0, 0, 0), constantSlot(10, 1, 1)}, 0, 0);
+  for (const float sample : desk.render(ramp))
+    ASSERT_LT(sample, 1.0F); // nothing but the silent node is chosen
+  EXPECT_EQ(desk.render(1)[0], 0.0F);
+  desk.fadeTo(1);
+  (void)desk.render(ramp);
+  EXPECT_EQ(desk.render(1)[0], 1.0F);
+}
+
+TEST(Mixer, anUnknownSlotLetsNothingBeHeard) {
+  for (const std::int64_t chosen :
+       {std::int64_t{-1}, std::int64_t{3}, std::numeric_limits<std::int64_t>::max(),
+        std::numeric_limits<std::int64_t>::min()}) {
+    Desk desk;
+    desk.play({constantSlot(10, 1, 1), constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, chosen, 0);
+    for (const float sample : desk.render(9000))
+      ASSERT_EQ(sample, 0.0F);
+  }
+}
+
+TEST(Mixer, aGenerationIsAdoptedWithTheNextBlockOnly) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1)}, 0, 0);
+  EXPECT_EQ(desk.mixer.adoptedGeneration(), 0U);
+  (void)desk.render(1);
+  EXPECT_EQ(desk.mixer.adoptedGeneration(), 1U);
+  desk.silence();
+  EXPECT_EQ(desk.mixer.adoptedGeneration(), 1U);
+  (void)desk.render(1);
+  EXPECT_EQ(desk.mixer.adoptedGeneration(), 2U);
+}
+
+TEST(Mixer, afterAResetNothingIsLeft) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1)}, 0, 0);
+  (void)desk.render(ramp);
+  desk.silence();
+  (void)desk.render(10);
+  desk.mixer.reset();
+  for (const float sample : desk.render(1000))
+    ASSERT_EQ(sample, 0.0F);
+}
+
+// The same rules told frame by frame: every scene that was ever played sounds on its own.
+class Model {
+public:
+  struct Sounding {
+    std::vector<Slot> slots;
+    std::int64_t chosen = 0;
+    std::uint64_t rampBegin = 0;
+    std::uint64_t start = 0;
+    std::array<double, 3> from{};
+    std::uint64_t riseBegin = 0;
+    std::array<double, 3> riseFrom{};
+    std::uint64_t end = std::numeric_limits<std::uint64_t>::max();
+
+    [[nodiscard]] double line(std::size_t i, std::uint64_t frame) const {
+      const double to = static_cast<std::int64_t>(i) == chosen ? 1 : 0;
+      const double part = std::min(1.0, static_cast<double>(frame - rampBegin) / 7200);
+      return (1 - part) * from[i] + part * to;
+    }
+    [[nodiscard]] double gain(std::size_t i, std::uint64_t frame) const {
+      if (frame >= start + 600)
+        return line(i, frame);
+      const double part =
+          static_cast<double>(frame - riseBegin) / static_cast<double>(start + 600 - riseBegin);
+      return (1 - part) * riseFrom[i] + part * line(i, start + 600);
+    }
+  };
+
+  void end() {
+    if (!all_.empty() && all_.back().end > clock_)
+      all_.back().end = clock_;
+  }
+
+  void play(std::vector<Slot> slots, std::int64_t chosen, std::uint64_t delay) {
+    end();
+    Sounding sounding;
+    sounding.slots = std::move(slots);
+    sounding.chosen = chosen;
+    sounding.rampBegin = clock_;
+    sounding.start = sounding.riseBegin = clock_ + delay;
+    all_.push_back(sounding);
+  }
+
+  void fadeTo(std::int64_t chosen) {
+    if (all_.empty())
+      return;
+    Sounding& now = all_.back();
+    Sounding next = now;
+    for (std::size_t i = 0; i < 3; ++i) {
+      next.from[i] = now.line(i, clock_);
+      if (clock_ > now.start)
+        next.riseFrom[i] = now.gain(i, clock_);
+    }
+    if (clock_ > now.start)
+      next.riseBegin = clock_;
+    next.chosen = chosen;
+    next.rampBegin = clock_;
+    now = next;
+  }
+
+  double nextFrame() {
+    double sum = 0;
+    for (const Sounding& s : all_) {
+      if (clock_ < s.start || (s.end <= s.start) ||
+          (s.end < clock_ && clock_ - s.end >= Mixer::tailFrames))
+        continue;
+      double fade = 1;
+      if (s.end <= clock_)
+        fade = (1 + std::cos(3.14159265358979 * static_cast<double>(clock_ - s.end) / 240)) / 2;
+      for (std::size_t i = 0; i < s.slots.size(); ++i)
+        if (const Samples& x = *s.slots[i].l; !x.empty())
+          sum += fade * s.gain(i, clock_) * static_cast<double>(x[(clock_ - s.start) % x.size()]);
+    }
+    ++clock_;
+    return sum;
+  }
+
+private:
+  std::vector<Sounding> all_;
+  std::uint64_t clock_ = 0;
+};
+
+RC_GTEST_PROP(Mixer, followsTheModelForAnySequenceOfScenesAndBlocks, ()) {
+  Desk desk;
+  Model model;
+  bool plays = false;
+  const auto actions = *rc::gen::inRange(1, 25);
+  for (int action = 0; action < actions; ++action) {
+    const auto kind = *rc::gen::inRange(0, 6);
+    const auto chosen = *rc::gen::inRange<std::int64_t>(-1, 4);
+    if (kind <= 1) {
+      std::vector<Slot> slots;
+      const auto count = *rc::gen::inRange<std::size_t>(0, 4);
+      for (std::size_t i = 0; i < count; ++i)
+        slots.push_back(noiseSlot(*rc::gen::element<std::size_t>(0, 1, 2, 100, 479, 7000),
+                                  *rc::gen::inRange<std::uint32_t>(1, 1000)));
+      const auto delay = *rc::gen::element<std::uint64_t>(0, 1, 100, 3840, 5760);
+      desk.play(slots, chosen, delay);
+      model.play(slots, chosen, delay);
+      plays = true;
+    } else if (kind == 2) {
+      desk.silence();
+      model.end();
+      plays = false;
+    } else if (plays) {
+      desk.fadeTo(chosen);
+      model.fadeTo(chosen);
+    }
+    // A block at least, so that each scene is adopted.
+    const auto block = *rc::gen::element<std::size_t>(1, 64, 441, 480, 1920, 333);
+    const auto frames = *rc::gen::inRange<std::size_t>(1, 4000);
+    for (const float sample : desk.render(frames, block)) {
+      const double expected = model.nextFrame();
+      RC_ASSERT(std::abs(static_cast<double>(sample) - expected) < 2e-7);
+    }
+  }
+}
+
+} // namespace
+} // namespace velto

@@ -1,0 +1,437 @@
+#include "Player.h"
+
+#include "kit/FakeOutput.h"
+#include "kit/Slots.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <rapidcheck.h>
+#include <rapidcheck/gtest.h>
+#include <vector>
+
+namespace velto {
+namespace {
+
+using kit::constantSlot;
+using kit::FakeOutput;
+using kit::noiseSlot;
+using kit::RacingDevice;
+using namespace std::chrono_literals;
+
+constexpr std::size_t startDelay = 3840; // 0.12 s less the fake device's latency
+constexpr std::size_t ramp = 7200;
+
+// A player on a device that the test drives. It closes only when it ends.
+struct PlayerTest : ::testing::Test {
+  FakeOutput output;
+  Player player{output.factory(), 1ms};
+
+  std::vector<float> left(std::size_t frames, std::size_t block = 480) {
+    return output.pull(frames, block).l;
+  }
+
+  [[nodiscard]] std::array<float, 3> volumes() const {
+    return {player.nodes()[0].volume(), player.nodes()[1].volume(), player.nodes()[2].volume()};
+  }
+
+  void load(const std::vector<Slot>& slots, std::int64_t startAt) { player.load(slots, startAt); }
+};
+
+using Volumes = std::array<float, 3>;
+
+bool isSilent(const std::vector<float>& x) {
+  return std::all_of(x.begin(), x.end(), [](float sample) { return sample == 0; });
+}
+
+TEST_F(PlayerTest, isIdleAtFirst) {
+  EXPECT_EQ(player.current(), 0);
+  EXPECT_FALSE(player.isPlaying());
+  EXPECT_FALSE(player.engine().isRunning());
+  EXPECT_EQ(player.nodes().size(), 3U);
+  EXPECT_EQ(volumes(), (Volumes{0, 0, 0}));
+  EXPECT_EQ(output.opened(), 0);
+}
+
+TEST_F(PlayerTest, loadPlaysTheChosenSlotOnly) {
+  const std::vector<Slot> slots{noiseSlot(1000, 1), noiseSlot(1000, 2), noiseSlot(1000, 3)};
+  load(slots, 1);
+  EXPECT_TRUE(player.isPlaying());
+  EXPECT_TRUE(player.engine().isRunning());
+  EXPECT_EQ(player.current(), 1);
+  (void)left(ramp);
+  EXPECT_EQ(volumes(), (Volumes{0, 1, 0}));
+  const auto out = left(5000);
+  for (std::size_t i = 0; i < out.size(); ++i)
+    ASSERT_EQ(out[i], (*slots[1].l)[(ramp - startDelay + i) % 1000]) << i;
+}
+
+TEST_F(PlayerTest, loadFadesInOver150ms) {
+  load({constantSlot(10, 1, 1)}, 0);
+  EXPECT_EQ(volumes(), (Volumes{0, 0, 0}));
+  for (unsigned k = 1; k <= 12; ++k) {
+    (void)left(600, 600);
+    EXPECT_EQ(volumes()[0], static_cast<float>(k) / 12.0F) << k;
+  }
+}
+
+TEST_F(PlayerTest, switchToMovesToTheOtherSlot) {
+  const std::vector<Slot> slots{noiseSlot(1000, 1), noiseSlot(1000, 2)};
+  load(slots, 0);
+  (void)left(ramp);
+  player.switchTo(1);
+  EXPECT_EQ(player.current(), 1);
+  EXPECT_TRUE(player.isPlaying());
+  (void)left(ramp);
+  EXPECT_EQ(volumes(), (Volumes{0, 1, 0}));
+  const auto out = left(2000);
+  for (std::size_t i = 0; i < out.size(); ++i)
+    ASSERT_EQ(out[i], (*slots[1].l)[(2 * ramp - startDelay + i) % 1000]) << i;
+}
+
+TEST_F(PlayerTest, twoSwitches50msApartEndWithTheSecondSlotOnly) {
+  load({noiseSlot(1000, 1), noiseSlot(1000, 2), noiseSlot(1000, 3)}, 0);
+  (void)left(ramp);
+  player.switchTo(1);
+  (void)left(2400);
+  player.switchTo(2);
+  EXPECT_EQ(player.current(), 2);
+  (void)left(ramp);
+  EXPECT_EQ(volumes(), (Volumes{0, 0, 1}));
+}
+
+// The travel of a crossfade is the way from the volumes at its start to its targets.
+TEST_F(PlayerTest, noVolumeStepsByMoreThanATwelfthOfItsTravel) {
+  load({noiseSlot(1000, 1), noiseSlot(1000, 2), noiseSlot(1000, 3)}, 0);
+  Volumes before = volumes();
+  std::int64_t target = 0;
+  for (std::size_t tick = 0; tick < 300; ++tick) {
+    if (tick % 4 == 3) { // 50 ms
+      target = static_cast<std::int64_t>((tick * 7 / 4) % 3);
+      player.switchTo(target);
+    }
+    (void)left(600, 200);
+    const Volumes now = volumes();
+    for (std::size_t i = 0; i < 3; ++i)
+      ASSERT_LE(std::abs(now[i] - before[i]), 1.0F / 12.0F + 1e-6F) << tick << ' ' << i;
+    before = now;
+  }
+}
+
+TEST_F(PlayerTest, loadingTwoSlotsLeavesTheThirdNodeSilentYetItsVolumeMoves) {
+  load({constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, 0);
+  (void)left(ramp);
+  EXPECT_EQ(left(1)[0], 1.0F);
+  player.switchTo(2);
+  EXPECT_EQ(player.current(), 2);
+  const auto out = left(ramp);
+  for (std::size_t i = 1; i < out.size(); ++i)
+    ASSERT_LT(out[i], out[i - 1]);
+  EXPECT_EQ(volumes(), (Volumes{0, 0, 1}));
+  EXPECT_TRUE(isSilent(left(5000)));
+  EXPECT_TRUE(player.isPlaying());
+}
+
+TEST_F(PlayerTest, indicesBeyondTheNodesAreIgnored) {
+  load({constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, 1);
+  (void)left(ramp);
+  for (const std::int64_t slot : {std::int64_t{3}, std::numeric_limits<std::int64_t>::max()}) {
+    player.switchTo(slot);
+    EXPECT_EQ(player.current(), 1);
+    (void)left(ramp);
+    EXPECT_EQ(volumes(), (Volumes{0, 1, 0}));
+  }
+}
+
+TEST_F(PlayerTest, switchToDoesNothingWhileIdle) {
+  player.switchTo(1);
+  EXPECT_EQ(player.current(), 0);
+  EXPECT_FALSE(player.isPlaying());
+  load({constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, 0);
+  player.stop();
+  player.switchTo(1);
+  EXPECT_EQ(player.current(), 0);
+}
+
+TEST_F(PlayerTest, ofMoreThanThreeSlotsThreeAreUsed) {
+  load({constantSlot(10, 0.25F, 0), constantSlot(10, 0.5F, 0), constantSlot(10, 0.75F, 0),
+        constantSlot(10, 1, 0), Slot{}},
+       2);
+  (void)left(ramp);
+  EXPECT_EQ(left(1)[0], 0.75F);
+}
+
+TEST_F(PlayerTest, aStartAtANodeThatIsNotThereLetsNothingBeHeard) {
+  for (const std::int64_t startAt : {std::int64_t{3}, std::int64_t{-1}}) {
+    load({constantSlot(10, 1, 1), constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, startAt);
+    EXPECT_EQ(player.current(), startAt);
+    EXPECT_TRUE(player.isPlaying());
+    EXPECT_TRUE(isSilent(left(3 * ramp)));
+    EXPECT_EQ(volumes(), (Volumes{0, 0, 0}));
+    player.stop();
+    (void)left(480);
+  }
+}
+
+TEST_F(PlayerTest, noSlotsAndSlotsWithoutFramesAreSilence) {
+  load({}, 0);
+  EXPECT_TRUE(player.isPlaying());
+  EXPECT_TRUE(isSilent(left(3 * ramp)));
+  load({constantSlot(0, 0, 0), constantSlot(0, 0, 0)}, 0);
+  EXPECT_TRUE(player.isPlaying());
+  player.switchTo(1);
+  EXPECT_TRUE(isSilent(left(3 * ramp)));
+}
+
+TEST_F(PlayerTest, stopIsIdleAtOnceAndClosesTheDevice) {
+  load({constantSlot(10, 1, 1)}, 0);
+  (void)left(2 * ramp);
+  player.stop();
+  EXPECT_FALSE(player.isPlaying());
+  EXPECT_FALSE(player.engine().isRunning());
+  EXPECT_EQ(volumes(), (Volumes{0, 0, 0}));
+  EXPECT_TRUE(output.waitUntilClosed());
+}
+
+TEST(Player, stopFadesAndThenStaysSilent) {
+  FakeOutput output;
+  Player player(output.factory(), 1s);
+  const std::vector<Slot> slots{constantSlot(10, 1, 1)};
+  player.load(slots, 0);
+  (void)output.pull(2 * ramp, 480);
+  player.stop();
+  const auto out = output.pull(10000, 64).l;
+  for (std::size_t i = 1; i < 240; ++i)
+    ASSERT_LT(out[i - 1] - out[i], 0.01F) << i;
+  EXPECT_TRUE(isSilent({out.begin() + 240, out.end()}));
+}
+
+TEST(Player, stopInACrossfadeLeavesNothingOfItBehind) {
+  FakeOutput output;
+  Player player(output.factory(), 1s);
+  const std::vector<Slot> slots{constantSlot(10, 0.5F, 0), constantSlot(10, 1, 0)};
+  player.load(slots, 0);
+  (void)output.pull(2 * ramp, 480);
+  player.switchTo(1);
+  (void)output.pull(3000, 480);
+  player.stop();
+  EXPECT_EQ(player.current(), 1);
+  for (int tick = 0; tick < 20; ++tick) {
+    (void)output.pull(600, 600);
+    for (const PlayerNode& node : player.nodes())
+      EXPECT_EQ(node.volume(), 0.0F);
+  }
+  // The next load starts its own.
+  player.load(slots, 0);
+  (void)output.pull(startDelay, 480);
+  const auto out = output.pull(ramp, 480).l;
+  EXPECT_EQ(out.front(), 0.0F);
+  EXPECT_EQ(out.back(), 0.5F);
+}
+
+TEST_F(PlayerTest, stopTwiceAndStopWhileIdleAreHarmless) {
+  player.stop();
+  load({constantSlot(10, 1, 1)}, 0);
+  player.stop();
+  player.stop();
+  EXPECT_FALSE(player.isPlaying());
+  EXPECT_EQ(output.opened(), 1);
+}
+
+// Loading again on the running stream: the old slots end within the fade, far before the new ones
+// start, and those start together on their own first frame.
+TEST(Player, aSecondLoadPlaysNotOneFrameOfTheFirstAfterItsStart) {
+  for (const std::size_t block : {1U, 64U, 441U, 480U, 1920U, 333U}) {
+    FakeOutput output;
+    Player player(output.factory(), 100ms);
+    const std::vector<Slot> first{constantSlot(10, 1, 1), constantSlot(10, 1, 1)};
+    const std::vector<Slot> second{noiseSlot(3000, 1), noiseSlot(3000, 2), noiseSlot(3000, 3)};
+    player.load(first, 1);
+    (void)output.pull(2 * ramp, block);
+    player.load(second, 2);
+    EXPECT_EQ(player.current(), 2);
+    EXPECT_EQ(output.opened(), 1);
+    const auto out = output.pull(2 * ramp, block).l;
+    for (std::size_t i = 1; i < 240; ++i)
+      ASSERT_LT(out[i - 1] - out[i], 0.01F) << i;
+    for (std::size_t i = 240; i <= startDelay; ++i)
+      ASSERT_EQ(out[i], 0.0F) << i;
+    const auto& x = *second[2].l;
+    for (std::size_t i = startDelay; i < ramp; ++i)
+      ASSERT_LE(std::abs(out[i]), std::abs(x[(i - startDelay) % 3000])) << i;
+    for (std::size_t i = ramp; i < out.size(); ++i)
+      ASSERT_EQ(out[i], x[(i - startDelay) % 3000]) << i;
+  }
+}
+
+TEST_F(PlayerTest, theCallersBuffersAreNotNeededAfterLoad) {
+  std::vector<Slot> slots{constantSlot(1000, 0.5F, 0.5F)};
+  player.load(slots, 0);
+  slots.clear();
+  (void)left(ramp);
+  EXPECT_EQ(left(1)[0], 0.5F);
+}
+
+TEST_F(PlayerTest, anEngineThatDoesNotStartIsSaidInOneLineAndLeavesThePlayerIdle) {
+  output.refuse("no sound today");
+  ::testing::internal::CaptureStderr();
+  load({constantSlot(10, 1, 1)}, 2);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "Velto: engine start failed - no sound today\n");
+  EXPECT_FALSE(player.isPlaying());
+  EXPECT_EQ(player.current(), 0);
+  player.switchTo(1);
+  EXPECT_EQ(player.current(), 0);
+  EXPECT_EQ(volumes(), (Volumes{0, 0, 0}));
+}
+
+TEST_F(PlayerTest, aLoadThatFailsWhilePlayingStopsWhatPlays) {
+  load({constantSlot(10, 1, 1)}, 0);
+  (void)left(ramp);
+  output.fail();
+  output.refuse("gone");
+  ::testing::internal::CaptureStderr();
+  load({constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, 1);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Velto: engine start failed - gone\n");
+  EXPECT_FALSE(player.isPlaying());
+  EXPECT_EQ(player.current(), 0);
+}
+
+TEST_F(PlayerTest, aDeviceThatFailsWhilePlayingIsReplacedByTheNextLoad) {
+  load({constantSlot(10, 1, 1), constantSlot(10, 0.5F, 0)}, 0);
+  (void)left(ramp);
+  output.fail();
+  player.switchTo(1);
+  EXPECT_EQ(player.current(), 1);
+  EXPECT_TRUE(left(480).empty());
+  load({constantSlot(10, 1, 1), constantSlot(10, 0.5F, 0)}, 1);
+  EXPECT_EQ(output.opened(), 2);
+  EXPECT_TRUE(player.isPlaying());
+  (void)left(ramp);
+  EXPECT_EQ(left(1)[0], 0.5F);
+}
+
+using PlayerDeathTest = PlayerTest;
+
+TEST_F(PlayerDeathTest, aSlotWithChannelsOfDifferentLengthStopsTheProcess) {
+  ::testing::FLAGS_gtest_death_test_style = "threadsafe";
+  EXPECT_DEATH(load({kit::slotOf(Samples(10), Samples(11))}, 0), "differ in length");
+  EXPECT_DEATH(load({Slot{}}, 0), "without buffers");
+}
+
+// Whatever a listener does, in any order and between blocks of any size: the state follows the
+// rules, the sound never jumps, and once at rest it is the current slot, bit for bit.
+RC_GTEST_PROP(Player, followsItsRulesForAnySequenceOfCalls, ()) {
+  FakeOutput output;
+  {
+    Player player(output.factory(), 1ms);
+    std::int64_t current = 0;
+    bool isPlaying = false;
+    std::vector<Slot> slots;
+    std::size_t sinceLoad = 0, sinceRamp = 0;
+    std::vector<std::weak_ptr<const Samples>> watched;
+
+    const auto count = *rc::gen::inRange(1, 20);
+    for (int call = 0; call < count; ++call) {
+      switch (*rc::gen::inRange(0, 6)) {
+      case 0: {
+        slots.clear();
+        const auto slotCount = *rc::gen::inRange<std::size_t>(0, 5);
+        for (std::size_t i = 0; i < slotCount; ++i)
+          slots.push_back(noiseSlot(*rc::gen::element<std::size_t>(0, 1, 777, 3000),
+                                    *rc::gen::inRange<std::uint32_t>(1, 1000)));
+        current = *rc::gen::inRange<std::int64_t>(-1, 5);
+        player.load(slots, current);
+        for (const Slot& slot : slots)
+          watched.push_back(slot.l);
+        isPlaying = true;
+        sinceLoad = sinceRamp = 0;
+        break;
+      }
+      case 1: {
+        player.stop();
+        isPlaying = false;
+        break;
+      }
+      case 2: {
+        const auto slot = *rc::gen::inRange<std::int64_t>(-1, 5);
+        player.switchTo(slot);
+        if (isPlaying && slot < 3) {
+          current = slot;
+          sinceRamp = 0;
+        }
+        break;
+      }
+      default: {
+        const auto frames = *rc::gen::inRange<std::size_t>(1, 9000);
+        const auto out = output.pull(frames, *rc::gen::element<std::size_t>(1, 64, 441, 480, 1920));
+        if (isPlaying) {
+          RC_ASSERT(out.frames() == frames);
+          const bool isHeard =
+              current >= 0 && current < 3 && current < static_cast<std::int64_t>(slots.size());
+          for (std::size_t i = 0; i < frames; ++i) {
+            if (sinceLoad + i >= 240 && sinceLoad + i < startDelay)
+              RC_ASSERT(out.l[i] == 0);
+            if (sinceRamp + i < ramp || sinceLoad + i < ramp)
+              continue;
+            const Slot slot = isHeard ? slots[static_cast<std::size_t>(current)] : Slot{};
+            const bool hasFrames = isHeard && !slot.l->empty();
+            const auto position = sinceLoad + i - startDelay;
+            RC_ASSERT(out.l[i] == (hasFrames ? (*slot.l)[position % slot.l->size()] : 0));
+            RC_ASSERT(out.r[i] == (hasFrames ? (*slot.r)[position % slot.r->size()] : 0));
+          }
+          sinceLoad += frames;
+          sinceRamp += frames;
+          if (sinceRamp >= ramp)
+            for (std::size_t i = 0; i < 3; ++i)
+              RC_ASSERT(player.nodes()[i].volume() ==
+                        (static_cast<std::int64_t>(i) == current ? 1.0F : 0.0F));
+        }
+      }
+      }
+      RC_ASSERT(player.current() == current);
+      RC_ASSERT(player.isPlaying() == isPlaying);
+      RC_ASSERT(player.engine().isRunning() == isPlaying);
+      if (!isPlaying)
+        for (const PlayerNode& node : player.nodes())
+          RC_ASSERT(node.volume() == 0.0F);
+    }
+    player.stop();
+    slots.clear();
+    RC_ASSERT(output.waitUntilClosed() || output.opened() == 0);
+    RC_ASSERT(!player.engine().isRunning()); // waits for the closing to be complete
+    for (const auto& samples : watched)
+      RC_ASSERT(samples.expired());
+  }
+  RC_ASSERT(!output.overran());
+}
+
+// For the thread sanitizer: everything that the main thread can do, as fast as it can, against a
+// device thread that renders all the time. Buffers come and go.
+TEST(Player, mainThreadAndDeviceThreadNeverMeetInABuffer) {
+  Player player([] { return std::make_unique<RacingDevice>(); }, 0ms);
+  float highest = 0;
+  for (std::uint32_t i = 0; i < 3000; ++i) {
+    const std::vector<Slot> slots{noiseSlot(50 + i % 7, i), noiseSlot(60, i + 1), noiseSlot(70, i)};
+    player.load(slots, i % 3);
+    for (std::uint32_t k = 0; k < i % 11; ++k) {
+      player.switchTo((i + k) % 4);
+      for (const PlayerNode& node : player.nodes())
+        highest = std::max(highest, node.volume());
+    }
+    if (i % 5 == 0)
+      player.stop();
+    if (i % 50 == 0)
+      std::this_thread::yield();
+  }
+  EXPECT_LE(highest, 1.0F);
+  EXPECT_FALSE(RacingDevice::wasWild());
+}
+
+} // namespace
+} // namespace velto
