@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -80,8 +79,43 @@ std::optional<std::string> wholeDigits(std::string_view text) {
   return digits.append(static_cast<std::size_t>(zeros), '0');
 }
 
-bool isDigitlessRemainder(std::string_view text) {
-  return text.empty() || text.front() == '+' || text.front() == '-';
+// A number's text without its sign and its 0x.
+struct Spelling {
+  std::string_view text;
+  std::chars_format format;
+};
+
+// Whether what follows a sign or 0x may be given to from_chars, which would take another sign, an
+// infinity in hexadecimal, or a payload behind "nan".
+bool isPlain(const Spelling& spelling) {
+  const auto [text, format] = spelling;
+  if (text.empty() || text.front() == '-' || text.back() == ')')
+    return false;
+  constexpr std::string_view hexStart = ".0123456789abcdefABCDEF";
+  return format != std::chars_format::hex || hexStart.find(text.front()) != hexStart.npos;
+}
+
+// Whether a number that no double can hold lies below 1: from_chars does not say which end of the
+// range was missed. It does when the first digit other than 0, moved by the exponent, stands
+// behind the point.
+bool isBelowOne(const Spelling& spelling) {
+  const auto [text, format] = spelling;
+  const bool hexadecimal = format == std::chars_format::hex;
+  const std::size_t mark = std::min(text.find_first_of(hexadecimal ? "pP" : "eE"), text.size());
+  const std::string_view digits = text.substr(0, mark);
+  const auto point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
+  const auto first = static_cast<std::int64_t>(digits.find_first_not_of("0."));
+
+  std::string_view exponentText = text.substr(std::min(mark + 1, text.size()));
+  if (exponentText.starts_with('+'))
+    exponentText.remove_prefix(1);
+  // An exponent beyond 64 bits decides by its sign.
+  std::int64_t exponent = 0;
+  const char* end = exponentText.data() + exponentText.size();
+  if (std::from_chars(exponentText.data(), end, exponent).ec == std::errc::result_out_of_range)
+    return exponentText.starts_with('-');
+  const double bitsOrDecimals = static_cast<double>(point - first) * (hexadecimal ? 4 : 1);
+  return static_cast<double>(exponent) + bitsOrDecimals < 0;
 }
 
 } // namespace
@@ -116,28 +150,19 @@ std::optional<double> Numbers::parse(std::string_view text) {
     negative = text.front() == '-';
     text.remove_prefix(1);
   }
-  auto format = std::chars_format::general;
-  if (text.starts_with("0x") || text.starts_with("0X")) {
-    format = std::chars_format::hex;
-    text.remove_prefix(2);
-  }
-  if (isDigitlessRemainder(text))
+  Spelling spelling{text, std::chars_format::general};
+  if (text.starts_with("0x") || text.starts_with("0X"))
+    spelling = {text.substr(2), std::chars_format::hex};
+  if (!isPlain(spelling))
     return std::nullopt;
 
   double magnitude = 0;
-  const char* end = text.data() + text.size();
-  auto result = std::from_chars(text.data(), end, magnitude, format);
+  const char* end = spelling.text.data() + spelling.text.size();
+  const auto result = std::from_chars(spelling.text.data(), end, magnitude, spelling.format);
   if (result.ptr != end || result.ec == std::errc::invalid_argument)
     return std::nullopt;
-  if (result.ec == std::errc::result_out_of_range) {
-    // from_chars does not say which end was missed; the wider type tells, or else the exponent.
-    long double wide = 0;
-    result = std::from_chars(text.data(), end, wide, format);
-    const bool tiny = result.ec == std::errc{}
-                          ? wide < 1.0L
-                          : text.find_first_of("eEpP") != text.npos && text.find("-") != text.npos;
-    magnitude = tiny ? 0.0 : std::numeric_limits<double>::infinity();
-  }
+  if (result.ec == std::errc::result_out_of_range)
+    magnitude = isBelowOne(spelling) ? 0.0 : std::numeric_limits<double>::infinity();
   return negative ? -magnitude : magnitude;
 }
 

@@ -1,0 +1,248 @@
+#include "Numbers.h"
+
+#include "CoreSupport.h"
+#include "Signals.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <bit>
+#include <clocale>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <string>
+
+namespace velto {
+namespace {
+
+using tests::require;
+using tests::sameBits;
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t smallest = std::numeric_limits<std::int64_t>::min();
+
+// The process in a locale with a decimal comma, and back.
+class CommaLocale {
+public:
+  CommaLocale() {
+    setenv("LOCPATH", VELTO_TEST_LOCALES, 1);
+    active_ = std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
+  }
+  ~CommaLocale() {
+    std::setlocale(LC_ALL, "C");
+    unsetenv("LOCPATH");
+  }
+  CommaLocale(const CommaLocale&) = delete;
+  CommaLocale& operator=(const CommaLocale&) = delete;
+
+  // Whether the C library now really writes a comma.
+  bool active() const { return active_ && print("%.1f", 0.5) == "0,5"; }
+
+  template <typename... Values>
+  static std::string print(const char* format, Values... values) {
+    char text[512];
+    std::snprintf(text, sizeof text, format, values...);
+    return text;
+  }
+
+private:
+  bool active_ = false;
+};
+
+template <typename... Values>
+std::string print(const char* format, Values... values) {
+  return CommaLocale::print(format, values...);
+}
+
+// Every double: uniform over bit patterns, so over all magnitudes, with the special ones.
+rc::Gen<double> anyDouble() {
+  const auto anyBits = rc::gen::map(rc::gen::resize(100, rc::gen::arbitrary<std::uint64_t>()),
+                                    [](std::uint64_t bits) { return std::bit_cast<double>(bits); });
+  const auto special =
+      rc::gen::element(0.0, -0.0, 0.5, 1.5, 2.5, 0.125, 999.5, 999.6, 5e-324,
+                       std::numeric_limits<double>::max(), infinity, -infinity, notANumber);
+  return rc::gen::weightedOneOf<double>(
+      {{2, anyBits}, {2, tests::between(-20000, 20000)}, {1, special}});
+}
+
+rc::Gen<double> anyFiniteDouble() {
+  return rc::gen::suchThat(anyDouble(), [](double value) { return std::isfinite(value); });
+}
+
+RC_GTEST_PROP(Numbers, FixedIsPrintfsF, ()) {
+  const double value = *anyDouble();
+  const int decimals = *rc::gen::inRange(0, 12);
+  RC_ASSERT(Numbers::fixed(value, decimals) == print("%.*f", decimals, value));
+}
+
+RC_GTEST_PROP(Numbers, GeneralIsPrintfsG, ()) {
+  const double value = *anyDouble();
+  const int digits = *rc::gen::inRange(1, 18);
+  RC_ASSERT(Numbers::general(value, digits) == print("%.*g", digits, value));
+}
+
+RC_GTEST_PROP(Numbers, ShortestReadsBackAsTheSameDouble, ()) {
+  const double value = *anyFiniteDouble();
+  require(sameBits(Numbers::parse(Numbers::shortest(value)).value(), value));
+}
+
+RC_GTEST_PROP(Numbers, NoShorterTextReadsBackAsTheSameDouble, ()) {
+  const double value = *anyFiniteDouble();
+  const std::string text = Numbers::shortest(value);
+  for (int digits = 1; digits <= 17; ++digits) {
+    const std::string candidate = print("%.*g", digits, value);
+    if (std::strtod(candidate.c_str(), nullptr) == value)
+      RC_ASSERT(text.size() <= candidate.size());
+  }
+}
+
+RC_GTEST_PROP(Numbers, ParsesWhatPrintfWrites, ()) {
+  const double value = *anyFiniteDouble();
+  const bool hexadecimal = *rc::gen::arbitrary<bool>();
+  const std::string text = hexadecimal ? print("%a", value) : print("%.17g", value);
+  require(sameBits(Numbers::parse(text).value(), value));
+}
+
+TEST(Numbers, FixedRoundsHalvesToEvenAsPrintfDoes) {
+  EXPECT_EQ(Numbers::fixed(0.125, 2), "0.12");
+  EXPECT_EQ(Numbers::fixed(0.375, 2), "0.38");
+  EXPECT_EQ(Numbers::fixed(2.5, 0), "2");
+  EXPECT_EQ(Numbers::fixed(999.6, 0), "1000");
+  EXPECT_EQ(Numbers::fixed(-0.0, 1), "-0.0");
+  EXPECT_EQ(Numbers::fixed(infinity, 2), "inf");
+  EXPECT_EQ(Numbers::fixed(-infinity, 2), "-inf");
+  EXPECT_EQ(Numbers::fixed(notANumber, 2), "nan");
+}
+
+TEST(Numbers, FixedWritesTheLargestDoubleWhole) {
+  const std::string text = Numbers::fixed(-std::numeric_limits<double>::max(), 2);
+  EXPECT_EQ(text.size(), 313u);
+  EXPECT_EQ(text.substr(0, 6), "-17976");
+}
+
+TEST(Numbers, ShortestHasKnownTexts) {
+  EXPECT_EQ(Numbers::shortest(0.1), "0.1");
+  EXPECT_EQ(Numbers::shortest(1e21), "1e+21");
+  EXPECT_EQ(Numbers::shortest(-0.0), "-0");
+  EXPECT_EQ(Numbers::shortest(20), "20");
+  EXPECT_EQ(Numbers::shortest(1.0 / 3), "0.3333333333333333");
+}
+
+TEST(Numbers, ParsesEverySpelling) {
+  const struct {
+    const char* text;
+    double value;
+  } rows[] = {
+      {"1250", 1250},
+      {"-1.5", -1.5},
+      {"+1.5", 1.5},
+      {".5", 0.5},
+      {"5.", 5},
+      {"1e3", 1000},
+      {"1E+3", 1000},
+      {"25e-1", 2.5},
+      {"-0", -0.0},
+      {"0x10", 16},
+      {"0X1.8P1", 3},
+      {"-0x.8p1", -1},
+      {"inf", infinity},
+      {"-INF", -infinity},
+      {"Infinity", infinity},
+      {"4e-324", 5e-324},
+      {"1.7976931348623157e308", std::numeric_limits<double>::max()},
+  };
+  for (const auto& row : rows) {
+    const auto value = Numbers::parse(row.text);
+    ASSERT_TRUE(value.has_value()) << row.text;
+    EXPECT_TRUE(sameBits(*value, row.value)) << row.text;
+  }
+  EXPECT_TRUE(std::isnan(Numbers::parse("nan").value()));
+  EXPECT_TRUE(std::isnan(Numbers::parse("-NaN").value()));
+}
+
+TEST(Numbers, MagnitudesBeyondADoubleBecomeInfinityOrZero) {
+  const std::string zeros(5000, '0');
+  const struct {
+    std::string text;
+    double value;
+  } rows[] = {
+      {"1e400", infinity},
+      {"-1e400", -infinity},
+      {"1.7976931348623159e308", infinity},
+      {"1e99999999999999999999", infinity},
+      {"1" + zeros, infinity},
+      {"1" + zeros + "e-10", infinity},
+      {"0x1p2000", infinity},
+      {"0x1" + zeros, infinity},
+      {"1e-400", 0},
+      {"-1e-400", -0.0},
+      {"2e-324", 0},
+      {"1e-99999999999999999999", 0},
+      {"0." + zeros + "1", 0},
+      {"0." + zeros + "1e10", 0},
+      {"0x1p-2000", 0},
+      {"0x0." + zeros + "1", 0},
+      {"0e99999999999999999999", 0},
+  };
+  for (const auto& row : rows) {
+    const auto value = Numbers::parse(row.text);
+    ASSERT_TRUE(value.has_value()) << row.text.substr(0, 30);
+    EXPECT_TRUE(sameBits(*value, row.value)) << row.text.substr(0, 30);
+  }
+}
+
+TEST(Numbers, ParsesNothingElse) {
+  for (const char* text :
+       {"",      " ",     "1 ",    " 1",   "1,5",    "1.5.2", "abc",    "-",    "+",
+        "+-1",   "--1",   ".",     "1e",   "1e+",    "0x",    "0xg",    "0x1p", "0x-1",
+        "0x0x1", "0xinf", "0xnan", "infi", "nan(1)", "1f",    "1.0 Hz", "٣"})
+    EXPECT_FALSE(Numbers::parse(text).has_value()) << '"' << text << '"';
+}
+
+TEST(Numbers, ACommaLocaleChangesNothing) {
+  const CommaLocale locale;
+  ASSERT_TRUE(locale.active());
+  EXPECT_EQ(Numbers::fixed(1234.5, 2), "1234.50");
+  EXPECT_EQ(Numbers::general(1.25, 4), "1.25");
+  EXPECT_EQ(Numbers::shortest(0.1), "0.1");
+  EXPECT_EQ(Numbers::parse("1.5"), 1.5);
+  EXPECT_EQ(Numbers::parse("1e400"), infinity);
+  EXPECT_EQ(Numbers::parse("1e-400"), 0.0);
+  EXPECT_EQ(Numbers::parse("0x1.8p0"), 1.5);
+  EXPECT_FALSE(Numbers::parse("1,5").has_value());
+  EXPECT_EQ(Bands::label(1250), "1.25k");
+  EXPECT_EQ(Drills::grade(3.5, Trial{.drill = Drill::level, .targetLevelDB = 3}).errorText,
+            "0.50 dB off");
+}
+
+TEST(Numbers, TruncatedDropsTheFraction) {
+  EXPECT_EQ(Numbers::truncated(1.9), 1);
+  EXPECT_EQ(Numbers::truncated(-1.9), -1);
+  EXPECT_EQ(Numbers::truncated(-0.5), 0);
+  EXPECT_EQ(Numbers::truncated(-0x1p63), smallest);
+  EXPECT_EQ(Numbers::truncated(0x1.fffffffffffffp62), 9223372036854774784);
+}
+
+TEST(NumbersDeathTest, TruncatedStopsAtWhatIsNoInteger) {
+  const char* message = "Velto: a number cannot be converted to an integer";
+  EXPECT_DEATH((void)Numbers::truncated(notANumber), message);
+  EXPECT_DEATH((void)Numbers::truncated(infinity), message);
+  EXPECT_DEATH((void)Numbers::truncated(-infinity), message);
+  EXPECT_DEATH((void)Numbers::truncated(0x1p63), message);
+  EXPECT_DEATH((void)Numbers::truncated(-0x1.0000000000001p63), message);
+}
+
+TEST(Numbers, SaturatingIncrementStaysAtTheLargest) {
+  EXPECT_EQ(Numbers::saturatingIncrement(0), 1);
+  EXPECT_EQ(Numbers::saturatingIncrement(smallest), smallest + 1);
+  EXPECT_EQ(Numbers::saturatingIncrement(largest - 1), largest);
+  EXPECT_EQ(Numbers::saturatingIncrement(largest), largest);
+}
+
+} // namespace
+} // namespace velto

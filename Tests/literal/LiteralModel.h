@@ -1,0 +1,111 @@
+// A slow, literal model of trials, grading, the staircase, synthesis, measurement and rendering.
+//
+// It is the yardstick for the program and shares no line with it: statement by statement what is
+// meant, each value computed where it is needed, nothing shared, cached, reordered or skipped. The
+// program may grow fast; this file does not change with it. It includes nothing of Sources.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace literal {
+
+using Samples = std::vector<float>;
+
+// Filters and measurement
+
+struct Biquad {
+  double b0, b1, b2, a1, a2;
+  double x1 = 0, x2 = 0, y1 = 0, y2 = 0;
+
+  float process(float x);
+};
+
+Biquad lowpass(double f0, double q, double sampleRate);
+Biquad highpass(double f0, double q, double sampleRate);
+Biquad bandpass(double f0, double q, double sampleRate);
+Biquad peaking(double f0, double gainDB, double q, double sampleRate);
+double responseDB(const Biquad& filter, double freq, double sampleRate);
+
+double rmsDB(const Samples& x);
+double peakDB(const Samples& x);
+Samples normalizeRMS(const Samples& x, double targetDB);
+double magnitudeAt(const Samples& x, double freq, double sampleRate);
+
+// Source materials
+
+// One step of the generator: the state after `state`. Never give it 0.
+std::uint64_t step(std::uint64_t state);
+// The state that a generator starts with for a seed.
+std::uint64_t startState(std::uint64_t seed);
+// The two kinds of value taken from a state that was just stepped.
+double noiseValue(std::uint64_t state);
+double unitValue(std::uint64_t state);
+
+Samples pink(double seconds, std::uint64_t seed);
+Samples drums(double seconds, std::uint64_t seed);
+Samples pad(double seconds, std::uint64_t seed);
+
+struct Pair {
+  Samples l, r;
+};
+Pair stereoise(const Samples& mono, double correlation, std::uint64_t seed);
+
+// Where the drum steps of a loop start, in samples.
+std::vector<std::int64_t> stepStarts(double seconds);
+
+// Trials
+
+enum class Drill { frequency, level, dynamics, polarity };
+enum class Material { pinkNoise, drums, pad };
+
+const std::array<double, 27>& bandCentres();
+std::string bandLabel(double freq);
+
+struct Trial {
+  Drill drill;
+  std::uint64_t seed;
+  Material material;
+  double difficulty;
+  std::int64_t slots;
+  double targetFreq;
+  double boostDB;
+  double boostQ;
+  double targetLevelDB;
+  double targetGRdB;
+  std::int64_t oddSlot;
+  double correlation;
+};
+Trial makeTrial(double difficulty, Material material, std::uint64_t seed, Drill drill);
+
+struct Grade {
+  bool correct;
+  double error;
+  std::string errorText;
+  std::string truthText;
+  std::string answerText;
+};
+Grade grade(double answer, const Trial& trial);
+
+struct Staircase {
+  double difficulty = 20;
+  std::int64_t consecutiveCorrect = 0;
+  std::int64_t reversals = 0;
+  std::int64_t lastDirection = 0;
+
+  void record(bool correct);
+};
+
+// Rendering
+
+struct Compressed {
+  Samples out;
+  double grDB;
+};
+Compressed compressorHitting(double targetGR, const Samples& x);
+
+std::vector<Pair> render(const Trial& trial, double seconds);
+
+} // namespace literal
