@@ -1,0 +1,94 @@
+# velto_desk_test(NAME name COMMAND target-or-program [argument...]
+#                 [DISPLAY] [SOUND] [LOCALE] [LONG | MATRIX] [SERIAL]
+#                 [SCALE n] [SIZE WxHxD] [TIMEOUT seconds] [ENVIRONMENT name=value...])
+#
+# Registers a test that runs on a private desk; see `desk --help` for what it finds there.
+#   DISPLAY  with an X server and a window manager
+#   SOUND    with a sound server. Such tests never run side by side (resource lock "sound").
+#   LOCALE   registers name.comma too: the same under a locale whose decimal separator is a comma
+#   LONG, MATRIX  label "long" or "matrix" in place of "default"
+#   SERIAL   nothing else runs meanwhile
+#   TIMEOUT  60 s unless given, 900 s for LONG and MATRIX
+# A target named as the command must be defined before.
+
+set(VELTO_DESK ${CMAKE_CURRENT_LIST_DIR}/desk CACHE INTERNAL "Runs a command on a private desk")
+set(VELTO_DESK_LOCALES ${PROJECT_BINARY_DIR}/locales CACHE INTERNAL "Locales compiled for tests")
+
+function(velto_desk_test)
+  cmake_parse_arguments(PARSE_ARGV 0 arg "DISPLAY;SOUND;LOCALE;LONG;MATRIX;SERIAL"
+    "NAME;SCALE;SIZE;TIMEOUT" "COMMAND;ENVIRONMENT")
+  if(arg_UNPARSED_ARGUMENTS OR NOT arg_NAME OR NOT arg_COMMAND OR (arg_LONG AND arg_MATRIX))
+    message(FATAL_ERROR "velto_desk_test(${ARGN}): unknown, missing or contradicting arguments")
+  endif()
+
+  set(switches "")
+  if(NOT arg_DISPLAY)
+    list(APPEND switches --no-display)
+  endif()
+  if(NOT arg_SOUND)
+    list(APPEND switches --no-sound)
+  endif()
+  if(arg_SCALE)
+    list(APPEND switches --scale ${arg_SCALE})
+  endif()
+  if(arg_SIZE)
+    list(APPEND switches --size ${arg_SIZE})
+  endif()
+
+  set(label default)
+  set(timeout 60)
+  if(arg_LONG OR arg_MATRIX)
+    set(timeout 900)
+    set(label long)
+    if(arg_MATRIX)
+      set(label matrix)
+    endif()
+  endif()
+  if(arg_TIMEOUT)
+    set(timeout ${arg_TIMEOUT})
+  endif()
+
+  set(command ${arg_COMMAND})
+  list(GET command 0 program)
+  if(TARGET ${program})
+    list(REMOVE_AT command 0)
+    list(PREPEND command $<TARGET_FILE:${program}>)
+  endif()
+  # The desk drops settings of the desktop, so what the test wants is set inside it.
+  if(arg_ENVIRONMENT)
+    list(PREPEND command env ${arg_ENVIRONMENT})
+  endif()
+
+  add_test(NAME ${arg_NAME} COMMAND ${VELTO_DESK} ${switches} -- ${command})
+  set(tests ${arg_NAME})
+  if(arg_LOCALE)
+    add_test(NAME ${arg_NAME}.comma
+      COMMAND ${VELTO_DESK} ${switches} --locale de_DE.UTF-8 -- ${command})
+    list(APPEND tests ${arg_NAME}.comma)
+    set_tests_properties(${arg_NAME}.comma PROPERTIES
+      FIXTURES_REQUIRED commaLocale ENVIRONMENT "VELTO_DESK_LOCALES=${VELTO_DESK_LOCALES}")
+    velto_comma_locale()
+  endif()
+  set_tests_properties(${tests} PROPERTIES LABELS ${label} TIMEOUT ${timeout})
+  if(arg_SOUND)
+    set_tests_properties(${tests} PROPERTIES RESOURCE_LOCK sound)
+  endif()
+  if(arg_SERIAL)
+    set_tests_properties(${tests} PROPERTIES RUN_SERIAL ON)
+  endif()
+endfunction()
+
+# Compiles the comma locale once for all tests that need it; takes more than a second. A test's name
+# is known in its own directory only, hence one for each directory.
+function(velto_comma_locale)
+  file(RELATIVE_PATH place ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  set(name commaLocale:${place})
+  if(TEST ${name})
+    return()
+  endif()
+  add_test(NAME ${name} COMMAND sh -c "\
+test -s \"$0/LC_NUMERIC\" || { mkdir -p \"\${0%/*}\" && localedef --no-archive -i de_DE -f UTF-8 \"$0\"; }"
+    ${VELTO_DESK_LOCALES}/de_DE.UTF-8)
+  set_tests_properties(${name} PROPERTIES FIXTURES_SETUP commaLocale TIMEOUT 60
+    RESOURCE_LOCK commaLocale)
+endfunction()

@@ -1,0 +1,291 @@
+#!/usr/bin/env bash
+# The one entry for people: installs what is missing, builds, runs, tests. `./build.sh help`.
+
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+self=build.sh
+
+usage() {
+  cat <<'END'
+Usage: ./build.sh [COMMAND]
+
+  build, or none    install missing packages, configure and build (release, in build/)
+  run [SWITCHES]    build, then run build/bin/velto with the switches; without a display, run a
+                    trial on a private desk and say where its picture is
+  test [OPTIONS]    build and run the tests; further arguments go to ctest, for example -R Signals
+      --long        the long tests instead of the default ones
+      --matrix      the tests across compilers and architectures
+      --asan        built with the address and undefined-behaviour sanitizers
+      --tsan        built with the thread sanitizer
+  help              this text
+END
+}
+
+say() {
+  printf '== %s\n' "$*"
+}
+
+fail() {
+  printf '%s: %s\n' "$self" "$1" >&2
+  exit "${2:-1}"
+}
+
+# --- Packages (Debian names), one a line ----------------------------------------------------------
+
+buildPackages=(
+  cmake
+  g++
+  libcubeb-dev
+  ninja-build
+  nlohmann-json3-dev
+  qt6-base-dev
+  qt6-declarative-dev
+)
+
+# QML modules are loaded at run time: no library depends on them.
+runPackages=(
+  fonts-inter
+  fonts-jetbrains-mono
+  libqt6dbus6
+  qml6-module-qtqml
+  qml6-module-qtqml-workerscript
+  qml6-module-qtquick
+)
+
+deskPackages=(
+  openbox
+  pulseaudio
+  pulseaudio-utils
+  x11-utils
+  xvfb
+)
+
+testPackages=(
+  libfftw3-dev
+  libgtest-dev
+  librapidcheck-dev
+  locales
+  qml6-module-qtquick-window
+  qml6-module-qttest
+  wmctrl
+  xdotool
+)
+
+matrixPackages=(
+  clang
+)
+
+# Installs those of the named packages that are missing. Where there is no apt-get, and where its
+# user may not install, it says what is needed and goes on: the build tells what it cannot find.
+provide() {
+  if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+    say "No apt-get here. What is needed, by its Debian names: $*"
+    return
+  fi
+  local -A installed=()
+  local -a missing=()
+  local name
+  while read -r name; do installed[$name]=1; done < <(
+    dpkg-query -W -f '${db:Status-Status} ${Package}\n' "$@" 2>/dev/null | sed -n 's/^installed //p')
+  for name in "$@"; do
+    [[ -n ${installed[$name]-} ]] || missing+=("$name")
+  done
+  ((${#missing[@]} > 0)) || return 0
+
+  say "Installing missing packages: ${missing[*]}"
+  local -a as=(env DEBIAN_FRONTEND=noninteractive)
+  if ((EUID != 0)); then
+    if ! command -v sudo >/dev/null; then
+      say "Neither root nor sudo. Install them as root: apt-get install ${missing[*]}"
+      return
+    fi
+    # Without a terminal nobody can type a password.
+    if [[ -t 0 ]]; then as=(sudo "${as[@]}"); else as=(sudo -n "${as[@]}"); fi
+  fi
+  "${as[@]}" apt-get update </dev/null || say 'The package lists could not be refreshed; trying the old ones'
+  "${as[@]}" apt-get install -y --no-install-recommends -o DPkg::Lock::Timeout=300 \
+    "${missing[@]}" </dev/null || fail "apt-get could not install: ${missing[*]}"
+}
+
+# --- Build ----------------------------------------------------------------------------------------
+
+# preset, its folder, further settings. Only what differs from the last time is configured again.
+configure() {
+  local preset=$1 folder=$2 setting
+  shift 2
+  local stale=false
+  [[ -f $folder/CMakeCache.txt && -f $folder/build.ninja ]] || stale=true
+  for setting in "$@"; do
+    $stale || grep -qE "^${setting%%=*}:[A-Z]+=${setting#*=}\$" "$folder/CMakeCache.txt" || stale=true
+  done
+  $stale || return 0
+  say "Configuring $preset in ${folder##*/}/"
+  (cd "$root" && cmake --preset "$preset" "${@/#/-D}")
+}
+
+compile() {
+  say "Building in ${1##*/}/"
+  cmake --build "$@"
+}
+
+# A folder that was configured with the tests keeps them.
+configureProgram() {
+  [[ -f $root/build/CMakeCache.txt && -f $root/build/build.ninja ]] \
+    || configure release "$root/build" VELTO_BUILD_TESTS=OFF
+}
+
+build() {
+  provide "${buildPackages[@]}" "${runPackages[@]}"
+  configureProgram
+  compile "$root/build"
+}
+
+# --- Run ------------------------------------------------------------------------------------------
+
+# Whether a display is there and somebody listens on it.
+hasDisplay() {
+  local wayland=${WAYLAND_DISPLAY-} x=${DISPLAY-}
+  if [[ -n $wayland ]]; then
+    [[ $wayland == /* ]] || wayland=${XDG_RUNTIME_DIR-}/$wayland
+    [[ ! -S $wayland ]] || return 0
+  fi
+  [[ $x =~ ^([^:]*):([0-9]+)(\.[0-9]+)?$ ]] || return 1
+  local host=${BASH_REMATCH[1]} number=${BASH_REMATCH[2]}
+  if [[ -z $host || $host == unix ]]; then
+    # A socket without a listener is what a dead server left. One that this network namespace does
+    # not list may have been lent to a container.
+    [[ -S /tmp/.X11-unix/X$number ]] || grep -q " @/tmp/.X11-unix/X$number\$" /proc/net/unix
+  else
+    timeout 5 bash -c "exec 3<>/dev/tcp/$host/$((6000 + number))" 2>/dev/null
+  fi
+}
+
+hasSound() {
+  [[ -n ${PULSE_SERVER-} || -S ${XDG_RUNTIME_DIR-}/pulse/native ]] || compgen -G '/dev/snd/pcm*p' >/dev/null
+}
+
+# Whether one of the words is among the switches: words, --, switches.
+given() {
+  local -a words=()
+  while [[ $1 != -- ]]; do words+=("$1"); shift; done
+  shift
+  local switch word
+  for switch in "$@"; do
+    for word in "${words[@]}"; do [[ $switch != "$word" ]] || return 0; done
+  done
+  return 1
+}
+
+# The value after the first occurrence of a switch: switch, switches.
+valueOf() {
+  local wanted=$1
+  shift
+  while (($# > 1)); do
+    if [[ $1 == "$wanted" ]]; then printf '%s' "$2"; return; fi
+    shift
+  done
+}
+
+run() {
+  {
+    provide "${buildPackages[@]}" "${runPackages[@]}"
+    configureProgram
+    compile "$root/build" --target velto
+  } >&2
+  local program=$root/build/bin/velto
+  if given --probe --brand-check --bench --seed-demo -- "$@" || hasDisplay; then
+    if [[ -n ${WAYLAND_DISPLAY-} && -z ${DISPLAY-} ]]; then provide qt6-wayland >&2; fi
+    exec "$program" "$@"
+  fi
+  if given --audio-selftest --bench-audio -- "$@"; then
+    if hasSound; then exec "$program" "$@"; fi
+    provide "${deskPackages[@]}" >&2
+    exec "$root/Tests/desk/desk" --no-display -- "$program" "$@"
+  fi
+  trial "$program" "$@"
+}
+
+# A scripted trial where nobody sees or hears it: program, switches.
+trial() {
+  local program=$1 folder=$root/build/trial
+  shift
+  (($# > 0)) || set -- --drill frequency --answer 1000
+  given --shot -- "$@" || set -- "$@" --shot "$folder/velto.png"
+  local picture
+  picture=$(valueOf --shot "$@")
+  [[ -n $picture ]] || fail '--shot needs a path' 2
+
+  provide "${deskPackages[@]}"
+  say 'No display here: a trial runs on a private desk with its own screen and sound server'
+  say "velto $*"
+  rm -rf "$folder"
+  mkdir -p "$folder/profile"
+  rm -f "$picture"
+  local status=0
+  "$root/Tests/desk/desk" -- env VELTO_PROFILE_DIR="$folder/profile" timeout -k 5 60 \
+    "$program" "$@" || status=$?
+  ((status == 0)) || fail "velto ended with status $status" "$status"
+  [[ -s $picture ]] || fail "no picture at $picture"
+
+  local row='"drill":"([a-z]+)".*"correct":(true|false),"error":([^,}]+)' record=$folder/profile/profile.json
+  if [[ -s $record && $(<"$record") =~ $row ]]; then
+    local verdict='a miss'
+    [[ ${BASH_REMATCH[2]} == false ]] || verdict='a hit'
+    say "The trial was played and answered, drill ${BASH_REMATCH[1]}: $verdict, error ${BASH_REMATCH[3]}"
+    say "The record: $record"
+  elif given --answer -- "$@"; then
+    fail "the answer was not recorded in $record"
+  else
+    say 'The trial was played; no answer was asked for'
+  fi
+  say "The picture: $picture"
+}
+
+# --- Test -----------------------------------------------------------------------------------------
+
+runTests() {
+  local preset=release folder=$root/build label=default
+  local -a extra=() packages=() wrapper=()
+  while (($# > 0)); do
+    case $1 in
+      --long) label=long ;;
+      --matrix) label=matrix packages=("${matrixPackages[@]}") ;;
+      --asan) preset=asan-ubsan folder=$root/build-asan-ubsan ;;
+      --tsan) preset=tsan folder=$root/build-tsan ;;
+      *) extra+=("$1") ;;
+    esac
+    shift
+  done
+  provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
+    "${packages[@]}"
+  configure "$preset" "$folder" VELTO_BUILD_TESTS=ON
+  compile "$folder"
+
+  if [[ $preset != release ]]; then
+    # The options of the caller come last and win.
+    export ASAN_OPTIONS="strict_string_checks=1:detect_stack_use_after_return=1:${ASAN_OPTIONS-}"
+    export UBSAN_OPTIONS="print_stacktrace=1:${UBSAN_OPTIONS-}"
+    export TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1:${TSAN_OPTIONS-}"
+    # Their shadow memory collides with the wide address randomisation of newer kernels.
+    if setarch -R true 2>/dev/null; then wrapper=(setarch -R); fi
+  fi
+  say "Testing: $label tests, $preset"
+  local log=$folder/tests.log status=0
+  "${wrapper[@]}" ctest --test-dir "$folder" -L "^$label\$" --no-tests=error --no-label-summary \
+    --output-on-failure -j2 --output-log "$log" "${extra[@]}" || status=$?
+  # The verdict is the last line, for whoever reads only that.
+  grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+$' "$log" | tail -n 1 || true
+  exit "$status"
+}
+
+# --------------------------------------------------------------------------------------------------
+
+command=${1-build}
+(($# == 0)) || shift
+case $command in
+  build) (($# == 0)) || fail "build takes no '$1'; try ./build.sh help" 2; build ;;
+  run) run "$@" ;;
+  test) runTests "$@" ;;
+  help | --help | -h) usage ;;
+  *) fail "unknown command '$command'; try ./build.sh help" 2 ;;
+esac
