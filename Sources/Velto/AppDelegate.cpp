@@ -51,7 +51,7 @@ WorkQueues qtWorkQueues() {
 AppDelegate::AppDelegate(LaunchOptions options)
     : options_(std::move(options)),
       session_(options_.drill, qtWorkQueues(), std::make_unique<Player>(), secondsSince1970()),
-      appearance_(options_.fixedDark), model_(session_) {}
+      appearance_(options_.fixedDark), model_(session_), progress_(session_) {}
 
 AppDelegate::~AppDelegate() {
   // Renders still under way hand their results to the event loop.
@@ -87,6 +87,7 @@ void AppDelegate::openWindow() {
   applyAppearance();
 
   window_->setInitialProperties({{QStringLiteral("session"), QVariant::fromValue(&model_)},
+                                 {QStringLiteral("progress"), QVariant::fromValue(&progress_)},
                                  {QStringLiteral("dark"), appearance_.dark()}});
   window_->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Velto/ContentView.qml")));
   QQuickItem* root = window_->rootObject();

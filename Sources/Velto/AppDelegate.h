@@ -5,6 +5,7 @@
 #include "Appearance.h"
 #include "LaunchOptions.h"
 #include "PracticeModel.h"
+#include "ProgressModel.h"
 #include "Session.h"
 
 #include <QKeyEvent>
@@ -50,6 +51,7 @@ private:
   Session session_;
   Appearance appearance_;
   PracticeModel model_;
+  ProgressModel progress_;
   std::unique_ptr<QQuickView> window_;
   bool exposed_ = false;
   Qt::WindowStates windowStates_;

@@ -6,6 +6,7 @@ Item {
     id: root
 
     required property PracticeModel session
+    required property ProgressModel progress
     required property bool dark
     readonly property real minimumWidth: main.minimumWidth + divider.width + side.width
     readonly property real minimumHeight: main.minimumHeight
@@ -65,13 +66,18 @@ Item {
         color: Theme.palette.line
     }
 
-    // The side panel's column: 320 points and 20 of padding on each side.
     Item {
         id: side
 
-        objectName: "sidePanel"
         anchors.right: parent.right
         width: 320 + 40
         height: parent.height
+
+        SidePanel {
+            objectName: "sidePanel"
+            anchors.fill: parent
+            anchors.margins: 20
+            progress: root.progress
+        }
     }
 }

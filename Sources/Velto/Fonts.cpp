@@ -32,8 +32,9 @@ QString portalFamily(const Portal& portal, const QString& key) {
 
 // Without a platform theme Qt names a generic alias instead of a font.
 bool isGenericAlias(const QString& family) {
-  return family.isEmpty() || family.startsWith(QLatin1String("Sans"), Qt::CaseInsensitive) ||
-         family.compare(QLatin1String("monospace"), Qt::CaseInsensitive) == 0;
+  static const QStringList aliases{QString(), QStringLiteral("Sans"), QStringLiteral("Sans Serif"),
+                                   QStringLiteral("sans-serif"), QStringLiteral("monospace")};
+  return aliases.contains(family, Qt::CaseInsensitive);
 }
 
 QString familyFor(QFontDatabase::SystemFont role, const Portal& portal, const QString& portalKey,

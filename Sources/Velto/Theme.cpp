@@ -75,6 +75,12 @@ QColor mix(const QColor& from, const QColor& to, double t) {
                           blend(from.blueF(), to.blueF()));
 }
 
+QColor weaknessColor(const Palette& palette, double weakness) {
+  if (weakness < 0.5)
+    return mix(palette.good, palette.warn, 2 * weakness);
+  return mix(palette.warn, palette.bad, 2 * (weakness - 0.5));
+}
+
 Theme::Theme(QObject* parent) : QObject(parent) {
   if (const auto* item = qobject_cast<QQuickItem*>(parent))
     connect(item, &QQuickItem::parentChanged, this, &Theme::followParent);

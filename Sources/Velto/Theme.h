@@ -62,6 +62,10 @@ public:
 // whatever the opacities of the two. An invalid colour is a programming error.
 [[nodiscard]] QColor mix(const QColor& from, const QColor& to, double t);
 
+// The colour of a band in the weakness map: from `good` over `warn` to `bad` as `weakness` goes
+// from 0 to 1, and held beyond.
+[[nodiscard]] QColor weaknessColor(const Palette& palette, double weakness);
+
 // The palette as it travels down the item tree: `Theme.palette` is the palette that the item or the
 // nearest of its ancestors has been given, and the dark one where none has. Main thread only.
 class Theme : public QObject {
@@ -102,6 +106,11 @@ class Palettes : public QObject {
 public:
   [[nodiscard]] static const Palette& dark() { return Palette::dark(); }
   [[nodiscard]] static const Palette& light() { return Palette::light(); }
+
+  // See weaknessColor.
+  Q_INVOKABLE static QColor weakness(const velto::Palette& palette, double weakness) {
+    return weaknessColor(palette, weakness);
+  }
 
   // `color` at `opacity`, 0 to 1.
   Q_INVOKABLE static QColor faded(QColor color, double opacity) {

@@ -1,11 +1,13 @@
 // Reads the command line and runs what it asks for.
 
 #include "AppDelegate.h"
+#include "BrandCheck.h"
+#include "DemoData.h"
+#include "Graphics.h"
 #include "LaunchOptions.h"
 #include "PlaybackBench.h"
 
 #include <QGuiApplication>
-#include <QQuickWindow>
 #include <QtQml/QQmlExtensionPlugin>
 
 #include <cstdio>
@@ -18,7 +20,7 @@ namespace {
 using namespace velto;
 
 // Qt aborts with a page of advice when there is no display to connect to.
-void reportFatalMessages(QtMsgType type, const QMessageLogContext&, const QString& text) {
+void reportMessages(QtMsgType type, const QMessageLogContext&, const QString& text) {
   if (type == QtFatalMsg) {
     std::fputs("Velto: there is no display to open a window on\n", stderr);
     std::_Exit(EXIT_FAILURE);
@@ -28,9 +30,8 @@ void reportFatalMessages(QtMsgType type, const QMessageLogContext&, const QStrin
 }
 
 int runWindow(int argc, char** argv, const LaunchOptions& options) {
-  qInstallMessageHandler(reportFatalMessages);
-  if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND"))
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+  qInstallMessageHandler(reportMessages);
+  Graphics::prepare();
   QGuiApplication application(argc, argv);
   QGuiApplication::setApplicationName(QStringLiteral("velto"));
   QGuiApplication::setApplicationDisplayName(QStringLiteral("MORLA Velto"));
@@ -41,11 +42,25 @@ int runWindow(int argc, char** argv, const LaunchOptions& options) {
   return QGuiApplication::exec();
 }
 
+// Fonts need an application, but no display.
+int runBrandCheck(int argc, char** argv) {
+  qInstallMessageHandler(reportMessages);
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  const QGuiApplication application(argc, argv);
+  return BrandCheck::run() ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
   const Arguments arguments(std::vector<std::string>(argv, argv + argc));
   if (const auto load = arguments.valueOf("--bench-audio"))
     return PlaybackBench::run(*load == "on");
+  if (arguments.has("--brand-check"))
+    return runBrandCheck(argc, argv);
+  if (arguments.has("--seed-demo")) {
+    DemoData::seed();
+    return EXIT_SUCCESS;
+  }
   return runWindow(argc, argv, launchOptions(arguments));
 }

@@ -1,0 +1,52 @@
+// What the side panel shows of the statistics: texts, the bars of the weakness map, the curve.
+// Pure functions; lengths are in points.
+#pragma once
+
+#include "Drills.h"
+#include "Statistics.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace velto::Progress {
+
+// "5d", or a dash without a streak.
+[[nodiscard]] std::string streak(std::int64_t days);
+// "85%" of a share of 0 to 1, or a dash without one.
+[[nodiscard]] std::string accuracy(std::optional<double> share);
+// "progress · frequency"
+[[nodiscard]] std::string curveTitle(Drill drill);
+// "weakest · 3.15k Hz — 0.42 oct mean error over 7", or what it takes to name one.
+[[nodiscard]] std::string weakest(const std::optional<BandStat>& band);
+
+// One bar of the weakness map.
+struct Bar {
+  double height = 0;
+  // From 0 (no error) to 1 (1.2 octaves of mean error or more); none without answers.
+  std::optional<double> weakness;
+
+  bool operator==(const Bar&) const = default;
+};
+
+[[nodiscard]] Bar bar(const BandStat& band);
+
+// The bands whose labels stand under the map.
+inline constexpr std::array<std::size_t, 5> labelledBands{0, 8, 14, 20, 26};
+
+struct CurvePoint {
+  double x = 0;
+  double y = 0;
+
+  bool operator==(const CurvePoint&) const = default;
+};
+
+// The difficulties (0 to 100) as points of a polyline, evenly spaced over `width`, 100 at the top
+// of `height`. No points for fewer than two difficulties.
+[[nodiscard]] std::vector<CurvePoint> curve(std::span<const double> difficulties, double width,
+                                            double height);
+
+} // namespace velto::Progress

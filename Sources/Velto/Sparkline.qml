@@ -1,0 +1,57 @@
+import QtQuick
+import Velto
+
+// The difficulty over the newest answers of a drill.
+Item {
+    id: sparkline
+
+    property list<double> difficulties
+    readonly property bool drawn: difficulties.length > 1
+
+    implicitHeight: 64
+
+    Repeater {
+        model: sparkline.drawn ? [0.25, 0.5, 0.75] : []
+
+        Rectangle {
+            required property int index
+            required property real modelData
+
+            objectName: "hairline" + index
+            y: sparkline.height * modelData
+            width: sparkline.width
+            height: 1
+            color: Theme.palette.line
+        }
+    }
+
+    RoundedBox {
+        objectName: "curveFrame"
+        visible: sparkline.drawn
+        anchors.fill: parent
+        radius: 6
+        strokeColor: Theme.palette.line
+        strokeWidth: 1
+    }
+
+    CurveLine {
+        objectName: "curve"
+        visible: sparkline.drawn
+        anchors.fill: parent
+        anchors.margins: -overhang
+        overhang: 1
+        difficulties: sparkline.difficulties
+        color: Theme.palette.control
+        lineWidth: 1.6
+    }
+
+    Label {
+        objectName: "curveHint"
+        visible: !sparkline.drawn
+        height: parent.height
+        text: "answer a few to draw the curve"
+        mono: true
+        size: 9
+        color: Theme.palette.faint
+    }
+}

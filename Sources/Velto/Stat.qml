@@ -1,0 +1,44 @@
+import QtQuick
+import Velto
+
+// A figure over its label.
+Item {
+    id: stat
+
+    property string label
+    property string value
+
+    implicitHeight: 54
+
+    RoundedBox {
+        objectName: "statBox" + stat.label
+        anchors.fill: parent
+        radius: 8
+        strokeColor: Theme.palette.line
+        strokeWidth: 1
+    }
+
+    Label {
+        objectName: "statValue" + stat.label
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: 8
+        height: 24
+        text: stat.value
+        size: 19
+        font.family: Fonts.brandRegistered ? Fonts.brand : Fonts.system
+        font.weight: Fonts.brandRegistered ? Font.Normal : Font.DemiBold
+    }
+
+    Label {
+        objectName: "statLabel" + stat.label
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.horizontalCenterOffset: tracking / 2 // the space behind the last letter
+        y: 35
+        height: 10
+        text: stat.label
+        size: 8
+        font.weight: Font.Medium
+        tracking: 1.2
+        color: Theme.palette.faint
+    }
+}

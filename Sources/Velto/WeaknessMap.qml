@@ -1,0 +1,76 @@
+import QtQuick
+import Velto
+
+// A bar for each band of the frequency drill: the weaker the ear, the higher and the redder.
+Column {
+    id: map
+
+    required property ProgressModel progress
+
+    spacing: 8
+
+    Item {
+        width: parent.width
+        height: 50
+
+        Repeater {
+            id: bars
+
+            model: 27
+
+            RoundedBox {
+                required property int index
+                readonly property real weakness: map.progress.weaknesses[index]
+                readonly property real share: (map.width - 2 * (bars.count - 1)) / bars.count
+
+                objectName: "bar" + index
+                x: index * (share + 2)
+                y: 34 - height
+                width: share
+                height: map.progress.barHeights[index]
+                radius: 2
+                continuous: true
+                color: weakness < 0 ? Theme.palette.track : Palettes.weakness(Theme.palette, weakness)
+                strokeColor: index === map.progress.weakestBand ? Theme.palette.ink : "transparent"
+                strokeWidth: 1.5
+            }
+        }
+
+        Repeater {
+            id: labels
+
+            readonly property real gap: (map.width - total) / 4
+            readonly property real total: {
+                let sum = 0;
+                for (let i = 0; i < count; ++i)
+                    sum += itemAt(i)?.implicitWidth ?? 0;
+                return sum;
+            }
+
+            model: map.progress.bandLabels
+
+            Caption {
+                required property int index
+                required property string modelData
+
+                objectName: "bandLabel" + index
+                x: {
+                    let left = index * labels.gap;
+                    for (let i = 0; i < index; ++i)
+                        left += labels.itemAt(i)?.implicitWidth ?? 0;
+                    return left;
+                }
+                y: 38
+                text: modelData
+                mono: true
+                size: 8
+            }
+        }
+    }
+
+    Caption {
+        objectName: "weakestText"
+        text: map.progress.weakestText
+        color: map.progress.weakestBand < 0 ? Theme.palette.faint : Theme.palette.muted
+    }
+}
