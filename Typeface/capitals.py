@@ -1,14 +1,15 @@
 """The capitals A to Z."""
 
 from measures import CAP, CAPITAL, OVER, glyph, kept
-from outlines import flipped, union
-from pen import Path, box, half_slant, level, oval, slant, slant_on, upright
+from outlines import difference, flipped, union
+from pen import Path, box, half_slant, level, oval, polygon, slant, slant_on, upright
 
 W, H = CAPITAL.upright, CAPITAL.level
 STEM = W / 2  # the middle of a stem whose left edge is at 0
 TOP, BOTTOM = CAP - H / 2, H / 2  # the middle of flat bars
 ROUND_TOP, ROUND_BOTTOM = TOP + OVER, BOTTOM - OVER  # the middle of round strokes
 MIDDLE = 373  # the bars of B, E, H: a little above half, to look like half
+STEP = 1000 / 22  # a pixel at the size of the wordmark
 SLANTED = CAPITAL.scaled(0.97)  # slanted strokes look heavier than they are
 
 
@@ -127,12 +128,34 @@ def draw_j():
     return path.stroke(CAPITAL)
 
 
+def chevron(pen, start, crotch, arm_right, top, leg_right, branch):
+    """The arm and the leg of a K.
+
+    The arm's left edge leaves the stem at (start, crotch); the leg leaves the arm `branch` of the
+    way up.
+    """
+    edge = arm_right - 2 * half_slant(pen, (arm_right - start) / 2, (top - crotch) / 2)
+    slope = (edge - start) / (top - crotch)
+    width = arm_right - edge
+    low = crotch - (start + 40) / slope
+    arm = polygon(
+        (start + (low - crotch) * slope, low),
+        (start + (low - crotch) * slope + width, low),
+        (arm_right, top),
+        (edge, top),
+    )
+    y = crotch + branch * (top - crotch)
+    x = start + (y - crotch) * slope + width / 2
+    leg = slant_on(pen, leg_right, 0, x + width / 2 - 30, y, 1)
+    above = polygon(
+        (x - slope * 900, y - 900), (x + slope * 900, y + 900), (x - 900, y + 900), (x - 1800, y - 900)
+    )
+    return union(kept(arm, left=0), difference(leg, above))
+
+
 @glyph("K")
 def draw_k():
-    arm = kept(slant(SLANTED, 80, 230, 535, CAP), left=STEM)
-    leg = kept(slant(SLANTED, 561, 0, 205, 470), top=444)
-    inner = union(arm, kept(leg, bottom=0))
-    return union(stem(), inner)
+    return union(stem(), chevron(SLANTED, W - 6, 256, 600, CAP, 614, 0.36))
 
 
 @glyph("L")
@@ -142,7 +165,7 @@ def draw_l():
 
 @glyph("M")
 def draw_m():
-    width, foot = 770, 176
+    width, foot = STEP * 14 + W, 182
     half = half_slant(SLANTED, width / 2, CAP - foot)
     left = slant(SLANTED, half, CAP, width / 2, foot)
     right = slant(SLANTED, width - half, CAP, width / 2, foot)
@@ -162,7 +185,7 @@ def draw_o():
 
 
 def o_ring():
-    return oval(352, CAP / 2, 352 - STEM, ROUND_TOP - CAP / 2).ring(CAPITAL)
+    return oval(351, CAP / 2, 351 - STEM, ROUND_TOP - CAP / 2).ring(CAPITAL)
 
 
 @glyph("P")
@@ -172,7 +195,7 @@ def draw_p():
 
 @glyph("Q")
 def draw_q():
-    tail = slant(CAPITAL.scaled(0.98), 440, 196, 632, -24)
+    tail = slant(CAPITAL.scaled(0.98), 430, 210, 640, 0)
     return union(o_ring(), tail)
 
 
@@ -284,6 +307,14 @@ def draw_y():
 @glyph("Z")
 def draw_z():
     width = 560
-    edge = width - 6 - 2 * half_slant(SLANTED, (width - 6) / 2, CAP / 2)
-    diagonal = slant_on(SLANTED, 0, 0, edge, CAP, -1)
+    diagonal = corner_to_corner(SLANTED, width - 6, CAP, H)
     return union(bar(TOP, 14, width - 6), bar(BOTTOM, 0, width), diagonal)
+
+
+def corner_to_corner(pen, head, height, bar_height):
+    """The diagonal of a Z, from the inner corner of one bar to that of the other."""
+    rise = height - 2 * bar_height
+    edge = head - 2 * half_slant(pen, head / 2, rise / 2)
+    lean = edge / rise * bar_height * 0.5
+    low, high = bar_height * 0.5, height - bar_height * 0.5
+    return kept(slant_on(pen, -lean, low, edge + lean, high, -1), left=0, right=head)

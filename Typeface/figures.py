@@ -39,9 +39,9 @@ def draw_two():
         Path(LEFT + 4, 522)
         .quarter(MIDDLE - 2, ROUND_TOP, "v")
         .quarter(RIGHT - 4, 526, "h")
-        .curve(RIGHT - 4, 404, 292, 306, 74, 66)
+        .curve(RIGHT - 4, 408, 318, 312, 72, 58)
     )
-    return union(kept(path.stroke(FIGURE), bottom=20), bar(BOTTOM, 10, WIDTH - 6))
+    return union(kept(path.stroke(FIGURE), left=8, bottom=30), bar(BOTTOM, 8, WIDTH - 6))
 
 
 @glyph("three")
@@ -68,7 +68,7 @@ def draw_three():
 def draw_four():
     x, y = 352, 206
     diagonal = slant_on(SLANTED, 0, y - H / 2, x - STEM - 30, CAP, -1)
-    return union(stem(x), kept(diagonal, right=x), bar(y, 20, 506))
+    return union(stem(x), kept(diagonal, right=x), bar(y, 60, 506))
 
 
 @glyph("five")
@@ -106,7 +106,9 @@ def draw_six():
 
 @glyph("seven")
 def draw_seven():
-    return union(bar(TOP, 0, 462), slant_on(SLANTED, 196, 0, 462, CAP, 1))
+    right = 464
+    diagonal = slant_on(SLANTED, 196, 0, right + 20, CAP - H + 48, 1)
+    return union(bar(TOP, 0, right), kept(diagonal, right=right))
 
 
 @glyph("eight")

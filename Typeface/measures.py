@@ -6,7 +6,7 @@ that strokes and counters fall on whole rows at both sizes:
             22 pixels                              19 pixels
   capitals  730 = 16.06 rows: 2+5+2+5+2 for an E   13.87 rows: 2+4+2+4+2
   x-height  546 = 12.01 rows: 2+3+2+3+2 for an e   10.37 rows: 2+2+2+2+2
-  level pen  90 =  1.98 rows                        1.71 rows
+  level pen  93 =  2.05 rows                        1.77 rows
   stem side  91 =  2.00 columns to the first stem   1.73 columns
   figures   579 = 12.74 columns apart              11.00 columns
 
@@ -25,10 +25,10 @@ FIGURE_ADVANCE = 579
 
 LINE_ASCENT, LINE_DESCENT = 910, -230  # 20 rows above and 5 below at 22 pixels
 
-CAPITAL = Pen(103, 90)
-SMALL = Pen(98, 86)
-FIGURE = Pen(100, 88)
-SIGN = Pen(90, 84)  # mathematical signs, arrows of the keyboard, brackets
+CAPITAL = Pen(109, 93)
+SMALL = Pen(103, 89)
+FIGURE = Pen(105, 91)
+SIGN = Pen(95, 87)  # mathematical signs, arrows of the keyboard, brackets
 
 FAR = 4000
 

@@ -13,6 +13,7 @@ other clearly: strokes that end inside another stroke, not strokes that touch al
 import math
 
 _NEAR = 1e-6  # two parameters or lengths closer than this are the same
+_SNAP = 0.02  # ends closer than this are one, in units
 _PROBE = 0.05  # how far beside a piece its two sides are probed, in units
 _TRIM = 0.02  # the part of a curve, next to a smooth joint, that is not searched for crossings
 _FLATTEN = 96  # lines that stand for a cubic when a point is tested
@@ -262,46 +263,58 @@ def combine(added, removed):
     def inside(x, y):
         return winding(added_polygons, x, y) != 0 and winding(removed_polygons, x, y) == 0
 
-    pieces, seen = [], set()
+    pieces = []
     for piece in _cut_at_crossings(contours):
         x, y = point_at(piece, 0.5)
         dx, dy = tangent_at(piece, 0.5)
         left = inside(x - dy * _PROBE, y + dx * _PROBE)
         right = inside(x + dy * _PROBE, y - dx * _PROBE)
-        if left == right:
-            continue
-        kept = piece if left else backwards(piece)
-        key = (_key(kept[0]), _key(kept[-1]), _key(point_at(kept, 0.5), 10))
-        if key not in seen:  # two shapes that share an edge give it twice
-            seen.add(key)
-            pieces.append(kept)
+        if left != right:
+            kept = piece if left else backwards(piece)
+            if not any(_same(kept, other) for other in pieces):
+                pieces.append(kept)  # two shapes that share an edge give it twice
     return [_merged(chain) for chain in _chains(pieces)]
 
 
-def _key(point, grain=100):
-    return (round(point[0] * grain / 5), round(point[1] * grain / 5))
+def _same(one, other):
+    return (
+        one[0] == other[0]
+        and one[-1] == other[-1]
+        and math.dist(point_at(one, 0.5), point_at(other, 0.5)) < 2 * _SNAP
+    )
 
 
 def _cut_at_crossings(contours):
+    """All segments, cut where they cross; ends that are as good as one are made one."""
     segments = [segment for contour in contours for segment in contour]
-    cuts = [[] for _ in segments]
+    cuts = [[0.0, 1.0] for _ in segments]
     boxes = [bounds(segment) for segment in segments]
     for i, one in enumerate(segments):
         for j in range(i + 1, len(segments)):
             if _boxes_meet(boxes[i], boxes[j]):
                 for t, u in crossings(one, segments[j]):
-                    cuts[i].append(t)
-                    cuts[j].append(u)
+                    cuts[i].append(min(1.0, max(0.0, t)))
+                    cuts[j].append(min(1.0, max(0.0, u)))
+    nodes = []
+
+    def node(point):
+        for known in nodes:
+            if math.dist(known, point) < _SNAP:
+                return known
+        nodes.append(point)
+        return point
+
     for segment, ts in zip(segments, cuts):
-        length = _rough_length(segment)
-        near = 0.02 / max(length, 1)
-        places = [0.0]
-        for t in sorted(ts):
-            if t > places[-1] + near and t < 1 - near:
-                places.append(t)
-        places.append(1.0)
-        for t0, t1 in zip(places, places[1:]):
-            yield between(segment, t0, t1)
+        for end in (segment[0], segment[-1]):
+            node(end)
+        ts.sort()
+        for t0, t1 in zip(ts, ts[1:]):
+            if t1 - t0 < 1e-9:
+                continue
+            piece = between(segment, t0, t1)
+            start, end = node(piece[0]), node(piece[-1])
+            if start != end or _rough_length(piece) > 4 * _SNAP:
+                yield (start,) + piece[1:-1] + (end,)
 
 
 def _rough_length(segment):
@@ -313,14 +326,11 @@ def _chains(pieces):
     left = list(pieces)
     while left:
         chain = [left.pop(0)]
-        start = chain[0][0]
-        while math.dist(chain[-1][-1], start) > 0.1:
-            end = chain[-1][-1]
-            best = min(range(len(left)), key=lambda i: math.dist(left[i][0], end), default=None)
-            if best is None or math.dist(left[best][0], end) > 0.1:
-                raise ValueError(f"an outline stays open at {end}")
-            near = [i for i in range(len(left)) if math.dist(left[i][0], end) <= 0.1]
-            chain.append(left.pop(_sharpest_left(chain[-1], left, near) if len(near) > 1 else best))
+        while chain[-1][-1] != chain[0][0]:
+            choices = [i for i in range(len(left)) if left[i][0] == chain[-1][-1]]
+            if not choices:
+                raise ValueError(f"an outline stays open at {chain[-1][-1]}")
+            chain.append(left.pop(_sharpest_left(chain[-1], left, choices)))
         yield chain
 
 

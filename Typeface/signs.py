@@ -25,9 +25,9 @@ def draw_period():
     return point(DOT, BASE)
 
 
-def comma(x=DOT, y=BASE):
-    tail = polygon((x - 8, y - 20), (x + DOT - 2, y + 4), (x - 14, y - 176), (x - 70, y - 176))
-    return union(point(x, y), tail)
+def comma(x=0, top=114):
+    """A leaning wedge, for the comma and the quotation marks alike."""
+    return polygon((x + 46, top), (x + 166, top), (x + 84, top - 236), (x, top - 236))
 
 
 @glyph("comma")
@@ -42,7 +42,7 @@ def draw_colon():
 
 @glyph("semicolon")
 def draw_semicolon():
-    return union(comma(), point(DOT, XHEIGHT - BASE))
+    return union(comma(), point(102, XHEIGHT - BASE))
 
 
 @glyph("ellipsis")
@@ -68,8 +68,7 @@ def draw_question():
         Path(50, 540)
         .quarter(x, CAP + OVER - 44, "v")
         .quarter(382, 540, "h")
-        .quarter(x + 58, 346, "v", 0.6, 0.35)
-        .quarter(x - 8, 252, "h", 0.5, 0.5)
+        .curve(382, 398, x - 8, 396, x - 8, 246)
         .line(x - 8, 214)
     )
     return union(path.stroke(FIGURE), point(x - 8, BASE))
@@ -89,28 +88,28 @@ def draw_quotedbl():
     return union(tick(48), tick(48 + 176))
 
 
-def right_quote(x):
-    return comma(x, CAP - BASE + 4)
+def right_quote(x=0):
+    return comma(x, CAP)
 
 
 @glyph("quoteright")
 def draw_quoteright():
-    return right_quote(DOT)
+    return right_quote()
 
 
 @glyph("quoteleft")
 def draw_quoteleft():
-    return turned(right_quote(DOT), DOT, CAP - 120)
+    return turned(right_quote(), 83, CAP - 118)
 
 
 @glyph("quotedblright")
 def draw_quotedblright():
-    return union(right_quote(DOT), right_quote(DOT + 184))
+    return union(right_quote(), right_quote(176))
 
 
 @glyph("quotedblleft")
 def draw_quotedblleft():
-    return turned(draw_quotedblright(), DOT + 92, CAP - 120)
+    return turned(draw_quotedblright(), 171, CAP - 118)
 
 
 @glyph("grave")
@@ -165,11 +164,11 @@ BRACKET_TOP, BRACKET_BOTTOM = CAP + 50, -116
 def draw_parenleft():
     middle = (BRACKET_TOP + BRACKET_BOTTOM) / 2
     path = (
-        Path(250, BRACKET_TOP)
-        .curve(120, BRACKET_TOP - 110, 46, middle + 190, 46, middle)
-        .curve(46, middle - 190, 120, BRACKET_BOTTOM + 110, 250, BRACKET_BOTTOM)
+        Path(224, BRACKET_TOP + 60)
+        .curve(110, BRACKET_TOP - 80, W / 2, middle + 220, W / 2, middle)
+        .curve(W / 2, middle - 220, 110, BRACKET_BOTTOM + 80, 224, BRACKET_BOTTOM - 60)
     )
-    return kept(path.stroke(SIGN), right=236)
+    return kept(path.stroke(SIGN), bottom=BRACKET_BOTTOM, top=BRACKET_TOP)
 
 
 @glyph("parenright")
@@ -335,7 +334,7 @@ def draw_ampersand():
         .quarter(246, 34, "v")
         .curve(430, 34, 556, 170, 556, 380)
     )
-    return kept(path.stroke(FIGURE), bottom=-10)
+    return difference(path.stroke(FIGURE), box(500, -400, 900, 0))
 
 
 STEM_AMP = 50
@@ -353,20 +352,32 @@ def draw_asterisk():
 
 @glyph("at")
 def draw_at():
-    pen, inner = Pen(78, 74), Pen(80, 74)
-    cx, cy, rx, ry = 420, 300, 381, 383
+    pen = Pen(80, 74)
+    cx, cy, rx, ry = 434, 305, 394, 398
+    right, post, low, high = cx + rx, 600, 148, 470
     outer = (
-        Path(612, -42 + 37 - 78)
-        .quarter(cx, cy - ry, "h", 0.3)
+        Path(640, cy - ry)
+        .line(cx + 20, cy - ry)
         .quarter(cx - rx, cy, "h")
         .quarter(cx, cy + ry, "v")
-        .quarter(cx + rx, 330, "h")
-        .line(cx + rx, 290)
-        .quarter(690, 140, "v")
-        .quarter(590, 240, "h")
-        .line(590, 478)
+        .quarter(right, cy + 10, "h")
+        .line(right, 258)
+        .quarter((right + post) / 2, low, "v")
+        .quarter(post, 258, "h")
+        .line(post, high + 37)
     )
-    return outer.stroke(pen)
+    x, middle = 414, (high + low) / 2
+    inner = (
+        Path(post, middle, JOIN)
+        .quarter(x, high, "v", 0.62, scale=1.0)
+        .quarter(234, middle, "h")
+        .quarter(x, low, "v")
+        .quarter(post, middle, "h", 0.62, scale=JOIN)
+    )
+    return union(outer.stroke(pen), inner.ring(pen))
+
+
+JOIN = 0.66
 
 
 # Spaces and the glyph for what is missing

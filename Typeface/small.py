@@ -1,6 +1,6 @@
 """The small letters a to z."""
 
-from capitals import s_path
+from capitals import chevron, corner_to_corner, s_path
 from measures import CAP, DESCENT, OVER, SMALL, XHEIGHT, glyph, kept
 from outlines import mirrored, turned, union
 from pen import Path, disc, half_slant, level, oval, slant, slant_on, upright
@@ -138,9 +138,7 @@ def draw_j():
 
 @glyph("k")
 def draw_k():
-    arm = kept(slant(SLANTED, 60, 150, 418, XHEIGHT), left=STEM)
-    leg = kept(slant(SLANTED, 444, 0, 170, 348), top=326)
-    return union(stem(top=CAP), union(arm, leg))
+    return union(stem(top=CAP), chevron(SLANTED, W - 6, 176, 478, XHEIGHT, 492, 0.36))
 
 
 @glyph("l")
@@ -188,9 +186,9 @@ def draw_s():
 
 @glyph("t")
 def draw_t():
-    s = 76 + STEM
-    path = Path(s, 684).line(s, 166).quarter(s + 122, BOTTOM, "v").line(336, BOTTOM)
-    return union(path.stroke(SMALL), bar(TOP, 0, 328))
+    s = 82 + STEM
+    path = Path(s, 684).line(s, 166).quarter(s + 122, BOTTOM, "v").line(344, BOTTOM)
+    return union(path.stroke(SMALL), bar(TOP, 0, 334))
 
 
 @glyph("u")
@@ -249,6 +247,5 @@ def draw_y():
 @glyph("z")
 def draw_z():
     width = 448
-    edge = width - 6 - 2 * half_slant(SLANTED, (width - 6) / 2, XHEIGHT / 2)
-    diagonal = slant_on(SLANTED, 0, 0, edge, XHEIGHT, -1)
+    diagonal = corner_to_corner(SLANTED, width - 6, XHEIGHT, H)
     return union(bar(TOP, 12, width - 6), bar(BOTTOM, 0, width), diagonal)

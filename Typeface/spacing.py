@@ -29,7 +29,7 @@ SIDES = {
     "O": (ROUND, ROUND),
     "P": (STEM, 36),
     "Q": (ROUND, ROUND),
-    "R": (STEM, 26),
+    "R": (STEM, 44),
     "S": (46, 46),
     "T": (26, 26),
     "U": (84, 84),
@@ -57,7 +57,7 @@ SIDES = {
     "q": (ROUND_SMALL, STEM_SMALL),
     "r": (STEM_SMALL, 12),
     "s": (40, 40),
-    "t": (24, 30),
+    "t": (20, 30),
     "u": (74, STEM_SMALL),
     "v": (SLANT_SMALL, SLANT_SMALL),
     "w": (18, 18),
@@ -128,4 +128,158 @@ CENTRED = {
 SPACES = {"space": 260, "nbspace": 260}
 
 # Kerning, in OpenType feature syntax. The figures take part in no pair: they must not dance.
-KERNING = ""
+KERNING = """
+languagesystem DFLT dflt;
+languagesystem latn dflt;
+
+@A = [A];
+@ROUND = [C G O Q];
+@ROUND_RIGHT = [D O Q];
+@V = [V];
+@Y = [Y];
+@BOWL = [c d e g o q];
+@SMALL_STEM = [m n p r u];
+@LOW = [comma period ellipsis];
+@DASH = [hyphen endash emdash periodcentered];
+@QUOTE_RIGHT = [quoteright quotedblright quotesingle quotedbl];
+@QUOTE_LEFT = [quoteleft quotedblleft quotesingle quotedbl];
+@SMALL_ROUND_RIGHT = [b o p e];
+@SMALL_V = [v w y];
+
+feature kern {
+    pos M O -18;
+    pos L A 8;
+    pos A space -22;
+    pos space A -22;
+    pos T space -18;
+    pos V space -22;
+    pos Y space -26;
+    pos space T -18;
+    pos space V -22;
+    pos space Y -26;
+    pos space W -12;
+
+    pos @A @ROUND -18;
+    pos @A T -62;
+    pos @A U -10;
+    pos @A V -66;
+    pos @A W -46;
+    pos @A Y -76;
+    pos @A @BOWL -10;
+    pos @A @SMALL_V -30;
+    pos @A t -14;
+    pos @A @QUOTE_RIGHT -62;
+    pos @A @QUOTE_LEFT -54;
+
+    pos L @ROUND -24;
+    pos L T -76;
+    pos L V -72;
+    pos L W -52;
+    pos L Y -86;
+    pos L U -12;
+    pos L @SMALL_V -40;
+    pos L @QUOTE_RIGHT -90;
+    pos L @QUOTE_LEFT -80;
+    pos L @DASH -50;
+
+    pos @ROUND_RIGHT A -18;
+    pos @ROUND_RIGHT V -18;
+    pos @ROUND_RIGHT W -10;
+    pos @ROUND_RIGHT T -22;
+    pos @ROUND_RIGHT X -22;
+    pos @ROUND_RIGHT Y -30;
+    pos @ROUND_RIGHT Z -12;
+    pos @ROUND_RIGHT @LOW -30;
+
+    pos R @ROUND -14;
+    pos R T -22;
+    pos R V -22;
+    pos R Y -30;
+    pos R @BOWL -10;
+
+    pos K @ROUND -34;
+    pos K @BOWL -24;
+    pos K @SMALL_V -34;
+    pos X @ROUND -26;
+    pos X @BOWL -18;
+    pos X @SMALL_V -22;
+    pos B [V Y T] -14;
+    pos S [V Y T] -8;
+    pos C [O C G Q] -6;
+    pos J A -14;
+    pos U A -10;
+
+    pos P A -72;
+    pos P @LOW -110;
+    pos P [a] -14;
+    pos P @BOWL -16;
+    pos F A -52;
+    pos F @LOW -90;
+    pos F [a] -20;
+    pos F @BOWL -20;
+
+    pos T A -62;
+    pos T @ROUND -22;
+    pos T [a] -62;
+    pos T [s z] -56;
+    pos T @BOWL -66;
+    pos T @SMALL_STEM -44;
+    pos T @SMALL_V -40;
+    pos T @LOW -84;
+    pos T @DASH -60;
+
+    pos V A -66;
+    pos V @ROUND -18;
+    pos V [a] -34;
+    pos V [s z] -28;
+    pos V @BOWL -37;
+    pos V @SMALL_STEM -24;
+    pos V @LOW -86;
+    pos V @DASH -34;
+
+    pos W A -46;
+    pos W @ROUND -10;
+    pos W [a] -22;
+    pos W @BOWL -22;
+    pos W @SMALL_STEM -14;
+    pos W @LOW -60;
+    pos W @DASH -20;
+
+    pos Y A -76;
+    pos Y @ROUND -30;
+    pos Y [a] -56;
+    pos Y [s z] -50;
+    pos Y @BOWL -64;
+    pos Y @SMALL_STEM -40;
+    pos Y @SMALL_V -24;
+    pos Y @LOW -96;
+    pos Y @DASH -58;
+    pos Z @ROUND -12;
+
+    pos f @LOW -26;
+    pos f @BOWL -8;
+    pos f @QUOTE_RIGHT 24;
+    pos k @BOWL -18;
+    pos r @BOWL -10;
+    pos r [a] -6;
+    pos r @LOW -74;
+    pos r @DASH -24;
+    pos x @BOWL -14;
+    pos z @BOWL -6;
+    pos @SMALL_V @BOWL -12;
+    pos @SMALL_V [a] -8;
+    pos @SMALL_V @LOW -58;
+    pos @SMALL_ROUND_RIGHT @SMALL_V -10;
+    pos @SMALL_ROUND_RIGHT x -12;
+    pos @SMALL_ROUND_RIGHT @QUOTE_RIGHT -24;
+    pos t @DASH -10;
+
+    pos @QUOTE_LEFT A -62;
+    pos @QUOTE_RIGHT A -54;
+    pos @QUOTE_LEFT J -30;
+    pos @LOW @QUOTE_RIGHT -70;
+    pos @DASH A -14;
+    pos @DASH [T Y] -50;
+    pos @DASH V -30;
+} kern;
+"""
