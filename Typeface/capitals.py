@@ -150,7 +150,7 @@ def chevron(pen, start, crotch, arm_right, top, leg_right, branch):
     above = polygon(
         (x - slope * 900, y - 900), (x + slope * 900, y + 900), (x - 900, y + 900), (x - 1800, y - 900)
     )
-    return union(kept(arm, left=0), difference(leg, above))
+    return union(kept(arm, left=0, bottom=20), difference(leg, above))
 
 
 @glyph("K")
@@ -185,7 +185,7 @@ def draw_o():
 
 
 def o_ring():
-    return oval(351, CAP / 2, 351 - STEM, ROUND_TOP - CAP / 2).ring(CAPITAL)
+    return oval(351.5, CAP / 2, 351.5 - STEM, ROUND_TOP - CAP / 2).ring(CAPITAL)
 
 
 @glyph("P")

@@ -1,7 +1,7 @@
 """The figures 0 to 9, all on one advance width."""
 
 from measures import CAP, FIGURE, OVER, glyph, kept
-from outlines import turned, union
+from outlines import difference, turned, union
 from pen import Path, box, level, oval, slant, slant_on, upright
 
 W, H = FIGURE.upright, FIGURE.level
@@ -41,7 +41,7 @@ def draw_two():
         .quarter(RIGHT - 4, 526, "h")
         .curve(RIGHT - 4, 408, 318, 312, 72, 58)
     )
-    return union(kept(path.stroke(FIGURE), left=8, bottom=30), bar(BOTTOM, 8, WIDTH - 6))
+    return union(difference(path.stroke(FIGURE), box(-99, -99, 8, 200), box(-99, -99, 999, 30)), bar(BOTTOM, 8, WIDTH - 6))
 
 
 @glyph("three")

@@ -469,4 +469,4 @@ def _without_needless_corners(contour):
 
 
 def _whole(value):
-    return math.floor(value + 0.5)
+    return math.floor(round(value, 3) + 0.5)  # a half stays a half whatever the last bits say

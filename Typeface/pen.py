@@ -15,6 +15,10 @@ from outlines import backwards, point_at, split, tangent_at
 # 0.5523 would be a circle; this is close to Lame's curve with exponent 2.5.
 SQUARENESS = 0.675
 
+# How far an edge may be from the true envelope, in units. One cubic per quarter is smoother to the
+# eye than two that are a unit more exact.
+TOLERANCE = 2.0
+
 
 class Pen:
     """An elliptical nib: the width of upright strokes and the height of level ones."""
@@ -108,7 +112,7 @@ def _closed(edge):
 
 
 def _edge(segment, pen, s0, s1, side, depth=0):
-    """One edge of one skeleton segment: a line, or cubics within a fifth of a unit."""
+    """One edge of one skeleton segment: a line, or cubics within the tolerance."""
 
     def scale(t):
         return s0 + (s1 - s0) * t * t * (3 - 2 * t)
@@ -129,7 +133,7 @@ def _fitted(curve, start, end, t0=0.0, t1=1.0, depth=0):
     count = 24
     samples = [curve(t0 + (t1 - t0) * i / count) for i in range(count + 1)]
     cubic, error = _fit_once(samples, start, end)
-    if error < 0.2 or depth == 3:
+    if error < TOLERANCE or depth == 2:
         return [cubic]
     middle = (t0 + t1) / 2
     (ax, ay), (bx, by) = curve(middle - 1e-5), curve(middle + 1e-5)

@@ -238,9 +238,9 @@ def draw_plusminus():
 
 @glyph("multiply")
 def draw_multiply():
-    half, reach = 46, 178
-    arm = Path(-reach, -reach).line(reach, reach).stroke(SIGN)
-    other = Path(-reach, reach).line(reach, -reach).stroke(SIGN)
+    pen, reach = Pen(90, 90), 178
+    arm = Path(-reach, -reach).line(reach, reach).stroke(pen)
+    other = Path(-reach, reach).line(reach, -reach).stroke(pen)
     return shifted(union(arm, other), 200, AXIS)
 
 
@@ -342,7 +342,7 @@ STEM_AMP = 50
 
 @glyph("asterisk")
 def draw_asterisk():
-    pen, reach = Pen(74, 70), 158
+    pen, reach = Pen(76, 76), 164
     arms = []
     for i in range(5):
         angle = math.pi / 2 + i * 2 * math.pi / 5

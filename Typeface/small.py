@@ -138,7 +138,7 @@ def draw_j():
 
 @glyph("k")
 def draw_k():
-    return union(stem(top=CAP), chevron(SLANTED, W - 6, 176, 478, XHEIGHT, 492, 0.36))
+    return union(stem(top=CAP), chevron(SLANTED, W - 6, 206, 478, XHEIGHT, 492, 0.36))
 
 
 @glyph("l")
@@ -236,11 +236,10 @@ def draw_x():
 @glyph("y")
 def draw_y():
     width = 532
-    half = half_slant(SLANTED, width / 2 - 1, XHEIGHT)
+    half = half_slant(SLANTED, width / 2, XHEIGHT)
     slope = (width / 2 - half) / XHEIGHT
-    x = width / 2 + 1
-    left = slant(SLANTED, half, XHEIGHT, width / 2 - 1, 0)
-    right = slant(SLANTED, width - half, XHEIGHT, x + slope * DESCENT, DESCENT)
+    left = slant(SLANTED, half, XHEIGHT, width / 2, 0)
+    right = slant(SLANTED, width - half, XHEIGHT, width / 2 + slope * DESCENT, DESCENT)
     return union(left, right)
 
 

@@ -29,7 +29,7 @@ SIDES = {
     "O": (ROUND, ROUND),
     "P": (STEM, 36),
     "Q": (ROUND, ROUND),
-    "R": (STEM, 44),
+    "R": (STEM, 45),
     "S": (46, 46),
     "T": (26, 26),
     "U": (84, 84),
@@ -49,7 +49,7 @@ SIDES = {
     "i": (STEM_SMALL - 10, STEM_SMALL - 10),
     "j": (-40, STEM_SMALL - 10),
     "k": (STEM_SMALL, 14),
-    "l": (STEM_SMALL, 30),
+    "l": (STEM_SMALL, 33),
     "m": (STEM_SMALL, 74),
     "n": (STEM_SMALL, 74),
     "o": (ROUND_SMALL, ROUND_SMALL),
@@ -147,7 +147,7 @@ languagesystem latn dflt;
 @SMALL_V = [v w y];
 
 feature kern {
-    pos M O -18;
+    pos M O -17;
     pos L A 8;
     pos A space -22;
     pos space A -22;
