@@ -29,7 +29,7 @@ def draw_zero():
 @glyph("one")
 def draw_one():
     x = 262
-    flag = kept(slant(FIGURE, 20, 482, x + 60, CAP + 60), left=82, right=x, top=CAP)
+    flag = kept(slant(SLANTED, -62, 392, x + 40, CAP + 40), left=36, right=x, top=CAP)
     return union(stem(x), flag)
 
 

@@ -27,7 +27,7 @@ LINE_ASCENT, LINE_DESCENT = 910, -230  # 20 rows above and 5 below at 22 pixels
 
 CAPITAL = Pen(109, 93)
 SMALL = Pen(103, 89)
-FIGURE = Pen(108, 99)
+FIGURE = Pen(106, 96)
 SIGN = Pen(95, 87)  # mathematical signs, arrows of the keyboard, brackets
 
 FAR = 4000

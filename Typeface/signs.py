@@ -9,7 +9,7 @@ from pen import Path, Pen, box, disc, level, oval, polygon, slant, slant_width, 
 
 DOT = 59  # half the width of a point
 AXIS = 365  # the height on which the mathematical signs are centred
-SIGN_WIDTH = 460
+SIGN_WIDTH = 484
 W, H = SIGN.upright, SIGN.level
 
 
@@ -127,12 +127,12 @@ def draw_hyphen():
 
 @glyph("endash")
 def draw_endash():
-    return level(SIGN, 292, 0, 460)
+    return level(SIGN, 292, 0, 478)
 
 
 @glyph("emdash")
 def draw_emdash():
-    return level(SIGN, 292, 0, 820)
+    return level(SIGN, 292, 0, 841)
 
 
 @glyph("underscore")

@@ -7,7 +7,7 @@ straight stems most, rounds about two thirds of that, slants next to none.
 from measures import FIGURE_ADVANCE
 
 # Capitals
-STEM, ROUND, SLANT, OPEN = 91, 58, 14, 40
+STEM, ROUND, SLANT, OPEN = 91, 62, 14, 40
 # Small letters
 STEM_SMALL, ROUND_SMALL, SLANT_SMALL, OPEN_SMALL = 80, 54, 16, 34
 
@@ -105,7 +105,7 @@ SIDES = {
 # Glyphs that stand in a given width. The number shifts the drawing to the right of its centre.
 CENTRED = {
     "zero": (FIGURE_ADVANCE, 0),
-    "one": (FIGURE_ADVANCE, 0),
+    "one": (FIGURE_ADVANCE, -7),
     "two": (FIGURE_ADVANCE, 0),
     "three": (FIGURE_ADVANCE, 0),
     "four": (FIGURE_ADVANCE, 0),
@@ -151,12 +151,12 @@ feature kern {
     pos L A 8;
     pos A space -22;
     pos space A -22;
-    pos T space -18;
+    pos T space -8;
     pos V space -22;
-    pos Y space -26;
-    pos space T -18;
+    pos Y space -12;
+    pos space T -8;
     pos space V -22;
-    pos space Y -26;
+    pos space Y -12;
     pos space W -12;
 
     pos @A @ROUND -18;
