@@ -223,6 +223,30 @@ TEST(Coding, EveryRequiredKeyMustBeThere) {
   }
 }
 
+TEST(Coding, EachElementMustHaveEveryRequiredKey) {
+  const auto without = [](const std::string& text, const std::string& key) {
+    return changed(text, quoted(key), quoted(key + "2"));
+  };
+  const auto file = [](const std::string& attempt, const std::string& staircase,
+                       const std::string& roll) {
+    return R"({"attempts":[)" + attemptText + "," + attempt + R"(],"staircases":{"level":)" +
+           staircaseText + R"(,"dynamics":)" + staircase + R"(},"lifetime":{"1":)" + rollText +
+           R"(,"2":)" + roll + "}}";
+  };
+  EXPECT_TRUE(Coding::decodeStored(file(levelText, staircaseText, rollText)));
+  EXPECT_FALSE(Coding::decodeStored(file(without(levelText, "error"), staircaseText, rollText)));
+  EXPECT_FALSE(
+      Coding::decodeStored(file(levelText, without(staircaseText, "reversals"), rollText)));
+  EXPECT_FALSE(Coding::decodeStored(file(levelText, staircaseText, without(rollText, "hits"))));
+}
+
+TEST(Coding, AKeyInsideAnUnknownValueDoesNotStandForTheRecords) {
+  EXPECT_FALSE(Coding::decodeBandRoll(R"({"x":{"hits":4},"attempts":10,"errorSum":7.125})"));
+  EXPECT_FALSE(Coding::decodeBandRoll(R"({"x":[{"hits":4}],"attempts":10,"errorSum":7.125})"));
+  EXPECT_EQ(Coding::decodeBandRoll(R"({"hits":4,"x":{"hits":5},"attempts":10,"errorSum":7.125})"),
+            rollValue);
+}
+
 TEST(Coding, NullIsNoValue) {
   for (const auto& [text, keys, reads] : keyedCases())
     for (const std::string& key : keys)
