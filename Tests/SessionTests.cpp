@@ -114,8 +114,13 @@ TEST(SessionStart, DropsTheRenderOfTheFirstTrial) {
 TEST(SessionStartDeathTest, RefusesAClockThatShowsNoTime) {
   const double impossible[] = {-1.0, std::numeric_limits<double>::quiet_NaN(),
                                std::numeric_limits<double>::infinity(), 0x1p64};
+  const kit::ScratchProfile scratch;
+  ManualQueues work;
+  kit::FakeOutput output;
   for (const double time : impossible)
-    EXPECT_DEATH(Rig(Drill::frequency, time), "clock");
+    EXPECT_DEATH(Session(Drill::frequency, work.queues(),
+                         std::make_unique<Player>(output.factory()), time),
+                 "clock");
 }
 
 TEST(SessionChanges, ADrillStartsOneTrialWithItsMaterial) {
