@@ -9,7 +9,7 @@ from pen import Path, Pen, box, disc, level, oval, polygon, slant, slant_width, 
 
 DOT = 59  # half the width of a point
 AXIS = 365  # the height on which the mathematical signs are centred
-SIGN_WIDTH = 484
+SIGN_WIDTH = 477
 W, H = SIGN.upright, SIGN.level
 
 
