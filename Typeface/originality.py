@@ -10,9 +10,9 @@ kinds and every point, handles included, lies within two thousandths of the heig
 family, installed, is passed over.
 
 A plain upright rectangle (I, hyphen, the dashes, ...) is nothing but one proportion, which any font
-may share by chance: bars are compared to half a thousandth of their proportion, and one found elsewhere
-is told but no failure. Exits with 1 when any other drawing is found elsewhere, with 2 when there was
-nothing to compare with.
+may share by chance: bars are compared to half a thousandth of their proportion, and one found
+elsewhere is told but no failure. Exits with 1 when any other drawing is found elsewhere, with 2
+when there was nothing to compare with.
 """
 
 import os
@@ -57,10 +57,11 @@ def normalised(shape):
     width, height = max(p[0] for p in points) - left, max(p[1] for p in points) - bottom
     if height <= 0 or width <= 0:
         return None
-    scaled = [
-        [(k, tuple(((x - left) / height, (y - bottom) / height) for x, y in ps)) for k, ps in contour]
-        for contour in shape
-    ]
+
+    def moved(points):
+        return tuple(((x - left) / height, (y - bottom) / height) for x, y in points)
+
+    scaled = [[(kind, moved(ps)) for kind, ps in contour] for contour in shape]
     return width / height, sorted(scaled, key=len)
 
 
