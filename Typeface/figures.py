@@ -39,7 +39,7 @@ def draw_two():
         Path(LEFT + 4, 522)
         .quarter(MIDDLE - 2, ROUND_TOP, "v")
         .quarter(RIGHT - 4, 526, "h")
-        .curve(RIGHT - 4, 408, 310, 318, 40, 48)
+        .curve(RIGHT - 4, 408, 306, 322, 14, 34)
     )
     left = 8  # of the foot, where the stroke ends in it
     stroke = difference(path.stroke(FIGURE), box(-99, -99, left, 200), box(-99, -99, 999, 30))
