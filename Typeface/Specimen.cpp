@@ -24,11 +24,11 @@ const char* const sheet = R"(
 import QtQuick
 Rectangle {
     id: sheet
-    width: 1500; height: column.height + 60; color: "#F7F5F1"
+    width: 1800; height: column.height + 60; color: "#F7F5F1"
     component Face: Text { font.family: "MORLA Display"; color: "#15171C" }
     Column {
         id: column
-        x: 40; y: 30; width: 1420; spacing: 16
+        x: 40; y: 30; width: 1720; spacing: 16
         Face { text: "MORLA Velto"; font.pixelSize: 200 }
         Face { text: "0123456789 67% 5d"; font.pixelSize: 140 }
         Face { text: "ABCDEFGHIJKLM"; font.pixelSize: 110 }
@@ -66,7 +66,10 @@ Row {
                 spacing: 26
                 Repeater {
                     model: ["5d", "67%", "128", "90", "34"]
-                    Face { required property string modelData; text: modelData; font.pixelSize: 19; color: ground.ink }
+                    Face {
+                        required property string modelData
+                        text: modelData; font.pixelSize: 19; color: ground.ink
+                    }
                 }
             }
             Face { text: "0123456789 ABCDEFGHIJ"; font.pixelSize: 19; color: ground.ink }

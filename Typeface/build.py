@@ -137,7 +137,9 @@ def build():
             "StdHW": measures.CAPITAL.level,
             "StdVW": measures.CAPITAL.upright,
             "StemSnapH": [measures.SMALL.level, measures.FIGURE.level, measures.CAPITAL.level],
-            "StemSnapV": [measures.SMALL.upright, measures.FIGURE.upright, measures.CAPITAL.upright],
+            "StemSnapV": [
+                measures.SMALL.upright, measures.FIGURE.upright, measures.CAPITAL.upright,
+            ],
             "defaultWidthX": DEFAULT_WIDTH,
             "nominalWidthX": NOMINAL_WIDTH,
         },

@@ -2,7 +2,7 @@
 
 from measures import CAP, CAPITAL, OVER, glyph, kept
 from outlines import difference, flipped, union
-from pen import Path, box, half_slant, level, oval, polygon, slant, slant_on, upright
+from pen import Path, Pen, box, half_slant, level, oval, polygon, slant, slant_on, upright
 
 W, H = CAPITAL.upright, CAPITAL.level
 STEM = W / 2  # the middle of a stem whose left edge is at 0
@@ -36,14 +36,14 @@ def draw_a():
     return union(wedge(width, SLANTED, 1), bar(y, inset + 45, width - inset - 45))
 
 
-def lobe(start, top, bottom, shoulder, right, k_scale=1.0):
-    """The stroke of a D or a B: out of the stem, round, and back."""
+def lobe(start, top, bottom, shoulder, right):
+    """The stroke of a D, P or R: out of the stem, round, and back."""
     y = (top + bottom) / 2
     return (
-        Path(start, bottom, k_scale)
+        Path(start, bottom)
         .line(shoulder, bottom)
-        .quarter(right, y, "h", scale=1.0)
-        .quarter(shoulder, top, "v", scale=k_scale)
+        .quarter(right, y, "h")
+        .quarter(shoulder, top, "v")
         .line(start, top)
     )
 
@@ -148,7 +148,10 @@ def chevron(pen, start, crotch, arm_right, top, leg_right, branch):
     x = start + (y - crotch) * slope + width / 2
     leg = slant_on(pen, leg_right, 0, x + width / 2 - 30, y, 1)
     above = polygon(
-        (x - slope * 900, y - 900), (x + slope * 900, y + 900), (x - 900, y + 900), (x - 1800, y - 900)
+        (x - slope * 900, y - 900),
+        (x + slope * 900, y + 900),
+        (x - 900, y + 900),
+        (x - 1800, y - 900),
     )
     return union(kept(arm, left=0, bottom=20), difference(leg, above))
 
@@ -197,8 +200,8 @@ def draw_p():
 
 @glyph("Q")
 def draw_q():
-    tail = slant(CAPITAL.scaled(0.98), 448, 184, 630, 0)
-    return union(o_ring(), tail)
+    tail = Path(420, 216).line(660, -56).stroke(Pen(100, 100))
+    return union(o_ring(), kept(tail, bottom=0))
 
 
 @glyph("R")

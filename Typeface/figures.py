@@ -39,9 +39,11 @@ def draw_two():
         Path(LEFT + 4, 522)
         .quarter(MIDDLE - 2, ROUND_TOP, "v")
         .quarter(RIGHT - 4, 526, "h")
-        .curve(RIGHT - 4, 408, 318, 312, 72, 58)
+        .curve(RIGHT - 4, 408, 306, 322, 14, 34)
     )
-    return union(difference(path.stroke(FIGURE), box(-99, -99, 8, 200), box(-99, -99, 999, 30)), bar(BOTTOM, 8, WIDTH - 6))
+    left = 8  # of the foot, where the stroke ends in it
+    stroke = difference(path.stroke(FIGURE), box(-99, -99, left, 200), box(-99, -99, 999, 30))
+    return union(stroke, bar(BOTTOM, left, WIDTH - 6))
 
 
 @glyph("three")

@@ -6,13 +6,13 @@
 compares every outline of FILE (default: the committed face) with every outline of every font below
 FOLDER (default: /usr/share/fonts), moved to the same origin and scaled to the same height. Two
 drawings are the same when they have equally many contours of equally many segments of the same
-kinds and every point, handles included, lies within four thousandths of the height. A face of this
+kinds and every point, handles included, lies within two thousandths of the height. A face of this
 family, installed, is passed over.
 
 A plain upright rectangle (I, hyphen, the dashes, ...) is nothing but one proportion, which any font
-may share by chance: bars are compared to half a thousandth of their proportion, and one found elsewhere
-is told but no failure. Exits with 1 when any other drawing is found elsewhere, with 2 when there was
-nothing to compare with.
+may share by chance: bars are compared to half a thousandth of their proportion, and one found
+elsewhere is told but no failure. Exits with 1 when any other drawing is found elsewhere, with 2
+when there was nothing to compare with.
 """
 
 import os
@@ -23,7 +23,7 @@ from fontTools.ttLib import TTCollection, TTFont, TTLibError
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 FACE = os.path.join(HERE, "..", "Resources", "MORLADisplay-Regular.otf")
-TOLERANCE, BAR_TOLERANCE = 0.004, 0.0005
+TOLERANCE, BAR_TOLERANCE = 0.002, 0.0005
 
 
 def contours(glyphs, name):
@@ -57,10 +57,11 @@ def normalised(shape):
     width, height = max(p[0] for p in points) - left, max(p[1] for p in points) - bottom
     if height <= 0 or width <= 0:
         return None
-    scaled = [
-        [(k, tuple(((x - left) / height, (y - bottom) / height) for x, y in ps)) for k, ps in contour]
-        for contour in shape
-    ]
+
+    def moved(points):
+        return tuple(((x - left) / height, (y - bottom) / height) for x, y in points)
+
+    scaled = [[(kind, moved(ps)) for kind, ps in contour] for contour in shape]
     return width / height, sorted(scaled, key=len)
 
 
@@ -125,9 +126,11 @@ def fonts_below(folder):
             lower = name.lower()
             try:
                 if lower.endswith((".ttc", ".otc")):
-                    yield from ((full, font) for font in TTCollection(full, lazy=True).fonts)
+                    with TTCollection(full, lazy=True) as collection:
+                        yield from ((full, font) for font in collection.fonts)
                 elif lower.endswith((".otf", ".ttf")):
-                    yield full, TTFont(full, lazy=True)
+                    with TTFont(full, lazy=True) as font:
+                        yield full, font
             except TTLibError:
                 print(f"  not a font after all: {full}", file=sys.stderr)
 
@@ -143,8 +146,9 @@ def drawings(font):
 def compare(face, folder):
     """(drawings compared, fonts, drawings found elsewhere, bars found elsewhere)."""
     ours = {}
-    for name, ratio, shape in drawings(TTFont(face)):
-        ours.setdefault(signature(shape), []).append((name, ratio, shape))
+    with TTFont(face) as font:
+        for name, ratio, shape in drawings(font):
+            ours.setdefault(signature(shape), []).append((name, ratio, shape))
     count, fonts, found, bars = 0, 0, [], []
     for path, font in fonts_below(folder):
         if font["name"].getDebugName(1) == "MORLA Display":

@@ -9,7 +9,7 @@ extremum of the skeleton is an extremum of both edges.
 
 import math
 
-from outlines import backwards, point_at, split, tangent_at
+from outlines import backwards, point_at, tangent_at
 
 # How square the round shapes are: the length of a curve's handles in parts of its quarter.
 # 0.5523 would be a circle; this is close to Lame's curve with exponent 2.5.
@@ -111,7 +111,7 @@ def _closed(edge):
     return edge
 
 
-def _edge(segment, pen, s0, s1, side, depth=0):
+def _edge(segment, pen, s0, s1, side):
     """One edge of one skeleton segment: a line, or cubics within the tolerance."""
 
     def scale(t):

@@ -3,13 +3,13 @@
 import math
 
 from capitals import capital_s
-from measures import CAP, CAPITAL, DESCENT, FIGURE, OVER, SIGN, SMALL, XHEIGHT, glyph, kept
+from measures import CAP, CAPITAL, DESCENT, FIGURE, OVER, SIGN, XHEIGHT, glyph, kept
 from outlines import difference, mirrored, shifted, turned, union
 from pen import Path, Pen, box, disc, level, oval, polygon, slant, slant_width, upright
 
 DOT = 59  # half the width of a point
 AXIS = 365  # the height on which the mathematical signs are centred
-SIGN_WIDTH = 484
+SIGN_WIDTH = 477
 W, H = SIGN.upright, SIGN.level
 
 
@@ -254,7 +254,12 @@ def draw_less():
     rise = 198
     half = SIGN.thickness(SIGN_WIDTH, rise) / 2 * 1.08
     arms = [
-        polygon((0, AXIS - half), (0, AXIS + half), (SIGN_WIDTH, AXIS + s * rise + half), (SIGN_WIDTH, AXIS + s * rise - half))
+        polygon(
+            (0, AXIS - half),
+            (0, AXIS + half),
+            (SIGN_WIDTH, AXIS + s * rise + half),
+            (SIGN_WIDTH, AXIS + s * rise - half),
+        )
         for s in (1, -1)
     ]
     return union(*arms)
@@ -267,7 +272,7 @@ def draw_greater():
 
 @glyph("asciitilde")
 def draw_asciitilde():
-    x, rise = 230, 46
+    rise = 46
     path = (
         Path(36, AXIS - 84)
         .quarter(132, AXIS + rise, "v")
@@ -306,7 +311,7 @@ def draw_numbersign():
 
 @glyph("dollar")
 def draw_dollar():
-    x, y = 278, 371
+    x = 278
     spine = capital_s().stroke(CAPITAL)
     post = union(upright(SIGN, x, CAP - 30, CAP + 88), upright(SIGN, x, -88, 30))
     return union(spine, post)
@@ -330,14 +335,11 @@ def draw_ampersand():
         .quarter(288, CAP + OVER - 44, "v")
         .quarter(420, 590, "h")
         .curve(420, 520, 372, 474, 290, 426)
-        .curve(126, 330, STEM_AMP, 280, STEM_AMP, 190)
+        .curve(126, 330, 50, 280, 50, 190)
         .quarter(246, 34, "v")
         .curve(430, 34, 556, 170, 556, 380)
     )
     return difference(path.stroke(FIGURE), box(500, -400, 900, 0))
-
-
-STEM_AMP = 50
 
 
 @glyph("asterisk")
@@ -352,7 +354,7 @@ def draw_asterisk():
 
 @glyph("at")
 def draw_at():
-    pen = Pen(80, 74)
+    pen, join = Pen(80, 74), 0.66
     cx, cy, rx, ry = 434, 305, 394, 398
     right, post, low, high = cx + rx, 600, 148, 470
     outer = (
@@ -368,16 +370,13 @@ def draw_at():
     )
     x, middle = 414, (high + low) / 2
     inner = (
-        Path(post, middle, JOIN)
+        Path(post, middle, join)
         .quarter(x, high, "v", 0.62, scale=1.0)
         .quarter(234, middle, "h")
         .quarter(x, low, "v")
-        .quarter(post, middle, "h", 0.62, scale=JOIN)
+        .quarter(post, middle, "h", 0.62, scale=join)
     )
     return union(outer.stroke(pen), inner.ring(pen))
-
-
-JOIN = 0.66
 
 
 # Spaces and the glyph for what is missing

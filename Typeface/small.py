@@ -1,7 +1,7 @@
 """The small letters a to z."""
 
 from capitals import chevron, corner_to_corner, s_path
-from measures import CAP, DESCENT, OVER, SMALL, XHEIGHT, glyph, kept
+from measures import CAP, DESCENT, OVER, SMALL, XHEIGHT, glyph
 from outlines import mirrored, turned, union
 from pen import Path, disc, half_slant, level, oval, slant, slant_on, upright
 
@@ -52,7 +52,12 @@ def arch(left, right, foot=0):
 @glyph("a")
 def draw_a():
     right, ridge = 466 - STEM, 287
-    hood = Path(34 + STEM - 10, 404).quarter(242, ROUND_TOP, "v").quarter(right, 352, "h").line(right, 0)
+    hood = (
+        Path(24 + STEM, 404)
+        .quarter(242, ROUND_TOP, "v")
+        .quarter(right, 352, "h")
+        .line(right, 0)
+    )
     belly = (
         Path(right, ridge)
         .line(220, ridge)
@@ -102,8 +107,8 @@ def draw_e():
 
 @glyph("f")
 def draw_f():
-    s = 70 + STEM
-    path = Path(s, 0).line(s, 545).quarter(s + 158, CAP + OVER - 4 - H / 2, "v").line(346, CAP + OVER - 4 - H / 2)
+    s, top = 70 + STEM, CAP + 6 - H / 2
+    path = Path(s, 0).line(s, 545).quarter(s + 158, top, "v").line(346, top)
     return union(path.stroke(SMALL), bar(TOP, 0, 326))
 
 
@@ -143,7 +148,8 @@ def draw_k():
 
 @glyph("l")
 def draw_l():
-    return Path(STEM, CAP).line(STEM, 166).quarter(STEM + 122, BOTTOM, "v").line(228, BOTTOM).stroke(SMALL)
+    path = Path(STEM, CAP).line(STEM, 166).quarter(STEM + 122, BOTTOM, "v").line(228, BOTTOM)
+    return path.stroke(SMALL)
 
 
 @glyph("m")
