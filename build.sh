@@ -65,6 +65,7 @@ testPackages=(
   libgtest-dev
   librapidcheck-dev
   locales
+  python3-fonttools
   qml6-module-qtquick-window
   qml6-module-qttest
   wmctrl
