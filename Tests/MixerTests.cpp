@@ -341,6 +341,19 @@ TEST(Mixer, afterAResetNothingIsLeft) {
     ASSERT_EQ(sample, 0.0F);
 }
 
+// Between two crossfades in progress too: the gains of a scene never add up to more than 1.
+RC_GTEST_PROP(Mixer, aMixIsNeverLouderThanItsLoudestSlot, ()) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1), constantSlot(10, 1, 1), constantSlot(10, 1, 1)},
+            *rc::gen::inRange<std::int64_t>(0, 3), *rc::gen::element<std::uint64_t>(0, 3840));
+  const auto switches = *rc::gen::inRange(1, 10);
+  for (int i = 0; i < switches; ++i) {
+    for (const float sample : desk.render(*rc::gen::inRange<std::size_t>(1, 9000)))
+      RC_ASSERT(sample <= 1.0F);
+    desk.fadeTo(*rc::gen::inRange<std::int64_t>(0, 3));
+  }
+}
+
 // The same rules told frame by frame: every scene that was ever played sounds on its own.
 class Model {
 public:

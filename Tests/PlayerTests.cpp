@@ -80,6 +80,14 @@ TEST_F(PlayerTest, loadFadesInOver150ms) {
   }
 }
 
+TEST_F(PlayerTest, allVolumesAreZeroAsSoonAsLoadReturns) {
+  load({constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, 1);
+  (void)left(ramp);
+  EXPECT_EQ(volumes(), (Volumes{0, 1, 0}));
+  load({constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, 0);
+  EXPECT_EQ(volumes(), (Volumes{0, 0, 0}));
+}
+
 TEST_F(PlayerTest, switchToMovesToTheOtherSlot) {
   const std::vector<Slot> slots{noiseSlot(1000, 1), noiseSlot(1000, 2)};
   load(slots, 0);

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cubeb/cubeb.h>
+#include <utility>
 
 namespace velto {
 
