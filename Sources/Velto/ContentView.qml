@@ -26,8 +26,7 @@ Item {
         readonly property real minimumWidth: Math.max(640, 40 + header.minimumWidth, 40 + card.minimumWidth)
         readonly property real minimumHeight: column.implicitHeight + 40
 
-        anchors.left: parent.left
-        anchors.right: divider.left
+        width: Math.max(minimumWidth, parent.width - divider.width - side.width)
         height: parent.height
 
         Column {
@@ -59,7 +58,7 @@ Item {
         id: divider
 
         objectName: "divider"
-        anchors.right: side.left
+        x: main.width
         width: 1
         height: parent.height
         color: Theme.palette.line
@@ -70,7 +69,7 @@ Item {
         id: side
 
         objectName: "sidePanel"
-        anchors.right: parent.right
+        anchors.left: divider.right
         width: 320 + 40
         height: parent.height
     }
