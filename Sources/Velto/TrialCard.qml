@@ -65,6 +65,7 @@ Item {
         }
 
         AnswerArea {
+            objectName: "answerArea"
             width: parent.width
             session: card.session
         }

@@ -170,7 +170,7 @@ inline void expectText(QQuickItem* item, const Picture& picture, const ExpectedT
   EXPECT_EQ(face.familyName(), expected.family);
   EXPECT_EQ(face.styleName(), expected.face);
   EXPECT_EQ(font.pixelSize(), expected.size);
-  EXPECT_NEAR(font.letterSpacing(), expected.tracking, 1e-9);
+  EXPECT_NEAR(font.letterSpacing(), expected.tracking, 1.0 / 64) << "kept in 64ths";
   expectColor(item->property("color").value<QColor>(), expected.color, "the text's colour");
 
   EXPECT_FALSE(item->property("truncated").toBool());
@@ -228,10 +228,9 @@ inline void expectBox(QQuickItem* item, const Picture& picture, const ExpectedBo
   const QColor fill = over(expected.fill, expected.ground);
   expectColor(picture.colorAt(box.topLeft() + expected.probe), fill, "the fill");
 
-  // Beyond the corners there is the ground; a square corner would be seen.
+  // Beyond the upper corners there is the ground; a square corner would be seen.
   if (expected.radius * s >= 4)
-    for (const QPointF corner : {box.topLeft(), QPointF(box.right() - 1 / s, box.top()),
-                                 QPointF(box.left(), box.bottom() - 1 / s)})
+    for (const QPointF corner : {box.topLeft(), QPointF(box.right() - 1 / s, box.top())})
       if (std::abs(corner.x() * s - std::round(corner.x() * s)) < 1e-6 &&
           std::abs(corner.y() * s - std::round(corner.y() * s)) < 1e-6) {
         const QColor square = stroked ? over(expected.stroke, fill) : fill;

@@ -16,6 +16,7 @@
 #include <QQuickView>
 #include <QtTest/QTest>
 
+#include <cmath>
 #include <deque>
 #include <memory>
 #include <stdexcept>
@@ -129,12 +130,14 @@ public:
 
   // The window's content once its one animation has come to rest.
   [[nodiscard]] QImage picture() {
-    const QQuickItem* area = item(QStringLiteral("answerArea"));
-    const double rest = session.rendering() ? 0.4 : 1;
-    if (!QTest::qWaitFor([&] { return qFuzzyCompare(area->opacity(), rest); }))
+    const auto* veil = root()->findChild<QQuickItem*>(QStringLiteral("veil"));
+    const double rest = session.rendering() ? 0.6 : 0;
+    if (!QTest::qWaitFor([&] { return std::abs(veil->opacity() - rest) < 1e-9; }))
       throw std::runtime_error("the answer area does not come to rest");
     QCoreApplication::processEvents();
-    return view.grabWindow();
+    QImage image = view.grabWindow();
+    image.setDevicePixelRatio(view.effectiveDevicePixelRatio());
+    return image;
   }
 
 private:
