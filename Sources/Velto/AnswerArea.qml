@@ -8,13 +8,11 @@ Item {
     required property PracticeModel session
 
     implicitHeight: 88
-    opacity: session.rendering ? 0.4 : 1
 
-    Behavior on opacity {
-        NumberAnimation {
-            duration: 150
-            easing.type: Easing.OutCubic
-        }
+    // The pickers belong to no drag of the background, not even while they are disabled.
+    MouseArea {
+        width: parent.width
+        height: 76
     }
 
     FrequencyPicker {
@@ -53,5 +51,23 @@ Item {
         value: area.session.answer >= 0 ? Math.trunc(area.session.answer) : undefined
         truth: area.session.graded ? area.session.truth : undefined
         onPicked: value => area.session.answer = value
+    }
+
+    // Shows the area at 40 % while the trial is rendered. The opacity of the items themselves would
+    // let a tick shine through the marker over it.
+    Rectangle {
+        objectName: "veil"
+        x: -16
+        width: parent.width + 32
+        height: parent.height + 6
+        color: Theme.palette.surface
+        opacity: area.session.rendering ? 1 - 0.4 : 0
+
+        Behavior on opacity {
+            NumberAnimation {
+                duration: 150
+                easing.type: Easing.OutCubic
+            }
+        }
     }
 }

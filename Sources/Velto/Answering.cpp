@@ -130,7 +130,9 @@ double Answering::snapped(double x, double devicePixelRatio) {
 
 double Answering::tickLeft(double x, double width, double stripWidth, double devicePixelRatio) {
   const double left = snapped(x - width / 2, devicePixelRatio);
-  return std::clamp(left, 0.0, std::max(snapped(stripWidth - width, devicePixelRatio), 0.0));
+  constexpr double slack = 1e-6; // an edge that lies on a whole pixel stays there
+  const double last = std::floor((stripWidth - width) * devicePixelRatio + slack);
+  return std::clamp(left, 0.0, std::max(last / devicePixelRatio, 0.0));
 }
 
 ChipPlaces Answering::placeChips(std::optional<MarkerSize> answer, std::optional<MarkerSize> truth,

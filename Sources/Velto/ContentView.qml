@@ -27,8 +27,7 @@ Item {
         readonly property real minimumWidth: Math.max(640, 40 + header.minimumWidth, 40 + card.minimumWidth)
         readonly property real minimumHeight: column.implicitHeight + 40
 
-        anchors.left: parent.left
-        anchors.right: divider.left
+        width: Math.max(minimumWidth, parent.width - divider.width - side.width)
         height: parent.height
 
         Column {
@@ -60,7 +59,7 @@ Item {
         id: divider
 
         objectName: "divider"
-        anchors.right: side.left
+        x: main.width
         width: 1
         height: parent.height
         color: Theme.palette.line
@@ -69,7 +68,8 @@ Item {
     Item {
         id: side
 
-        anchors.right: parent.right
+        objectName: "sideColumn"
+        anchors.left: divider.right
         width: 320 + 40
         height: parent.height
 

@@ -19,7 +19,7 @@ Row {
         color: Theme.palette.faint
     }
 
-    Rectangle {
+    RoundedBox {
         objectName: "difficultyTrack"
         anchors.verticalCenter: parent.verticalCenter
         width: 90
@@ -27,11 +27,11 @@ Row {
         radius: 3
         color: Theme.palette.track
 
-        Rectangle {
+        RoundedBox {
             objectName: "difficultyBar"
             width: parent.width * Math.min(Math.max(pill.difficulty / 100, 0), 1)
             height: parent.height
-            radius: Math.min(3, width / 2)
+            radius: 3
             color: Theme.palette.ink
         }
     }
@@ -41,7 +41,7 @@ Row {
         anchors.verticalCenter: parent.verticalCenter
         width: 24
         horizontalAlignment: Text.AlignRight
-        text: pill.difficulty.toFixed(0)
+        text: Format.fixed(pill.difficulty, 0)
         size: 12
         font.weight: Font.DemiBold
     }

@@ -20,7 +20,8 @@ Row {
             readonly property bool current: selector.session.drill === index
 
             objectName: "drill" + index
-            implicitWidth: content.implicitWidth + 24
+            // As wide as the chosen chip is, so that no choice moves the others.
+            implicitWidth: Math.ceil(metrics.advanceWidth(modelData)) + content.titleLeft + 24
             implicitHeight: content.implicitHeight + 12
             name: modelData
             onActivated: selector.session.drill = index
@@ -37,10 +38,15 @@ Row {
             Row {
                 id: content
 
-                anchors.centerIn: parent
+                readonly property real titleLeft: dot.width + spacing
+
+                x: 12
+                y: 6
                 spacing: 5
 
-                Rectangle {
+                RoundedBox {
+                    id: dot
+
                     objectName: "drillDot" + chip.index
                     anchors.verticalCenter: parent.verticalCenter
                     width: 6
@@ -56,6 +62,14 @@ Row {
                     font.weight: chip.current ? Font.DemiBold : Font.Normal
                     color: chip.current ? Theme.palette.ink : Theme.palette.muted
                 }
+            }
+
+            FontMetrics {
+                id: metrics
+
+                font.family: Fonts.system
+                font.pixelSize: 12
+                font.weight: Font.DemiBold
             }
         }
     }

@@ -68,6 +68,13 @@ QString PracticeModel::prompt() const {
   return text(Wording::prompt(session_.drill()));
 }
 
+QStringList PracticeModel::prompts() {
+  QStringList list;
+  for (const Drill drill : Drill::allCases)
+    list.append(text(Wording::prompt(drill)));
+  return list;
+}
+
 bool PracticeModel::hasTrial() const {
   return session_.trial().has_value();
 }

@@ -23,6 +23,7 @@ class PracticeModel : public QObject {
   Q_PROPERTY(QStringList drillTitles READ drillTitles CONSTANT FINAL)
   Q_PROPERTY(QStringList materialTitles READ materialTitles CONSTANT FINAL)
   Q_PROPERTY(QString prompt READ prompt NOTIFY changed FINAL)
+  Q_PROPERTY(QStringList prompts READ prompts CONSTANT FINAL) // of all drills
 
   Q_PROPERTY(bool hasTrial READ hasTrial NOTIFY changed FINAL)
   Q_PROPERTY(
@@ -57,6 +58,7 @@ public:
   [[nodiscard]] static QStringList drillTitles();
   [[nodiscard]] static QStringList materialTitles();
   [[nodiscard]] QString prompt() const;
+  [[nodiscard]] static QStringList prompts();
   [[nodiscard]] bool hasTrial() const;
   [[nodiscard]] QStringList slotTitles() const;
   [[nodiscard]] double difficulty() const;

@@ -5,7 +5,7 @@ Item {
     id: control
 
     property string name
-    readonly property alias pressed: mouse.pressed
+    readonly property alias pressed: mouse.containsPress
 
     signal activated
 

@@ -28,7 +28,7 @@ Item {
         y: marker.chipPlace.y
         width: marker.chipWidth
         height: 20
-        radius: 4
+        radius: 5
         strokeColor: Palettes.faded(marker.color, 0.35)
         strokeWidth: 1
 

@@ -16,6 +16,8 @@ Item {
     readonly property var valueX: value === undefined ? undefined : scaleModel.position(value, width)
     readonly property var truthX: truth === undefined ? undefined : scaleModel.position(truth, width)
     readonly property real pixelRatio: Screen.devicePixelRatio
+    // One point in whole device pixels, so that all ticks look alike.
+    readonly property real hairline: Math.round(pixelRatio) / pixelRatio
 
     implicitHeight: 88
 
@@ -43,7 +45,7 @@ Item {
                 objectName: "tick" + tick.index
                 x: strip.scaleModel.tickLeft(tick.position, width, strip.width, strip.pixelRatio)
                 y: 76 - height
-                width: 1
+                width: strip.hairline
                 height: tick.modelData.height
                 color: tick.modelData.major ? Theme.palette.muted : Palettes.faded(Theme.palette.faint, strip.minorOpacity)
             }

@@ -12,11 +12,17 @@ Item {
     // The listener chooses a slot.
     signal picked(int value)
 
+    readonly property real gap: 10
+
     implicitHeight: 88
 
-    Row {
-        spacing: 10
+    // Where slot `index` starts: an equal share of the width each, on whole device pixels.
+    function leftOf(index: int): real {
+        const ratio = Screen.devicePixelRatio;
+        return Math.round(index * (width + gap) / slotCount * ratio) / ratio;
+    }
 
+    Item {
         Repeater {
             model: picker.slotCount
 
@@ -29,7 +35,8 @@ Item {
                 readonly property bool flipped: picker.truth === index
 
                 objectName: "slotChoice" + index
-                width: (picker.width - 10 * (picker.slotCount - 1)) / picker.slotCount
+                x: picker.leftOf(index)
+                width: picker.leftOf(index + 1) - picker.gap - x
                 height: 76
                 name: "Slot " + (index + 1)
                 onActivated: picker.picked(index)
@@ -45,7 +52,7 @@ Item {
 
                 Column {
                     anchors.centerIn: parent
-                    spacing: 4
+                    spacing: 2
 
                     Label {
                         id: number
@@ -57,7 +64,7 @@ Item {
                         size: 24
                         font.weight: slot.chosen || slot.flipped ? Font.Bold : Font.Normal
 
-                        Rectangle {
+                        RoundedBox {
                             objectName: "slotDot" + slot.index
                             visible: slot.known && slot.chosen
                             anchors.left: parent.right

@@ -6,7 +6,8 @@ Item {
     id: transport
 
     required property PracticeModel session
-    readonly property real minimumWidth: left.implicitWidth + 20 + right.implicitWidth
+    // With the buttons of as many slots as any trial has.
+    readonly property real minimumWidth: slotRow.widthFor(3) + left.spacing + hint.implicitWidth + 20 + right.implicitWidth
 
     implicitHeight: 36
 
@@ -17,6 +18,14 @@ Item {
         spacing: 12
 
         Row {
+            id: slotRow
+
+            readonly property real slotWidth: 52
+
+            function widthFor(count: int): real {
+                return count * slotWidth + (count - 1) * spacing;
+            }
+
             spacing: 8
 
             Repeater {
@@ -30,7 +39,7 @@ Item {
                     readonly property bool current: transport.session.currentSlot === index
 
                     objectName: "slot" + index
-                    width: 52
+                    width: slotRow.slotWidth
                     height: 36
                     name: "Play " + modelData
                     onActivated: transport.session.select(index)
@@ -56,6 +65,8 @@ Item {
         }
 
         Label {
+            id: hint
+
             objectName: "switchHint"
             anchors.verticalCenter: parent.verticalCenter
             text: "space = switch"
@@ -63,6 +74,13 @@ Item {
             size: 10
             color: Theme.palette.faint
         }
+    }
+
+    // The primary button belongs to no drag, not even while it is disabled.
+    MouseArea {
+        anchors.right: parent.right
+        width: primary.width
+        height: parent.height
     }
 
     Row {

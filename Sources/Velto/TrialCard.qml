@@ -6,7 +6,14 @@ Item {
     id: card
 
     required property PracticeModel session
-    readonly property real minimumWidth: 40 + Math.max(prompt.implicitWidth + 20 + pill.implicitWidth, transport.minimumWidth)
+    // What the rows of every drill need.
+    readonly property real minimumWidth: 40 + Math.max(widestPrompt + 20 + pill.implicitWidth, transport.minimumWidth)
+    readonly property real widestPrompt: {
+        let widest = 0;
+        for (const text of session.prompts)
+            widest = Math.max(widest, metrics.advanceWidth(text));
+        return Math.ceil(widest);
+    }
 
     implicitHeight: rows.implicitHeight + 40
 
@@ -18,6 +25,12 @@ Item {
         color: Theme.palette.surface
         strokeColor: Theme.palette.line
         strokeWidth: 1
+    }
+
+    FontMetrics {
+        id: metrics
+
+        font: prompt.font
     }
 
     Column {

@@ -33,7 +33,7 @@ Item {
             height: parent.height
             spacing: 14
 
-            Rectangle {
+            RoundedBox {
                 objectName: "verdictDot"
                 anchors.verticalCenter: parent.verticalCenter
                 width: 8

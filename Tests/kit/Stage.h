@@ -1,0 +1,166 @@
+// The practice view on a stage: the real view and session, a sound output that nobody hears, and
+// renders that arrive when the test says so.
+#pragma once
+
+#include "FakeOutput.h"
+#include "ScratchProfile.h"
+
+#include "Drills.h"
+#include "PracticeModel.h"
+#include "ProgressModel.h"
+#include "Session.h"
+#include "Theme.h"
+
+#include <QImage>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QtTest/QTest>
+
+#include <cmath>
+#include <deque>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace velto::kit {
+
+// The answer that is exactly right, in the unit of the session's answer.
+[[nodiscard]] inline double truthOf(const Trial& trial) {
+  switch (trial.drill) {
+  case Drill::frequency:
+    return trial.targetFreq;
+  case Drill::level:
+    return trial.targetLevelDB;
+  case Drill::dynamics:
+    return trial.targetGRdB;
+  case Drill::polarity:
+    break;
+  }
+  return static_cast<double>(trial.oddSlot);
+}
+
+// An answer that a listener can give and that is a miss.
+[[nodiscard]] inline double missOf(const Trial& trial) {
+  switch (trial.drill) {
+  case Drill::frequency:
+    return trial.targetFreq < 800 ? 4000 : 250;
+  case Drill::level:
+    return trial.targetLevelDB < 3.5 ? trial.targetLevelDB + 2 : trial.targetLevelDB - 2;
+  case Drill::dynamics:
+    return trial.targetGRdB < 7 ? 12.5 : 2.5;
+  case Drill::polarity:
+    break;
+  }
+  return static_cast<double>((trial.oddSlot + 1) % 3);
+}
+
+// Main thread only; needs a QGuiApplication. One at a time, for its scratch profile.
+class Stage {
+public:
+  static constexpr double launchTime = 1'700'000'000;
+
+  explicit Stage(Drill drill = Drill::frequency, bool dark = true, QSize size = {1180, 386})
+      : session(drill,
+                {.background = [this](auto work) { background_.push_back(std::move(work)); },
+                 .main = [this](auto work) { main_.push_back(std::move(work)); }},
+                std::make_unique<Player>(output_.factory()), launchTime),
+        model(session), progress(session) {
+    view.engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
+    view.setResizeMode(QQuickView::SizeRootObjectToView);
+    view.setInitialProperties({{QStringLiteral("session"), QVariant::fromValue(&model)},
+                               {QStringLiteral("progress"), QVariant::fromValue(&progress)},
+                               {QStringLiteral("dark"), dark}});
+    view.setSource(QUrl(QStringLiteral("qrc:/qt/qml/Velto/ContentView.qml")));
+    if (view.status() != QQuickView::Ready)
+      throw std::runtime_error("the practice view cannot be loaded");
+    setDark(dark);
+    view.resize(size);
+    view.show();
+    view.requestActivate();
+    if (!QTest::qWaitForWindowActive(&view))
+      throw std::runtime_error("the window does not become active");
+  }
+
+  // Lets every render arrive.
+  void settle() {
+    while (runOne(background_) || runOne(main_)) {
+    }
+  }
+
+  // Renders, answers and submits.
+  void grade(bool hit) {
+    settle();
+    session.setAnswer(hit ? truthOf(*session.trial()) : missOf(*session.trial()));
+    session.submit();
+  }
+
+  void setDark(bool dark) {
+    view.setColor((dark ? Palette::dark() : Palette::light()).bg);
+    root()->setProperty("dark", dark);
+  }
+
+  [[nodiscard]] QQuickItem* root() const { return view.rootObject(); }
+
+  // The shown item of that name; null where there is none.
+  [[nodiscard]] QQuickItem* find(const QString& name) const { return find(root(), name); }
+
+  [[nodiscard]] static QQuickItem* find(QQuickItem* from, const QString& name) {
+    for (QQuickItem* child : from->childItems()) {
+      if (!child->isVisible())
+        continue;
+      if (child->objectName() == name)
+        return child;
+      if (QQuickItem* found = find(child, name))
+        return found;
+    }
+    return nullptr;
+  }
+
+  [[nodiscard]] QQuickItem* item(const QString& name) const {
+    QQuickItem* found = find(name);
+    if (found == nullptr)
+      throw std::runtime_error("nothing is shown by the name " + name.toStdString());
+    return found;
+  }
+
+  // Where an item lies in the window, in points.
+  [[nodiscard]] QRectF box(const QString& name) const { return box(item(name)); }
+  [[nodiscard]] static QRectF box(const QQuickItem* item) {
+    return item->mapRectToScene({0, 0, item->width(), item->height()});
+  }
+
+  // The window's content once its one animation has come to rest.
+  [[nodiscard]] QImage picture() {
+    const auto* veil = root()->findChild<QQuickItem*>(QStringLiteral("veil"));
+    const double rest = session.rendering() ? 0.6 : 0;
+    if (!QTest::qWaitFor([&] { return std::abs(veil->opacity() - rest) < 1e-9; }))
+      throw std::runtime_error("the answer area does not come to rest");
+    QCoreApplication::processEvents();
+    QImage image = view.grabWindow();
+    image.setDevicePixelRatio(view.effectiveDevicePixelRatio());
+    return image;
+  }
+
+private:
+  static bool runOne(std::deque<WorkQueues::Work>& queue) {
+    if (queue.empty())
+      return false;
+    const auto work = std::move(queue.front());
+    queue.pop_front();
+    work();
+    return true;
+  }
+
+  ScratchProfile scratch_;
+  FakeOutput output_;
+  std::deque<WorkQueues::Work> background_, main_;
+
+public:
+  Session session;
+  PracticeModel model;
+  ProgressModel progress;
+  QQuickView view;
+};
+
+} // namespace velto::kit

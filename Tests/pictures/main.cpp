@@ -1,0 +1,93 @@
+// velto_pictures FOLDER [SCALE]
+//
+// Writes a picture of the practice window for each drill, state and palette, at the given scale;
+// without one, at 1x and at 2x. The same program gives the same pictures.
+
+#include "kit/GuiTesting.h"
+#include "kit/Stage.h"
+
+#include <QDir>
+#include <QProcess>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+using namespace velto;
+
+enum class State { ungraded, rendering, hit, miss };
+
+QString name(State state) {
+  switch (state) {
+  case State::ungraded:
+    return QStringLiteral("ungraded");
+  case State::rendering:
+    return QStringLiteral("rendering");
+  case State::hit:
+    return QStringLiteral("hit");
+  case State::miss:
+    break;
+  }
+  return QStringLiteral("miss");
+}
+
+QImage draw(Drill drill, State state, bool dark) {
+  kit::Stage stage(drill, dark);
+  if (state == State::ungraded)
+    stage.settle();
+  else if (state != State::rendering)
+    stage.grade(state == State::hit);
+  if (state != State::rendering)
+    stage.session.select(1);
+  return stage.picture();
+}
+
+int drawAll(const QDir& folder, const QString& scale) {
+  for (const Drill drill : Drill::allCases)
+    for (const State state : {State::ungraded, State::rendering, State::hit, State::miss})
+      for (const bool dark : {true, false}) {
+        const QString file =
+            folder.filePath(QStringLiteral("%1-%2-%3@%4x.png")
+                                .arg(QString::fromUtf8(drill.rawValue().data(),
+                                                       static_cast<qsizetype>(
+                                                           drill.rawValue().size())),
+                                     name(state), dark ? QStringLiteral("dark")
+                                                       : QStringLiteral("light"),
+                                     scale));
+        if (!draw(drill, state, dark).save(file)) {
+          std::fprintf(stderr, "cannot write %s\n", file.toUtf8().constData());
+          return EXIT_FAILURE;
+        }
+      }
+  return EXIT_SUCCESS;
+}
+
+// A process draws at one scale only.
+int runAt(const QString& program, const QString& folder, const QString& scale) {
+  qputenv("QT_SCALE_FACTOR", scale.toUtf8());
+  return QProcess::execute(program, {folder, scale});
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2 || argc > 3) {
+    std::fputs("usage: velto_pictures FOLDER [SCALE]\n", stderr);
+    return EXIT_FAILURE;
+  }
+  const QDir folder(QString::fromLocal8Bit(argv[1]));
+  if (!folder.mkpath(QStringLiteral("."))) {
+    std::fputs("the folder cannot be made\n", stderr);
+    return EXIT_FAILURE;
+  }
+  if (argc == 2) {
+    const QString program = QString::fromLocal8Bit(argv[0]);
+    const int first = runAt(program, folder.path(), QStringLiteral("1"));
+    return first != 0 ? first : runAt(program, folder.path(), QStringLiteral("2"));
+  }
+  qputenv("QT_SCALE_FACTOR", argv[2]);
+  velto::kit::prepareGui();
+  const QGuiApplication application(argc, argv);
+  return drawAll(folder, QString::fromLocal8Bit(argv[2]));
+}
