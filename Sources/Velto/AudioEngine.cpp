@@ -12,6 +12,7 @@ Engine::Engine(OutputDeviceFactory makeDevice, std::chrono::milliseconds closeDe
       closer_([this] { closeDevicesWhenDue(); }) {}
 
 Engine::~Engine() {
+  removeTap();
   stop();
   {
     const std::lock_guard lock(mutex_);
@@ -28,6 +29,7 @@ std::optional<std::string> Engine::start() {
   if (device_ && device_->failed())
     closeDevice();
   if (!device_) {
+    mixer_.publish(scene_); // closing made the mixer forget the tap
     auto device = makeDevice_();
     if (auto error = device->start(mixer_))
       return error;
@@ -87,6 +89,30 @@ float Engine::volume(std::size_t voice) const {
   return scene_.playback == nullptr ? 0 : mixer_.volume(voice, scene_.generation);
 }
 
+BusFormat Engine::outputFormat() {
+  return {.sampleRateHz = sampleRateHz, .channelCount = 2};
+}
+
+void Engine::installTap(std::size_t bufferFrames, OutputTap::Block block) {
+  removeTap();
+  tap_ = std::make_unique<OutputTap>(outputFormat(), bufferFrames, std::move(block));
+  scene_.tap = &tap_->ring();
+  ++scene_.tapGeneration;
+  mixer_.publish(scene_);
+}
+
+void Engine::removeTap() {
+  if (!tap_)
+    return;
+  tap_->stop();
+  const std::lock_guard lock(mutex_);
+  retiredTaps_.emplace_back(scene_.tapGeneration, std::move(tap_));
+  scene_.tap = nullptr;
+  ++scene_.tapGeneration;
+  mixer_.publish(scene_);
+  freeReleased();
+}
+
 // Starts a new generation, with nothing to play yet.
 void Engine::retire() {
   if (playback_)
@@ -96,8 +122,13 @@ void Engine::retire() {
 }
 
 void Engine::freeReleased() {
-  const std::uint32_t adopted = mixer_.adoptedGeneration();
+  const auto adopted = mixer_.adoptedGeneration();
   std::erase_if(retired_, [adopted](const auto& entry) { return entry.first < adopted; });
+  // Without a device nobody renders, and the scene that waits names none of them.
+  const auto adoptedTap = mixer_.adoptedTapGeneration();
+  std::erase_if(retiredTaps_, [this, adoptedTap](const auto& entry) {
+    return !device_ || entry.first < adoptedTap;
+  });
 }
 
 void Engine::closeDevice() {
@@ -105,6 +136,7 @@ void Engine::closeDevice() {
   device_.reset();
   mixer_.reset();
   retired_.clear();
+  retiredTaps_.clear();
   closeAt_.reset();
 }
 

@@ -4,6 +4,7 @@
 
 #include "Mixer.h"
 #include "OutputDevice.h"
+#include "OutputTap.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -58,10 +59,21 @@ public:
   // The volume of a voice, as of the last block; 0 while nothing plays.
   [[nodiscard]] float volume(std::size_t voice) const;
 
+  // What the mixer puts out, whether it runs or not.
+  [[nodiscard]] static BusFormat outputFormat();
+
+  // From now on, whenever the engine renders, `block` gets every frame that the mixer puts out, in
+  // buffers of `bufferFrames` frames and on a thread of its own, where it may lock and allocate. It
+  // takes the place of a tap that was installed before.
+  void installTap(std::size_t bufferFrames, OutputTap::Block block);
+
+  // The block is not running and will not be called again when this returns; not to be called by
+  // the block. Does nothing without a tap.
+  void removeTap();
+
 private:
   using Clock = std::chrono::steady_clock;
 
-  void publish();
   void retire();       // holds mutex_
   void freeReleased(); // holds mutex_
   void closeDevice();  // holds mutex_
@@ -74,6 +86,7 @@ private:
   // Main thread only.
   bool isStarted_ = false;
   Scene scene_; // the latest one handed over
+  std::unique_ptr<OutputTap> tap_;
 
   // Main thread and closing thread, under mutex_.
   mutable std::mutex mutex_;
@@ -81,6 +94,7 @@ private:
   std::unique_ptr<OutputDevice> device_;
   std::unique_ptr<const Playback> playback_; // what scene_ names
   std::vector<std::pair<std::uint32_t, std::unique_ptr<const Playback>>> retired_; // by generation
+  std::vector<std::pair<std::uint32_t, std::unique_ptr<OutputTap>>> retiredTaps_;  // likewise
   std::optional<Clock::time_point> closeAt_;
   bool isEnding_ = false;
 

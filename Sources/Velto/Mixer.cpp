@@ -33,18 +33,17 @@ float Mixer::volume(std::size_t voice, std::uint32_t generation) const {
 
 void Mixer::reset() {
   scene_.playback = nullptr;
+  scene_.tap = nullptr;
   voices_ = {};
   tailLeft_ = 0;
 }
 
 void Mixer::render(float* interleaved, std::size_t frames) noexcept {
   adoptLatestScene();
-  while (frames > 0) {
-    const std::size_t count = std::min(frames, chunkFrames);
-    renderChunk(interleaved, count);
-    interleaved += 2 * count;
-    frames -= count;
-  }
+  for (std::size_t done = 0; done < frames; done += chunkFrames)
+    renderChunk(interleaved + 2 * done, std::min(frames - done, chunkFrames));
+  if (scene_.tap != nullptr)
+    scene_.tap->write(interleaved, frames);
   publishState();
 }
 
@@ -63,6 +62,8 @@ void Mixer::adoptLatestScene() {
   } else if (scene_.ramp != previous.ramp) {
     beginRamp(scene_.chosen);
   }
+  // Likewise for the previous tap.
+  adoptedTapGeneration_.store(scene_.tapGeneration, std::memory_order_release);
 }
 
 void Mixer::adoptPlayback(const Playback* playback) {

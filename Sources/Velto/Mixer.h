@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Drills.h"
+#include "FrameRing.h"
 #include "LatestValue.h"
 #include "OutputDevice.h"
 
@@ -27,6 +28,8 @@ struct Scene {
   std::uint32_t generation = 0;       // grows with each change of `playback`
   std::uint32_t ramp = 0;             // changes with each crossfade within a generation
   std::int64_t chosen = 0;            // the slot that is heard once the crossfade is over
+  FrameRing* tap = nullptr;           // gets a copy of every frame, unless null
+  std::uint32_t tapGeneration = 0;    // grows with each change of `tap`
 };
 
 // Plays all slots of a scene in sample-locked loops from one common frame, and moves the gain of
@@ -50,12 +53,18 @@ public:
   Mixer();
 
   // Hands `scene` over; it takes effect with the next block. Its playback stays valid until
-  // `adoptedGeneration` has passed it. Main thread; real-time safe.
+  // `adoptedGeneration` has passed it, its tap until `adoptedTapGeneration` has. Main thread;
+  // real-time safe.
   void publish(const Scene& scene) { scenes_.publish(scene); }
 
   // The generation that the mixer plays: it touches no playback of an older one again. Any thread.
   [[nodiscard]] std::uint32_t adoptedGeneration() const {
     return adoptedGeneration_.load(std::memory_order_acquire);
+  }
+
+  // The same for taps: it writes to no tap of an older generation again. Any thread.
+  [[nodiscard]] std::uint32_t adoptedTapGeneration() const {
+    return adoptedTapGeneration_.load(std::memory_order_acquire);
   }
 
   // The volume of a voice at the last step of its crossfade, in 0 to 1; 0 as long as another
@@ -67,7 +76,7 @@ public:
     return publishedClock_.load(std::memory_order_relaxed);
   }
 
-  // Forgets what was playing. Any thread, while nobody renders.
+  // Forgets what was playing, and the tap. Any thread, while nobody renders.
   void reset();
 
   // Audio thread: no lock, no allocation, no system call.
@@ -121,6 +130,7 @@ private:
 
   // Audio thread writes, any thread reads.
   std::atomic<std::uint32_t> adoptedGeneration_{0};
+  std::atomic<std::uint32_t> adoptedTapGeneration_{0};
   std::atomic<std::uint64_t> publishedClock_{0};
   std::array<std::atomic<std::uint64_t>, Playback::maxSlots> publishedVolumes_{};
   static_assert(std::atomic<std::uint64_t>::is_always_lock_free);

@@ -38,6 +38,10 @@ public:
   // Silences and stops everything. `current` keeps its value.
   void stop();
 
+  // Proves that what a player plays comes out of its engine's mixer at the expected level: plays a
+  // fixed trial aloud for 1.2 s, reports on standard output, and returns whether it passed.
+  [[nodiscard]] static bool selfTest(OutputDeviceFactory makeDevice = makeDefaultOutputDevice);
+
   [[nodiscard]] std::int64_t current() const { return current_; }
   [[nodiscard]] bool isPlaying() const { return isPlaying_; }
   [[nodiscard]] Engine& engine() { return engine_; }

@@ -1,4 +1,6 @@
 // The lines that the modes without a window print.
+//
+// Main thread only.
 #pragma once
 
 #include <cstddef>
@@ -7,13 +9,27 @@
 
 namespace velto::Report {
 
-// Writes `text` and a line feed to standard output at once, so that it stays in order with what
-// others print. A failed write is ignored.
+// Once, before anything is opened or printed. A reader that goes away then makes a write fail
+// instead of ending the process, and where a standard stream is closed no file that is opened later
+// takes its place.
+void prepareStreams();
+
+// Writes `text` and a line feed to standard output in one piece and unbuffered, so that it stays in
+// order with what others print. The first failure is told on standard error; later lines are tried
+// all the same.
 void line(std::string_view text);
 
+// Whether every line so far could be written. A report that nobody could read is no success.
+[[nodiscard]] bool isComplete();
+
 // "  PASS  name      detail": the name padded with spaces to `nameWidth` characters, a longer one
-// kept whole. Texts are ASCII.
+// kept whole. Names are ASCII.
 [[nodiscard]] std::string check(bool ok, std::string_view name, std::size_t nameWidth,
                                 std::string_view detail);
+
+// `text` with spaces before or behind it up to `width` characters; a longer one is kept whole.
+// Texts are ASCII.
+[[nodiscard]] std::string rightAligned(std::string_view text, std::size_t width);
+[[nodiscard]] std::string leftAligned(std::string_view text, std::size_t width);
 
 } // namespace velto::Report

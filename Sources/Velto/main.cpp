@@ -1,11 +1,15 @@
 // Reads the command line and runs what it asks for.
 
 #include "AppDelegate.h"
+#include "Bench.h"
 #include "BrandCheck.h"
 #include "DemoData.h"
 #include "Graphics.h"
 #include "LaunchOptions.h"
 #include "PlaybackBench.h"
+#include "Player.h"
+#include "Probe.h"
+#include "Report.h"
 
 #include <QGuiApplication>
 #include <QtQml/QQmlExtensionPlugin>
@@ -43,21 +47,37 @@ int runWindow(int argc, char** argv, const LaunchOptions& options) {
 }
 
 // Fonts need an application, but no display.
-int runBrandCheck(int argc, char** argv) {
+bool runBrandCheck(int argc, char** argv) {
   qInstallMessageHandler(reportMessages);
   qputenv("QT_QPA_PLATFORM", "offscreen");
   const QGuiApplication application(argc, argv);
-  return BrandCheck::run() ? EXIT_SUCCESS : EXIT_FAILURE;
+  return BrandCheck::run();
+}
+
+// A mode whose lines could not be written has told nobody what it found.
+int statusOf(bool passed) {
+  return passed && Report::isComplete() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 } // namespace
 
+// The first switch of this list that is given decides, wherever it stands. Modes without a window
+// need no display, and all but the brand check make no application.
 int main(int argc, char** argv) {
+  Report::prepareStreams();
   const Arguments arguments(std::vector<std::string>(argv, argv + argc));
+  if (arguments.has("--probe"))
+    return statusOf(Probe::run());
   if (const auto load = arguments.valueOf("--bench-audio"))
     return PlaybackBench::run(*load == "on");
   if (arguments.has("--brand-check"))
-    return runBrandCheck(argc, argv);
+    return statusOf(runBrandCheck(argc, argv));
+  if (arguments.has("--bench")) {
+    Bench::run();
+    return statusOf(true);
+  }
+  if (arguments.has("--audio-selftest"))
+    return statusOf(Player::selfTest());
   if (arguments.has("--seed-demo")) {
     DemoData::seed();
     return EXIT_SUCCESS;
