@@ -83,8 +83,7 @@ void expectHeader(Stage& stage, const Picture& picture, const Wanted& wanted) {
 void expectCard(Stage& stage, const Picture& picture, const Wanted& wanted) {
   const Hues& hues = wanted.hues;
   expectRect(stage.box("card"), {20, 76, 779, 274});
-  expectBox(stage.item("card"), picture,
-            {12, true, hues.surface, hues.line, 1, hues.bg, {18, 30}});
+  expectBox(stage.item("card"), picture, {12, true, hues.surface, hues.line, 1, hues.bg, {18, 30}});
   const char* prompts[] = {"One band is boosted. Point at it.", "B is louder than A. By how much?",
                            "B is compressed, loudness-matched. How much gain reduction?",
                            "One of the three has a flipped channel. Which?"};
@@ -123,8 +122,8 @@ struct Tick {
 std::vector<Tick> ticksOf(Drill drill) {
   std::vector<Tick> ticks;
   if (drill == Drill::frequency) {
-    for (const double f : {40.,   50.,   63.,   80.,   100.,  125.,  160.,  200.,   250.,
-                           315.,  400.,  500.,  630.,  800.,  1000., 1250., 1600.,  2000.,
+    for (const double f : {40.,   50.,   63.,   80.,   100.,  125.,  160.,   200.,   250.,
+                           315.,  400.,  500.,  630.,  800.,  1000., 1250.,  1600.,  2000.,
                            2500., 3150., 4000., 5000., 6300., 8000., 10000., 12500., 16000.}) {
       const bool decade = f == 100 || f == 1000 || f == 10000;
       ticks.push_back({f, decade ? 22. : 12., decade,
@@ -207,7 +206,7 @@ void expectMarker(Stage& stage, const Picture& picture, const QString& name, dou
   EXPECT_DOUBLE_EQ(box.height(), 20);
   if (fade == 1)
     expectBox(chip, picture,
-              {5, false, QColor(0, 0, 0, 0), at(color, 0.35), 1, hues.soft, {3.5, 10}});
+              {5, false, QColor(0, 0, 0, 0), at(color, 0.35), 1, hues.soft, {5.5, 10}});
 }
 
 void expectScale(Stage& stage, const Picture& picture, const Wanted& wanted) {
@@ -274,7 +273,6 @@ void expectScale(Stage& stage, const Picture& picture, const Wanted& wanted) {
 
 void expectSlotChoices(Stage& stage, const Picture& picture, const Wanted& wanted) {
   const Hues& hues = wanted.hues;
-  const double s = picture.scale();
   const auto flippedSlot = static_cast<int>(truthOf(*stage.session.trial()));
   const auto chosenSlot = static_cast<int>(stage.session.answer());
   EXPECT_EQ(chosenSlot >= 0, wanted.graded());
@@ -284,8 +282,8 @@ void expectSlotChoices(Stage& stage, const Picture& picture, const Wanted& wante
     const bool flipped = wanted.graded() && i == flippedSlot;
     const QRectF box = stage.box(numbered("slotChoice", i));
     const double share = (739 - 20) / 3.0;
-    expectRect(box, {40 + i * (share + 10), 134, share, 76}, 1 / s);
-    EXPECT_NEAR(box.left() * s, std::round(box.left() * s), 1e-6) << "not on a whole pixel";
+    expectRect(box, {40 + i * (share + 10), 134, share, 76}, 1);
+    EXPECT_NEAR(box.left(), std::round(box.left()), 1e-6) << "not on a whole point";
     if (i > 0) {
       EXPECT_NEAR(box.left() - stage.box(numbered("slotChoice", i - 1)).right(), 10, 1e-6);
     }
@@ -300,8 +298,10 @@ void expectSlotChoices(Stage& stage, const Picture& picture, const Wanted& wante
                {QString::number(i + 1), mono, chosen || flipped ? bold : regular, 24, 0,
                 at(hues.ink, 1), fill});
     expectText(stage.item(numbered("slotCaption", i)), picture,
-               {!wanted.graded() ? "?" : flipped ? "FLIPPED" : "in phase", mono, medium, 9, 0,
-                flipped ? hues.good : hues.muted, fill});
+               {!wanted.graded() ? "?"
+                : flipped        ? "FLIPPED"
+                                 : "in phase",
+                mono, medium, 9, 0, flipped ? hues.good : hues.muted, fill});
     EXPECT_NEAR(Stage::box(number).center().x(), box.center().x(), 1);
     EXPECT_NEAR(stage.box(numbered("slotCaption", i)).center().x(), box.center().x(), 1);
     EXPECT_LT(Stage::box(number).center().y(), stage.box(numbered("slotCaption", i)).top());
@@ -323,8 +323,12 @@ void expectTransport(Stage& stage, const Picture& picture, const Wanted& wanted)
     const bool current = i == stage.session.currentSlot();
     expectRect(stage.box(numbered("slot", i)), {40. + i * 60, 240, 52, 36});
     expectBox(stage.item(numbered("slotBox", i)), picture,
-              {7, false, current ? hues.selectedFill : hues.surface,
-               current ? at(hues.ink, 0.55) : hues.line, current ? 1.5 : 1, hues.surface,
+              {7,
+               false,
+               current ? hues.selectedFill : hues.surface,
+               current ? at(hues.ink, 0.55) : hues.line,
+               current ? 1.5 : 1,
+               hues.surface,
                {10, 14}});
     QQuickItem* label = stage.item(numbered("slotLabel", i));
     expectText(label, picture,
@@ -348,7 +352,12 @@ void expectTransport(Stage& stage, const Picture& picture, const Wanted& wanted)
       wanted.graded() || (wanted.state == State::ungraded && wanted.drill != Drill::polarity);
   const QColor clear(0, 0, 0, 0);
   expectBox(stage.item("primaryButtonBox"), picture,
-            {7, true, enabled ? hues.ink : hues.soft, enabled ? clear : hues.line, 1, hues.surface,
+            {7,
+             true,
+             enabled ? hues.ink : hues.soft,
+             enabled ? clear : hues.line,
+             1,
+             hues.surface,
              {12, 12}});
   QQuickItem* label = stage.item("primaryButtonLabel");
   expectText(label, picture,
@@ -373,8 +382,8 @@ void expectTransport(Stage& stage, const Picture& picture, const Wanted& wanted)
     expectText(title, picture,
                {materials[i], sans, current ? semibold : regular, 11, 0, hues.ink,
                 over(fill, hues.surface)});
-    EXPECT_NEAR(Stage::box(title).center().x(),
-                stage.box(numbered("material", i)).center().x(), 0.51);
+    EXPECT_NEAR(Stage::box(title).center().x(), stage.box(numbered("material", i)).center().x(),
+                0.51);
     EXPECT_NEAR(Stage::box(title).center().y(), 258, 0.51);
   }
 }
@@ -406,10 +415,10 @@ void expectVerdict(Stage& stage, const Picture& picture, const Wanted& wanted) {
   EXPECT_DOUBLE_EQ(stage.box("verdictWord").left(), 74);
   EXPECT_DOUBLE_EQ(stage.box("verdictWord").center().y(), 312);
   const auto& grade = *stage.session.grade();
-  const QString detail = QStringLiteral("you %1   ·   actual %2   ·   %3")
-                             .arg(QString::fromStdString(grade.answerText),
-                                  QString::fromStdString(grade.truthText),
-                                  QString::fromStdString(grade.errorText));
+  const QString detail =
+      QStringLiteral("you %1   ·   actual %2   ·   %3")
+          .arg(QString::fromStdString(grade.answerText), QString::fromStdString(grade.truthText),
+               QString::fromStdString(grade.errorText));
   expectText(stage.item("verdictDetail"), picture,
              {detail, sans, regular, 12, 0, hues.ink, ground});
   EXPECT_NEAR(stage.box("verdictDetail").left(), stage.box("verdictWord").right() + 14, 1e-6);
@@ -832,7 +841,8 @@ namespace {
 double curvature(QPointF a, QPointF b, QPointF c) {
   const QPointF u = b - a, v = c - b, w = c - a;
   const double area = std::abs(u.x() * v.y() - u.y() * v.x());
-  return 2 * area / (std::hypot(u.x(), u.y()) * std::hypot(v.x(), v.y()) * std::hypot(w.x(), w.y()));
+  return 2 * area /
+         (std::hypot(u.x(), u.y()) * std::hypot(v.x(), v.y()) * std::hypot(w.x(), w.y()));
 }
 
 // The curvature along an outline at equal steps of its length, over `count` samples.
@@ -850,7 +860,8 @@ std::vector<double> curvatures(const QPainterPath& path, int count) {
 double largestStep(const std::vector<double>& values) {
   double largest = 0;
   for (std::size_t i = 0; i < values.size(); ++i)
-    largest = std::max(largest, std::abs(values[i] - values[(i + values.size() - 1) % values.size()]));
+    largest =
+        std::max(largest, std::abs(values[i] - values[(i + values.size() - 1) % values.size()]));
   return largest;
 }
 

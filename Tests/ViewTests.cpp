@@ -85,10 +85,10 @@ TEST(Strip, AnswersAClick) {
     Drill drill;
     double share;
     double answer;
-  } cases[] = {{Drill::frequency, 0, 40},   {Drill::frequency, 1, 16000},
+  } cases[] = {{Drill::frequency, 0, 40},    {Drill::frequency, 1, 16000},
                {Drill::frequency, 0.5, 800}, {Drill::level, 0.43, 3.0},
-               {Drill::level, 0, 0},        {Drill::level, 1, 7},
-               {Drill::dynamics, 0.43, 6},  {Drill::dynamics, 1, 14}};
+               {Drill::level, 0, 0},         {Drill::level, 1, 7},
+               {Drill::dynamics, 0.43, 6},   {Drill::dynamics, 1, 14}};
   for (const auto& c : cases) {
     Hands hands(c.drill);
     // A pointer lies on whole points; the last one is a point short of the strip's end.

@@ -16,7 +16,8 @@ namespace velto {
 // the corner as the arc does. Radii that do not fit are reduced.
 [[nodiscard]] QPainterPath roundedOutline(const QRectF& rect, double radius, bool continuous);
 
-// Fills and then strokes one roundedOutline. The stroke lies inside the item's edges.
+// Fills and then strokes one roundedOutline. The stroke lies inside the item's edges, its size
+// rounded to whole points.
 class RoundedBox : public QQuickPaintedItem {
   Q_OBJECT
   QML_ELEMENT

@@ -16,10 +16,9 @@ Item {
 
     implicitHeight: 88
 
-    // Where slot `index` starts: an equal share of the width each, on whole device pixels.
+    // Where slot `index` starts: an equal share of the width each, to a whole point.
     function leftOf(index: int): real {
-        const ratio = Screen.devicePixelRatio;
-        return Math.round(index * (width + gap) / slotCount * ratio) / ratio;
+        return Math.round(index * (width + gap) / slotCount);
     }
 
     Item {

@@ -47,14 +47,11 @@ int drawAll(const QDir& folder, const QString& scale) {
   for (const Drill drill : Drill::allCases)
     for (const State state : {State::ungraded, State::rendering, State::hit, State::miss})
       for (const bool dark : {true, false}) {
-        const QString file =
-            folder.filePath(QStringLiteral("%1-%2-%3@%4x.png")
-                                .arg(QString::fromUtf8(drill.rawValue().data(),
-                                                       static_cast<qsizetype>(
-                                                           drill.rawValue().size())),
-                                     name(state), dark ? QStringLiteral("dark")
-                                                       : QStringLiteral("light"),
-                                     scale));
+        const QString file = folder.filePath(
+            QStringLiteral("%1-%2-%3@%4x.png")
+                .arg(QString::fromUtf8(drill.rawValue().data(),
+                                       static_cast<qsizetype>(drill.rawValue().size())),
+                     name(state), dark ? QStringLiteral("dark") : QStringLiteral("light"), scale));
         if (!draw(drill, state, dark).save(file)) {
           std::fprintf(stderr, "cannot write %s\n", file.toUtf8().constData());
           return EXIT_FAILURE;
