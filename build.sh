@@ -61,6 +61,8 @@ deskPackages=(
 )
 
 testPackages=(
+  clang
+  libclang-rt-14-dev
   libfftw3-dev
   libgtest-dev
   librapidcheck-dev

@@ -3,11 +3,10 @@
 #include "Coding.h"
 #include "Date.h"
 #include "Numbers.h"
+#include "SafeFile.h"
 #include "UUID.h"
 
 #include <algorithm>
-#include <fstream>
-#include <ios>
 #include <system_error>
 #include <utility>
 
@@ -48,27 +47,6 @@ fs::path prepare(const ProfileLocation& location) {
   return error ? location.file() : absolute;
 }
 
-// None for anything but a regular file: reading a pipe or a device might never end.
-std::optional<std::string> readFile(const fs::path& path) {
-  std::error_code error;
-  if (!fs::is_regular_file(path, error))
-    return std::nullopt;
-  const auto size = fs::file_size(path, error);
-  std::ifstream file(path, std::ios::binary);
-  if (error || !file)
-    return std::nullopt;
-  std::string bytes(static_cast<std::size_t>(size), '\0');
-  file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  if (static_cast<std::size_t>(file.gcount()) != bytes.size())
-    return std::nullopt;
-  return bytes;
-}
-
-void writeFile(const fs::path& path, std::string_view bytes) {
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
 Attempt answered(const Trial& trial, const Drills::Grade& grade) {
   Attempt attempt{.id = UUID::random(),
                   .date = Date::now(),
@@ -92,8 +70,7 @@ Profile::Profile(const ProfileLocation& location) : url_(prepare(location)) {
 }
 
 void Profile::load() {
-  const auto bytes = readFile(url_);
-  auto stored = bytes ? Coding::decodeStored(*bytes) : std::nullopt;
+  auto stored = SafeFile::load(url_, Coding::decodeStored);
   if (!stored)
     return;
   stored_ = std::move(*stored);
@@ -160,7 +137,7 @@ void Profile::replace(std::vector<Attempt> attempts, std::map<std::string, Stair
 
 void Profile::save() const {
   if (const auto bytes = Coding::encode(stored_))
-    writeFile(url_, *bytes);
+    SafeFile::write(url_, *bytes);
 }
 
 } // namespace velto

@@ -20,7 +20,8 @@
 namespace velto {
 
 // Main thread only. Trouble with the file is never reported: a file that is missing, unreadable or
-// malformed is an empty record, and a write that fails leaves the record in memory as it is.
+// malformed is an empty record, and a write that fails leaves the record in memory as it is, for
+// the next answer to try again.
 class Profile {
 public:
   // Rows that are kept in detail; older ones are rolled up.
@@ -56,7 +57,8 @@ public:
   // recomputes nor saves.
   void replace(std::vector<Attempt> attempts, std::map<std::string, Staircase> staircases);
 
-  // Writes the file in place. A number that JSON cannot hold leaves the file as it was.
+  // Writes the file in place, with a whole copy beside it while that goes on. A number that JSON
+  // cannot hold, and a disk that does not take the copy, leave the file as it was.
   void save() const;
 
   [[nodiscard]] const std::vector<Attempt>& attempts() const { return stored_.attempts; }

@@ -1,0 +1,72 @@
+// Whatever the command line says, one argument a line: it is read without harm, and a number that
+// it gives can be graded.
+#include "LaunchOptions.h"
+#include "Numbers.h"
+
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+using namespace velto;
+
+void require(bool law, const char* name) {
+  if (!law)
+    fatalError(name);
+}
+
+std::vector<std::string> linesOf(std::string_view text) {
+  std::vector<std::string> lines{"velto"};
+  while (!text.empty()) {
+    const auto end = std::min(text.find('\n'), text.size());
+    lines.emplace_back(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return lines;
+}
+
+// What a switch's value is, said in another way.
+void requireValue(const std::vector<std::string>& list, const Arguments& arguments,
+                  std::string_view name) {
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    if (list[i] != name)
+      continue;
+    require(arguments.has(name), "a switch was overlooked");
+    const auto value = arguments.valueOf(name);
+    require(value.has_value() == (i + 1 < list.size()), "a value is there or not, wrongly");
+    require(!value || *value == list[i + 1], "another argument was taken for the value");
+    return;
+  }
+  require(!arguments.has(name) && !arguments.valueOf(name), "a switch was made up");
+}
+
+void gradeAnswer(double answer) {
+  if (std::isfinite(answer))
+    require(Numbers::parse(Numbers::shortest(answer)) == answer, "a number reads differently");
+  for (const Drill drill : {Drill::frequency, Drill::level, Drill::dynamics})
+    static_cast<void>(Drills::grade(answer, Drills::makeTrial(20, Material::pad, 5, Drill(drill))));
+  if (answer >= -0x1p63 && answer < 0x1p63)
+    static_cast<void>(
+        Drills::grade(answer, Drills::makeTrial(20, Material::pad, 5, Drill::polarity)));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const auto list = linesOf(std::string_view(reinterpret_cast<const char*>(data), size));
+  const Arguments arguments(list);
+  for (const char* name :
+       {"--probe", "--bench-audio", "--brand-check", "--bench", "--audio-selftest", "--seed-demo",
+        "--shot", "--drill", "--answer", "--appearance"})
+    requireValue(list, arguments, name);
+  const LaunchOptions options = launchOptions(arguments);
+  require(options.shotPath == arguments.valueOf("--shot"), "another path for the snapshot");
+  require(options.fixedDark.has_value() == arguments.valueOf("--appearance").has_value(),
+          "an appearance out of nothing");
+  if (options.scriptedAnswer)
+    gradeAnswer(*options.scriptedAnswer);
+  return 0;
+}

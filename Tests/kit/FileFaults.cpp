@@ -1,0 +1,146 @@
+#include "kit/FileFaults.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/syscall.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+#include <optional>
+#include <utility>
+
+namespace velto::kit {
+
+namespace {
+
+struct Armed {
+  std::map<std::size_t, FileFault> faults;
+  std::size_t operations = 0;
+};
+
+thread_local std::optional<Armed> armed;
+
+std::optional<FileFault> nextFault() {
+  if (!armed)
+    return std::nullopt;
+  const auto found = armed->faults.find(armed->operations++);
+  return found == armed->faults.end() ? std::nullopt : std::optional(found->second);
+}
+
+int errorOf(FileFault fault) {
+  switch (fault) {
+  case FileFault::noSpace:
+    return ENOSPC;
+  case FileFault::notPermitted:
+    return EPERM;
+  case FileFault::interrupted:
+    return EINTR;
+  default:
+    return EIO;
+  }
+}
+
+// Does `real`, or what the fault makes of it. `half` is a part of the operation that may come
+// before the fault.
+template <typename Real, typename Half>
+auto faulty(Real real, Half half) -> decltype(real()) {
+  const auto fault = nextFault();
+  if (!fault)
+    return real();
+  switch (*fault) {
+  case FileFault::half:
+    return half();
+  case FileFault::lateDeath:
+    real();
+    ::raise(SIGKILL);
+    break;
+  case FileFault::halfAndDeath:
+    half();
+    ::raise(SIGKILL);
+    break;
+  case FileFault::death:
+    ::raise(SIGKILL);
+    break;
+  case FileFault::halfAndError:
+    half();
+    break;
+  default:
+    break;
+  }
+  errno = errorOf(*fault);
+  return -1;
+}
+
+// An operation without halves: it is done for `half` alone and left out before other faults.
+template <typename Real>
+auto faulty(Real real) -> decltype(real()) {
+  return faulty(real, [&]() -> decltype(real()) {
+    return armed->faults.at(armed->operations - 1) == FileFault::half ? real() : -1;
+  });
+}
+
+} // namespace
+
+FileFaults::FileFaults(std::map<std::size_t, FileFault> faults) {
+  armed = Armed{std::move(faults)};
+}
+
+FileFaults::~FileFaults() {
+  armed.reset();
+}
+
+std::size_t FileFaults::operationsSoFar() {
+  return armed ? armed->operations : 0;
+}
+
+} // namespace velto::kit
+
+// ---- What the linker finds before the C library's own ----
+
+using velto::kit::faulty;
+
+extern "C" {
+
+int open(const char* path, int flags, ...) {
+  mode_t mode = 0;
+  if ((flags & (O_CREAT | O_TMPFILE)) != 0) {
+    va_list arguments;
+    va_start(arguments, flags);
+    mode = va_arg(arguments, mode_t);
+    va_end(arguments);
+  }
+  return faulty(
+      [&] { return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode)); });
+}
+
+ssize_t write(int descriptor, const void* bytes, size_t count) {
+  const auto writeSome = [&](size_t some) -> ssize_t {
+    return ::syscall(SYS_write, descriptor, bytes, some);
+  };
+  return faulty([&] { return writeSome(count); },
+                [&] { return writeSome(count > 1 ? count / 2 : count); });
+}
+
+// A close that fails has closed the descriptor.
+int close(int descriptor) {
+  const auto really = [&] { return static_cast<int>(::syscall(SYS_close, descriptor)); };
+  return faulty(really, really) == 0 ? 0 : (static_cast<void>(really()), -1);
+}
+
+int rename(const char* from, const char* to) noexcept {
+  return faulty(
+      [&] { return static_cast<int>(::syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0)); });
+}
+
+int unlink(const char* path) noexcept {
+  return faulty([&] { return static_cast<int>(::syscall(SYS_unlinkat, AT_FDCWD, path, 0)); });
+}
+
+int flock(int descriptor, int operation) noexcept {
+  return faulty([&] { return static_cast<int>(::syscall(SYS_flock, descriptor, operation)); });
+}
+
+} // extern "C"

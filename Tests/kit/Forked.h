@@ -1,0 +1,88 @@
+// A part of a test that runs in a process of its own.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <string>
+#include <utility>
+
+namespace velto::kit {
+
+// A copy of this process that runs `body` and ends; it is killed when this goes. Its status is 1 if
+// an expectation failed in it.
+class Forked {
+public:
+  template <typename Body>
+  explicit Forked(Body body) : process_(::fork()) {
+    if (process_ == 0)
+      run(std::move(body));
+  }
+  Forked(const Forked&) = delete;
+  Forked& operator=(const Forked&) = delete;
+  ~Forked() { static_cast<void>(killed()); }
+
+  // Waits for its end; the exit status, or 128 and the signal's number.
+  int ended() {
+    if (process_ <= 0)
+      return status_;
+    int status = 0;
+    while (::waitpid(process_, &status, 0) < 0 && errno == EINTR) {
+    }
+    process_ = -1;
+    status_ = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    return status_;
+  }
+
+  int killed() {
+    if (process_ > 0)
+      ::kill(process_, SIGKILL);
+    return ended();
+  }
+
+private:
+  template <typename Body>
+  [[noreturn]] static void run(Body body) {
+    try {
+      body();
+    } catch (const std::exception& problem) {
+      ADD_FAILURE() << problem.what();
+    }
+    std::fflush(nullptr);
+    ::_exit(::testing::Test::HasFailure() ? EXIT_FAILURE : EXIT_SUCCESS);
+  }
+
+  pid_t process_ = -1;
+  int status_ = -1;
+};
+
+// Runs `body` where it may mount and unmount without anybody noticing; false where that is not
+// allowed.
+template <typename Body>
+[[nodiscard]] bool withOwnMounts(Body body) {
+  constexpr int notAllowed = 77;
+  Forked forked([&] {
+    const int userNamespace = ::geteuid() == 0 ? 0 : CLONE_NEWUSER;
+    if (::unshare(CLONE_NEWNS | userNamespace) != 0 ||
+        ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+      ::_exit(notAllowed);
+    body();
+  });
+  const int status = forked.ended();
+  if (status == notAllowed)
+    return false;
+  EXPECT_EQ(status, EXIT_SUCCESS);
+  return true;
+}
+
+} // namespace velto::kit
