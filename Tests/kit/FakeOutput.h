@@ -3,6 +3,9 @@
 
 #include "OutputDevice.h"
 
+#include "Recording.h"
+
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -16,27 +19,6 @@
 #include <vector>
 
 namespace velto::kit {
-
-// A stereo recording, one vector a channel.
-struct Recording {
-  std::vector<float> l, r;
-
-  [[nodiscard]] std::size_t frames() const { return l.size(); }
-
-  void append(const Recording& more) {
-    l.insert(l.end(), more.l.begin(), more.l.end());
-    r.insert(r.end(), more.r.begin(), more.r.end());
-  }
-
-  [[nodiscard]] static Recording fromInterleaved(const std::vector<float>& samples) {
-    Recording recording;
-    for (std::size_t i = 0; i + 1 < samples.size(); i += 2) {
-      recording.l.push_back(samples[i]);
-      recording.r.push_back(samples[i + 1]);
-    }
-    return recording;
-  }
-};
 
 // The far side of a fake device: what the test sees and does. It outlives the devices that its
 // factory makes, of which one at a time is open. Any thread.

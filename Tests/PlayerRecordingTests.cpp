@@ -1,0 +1,429 @@
+// What the player puts out, recorded at a real sound server: run on a private desk.
+#include "Player.h"
+
+#include "Numbers.h"
+#include "kit/Alignment.h"
+#include "kit/Recorder.h"
+#include "kit/Slots.h"
+#include "kit/Spectrum.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <fcntl.h>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <poll.h>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace velto {
+namespace {
+
+using kit::constantSlot;
+using kit::firstDifference;
+using kit::firstSilence;
+using kit::firstSound;
+using kit::noiseSlot;
+using kit::Recorder;
+using kit::Recording;
+using kit::sineSlot;
+
+constexpr std::size_t ramp = Mixer::rampFrames;
+constexpr std::size_t second = 48000;
+constexpr std::size_t loopFrames = 153600; // 3.2 s, as a trial
+
+void report(std::string_view what, double value, int decimals, std::string_view unit) {
+  std::cout << "  " << what << ": " << Numbers::fixed(value, decimals) << ' ' << unit << '\n';
+}
+
+std::string outputOf(const std::string& command) {
+  std::string text;
+  std::FILE* pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr)
+    return text;
+  std::array<char, 4096> block{};
+  while (const std::size_t count = std::fread(block.data(), 1, block.size(), pipe))
+    text.append(block.data(), count);
+  pclose(pipe);
+  return text;
+}
+
+std::string streams() { return outputOf("pactl list short sink-inputs"); }
+
+template <typename Condition> bool eventually(Condition condition) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end)
+      return false;
+    poll(nullptr, 0, 5);
+  }
+  return true;
+}
+
+double processorSeconds() {
+  timespec now{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+double processorSecondsIn(std::chrono::milliseconds time) {
+  const double before = processorSeconds();
+  poll(nullptr, 0, static_cast<int>(time.count()));
+  return processorSeconds() - before;
+}
+
+// The gain at frame `i` of a crossfade from `from` to `to`.
+double lineAt(double from, double to, std::size_t i) {
+  return from + (to - from) * std::min(1.0, static_cast<double>(i) / static_cast<double>(ramp));
+}
+
+// The rise of a start: its crossfade has run `lead` frames when the voices begin.
+double startGain(std::size_t lead, std::size_t i) {
+  if (i < Mixer::stepFrames)
+    return lineAt(0, 1, lead + Mixer::stepFrames) * static_cast<double>(i) / Mixer::stepFrames;
+  return lineAt(0, 1, lead + i);
+}
+
+constexpr std::size_t startLead = 3840; // 0.12 s less the device's latency
+
+class Recorded : public ::testing::Test {
+protected:
+  void SetUp() override {
+    ASSERT_NE(std::getenv("VELTO_DESK"), nullptr) << "run on a private desk";
+    ASSERT_TRUE(eventually([] { return streams().empty(); }));
+  }
+};
+
+// One minute in real time. Each frame of it is accounted for: the current slot's loop, bit for bit
+// and at the phase that all slots share since the start, or the crossfade between two of them.
+TEST_F(Recorded, forAMinuteOfSwitchingNoFrameIsLostOrDoubledAndAllSlotsKeepOnePhase) {
+  const std::vector<Slot> slots{noiseSlot(loopFrames, 1), noiseSlot(loopFrames, 2),
+                                noiseSlot(loopFrames, 3)};
+  Recorder recorder;
+  Player player;
+  player.load(slots, 0);
+  ASSERT_TRUE(player.isPlaying());
+  std::vector<std::size_t> played{0};
+  std::size_t waited = 0, next = 40000;
+  while (waited < 60 * second) {
+    recorder.waitForMore(next);
+    waited += next;
+    next = 24000 + next * 7919 % 90000; // 0.5 to 2.4 s
+    played.push_back((played.back() + 1 + next % 2) % 3);
+    player.switchTo(static_cast<std::int64_t>(played.back()));
+  }
+  recorder.waitForMore(second);
+  const Recording out = recorder.stop();
+
+  // The first frame of the loops comes at gain 0; the one after it is heard.
+  const std::size_t start = firstSound(out, 0) - 1;
+  const auto loudness = [&](std::size_t slot, std::size_t frame) {
+    return static_cast<double>((*slots[slot].l)[(frame - start) % loopFrames]);
+  };
+  for (std::size_t i = 0; i < ramp; ++i)
+    ASSERT_NEAR(static_cast<double>(out.l[start + i]),
+                startGain(startLead, i) * loudness(0, start + i), 1e-7)
+        << i;
+
+  std::size_t frame = start + ramp - startLead, compared = 0, crossfaded = 0;
+  for (std::size_t k = 0; k < played.size(); ++k) {
+    const Slot& slot = slots[played[k]];
+    const std::size_t end = out.frames();
+    const std::size_t rest = firstDifference(out, frame, end, slot, (frame - start) % loopFrames);
+    ASSERT_GT(rest - frame, 10000U) << "the slot " << played[k] << " is not where it belongs";
+    compared += rest - frame;
+    frame = rest;
+    if (k + 1 == played.size())
+      break;
+    // The first frame of a crossfade still has the gains 1 and 0.
+    const std::size_t begin = frame - 1;
+    for (std::size_t i = 0; i < ramp; ++i)
+      ASSERT_NEAR(static_cast<double>(out.l[begin + i]),
+                  lineAt(1, 0, i) * loudness(played[k], begin + i) +
+                      lineAt(0, 1, i) * loudness(played[k + 1], begin + i),
+                  1e-7)
+          << k << ' ' << i;
+    crossfaded += ramp;
+    frame = begin + ramp;
+  }
+  EXPECT_EQ(frame, out.frames()) << "the recording ends otherwise than with the last slot";
+  EXPECT_GT(compared + crossfaded, 60 * second);
+  report("frames that are the current slot's, bit for bit", static_cast<double>(compared), 0, "");
+  report("frames in crossfades, each as computed", static_cast<double>(crossfaded), 0, "");
+  report("switches", static_cast<double>(played.size() - 1), 0, "");
+}
+
+TEST_F(Recorded, aSwitchIsAStraightLineOf150ms) {
+  const std::vector<Slot> slots{constantSlot(4800, 0.5F, 0.5F), constantSlot(4800, 0, 0)};
+  Recorder recorder;
+  Player player;
+  player.load(slots, 0);
+  recorder.waitForMore(second / 2);
+  player.switchTo(1);
+  recorder.waitForMore(second / 2);
+  const Recording out = recorder.stop();
+  const std::size_t rest = firstSound(out, 0) + ramp;
+  const std::size_t begin = firstDifference(out, rest, out.frames(), slots[0], 0) - 1;
+  const std::size_t end = firstSilence(out, rest, 1000);
+  ASSERT_LT(end, out.frames());
+  double deviation = 0;
+  for (std::size_t i = 0; begin + i < end; ++i)
+    deviation = std::max(deviation, std::abs(static_cast<double>(out.l[begin + i]) / 0.5 -
+                                             lineAt(1, 0, i)));
+  const double milliseconds = static_cast<double>(end - begin) / 48;
+  report("length of the crossfade", milliseconds, 3, "ms");
+  report("largest deviation from the line", 1e9 * deviation, 1, "parts in 1e9");
+  EXPECT_NEAR(milliseconds, 150, 0.06 * 150);
+  EXPECT_LT(deviation, 0.06);
+}
+
+TEST_F(Recorded, aSineThatFadesToSilenceLeavesNothingAboveIt) {
+  const std::vector<Slot> slots{sineSlot(4800, 100, 0.5), constantSlot(4800, 0, 0)}; // 1 kHz
+  Recorder recorder;
+  Player player;
+  player.load(slots, 0);
+  double worst = -400, worstPeak = -400;
+  std::vector<std::size_t> fades;
+  for (int round = 0; round < 4; ++round) {
+    recorder.waitForMore(second);
+    player.switchTo(1);
+    recorder.waitForMore(second);
+    player.switchTo(0);
+  }
+  const Recording out = recorder.stop();
+  std::size_t frame = firstSound(out, 0);
+  for (int round = 0; round < 4; ++round) {
+    const std::size_t silence = firstSilence(out, frame, 2000);
+    ASSERT_LT(silence, out.frames());
+    constexpr std::size_t window = 32768;
+    ASSERT_GE(silence, window);
+    const std::span<const float> around(out.l.data() + silence - ramp / 2 - window / 2, window);
+    worst = std::max(worst, kit::partAboveDB(around, 5000));
+    worstPeak = std::max(worstPeak, kit::peakAboveDB(around, 5000));
+    frame = firstSound(out, silence);
+  }
+  report("power above 5 kHz beside that of the fading sine", worst, 1, "dB");
+  report("largest sample above 5 kHz, sine at -6 dB", worstPeak, 1, "dB");
+  EXPECT_LT(worst, -80);
+  EXPECT_LT(worstPeak, -80);
+}
+
+TEST_F(Recorded, aSwitchBetweenSlotsThatAreAlikeLeavesNoTrace) {
+  const Slot a = noiseSlot(loopFrames, 1), b = kit::slotOf(*a.l, *a.r);
+  const std::vector<Slot> slots{a, b, a};
+  Recorder recorder;
+  Player player;
+  player.load(slots, 0);
+  recorder.waitForMore(second / 2);
+  for (const std::int64_t slot : {1, 0, 2, 1, 2, 0}) {
+    player.switchTo(slot);
+    recorder.waitForMore(slot == 2 ? 4000 : 12000); // some in the middle of another crossfade
+  }
+  const Recording out = recorder.stop();
+  const std::size_t start = firstSound(out, 0) - 1;
+  std::vector<float> expected;
+  for (std::size_t i = start + ramp; i < out.frames(); ++i)
+    expected.push_back((*a.l)[(i - start) % loopFrames]);
+  ASSERT_GT(expected.size(), second);
+  const double residual = kit::residualDB({out.l.data() + start + ramp, expected.size()}, expected);
+  std::cout << "  residual: "
+            << (std::isinf(residual) ? "none, bit for bit" : Numbers::fixed(residual, 1) + " dB")
+            << '\n';
+  EXPECT_LT(residual, -140);
+}
+
+TEST_F(Recorded, aStartRisesFromZero) {
+  const std::vector<Slot> slots{constantSlot(4800, 0.5F, -0.5F)};
+  Recorder recorder;
+  Player player;
+  player.load(slots, 0);
+  recorder.waitForMore(second / 2);
+  const Recording out = recorder.stop();
+  const std::size_t start = firstSound(out, 0) - 1;
+  for (std::size_t i = 0; i < ramp; ++i) {
+    ASSERT_NEAR(static_cast<double>(out.l[start + i]), 0.5 * startGain(startLead, i), 1e-7) << i;
+    ASSERT_EQ(out.r[start + i], -out.l[start + i]) << i;
+  }
+  report("first frame that is heard, relative to full gain",
+         20 * std::log10(static_cast<double>(out.l[start + 1]) / 0.5), 1, "dB");
+}
+
+// The stream goes on from one trial to the next: the first fades within 5 ms, then nothing, then
+// the second from its own first frame.
+TEST_F(Recorded, aSecondLoadPlaysNotOneFrameOfTheFirst) {
+  const std::vector<Slot> first{noiseSlot(loopFrames, 1)}, next{noiseSlot(loopFrames, 2)};
+  Recorder recorder;
+  Player player;
+  player.load(first, 0);
+  recorder.waitForMore(second / 2);
+  player.load(next, 0);
+  recorder.waitForMore(second / 2);
+  const Recording out = recorder.stop();
+  const std::size_t rest = firstSound(out, 0) - 1 + ramp;
+  const std::size_t fade =
+      firstDifference(out, rest, out.frames(), first[0], rest - (firstSound(out, 0) - 1));
+  const std::size_t silence = firstSilence(out, rest, 1000);
+  const std::size_t start = firstSound(out, silence) - 1;
+  EXPECT_LE(silence - fade, Mixer::tailFrames);
+  EXPECT_EQ(start - (fade - 1), startLead);
+  for (std::size_t i = 0; i < ramp; ++i)
+    ASSERT_NEAR(static_cast<double>(out.l[start + i]),
+                startGain(startLead, i) * static_cast<double>((*next[0].l)[i]), 1e-7)
+        << i;
+  EXPECT_EQ(firstDifference(out, start + ramp, out.frames(), next[0], ramp), out.frames());
+  report("fade of the first", static_cast<double>(silence - fade + 1) / 48, 2, "ms");
+}
+
+TEST_F(Recorded, anEngineThatStartsAgainPlaysNothingOld) {
+  Recorder recorder;
+  Player player;
+  for (std::uint32_t round = 0; round < 5; ++round) {
+    const std::vector<Slot> slots{noiseSlot(loopFrames, 10 + round)};
+    const std::size_t before = recorder.frames();
+    player.load(slots, 0);
+    ASSERT_TRUE(player.isPlaying());
+    recorder.waitForMore(second / 2);
+    player.stop();
+    EXPECT_FALSE(player.engine().isRunning());
+    ASSERT_TRUE(eventually([] { return streams().empty(); }));
+    recorder.waitForMore(9600);
+    const Recording out = recorder.recording();
+    const std::size_t start = firstSound(out, before) - 1;
+    for (std::size_t i = 0; i < ramp; ++i)
+      ASSERT_NEAR(static_cast<double>(out.l[start + i]),
+                  startGain(startLead, i) * static_cast<double>((*slots[0].l)[i]), 1e-7)
+          << round << ' ' << i;
+    const std::size_t fade = firstDifference(out, start + ramp, out.frames(), slots[0], ramp);
+    const std::size_t silence = firstSilence(out, start + ramp, 4800);
+    EXPECT_LE(silence - fade, Mixer::tailFrames);
+    EXPECT_EQ(firstSound(out, silence), out.frames());
+  }
+}
+
+TEST_F(Recorded, afterStopTheStreamIsGoneAndNothingUsesTheProcessor) {
+  Player player;
+  const std::vector<Slot> slots{noiseSlot(loopFrames, 1), noiseSlot(loopFrames, 2)};
+  player.load(slots, 0);
+  ASSERT_TRUE(eventually([] { return !streams().empty(); }));
+  const double playing = processorSecondsIn(std::chrono::milliseconds(1000));
+  player.stop();
+  EXPECT_FALSE(player.isPlaying());
+  ASSERT_TRUE(eventually([] { return streams().empty(); }));
+  const double stopped = processorSecondsIn(std::chrono::milliseconds(1000));
+  report("processor use while playing", 100 * playing, 3, "% of a core");
+  report("processor use after stop", 100 * stopped, 4, "% of a core");
+  EXPECT_LT(stopped, 0.001);
+}
+
+// From the call to the recording: the recorder's own latency is part of the figures.
+TEST_F(Recorded, howLongThingsTake) {
+  const std::vector<Slot> slots{constantSlot(4800, 0.5F, 0.5F), constantSlot(4800, 0.25F, 0.25F)};
+  Recorder recorder;
+  using Clock = Recorder::Clock;
+  const auto milliseconds = [](Clock::duration time) {
+    return std::chrono::duration<double, std::milli>(time).count();
+  };
+  {
+    Player player;
+    double slowest = 0;
+    for (std::size_t round = 0; round < 10; ++round) {
+      const auto before = Clock::now();
+      player.load(slots, 0);
+      slowest = std::max(slowest, milliseconds(Clock::now() - before));
+      ASSERT_TRUE(player.isPlaying());
+      player.stop();
+      ASSERT_TRUE(eventually([] { return streams().empty(); }));
+    }
+    report("load with a stream to open, slowest of 10", slowest, 1, "ms");
+  }
+  Player player;
+  recorder.waitForMore(4800);
+  const std::size_t before = recorder.frames();
+  const auto loaded = Clock::now();
+  player.load(slots, 0);
+  recorder.waitForMore(second / 2);
+  const std::size_t heard = firstSound(recorder.recording(), before);
+  report("from load to the first frame at the recorder",
+         milliseconds(recorder.arrival(heard) - loaded), 1, "ms");
+
+  double sum = 0, slowest = 0;
+  constexpr std::size_t rounds = 20;
+  for (std::size_t round = 0; round < rounds; ++round) {
+    recorder.waitForMore(16000 + 311 * round);
+    const std::size_t from = recorder.frames() - 1;
+    const auto switched = Clock::now();
+    player.switchTo(static_cast<std::int64_t>((round + 1) % 2));
+    recorder.waitForMore(12000);
+    const Recording out = recorder.recording();
+    const std::size_t changed = firstDifference(out, from, out.frames(), slots[round % 2], 0);
+    ASSERT_LT(changed, out.frames());
+    const double time = milliseconds(recorder.arrival(changed) - switched);
+    sum += time;
+    slowest = std::max(slowest, time);
+  }
+  report("from switchTo to the first changed frame at the recorder, mean",
+         sum / static_cast<double>(rounds), 1, "ms");
+  report("the same, slowest of 20", slowest, 1, "ms");
+}
+
+TEST_F(Recorded, withoutAnySoundLoadSaysSoInOneLineAndStaysIdle) {
+  const std::string server = std::getenv("PULSE_SERVER");
+  setenv("PULSE_SERVER", "unix:/nonexistent/velto", 1);
+  setenv("ALSA_CONFIG_PATH", "/dev/null", 1);
+  Player player;
+  ::testing::internal::CaptureStderr();
+  const auto before = std::chrono::steady_clock::now();
+  player.load(std::vector<Slot>{noiseSlot(1000, 1)}, 0);
+  const auto time = std::chrono::steady_clock::now() - before;
+  const std::string said = ::testing::internal::GetCapturedStderr();
+  setenv("PULSE_SERVER", server.c_str(), 1);
+  unsetenv("ALSA_CONFIG_PATH");
+  EXPECT_EQ(said.find("Velto: engine start failed - "), 0U) << said;
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+  EXPECT_FALSE(player.isPlaying());
+  EXPECT_FALSE(player.engine().isRunning());
+  report("load without a sound server",
+         std::chrono::duration<double, std::milli>(time).count(), 1, "ms");
+  // With the server back, the next load plays.
+  player.load(std::vector<Slot>{noiseSlot(1000, 1)}, 0);
+  EXPECT_TRUE(player.isPlaying());
+}
+
+// Ends the desk's sound server: it runs last, and on a desk of its own.
+class LastOnItsDesk : public Recorded {};
+
+TEST_F(LastOnItsDesk, aServerThatEndsWhilePlayingIsSurvived) {
+  const std::vector<Slot> slots{noiseSlot(loopFrames, 1), noiseSlot(loopFrames, 2)};
+  auto player = std::make_unique<Player>();
+  player->load(slots, 0);
+  ASSERT_TRUE(eventually([] { return !streams().empty(); }));
+  (void)outputOf("pactl exit");
+  ASSERT_TRUE(eventually([&] { return !player->engine().isRunning(); }));
+  EXPECT_TRUE(player->isPlaying());
+  player->switchTo(1);
+  EXPECT_EQ(player->current(), 1);
+  const double used = processorSecondsIn(std::chrono::milliseconds(1000));
+  report("processor use after the server's end", 100 * used, 3, "% of a core");
+  EXPECT_LT(used, 0.01);
+  setenv("ALSA_CONFIG_PATH", "/dev/null", 1);
+  ::testing::internal::CaptureStderr();
+  player->load(slots, 1);
+  const std::string said = ::testing::internal::GetCapturedStderr();
+  EXPECT_EQ(said.find("Velto: engine start failed - "), 0U) << said;
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+  EXPECT_FALSE(player->isPlaying());
+  player.reset();
+}
+
+} // namespace
+} // namespace velto

@@ -1,0 +1,31 @@
+// Stereo audio that a test has recorded.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace velto::kit {
+
+// Frames at 48000 Hz, one vector a channel.
+struct Recording {
+  std::vector<float> l, r;
+
+  [[nodiscard]] std::size_t frames() const { return l.size(); }
+
+  void append(const Recording& more) {
+    l.insert(l.end(), more.l.begin(), more.l.end());
+    r.insert(r.end(), more.r.begin(), more.r.end());
+  }
+
+  // An odd last sample is left out.
+  [[nodiscard]] static Recording fromInterleaved(const std::vector<float>& samples) {
+    Recording recording;
+    for (std::size_t i = 0; i + 1 < samples.size(); i += 2) {
+      recording.l.push_back(samples[i]);
+      recording.r.push_back(samples[i + 1]);
+    }
+    return recording;
+  }
+};
+
+} // namespace velto::kit
