@@ -61,6 +61,9 @@ TEST(Listener, findsTheLongestStretchThatTwoPartsHaveInCommon) {
   const auto whole = part(slot, 1, 160000, loopFrames);
   EXPECT_EQ(Listener::samePlace(part(slot, 0, 3, loopFrames), whole, loopFrames).first.frames(),
             loopFrames - 6397);
+  const auto [l, r] = Listener::everyPlace(part(slot, 0, 3, loopFrames), whole, loopFrames);
+  EXPECT_EQ(l.frames(), loopFrames);
+  EXPECT_EQ(l.l, r.l);
   const auto far = part(slot, 1, loopFrames + 20000, 9000);
   EXPECT_EQ(Listener::samePlace(a, far, loopFrames).first.frames(), 0U);
 }

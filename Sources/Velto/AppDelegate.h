@@ -37,6 +37,8 @@ public:
 private:
   bool eventFilter(QObject* watched, QEvent* event) override;
   bool handleKey(const QKeyEvent& event);
+  void noteRelease(const QKeyEvent& event);
+  [[nodiscard]] bool isRepeatedReturn(const QKeyEvent& event) const;
   void openWindow();
   void installLifecycle();
   void followExposure();
@@ -52,6 +54,7 @@ private:
   PracticeModel model_;
   std::unique_ptr<QQuickView> window_;
   bool exposed_ = false;
+  quint64 returnReleased_ = 0; // when Return was last released, ms
   Qt::WindowStates windowStates_;
 };
 

@@ -60,28 +60,46 @@ double correlation(const std::vector<float>& a, const std::vector<float>& b) {
   return ab / std::sqrt(aa * bb);
 }
 
-} // namespace
+// Frames of two parts that lie at the same place of the loop.
+struct Stretch {
+  std::size_t inA = 0, inB = 0, frames = 0;
+};
 
-std::pair<Recording, Recording> samePlace(const Part& a, const Part& b, std::size_t loopFrames) {
+std::vector<Stretch> stretches(const Part& a, const Part& b, std::size_t loopFrames) {
   // Frame i of `a` lies where frame i + shift + k * loopFrames of `b` does, for any whole k.
   const auto loop = static_cast<std::ptrdiff_t>(loopFrames);
   const auto sizeA = static_cast<std::ptrdiff_t>(a.sound.frames());
   const auto sizeB = static_cast<std::ptrdiff_t>(b.sound.frames());
   const auto apart = static_cast<std::ptrdiff_t>(a.begin) - static_cast<std::ptrdiff_t>(b.begin);
-  std::ptrdiff_t bestA = 0, bestB = 0, longest = 0;
+  std::vector<Stretch> found;
   for (std::ptrdiff_t shift = apart % loop - ((sizeA / loop) + 2) * loop; shift < sizeB;
        shift += loop) {
     const std::ptrdiff_t begin = std::max<std::ptrdiff_t>(0, -shift);
     const std::ptrdiff_t length = std::min(sizeA - begin, sizeB - begin - shift);
-    if (length > longest) {
-      longest = length;
-      bestA = begin;
-      bestB = begin + shift;
-    }
+    if (length > 0)
+      found.push_back({static_cast<std::size_t>(begin), static_cast<std::size_t>(begin + shift),
+                       static_cast<std::size_t>(length)});
   }
-  const auto count = static_cast<std::size_t>(longest);
-  return {cut(a.sound, static_cast<std::size_t>(bestA), count),
-          cut(b.sound, static_cast<std::size_t>(bestB), count)};
+  return found;
+}
+
+} // namespace
+
+std::pair<Recording, Recording> samePlace(const Part& a, const Part& b, std::size_t loopFrames) {
+  Stretch longest;
+  for (const Stretch& stretch : stretches(a, b, loopFrames))
+    if (stretch.frames > longest.frames)
+      longest = stretch;
+  return {cut(a.sound, longest.inA, longest.frames), cut(b.sound, longest.inB, longest.frames)};
+}
+
+std::pair<Recording, Recording> everyPlace(const Part& a, const Part& b, std::size_t loopFrames) {
+  std::pair<Recording, Recording> all;
+  for (const Stretch& stretch : stretches(a, b, loopFrames)) {
+    all.first.append(cut(a.sound, stretch.inA, stretch.frames));
+    all.second.append(cut(b.sound, stretch.inB, stretch.frames));
+  }
+  return all;
 }
 
 std::optional<std::size_t> boostedBand(const Recording& a, const Recording& b) {

@@ -23,6 +23,10 @@ struct Part {
 [[nodiscard]] std::pair<Recording, Recording> samePlace(const Part& a, const Part& b,
                                                         std::size_t loopFrames);
 
+// All such stretches, joined.
+[[nodiscard]] std::pair<Recording, Recording> everyPlace(const Part& a, const Part& b,
+                                                         std::size_t loopFrames);
+
 // Which of the 27 third-octave bands from 40 Hz to 16 kHz is lifted most in `b` over `a` (the same
 // stretch of both): its index. None unless it stands out from the bands' median by 1 dB. Needs
 // `spectrumFrames` frames.

@@ -16,16 +16,22 @@ struct ReadAttempt {
   bool correct = false;
   double error = 0;
   std::optional<std::int64_t> bandIndex;
+
+  bool operator==(const ReadAttempt&) const = default;
 };
 
 struct ReadStaircase {
   double difficulty = 0;
   std::int64_t consecutiveCorrect = 0, reversals = 0, lastDirection = 0;
+
+  bool operator==(const ReadStaircase&) const = default;
 };
 
 struct ReadProfile {
   std::vector<ReadAttempt> attempts;
   std::map<std::string, ReadStaircase> staircases; // by drill
+
+  bool operator==(const ReadProfile&) const = default;
 };
 
 // None if there is no file, or if it is no complete profile: it may be under way.
