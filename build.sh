@@ -66,12 +66,13 @@ testPackages=(
   libfftw3-dev
   libgtest-dev
   librapidcheck-dev
+  libxcb-xtest0-dev
+  libxcb1-dev
   locales
+  pkg-config
   python3-fonttools
   qml6-module-qtquick-window
   qml6-module-qttest
-  wmctrl
-  xdotool
 )
 
 matrixPackages=(

@@ -146,12 +146,32 @@ void AppDelegate::suspend() {
 }
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyRelease)
+    noteRelease(static_cast<const QKeyEvent&>(*event));
+  // Return is a shortcut of the view; accepting this keeps it from being one.
+  if (event->type() == QEvent::ShortcutOverride &&
+      isRepeatedReturn(static_cast<const QKeyEvent&>(*event))) {
+    event->accept();
+    return true;
+  }
   if (event->type() == QEvent::KeyPress)
     return handleKey(static_cast<const QKeyEvent&>(*event));
   const bool handled = QObject::eventFilter(watched, event);
   if (event->type() == QEvent::Expose)
     followExposure();
   return handled;
+}
+
+void AppDelegate::noteRelease(const QKeyEvent& event) {
+  if (event.key() == Qt::Key_Return)
+    returnReleased_ = event.timestamp();
+}
+
+bool AppDelegate::isRepeatedReturn(const QKeyEvent& event) const {
+  // X repeats a key as a release and a press of the same moment. Qt tells it from a real one only
+  // if both have arrived by the time it looks.
+  return event.key() == Qt::Key_Return &&
+         (event.isAutoRepeat() || event.timestamp() == returnReleased_);
 }
 
 bool AppDelegate::handleKey(const QKeyEvent& event) {

@@ -13,6 +13,7 @@
 #include <QQuickView>
 
 #include <memory>
+#include <optional>
 
 namespace velto {
 
@@ -38,6 +39,8 @@ public:
 private:
   bool eventFilter(QObject* watched, QEvent* event) override;
   bool handleKey(const QKeyEvent& event);
+  void noteRelease(const QKeyEvent& event);
+  [[nodiscard]] bool isRepeatedReturn(const QKeyEvent& event) const;
   void openWindow();
   void installLifecycle();
   void followExposure();
@@ -54,6 +57,7 @@ private:
   ProgressModel progress_;
   std::unique_ptr<QQuickView> window_;
   bool exposed_ = false;
+  std::optional<quint64> returnReleased_; // when Return was last released, ms
   Qt::WindowStates windowStates_;
 };
 

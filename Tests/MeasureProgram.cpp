@@ -1,0 +1,154 @@
+// Prints how quick and how frugal the real program is: run on a private desk, with nothing else
+// beside it. Asserts nothing.
+#include "kit/Alignment.h"
+#include "kit/Desktop.h"
+#include "kit/ProgramRunner.h"
+#include "kit/Recorder.h"
+
+#include "Numbers.h"
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <fstream>
+#include <functional>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using namespace velto;
+using namespace velto::kit;
+using Clock = std::chrono::steady_clock;
+
+double milliseconds(Clock::duration duration) {
+  return std::chrono::duration<double, std::milli>(duration).count();
+}
+
+void report(const std::string& what, std::vector<double> values, const std::string& unit) {
+  std::sort(values.begin(), values.end());
+  std::cout << what << ": median " << Numbers::fixed(values[values.size() / 2], 1) << ", worst "
+            << Numbers::fixed(values.back(), 1) << ' ' << unit << " (" << values.size()
+            << " runs)\n";
+}
+
+double residentMegabytes(pid_t pid) {
+  std::ifstream file("/proc/" + std::to_string(pid) + "/statm");
+  double size = 0, resident = 0;
+  file >> size >> resident;
+  return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
+}
+
+// Processor time of all its threads, in ticks.
+long ticks(pid_t pid) {
+  std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
+  std::string text;
+  std::getline(file, text);
+  std::istringstream fields(text.substr(text.rfind(')') + 2));
+  std::string skipped;
+  for (int field = 3; field < 14; ++field)
+    fields >> skipped;
+  long user = 0, system = 0;
+  fields >> user >> system;
+  return user + system;
+}
+
+// The newest frame's arrival includes the recorder's own latency of about 20 ms.
+double untilChange(Recorder& recorder, const std::function<bool(const Recording&)>& changed,
+                   Clock::time_point from) {
+  while (!changed(recorder.recording()))
+    recorder.waitForMore(240);
+  return milliseconds(Clock::now() - from);
+}
+
+// From exec to the first pixel of the window in a colour of its own ground: what the user sees.
+double firstFrame(Desktop& desktop) {
+  ProgramRunner program(VELTO_PROGRAM, {"--appearance", "light"});
+  const WindowId window = desktop.waitForWindow("MORLA Velto", program.pid());
+  while (desktop.picture(window, {4, 4, 1, 1}) != std::vector<std::uint32_t>{0xFAF3EF})
+    desktop.waitUntil([&] { return desktop.isViewable(window); }, "the window is there");
+  return milliseconds(Clock::now() - program.startTime());
+}
+
+void run() {
+  Desktop desktop;
+  std::vector<double> frames;
+  for (int i = 0; i < 12; ++i)
+    frames.push_back(firstFrame(desktop));
+  report("first frame after exec", frames, "ms");
+
+  Recorder recorder;
+  ProgramRunner program(VELTO_PROGRAM, {"--drill", "level", "--appearance", "light"});
+  const WindowId window = desktop.waitForWindow("MORLA Velto", program.pid());
+  desktop.waitForActive(window);
+  recorder.waitForMore(48000);
+
+  // A slot switch: each frame of the loop comes back 153600 frames later unless the slot changed.
+  std::vector<double> switches;
+  for (int i = 0; i < 10; ++i) {
+    recorder.waitForMore(153600 + 24000);
+    const std::size_t begin = recorder.frames();
+    const auto pressed = Clock::now();
+    desktop.press(Keys::space);
+    std::size_t at = begin;
+    static_cast<void>(untilChange(
+        recorder,
+        [&](const Recording& sound) {
+          while (at < sound.frames() && sound.l[at] == sound.l[at - 153600])
+            ++at;
+          return at < sound.frames();
+        },
+        pressed));
+    switches.push_back(milliseconds(recorder.arrival(at) - pressed));
+  }
+  report("slot key to the first changed frame in the recording", switches, "ms");
+
+  std::vector<double> trials;
+  for (int i = 0; i < 10; ++i) {
+    const std::size_t begin = recorder.frames();
+    const auto pressed = Clock::now();
+    desktop.press(Keys::n);
+    std::size_t first = 0;
+    static_cast<void>(untilChange(
+        recorder,
+        [&](const Recording& sound) {
+          const std::size_t silence = firstSilence(sound, begin, 2400);
+          first = firstSound(sound, silence);
+          return first < sound.frames();
+        },
+        pressed));
+    trials.push_back(milliseconds(recorder.arrival(first) - pressed));
+    recorder.waitForMore(24000);
+  }
+  report("n to the first frame of the next trial in the recording", trials, "ms");
+
+  const auto perSecond = static_cast<double>(sysconf(_SC_CLK_TCK));
+  long before = ticks(program.pid());
+  recorder.waitForMore(20 * 48000);
+  std::cout << "processor while playing: "
+            << Numbers::fixed(
+                   100 * static_cast<double>(ticks(program.pid()) - before) / perSecond / 20, 2)
+            << " % of a core over 20 s\nresident while playing: "
+            << Numbers::fixed(residentMegabytes(program.pid()), 1) << " MB\n";
+  desktop.minimise(window);
+  recorder.waitForMore(2 * 48000);
+  before = ticks(program.pid());
+  recorder.waitForMore(10 * 48000);
+  std::cout << "processor while suspended: " << ticks(program.pid()) - before
+            << " ticks over 10 s\n";
+}
+
+} // namespace
+
+int main() {
+  try {
+    run();
+    return 0;
+  } catch (const std::exception& error) {
+    std::cerr << error.what() << '\n';
+    return 1;
+  }
+}

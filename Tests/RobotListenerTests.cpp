@@ -1,0 +1,306 @@
+// Somebody practises on the real program and goes by ear: run on a private desk. VELTO_PROGRAM
+// names the program, VELTO_ROBOT_TRIALS the number of trials a drill.
+#include "kit/Desktop.h"
+#include "kit/Listener.h"
+#include "kit/ProfileReader.h"
+#include "kit/ProgramRunner.h"
+#include "kit/Recorder.h"
+
+#include "kit/Alignment.h"
+
+#include "Answering.h"
+#include "Numbers.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <iostream>
+#include <numeric>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace velto::kit {
+namespace {
+
+constexpr std::size_t loopFrames = 153600; // a trial lasts 3.2 s
+// From a key press to a slot that is heard alone: the way to the sink, and a crossfade of 150 ms.
+constexpr std::size_t settleFrames = 28800;
+
+// The answer area of a window 1180 points wide.
+constexpr int stripLeft = 40, stripWidth = 739, stripMiddle = 172;
+
+std::size_t trialsPerDrill(std::size_t usual) {
+  const char* text = std::getenv("VELTO_ROBOT_TRIALS");
+  return text == nullptr ? usual : static_cast<std::size_t>(std::atoi(text));
+}
+
+int pixelAt(double share) {
+  return stripLeft + static_cast<int>(std::lround(share * stripWidth));
+}
+
+// One listener at the program, practising one drill.
+class Robot {
+public:
+  explicit Robot(const std::string& drill)
+      : recorder_(std::make_unique<Recorder>()), program_(VELTO_PROGRAM, {"--drill", drill}),
+        window_(desktop_.waitForWindow("MORLA Velto", program_.pid())) {
+    const WindowGeometry geometry = desktop_.geometry(window_);
+    if (geometry.width != 1180 || geometry.height != 386)
+      throw std::runtime_error("the window has another size");
+    desktop_.waitForActive(window_);
+    waitForSound(0);
+  }
+
+  // Starts the next trial, as a listener who does not want the current one does, or has answered
+  // it.
+  void nextTrial() {
+    // The old trial plays on until the new one is ready; then there is a pause.
+    recorder_ = std::make_unique<Recorder>();
+    desktop_.press(Keys::n);
+    constexpr std::size_t pause = 2400;
+    for (;;) {
+      recorder_->waitForMore(960);
+      const Recording soFar = recorder_->recording();
+      const std::size_t silence = firstSilence(soFar, 0, pause);
+      if (silence < soFar.frames())
+        return waitForSound(silence);
+      if (soFar.frames() > 480000)
+        throw std::runtime_error("the next trial does not come");
+    }
+  }
+
+  // Switches to a slot and lets the crossfade pass.
+  void switchTo(std::size_t slot) {
+    desktop_.press(Keys::one + static_cast<std::uint32_t>(slot));
+    slot_ = slot;
+    settled_ = recorder_->frames() + settleFrames;
+  }
+
+  // Listens to the slot until `frame` of the recording.
+  [[nodiscard]] Listener::Part listenUntil(std::size_t frame) {
+    const std::size_t now = recorder_->frames();
+    if (frame > now)
+      recorder_->waitForMore(frame - now);
+    const Recording all = recorder_->recording();
+    const auto cut = [&](const std::vector<float>& x) {
+      return std::vector<float>(x.begin() + static_cast<std::ptrdiff_t>(settled_),
+                                x.begin() + static_cast<std::ptrdiff_t>(frame));
+    };
+    return {.slot = slot_, .begin = settled_, .sound = {cut(all.l), cut(all.r)}};
+  }
+
+  [[nodiscard]] Listener::Part listenFor(std::size_t frames) {
+    return listenUntil(settled_ + frames);
+  }
+
+  void point(int x) { desktop_.click(window_, x, stripMiddle); }
+
+  [[nodiscard]] ReadProfile submit(std::size_t attempts) {
+    desktop_.press(Keys::returnKey);
+    return waitForAttempts(program_.profileFile(), attempts);
+  }
+
+  [[nodiscard]] std::string errors() const { return program_.errors(); }
+
+private:
+  void waitForSound(std::size_t begin) {
+    for (;;) {
+      recorder_->waitForMore(480);
+      const Recording soFar = recorder_->recording();
+      const std::size_t sound = firstSound(soFar, begin);
+      slot_ = 0;
+      settled_ = sound + 9600;
+      if (sound < soFar.frames())
+        return;
+      if (soFar.frames() > 480000)
+        throw std::runtime_error("the program stays silent");
+    }
+  }
+
+  std::unique_ptr<Recorder> recorder_;
+  Desktop desktop_;
+  ProgramRunner program_;
+  WindowId window_ = 0;
+  std::size_t slot_ = 0;
+  std::size_t settled_ = 0; // the frame from which the slot is heard alone
+};
+
+// A and B at the same place of the loop, `frames` frames of each; the whole loop in two pieces.
+std::pair<Recording, Recording> hearBoth(Robot& robot, std::size_t frames) {
+  const Listener::Part a = robot.listenFor(frames);
+  robot.switchTo(1);
+  if (frames == loopFrames)
+    return Listener::everyPlace(a, robot.listenFor(frames), loopFrames);
+  return Listener::samePlace(a, robot.listenUntil(a.begin + loopFrames + frames), loopFrames);
+}
+
+// The staircase of a beginner after these answers.
+struct Beginner {
+  ReadStaircase state{.difficulty = 20};
+
+  void answer(bool correct) {
+    state.consecutiveCorrect = correct ? state.consecutiveCorrect + 1 : 0;
+    if (correct && state.consecutiveCorrect < 2)
+      return;
+    state.consecutiveCorrect = 0;
+    const std::int64_t direction = correct ? 1 : -1;
+    const double step = state.reversals < 2   ? 12
+                        : state.reversals < 4 ? 8
+                        : state.reversals < 7 ? 5
+                                              : 3;
+    state.difficulty =
+        std::clamp(state.difficulty + static_cast<double>(direction) * step, 0.0, 100.0);
+    if (state.lastDirection != 0 && state.lastDirection != direction)
+      ++state.reversals;
+    state.lastDirection = direction;
+  }
+};
+
+// One practice session and what must hold after each of its answers.
+class Practice {
+public:
+  explicit Practice(std::string drill) : drill_(std::move(drill)), robot_(drill_) {}
+
+  Robot& robot() { return robot_; }
+
+  // Submits what was pointed at. The profile holds one attempt more, made at the staircase's
+  // difficulty, and the staircase has moved by its rule.
+  ReadAttempt submit() {
+    const double difficulty = beginner_.state.difficulty;
+    const ReadProfile profile = robot_.submit(++attempts_);
+    EXPECT_EQ(profile.attempts.size(), attempts_);
+    const ReadAttempt attempt = profile.attempts.back();
+    EXPECT_EQ(attempt.drill, drill_);
+    EXPECT_EQ(attempt.difficulty, difficulty);
+    beginner_.answer(attempt.correct);
+    EXPECT_EQ(profile.staircases.size(), 1U);
+    const ReadStaircase staircase = profile.staircases.at(drill_);
+    EXPECT_EQ(staircase.difficulty, beginner_.state.difficulty);
+    EXPECT_EQ(staircase.consecutiveCorrect, beginner_.state.consecutiveCorrect);
+    EXPECT_EQ(staircase.reversals, beginner_.state.reversals);
+    EXPECT_EQ(staircase.lastDirection, beginner_.state.lastDirection);
+    EXPECT_EQ(robot_.errors(), "");
+    return attempt;
+  }
+
+private:
+  std::string drill_;
+  Robot robot_;
+  Beginner beginner_;
+  std::size_t attempts_ = 0;
+};
+
+void report(const std::string& drill, std::vector<double> misses) {
+  const double worst = *std::max_element(misses.begin(), misses.end());
+  std::cout << "  " << drill << ": " << misses.size() << " trials, farthest from the truth by "
+            << Numbers::fixed(worst, 4) << " dB\n";
+}
+
+// The truth lies `error` above or below the answer, on the grid that targets are rounded to.
+double truthNearest(double heard, double answer, double error, double grid) {
+  double best = 1e9;
+  for (const double candidate : {answer - error, answer + error})
+    if (std::abs(candidate / grid - std::round(candidate / grid)) < 1e-6 &&
+        std::abs(candidate - heard) < std::abs(best - heard))
+      best = candidate;
+  return best;
+}
+
+TEST(RobotListener, hearsTheBoostedBand) {
+  Practice practice("frequency");
+  for (std::size_t trial = 0; trial < trialsPerDrill(3); ++trial) {
+    if (trial > 0)
+      practice.robot().nextTrial();
+    const auto [a, b] = hearBoth(practice.robot(), Listener::spectrumFrames + 480);
+    const auto band = Listener::boostedBand(a, b);
+    EXPECT_EQ(Listener::boostedBand(a, a), std::nullopt);
+    ASSERT_TRUE(band);
+    const FrequencyScale scale{.lo = 40, .hi = 16000};
+    practice.robot().point(pixelAt(scale.position(Bands::centres[*band], 1)));
+    const ReadAttempt attempt = practice.submit();
+    EXPECT_EQ(attempt.bandIndex, static_cast<std::int64_t>(*band));
+    EXPECT_EQ(attempt.error, 0);
+    EXPECT_TRUE(attempt.correct);
+  }
+}
+
+TEST(RobotListener, hearsTheLevelDifference) {
+  Practice practice("level");
+  std::vector<double> misses;
+  for (std::size_t trial = 0; trial < trialsPerDrill(3); ++trial) {
+    if (trial > 0)
+      practice.robot().nextTrial();
+    const auto [a, b] = hearBoth(practice.robot(), 24000);
+    ASSERT_GE(a.frames(), 20000U);
+    const double heard = Listener::levelDifferenceDB(a, b);
+    EXPECT_EQ(Listener::levelDifferenceDB(a, a), 0);
+    const int x = pixelAt(heard / 7);
+    practice.robot().point(x);
+    const ReadAttempt attempt = practice.submit();
+    const double answer = std::round((x - stripLeft + 0.0) / stripWidth * 7 / 0.05) * 0.05;
+    EXPECT_NEAR(answer, heard, 0.035);
+    const double truth = truthNearest(heard, answer, attempt.error, 0.05);
+    EXPECT_NEAR(heard, truth, 0.05);
+    EXPECT_LE(attempt.error, 0.05 + 1e-9);
+    EXPECT_TRUE(attempt.correct);
+    misses.push_back(std::abs(heard - truth));
+  }
+  report("level", misses);
+}
+
+TEST(RobotListener, hearsTheGainReduction) {
+  Practice practice("dynamics");
+  std::vector<double> misses;
+  for (std::size_t trial = 0; trial < trialsPerDrill(2); ++trial) {
+    if (trial > 0)
+      practice.robot().nextTrial();
+    const auto [a, b] = hearBoth(practice.robot(), loopFrames);
+    ASSERT_EQ(a.frames(), loopFrames);
+    const double heard = Listener::gainReductionDB(a, b);
+    EXPECT_EQ(Listener::gainReductionDB(a, a), 0);
+    const int x = pixelAt(heard / 14);
+    practice.robot().point(x);
+    const ReadAttempt attempt = practice.submit();
+    const double answer = std::round((x - stripLeft + 0.0) / stripWidth * 14 / 0.5) * 0.5;
+    EXPECT_NEAR(answer, heard, 0.26);
+    const double truth = truthNearest(heard, answer, attempt.error, 0.1);
+    EXPECT_NEAR(heard, truth, 0.5);
+    EXPECT_LE(attempt.error, 0.75);
+    EXPECT_TRUE(attempt.correct);
+    misses.push_back(std::abs(heard - truth));
+  }
+  report("dynamics", misses);
+}
+
+TEST(RobotListener, hearsTheFlippedSlot) {
+  Practice practice("polarity");
+  Robot& robot = practice.robot();
+  // 1, 2, 3, 1 at such lengths that 3 and 2 each share a place of the loop with 1.
+  constexpr std::size_t dwell = 67200;
+  for (std::size_t trial = 0; trial < trialsPerDrill(3); ++trial) {
+    if (trial > 0)
+      robot.nextTrial();
+    std::vector<Listener::Part> parts{robot.listenFor(dwell)};
+    for (const std::size_t slot : {1U, 2U, 0U}) {
+      robot.switchTo(slot);
+      parts.push_back(robot.listenFor(dwell - settleFrames));
+    }
+    const auto slot = Listener::flippedSlot(parts, loopFrames);
+    std::vector<Listener::Part> deaf(parts.size(), parts[0]);
+    for (std::size_t i = 0; i < deaf.size(); ++i)
+      deaf[i].slot = parts[i].slot;
+    EXPECT_EQ(Listener::flippedSlot(deaf, loopFrames), std::nullopt);
+    ASSERT_TRUE(slot);
+    robot.point(pixelAt((static_cast<double>(*slot) + 0.5) / 3));
+    const ReadAttempt attempt = practice.submit();
+    EXPECT_TRUE(attempt.correct);
+    EXPECT_EQ(attempt.error, 0);
+  }
+}
+
+} // namespace
+} // namespace velto::kit

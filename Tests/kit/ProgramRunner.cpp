@@ -1,0 +1,134 @@
+#include "ProgramRunner.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <iterator>
+#include <poll.h>
+#include <spawn.h>
+#include <stdexcept>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace velto::kit {
+
+namespace {
+
+std::string contents(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::vector<std::string> environmentWith(const ProgramRunner::Environment& changes) {
+  std::vector<std::string> entries;
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    const std::string text = *entry;
+    if (!changes.contains(text.substr(0, text.find('='))))
+      entries.push_back(text);
+  }
+  for (const auto& [name, value] : changes)
+    if (value)
+      entries.push_back(name + "=" + *value);
+  return entries;
+}
+
+std::vector<char*> pointers(std::vector<std::string>& texts) {
+  std::vector<char*> list;
+  for (std::string& text : texts)
+    list.push_back(text.data());
+  list.push_back(nullptr);
+  return list;
+}
+
+} // namespace
+
+ScratchFolder::ScratchFolder() {
+  std::string pattern = (std::filesystem::temp_directory_path() / "velto-test-XXXXXX").string();
+  if (mkdtemp(pattern.data()) == nullptr)
+    throw std::runtime_error("no scratch folder");
+  path_ = pattern;
+}
+
+ScratchFolder::~ScratchFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+ProgramRunner::ProgramRunner(const std::string& program, std::vector<std::string> arguments,
+                             const Environment& changes) {
+  arguments.insert(arguments.begin(), program);
+  Environment all = changes;
+  all.emplace("VELTO_PROFILE_DIR", (scratch() / "profile").string());
+  auto environment = environmentWith(all);
+
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  for (const auto& [descriptor, name] : {std::pair{1, "output"}, std::pair{2, "errors"}})
+    posix_spawn_file_actions_addopen(&actions, descriptor, (scratch() / name).c_str(),
+                                     O_WRONLY | O_CREAT | O_APPEND, 0600);
+  startTime_ = std::chrono::steady_clock::now();
+  const int error = posix_spawn(&pid_, program.c_str(), &actions, nullptr,
+                                pointers(arguments).data(), pointers(environment).data());
+  posix_spawn_file_actions_destroy(&actions);
+  if (error != 0)
+    throw std::runtime_error(program + ": " + std::generic_category().message(error));
+  pidFd_ = static_cast<int>(syscall(SYS_pidfd_open, pid_, 0));
+}
+
+ProgramRunner::~ProgramRunner() {
+  if (!status_) {
+    kill(pid_, SIGTERM);
+    if (!reap(std::chrono::seconds(5))) {
+      kill(pid_, SIGKILL);
+      static_cast<void>(reap(std::chrono::seconds(60)));
+    }
+  }
+  close(pidFd_);
+}
+
+std::filesystem::path ProgramRunner::profileFile() const {
+  return scratch() / "profile" / "profile.json";
+}
+
+bool ProgramRunner::isRunning() {
+  return !reap(std::chrono::milliseconds(0));
+}
+
+std::optional<int> ProgramRunner::waitForExit() {
+  static_cast<void>(reap(std::chrono::seconds(20)));
+  return status_;
+}
+
+void ProgramRunner::terminate() {
+  if (!status_)
+    kill(pid_, SIGTERM);
+  if (!waitForExit())
+    throw std::runtime_error("the program does not end");
+}
+
+std::string ProgramRunner::errors() const {
+  return contents(scratch() / "errors");
+}
+
+std::string ProgramRunner::output() const {
+  return contents(scratch() / "output");
+}
+
+bool ProgramRunner::reap(std::chrono::milliseconds patience) {
+  if (status_)
+    return true;
+  pollfd ended{.fd = pidFd_, .events = POLLIN, .revents = 0};
+  if (poll(&ended, 1, static_cast<int>(patience.count())) <= 0)
+    return false;
+  int status = 0;
+  if (waitpid(pid_, &status, 0) != pid_)
+    throw std::runtime_error("the program cannot be waited for");
+  status_ = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+  return true;
+}
+
+} // namespace velto::kit
