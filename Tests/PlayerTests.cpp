@@ -427,7 +427,9 @@ TEST(Player, mainThreadAndDeviceThreadNeverMeetInABuffer) {
   for (std::uint32_t i = 0; i < 3000; ++i) {
     const std::vector<Slot> slots{noiseSlot(50 + i % 7, i), noiseSlot(60, i + 1), noiseSlot(70, i)};
     player.load(slots, i % 3);
-    for (std::uint32_t k = 0; k < i % 11; ++k) {
+    // Now and then for so long that the device takes the new slots over in the meantime.
+    const std::uint32_t switches = i % 7 == 0 ? 400 : i % 11;
+    for (std::uint32_t k = 0; k < switches; ++k) {
       player.switchTo((i + k) % 4);
       for (const PlayerNode& node : player.nodes())
         highest = std::max(highest, node.volume());
