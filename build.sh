@@ -63,7 +63,6 @@ deskPackages=(
 testPackages=(
   clang
   libclang-rt-14-dev
-  libfftw3-dev
   libgtest-dev
   librapidcheck-dev
   libxcb-xtest0-dev

@@ -30,6 +30,7 @@
 namespace velto {
 namespace {
 
+using kit::asRendered;
 using kit::constantSlot;
 using kit::firstDifference;
 using kit::firstSilence;
@@ -128,7 +129,7 @@ TEST_F(Recorded, forAMinuteOfSwitchingNoFrameIsLostOrDoubledAndAllSlotsKeepOnePh
     player.switchTo(static_cast<std::int64_t>(played.back()));
   }
   recorder.waitForMore(second);
-  const Recording out = recorder.stop();
+  const Recording out = asRendered(recorder.stop());
 
   // The first frame of the loops comes at gain 0; the one after it is heard.
   const std::size_t start = firstSound(out, 0) - 1;
@@ -176,7 +177,7 @@ TEST_F(Recorded, aSwitchIsAStraightLineOf150ms) {
   recorder.waitForMore(second / 2);
   player.switchTo(1);
   recorder.waitForMore(second / 2);
-  const Recording out = recorder.stop();
+  const Recording out = asRendered(recorder.stop());
   const std::size_t rest = firstSound(out, 0) + ramp;
   const std::size_t begin = firstDifference(out, rest, out.frames(), slots[0], 0) - 1;
   const std::size_t end = firstSilence(out, rest, 1000);
@@ -205,7 +206,7 @@ TEST_F(Recorded, aSineThatFadesToSilenceLeavesNothingAboveIt) {
     recorder.waitForMore(second);
     player.switchTo(0);
   }
-  const Recording out = recorder.stop();
+  const Recording out = asRendered(recorder.stop());
   std::size_t frame = firstSound(out, 0);
   for (int round = 0; round < 4; ++round) {
     const std::size_t silence = firstSilence(out, frame, 2000);
@@ -234,7 +235,7 @@ TEST_F(Recorded, aSwitchBetweenSlotsThatAreAlikeLeavesNoTrace) {
     player.switchTo(slot);
     recorder.waitForMore(slot == 2 ? 4000 : 12000); // some in the middle of another crossfade
   }
-  const Recording out = recorder.stop();
+  const Recording out = asRendered(recorder.stop());
   const std::size_t start = firstSound(out, 0) - 1;
   std::vector<float> expected;
   for (std::size_t i = start + ramp; i < out.frames(); ++i)
@@ -253,7 +254,7 @@ TEST_F(Recorded, aStartRisesFromZero) {
   Player player;
   player.load(slots, 0);
   recorder.waitForMore(second / 2);
-  const Recording out = recorder.stop();
+  const Recording out = asRendered(recorder.stop());
   const std::size_t start = firstSound(out, 0) - 1;
   for (std::size_t i = 0; i < ramp; ++i) {
     ASSERT_NEAR(static_cast<double>(out.l[start + i]), 0.5 * startGain(startLead, i), 1e-7) << i;
@@ -273,7 +274,7 @@ TEST_F(Recorded, aSecondLoadPlaysNotOneFrameOfTheFirst) {
   recorder.waitForMore(second / 2);
   player.load(next, 0);
   recorder.waitForMore(second / 2);
-  const Recording out = recorder.stop();
+  const Recording out = asRendered(recorder.stop());
   const std::size_t rest = firstSound(out, 0) - 1 + ramp;
   const std::size_t fade =
       firstDifference(out, rest, out.frames(), first[0], rest - (firstSound(out, 0) - 1));
@@ -302,7 +303,7 @@ TEST_F(Recorded, anEngineThatStartsAgainPlaysNothingOld) {
     EXPECT_FALSE(player.engine().isRunning());
     ASSERT_TRUE(eventually([] { return streams().empty(); }));
     recorder.waitForMore(9600);
-    const Recording out = recorder.recording();
+    const Recording out = asRendered(recorder.recording());
     const std::size_t start = firstSound(out, before) - 1;
     for (std::size_t i = 0; i < ramp; ++i)
       ASSERT_NEAR(static_cast<double>(out.l[start + i]),
@@ -365,7 +366,7 @@ TEST_F(Recorded, DISABLED_howLongThingsTake) {
   const auto reloaded = Clock::now();
   player.load(slots, 0);
   recorder.waitForMore(second / 2);
-  const Recording out = recorder.recording();
+  const Recording out = asRendered(recorder.recording());
   const std::size_t heardAgain = firstSound(out, firstSilence(out, again, 1000));
   report("the same on a running stream", milliseconds(recorder.arrival(heardAgain) - reloaded), 1,
          "ms");
@@ -378,7 +379,7 @@ TEST_F(Recorded, DISABLED_howLongThingsTake) {
     const auto switched = Clock::now();
     player.switchTo(static_cast<std::int64_t>((round + 1) % 2));
     recorder.waitForMore(12000);
-    const Recording later = recorder.recording();
+    const Recording later = asRendered(recorder.recording());
     const std::size_t changed = firstDifference(later, from, later.frames(), slots[round % 2], 0);
     ASSERT_LT(changed, later.frames());
     const double time = milliseconds(recorder.arrival(changed) - switched);

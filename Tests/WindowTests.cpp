@@ -127,7 +127,7 @@ public:
   testing::AssertionResult goesOn(const Place& place, std::size_t trialNumber, std::size_t slot,
                                   std::size_t frames = 19200) {
     recorder.waitForMore(frames);
-    const Recording sound = recorder.recording();
+    const Recording sound = asRendered(recorder.recording());
     const std::size_t changed = firstDifference(sound, place.begin, sound.frames(),
                                                 slots(trialNumber).at(slot), place.phase);
     if (changed == sound.frames())
@@ -139,7 +139,7 @@ public:
   testing::AssertionResult staysSilent(std::size_t frames = 14400) {
     const std::size_t from = recorder.frames();
     recorder.waitForMore(frames);
-    const Recording sound = recorder.recording();
+    const Recording sound = asRendered(recorder.recording());
     if (firstSound(sound, from) == sound.frames())
       return testing::AssertionSuccess();
     return testing::AssertionFailure() << "something is heard";
@@ -147,7 +147,7 @@ public:
 
   // Whether the loop at `place` began at 0 when sound began after the silence at `silentFrame`.
   testing::AssertionResult beganAtZero(std::size_t silentFrame, const Place& place) {
-    const std::size_t start = firstSound(recorder.recording(), silentFrame);
+    const std::size_t start = firstSound(asRendered(recorder.recording()), silentFrame);
     const std::size_t phase = (place.begin - start) % 153600;
     // The very first frames have a gain of next to nothing.
     if (place.phase >= phase && place.phase <= phase + 4)
@@ -168,7 +168,7 @@ private:
     const std::size_t end = recorder.frames() + 480000;
     while (recorder.frames() < end) {
       recorder.waitForMore(480);
-      const Recording sound = recorder.recording();
+      const Recording sound = asRendered(recorder.recording());
       if (sound.frames() > provenFrames && condition(sound, sound.frames() - provenFrames))
         return;
     }
@@ -282,7 +282,7 @@ TEST(Keys, aHeldReturnActsOnceWhileAHeldSpaceAndAHeldNGoOn) {
   stage.desktop.keyDown(Keys::space);
   stage.recorder.waitForMore(62400);
   stage.desktop.keyUp(Keys::space);
-  const Recording sound = stage.recorder.recording();
+  const Recording sound = asRendered(stage.recorder.recording());
   const std::size_t late = sound.frames() - 14400; // long after a single crossfade
   EXPECT_FALSE(loopPhase(sound, late, 14400, stage.slots(0)[0]));
   EXPECT_FALSE(loopPhase(sound, late, 14400, stage.slots(0)[1]));

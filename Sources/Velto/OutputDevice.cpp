@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cubeb/cubeb.h>
+#include <span>
 #include <utility>
 
 namespace velto {
@@ -69,8 +70,10 @@ private:
 
   // Audio thread.
   static long render(cubeb_stream*, void* device, const void*, void* output, long frames) {
-    static_cast<CubebDevice*>(device)->renderer_->render(static_cast<float*>(output),
-                                                         static_cast<std::size_t>(frames));
+    const std::span samples(static_cast<float*>(output), 2 * static_cast<std::size_t>(frames));
+    static_cast<CubebDevice*>(device)->renderer_->render(samples.data(), samples.size() / 2);
+    for (float& sample : samples)
+      sample *= outputHeadroom;
     return frames;
   }
 

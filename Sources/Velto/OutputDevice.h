@@ -9,6 +9,11 @@
 
 namespace velto {
 
+// What a rendered sample is multiplied by on its way out: 6.02 dB down, exactly. Every material has
+// an RMS level of -20 dB, but the drum loop's crest reaches 5.2 dB above full scale where a drill
+// makes it louder, and a converter would cut that off.
+inline constexpr float outputHeadroom = 0.5F;
+
 // Computes what is heard.
 class Renderer {
 public:

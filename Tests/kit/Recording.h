@@ -28,4 +28,13 @@ struct Recording {
   }
 };
 
+// A recording of the output at the level at which it was rendered; doubling undoes the headroom
+// exactly.
+[[nodiscard]] inline Recording asRendered(Recording recording) {
+  for (auto* channel : {&recording.l, &recording.r})
+    for (float& sample : *channel)
+      sample *= 2;
+  return recording;
+}
+
 } // namespace velto::kit
