@@ -255,7 +255,7 @@ TEST_F(SafeFileTest, AFaultyDiskLeavesTheFileUntouchedWhileTheSiblingIsMade) {
 // ---- Folders and disks ----
 
 void mayBeEnteredByAll(const fs::path& folder) {
-  fs::permissions(folder, fs::perms::owner_all | fs::perms::others_exec | fs::perms::others_read);
+  fs::permissions(folder, fs::perms::owner_all | fs::perms::group_exec | fs::perms::others_exec);
 }
 
 TEST_F(SafeFileTest, AFolderThatTakesNoNewFileIsWrittenPlainly) {
@@ -280,7 +280,8 @@ TEST_F(SafeFileTest, AFolderThatTakesNoNewFileIsWrittenPlainly) {
 TEST_F(SafeFileTest, AReadOnlyDiskFailsUntilItCanBeWritten) {
   restart();
   const bool allowed = kit::withOwnMounts([&] {
-    const char* place = folder().c_str();
+    const std::string folderName = folder();
+    const char* place = folderName.c_str();
     ASSERT_EQ(::mount(place, place, nullptr, MS_BIND, nullptr), 0);
     ASSERT_EQ(::mount(nullptr, place, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr), 0);
     EXPECT_FALSE(save(1));
@@ -297,7 +298,8 @@ TEST_F(SafeFileTest, AReadOnlyFolderOnADiskWithAWritableFileIsWrittenPlainly) {
   restart();
   put(scratch_.path() / "writable", versions[0]);
   const bool allowed = kit::withOwnMounts([&] {
-    const char* place = folder().c_str();
+    const std::string folderName = folder();
+    const char* place = folderName.c_str();
     ASSERT_EQ(::mount(place, place, nullptr, MS_BIND, nullptr), 0);
     ASSERT_EQ(
         ::mount((scratch_.path() / "writable").c_str(), file().c_str(), nullptr, MS_BIND, nullptr),

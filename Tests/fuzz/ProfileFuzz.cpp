@@ -45,8 +45,8 @@ void goOn(Staircase staircase) {
   for (const bool correct : {true, false, true, true}) {
     staircase.record(correct);
     const bool moved = staircase.consecutiveCorrect == 0;
-    require(!moved || (staircase.difficulty >= 0 && staircase.difficulty <= 100),
-            "a move left the scale");
+    require(correct || staircase.difficulty >= 0, "a move down left the scale");
+    require(!correct || !moved || staircase.difficulty <= 100, "a move up left the scale");
   }
 }
 
