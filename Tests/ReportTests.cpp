@@ -1,15 +1,43 @@
 #include "Report.h"
 
+#include "kit/CapturedOutput.h"
+
 #include <gtest/gtest.h>
 
-using namespace velto;
+#include <cstdio>
+#include <iostream>
 
-TEST(Report, PadsNamesToTheirColumn) {
+namespace velto {
+namespace {
+
+TEST(Report, padsNamesToTheirColumn) {
   EXPECT_EQ(Report::check(true, "short", 10, "detail"), "  PASS  short       detail");
   EXPECT_EQ(Report::check(false, "short", 10, ""), "  FAIL  short       ");
 }
 
-TEST(Report, KeepsLongNamesWhole) {
+TEST(Report, keepsLongNamesWhole) {
   EXPECT_EQ(Report::check(true, "exactly ten", 11, "d"), "  PASS  exactly ten  d");
   EXPECT_EQ(Report::check(false, "longer than that", 10, "d"), "  FAIL  longer than that  d");
 }
+
+TEST(Report, alignsAtEitherEdgeAndCutsNothing) {
+  EXPECT_EQ(Report::rightAligned("1.5", 5), "  1.5");
+  EXPECT_EQ(Report::leftAligned("1.5", 5), "1.5  ");
+  EXPECT_EQ(Report::rightAligned("12345", 5), "12345");
+  EXPECT_EQ(Report::leftAligned("123456", 5), "123456");
+}
+
+TEST(Report, linesStandWhereTheyWerePrinted) {
+  kit::CapturedOutput output;
+  std::cout << "first\n" << std::flush;
+  Report::line("second");
+  std::puts("third");
+  std::fflush(stdout);
+  Report::line("");
+  Report::line("fifth — with a dash");
+  EXPECT_EQ(output.text(), "first\nsecond\nthird\n\nfifth — with a dash\n");
+  EXPECT_TRUE(Report::isComplete());
+}
+
+} // namespace
+} // namespace velto

@@ -1,0 +1,149 @@
+// Runs the program as its users do: with arguments, surroundings and standard streams of the test's
+// choice.
+#pragma once
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <map>
+#include <poll.h>
+#include <stdexcept>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace velto::kit {
+
+struct ChildOptions {
+  // What standard output or standard error is.
+  enum class Stream {
+    captured,
+    closed,     // no descriptor at all
+    readerGone, // a pipe that nobody reads
+    fullDisk,
+    narrow // a small pipe that makes no writer wait
+  };
+
+  std::map<std::string, std::string> environment{}; // nothing else is inherited
+  Stream out = Stream::captured;
+  Stream error = Stream::captured;
+  std::string folder = "/"; // the current one
+};
+
+struct ChildResult {
+  int status = -1; // as a shell tells it: 128 + n when ended by signal n
+  std::string out, error;
+};
+
+// One stream of a child, from both sides.
+class ChildStream {
+public:
+  explicit ChildStream(ChildOptions::Stream kind) {
+    if (kind == ChildOptions::Stream::fullDisk) {
+      childEnd_ = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+    } else if (kind != ChildOptions::Stream::closed) {
+      int ends[2];
+      const int flags = kind == ChildOptions::Stream::narrow ? O_CLOEXEC | O_NONBLOCK : O_CLOEXEC;
+      if (::pipe2(ends, flags) != 0)
+        throw std::runtime_error("no pipe");
+      ownEnd_ = ends[0];
+      childEnd_ = ends[1];
+      if (kind == ChildOptions::Stream::narrow)
+        ::fcntl(childEnd_, F_SETPIPE_SZ, 4096);
+    }
+    if (kind == ChildOptions::Stream::readerGone)
+      close(ownEnd_);
+  }
+  ~ChildStream() {
+    close(ownEnd_);
+    close(childEnd_);
+  }
+  ChildStream(const ChildStream&) = delete;
+  ChildStream& operator=(const ChildStream&) = delete;
+
+  // In the child.
+  void takeTheirPlace(int descriptor) const {
+    if (childEnd_ >= 0)
+      ::dup2(childEnd_, descriptor);
+    else
+      ::close(descriptor);
+  }
+
+  void leaveToChild() { close(childEnd_); }
+  [[nodiscard]] int readEnd() const { return ownEnd_; }
+
+  // Appends what has come; closes at the end.
+  void read(std::string& text) {
+    char bytes[4096];
+    const ssize_t count = ::read(ownEnd_, bytes, sizeof bytes);
+    if (count > 0)
+      text.append(bytes, static_cast<std::size_t>(count));
+    else if (count == 0 || (errno != EINTR && errno != EAGAIN))
+      close(ownEnd_);
+  }
+
+private:
+  static void close(int& descriptor) {
+    if (descriptor >= 0)
+      ::close(descriptor);
+    descriptor = -1;
+  }
+
+  int ownEnd_ = -1;
+  int childEnd_ = -1;
+};
+
+// Runs `arguments` (the program first) to its end. One that hangs for a minute is killed.
+[[nodiscard]] inline ChildResult runChild(const std::vector<std::string>& arguments,
+                                          const ChildOptions& options = {}) {
+  std::vector<char*> words, variables;
+  std::vector<std::string> storage;
+  for (const auto& [name, value] : options.environment)
+    storage.push_back(name + "=" + value);
+  for (std::string& variable : storage)
+    variables.push_back(variable.data());
+  for (const std::string& argument : arguments)
+    words.push_back(const_cast<char*>(argument.c_str()));
+  words.push_back(nullptr);
+  variables.push_back(nullptr);
+
+  ChildStream out(options.out), error(options.error);
+  const pid_t child = ::fork();
+  if (child < 0)
+    throw std::runtime_error("no process");
+  if (child == 0) {
+    std::signal(SIGPIPE, SIG_DFL);
+    out.takeTheirPlace(STDOUT_FILENO);
+    error.takeTheirPlace(STDERR_FILENO);
+    if (::chdir(options.folder.c_str()) == 0)
+      ::execve(words[0], words.data(), variables.data());
+    ::_exit(126);
+  }
+  out.leaveToChild();
+  error.leaveToChild();
+
+  ChildResult result;
+  const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  while (out.readEnd() >= 0 || error.readEnd() >= 0) {
+    // A negative descriptor is skipped.
+    pollfd streams[] = {{out.readEnd(), POLLIN, 0}, {error.readEnd(), POLLIN, 0}};
+    if (std::chrono::steady_clock::now() > end)
+      ::kill(child, SIGKILL);
+    ::poll(streams, 2, 100);
+    if (streams[0].revents != 0)
+      out.read(result.out);
+    if (streams[1].revents != 0)
+      error.read(result.error);
+  }
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  return result;
+}
+
+} // namespace velto::kit
