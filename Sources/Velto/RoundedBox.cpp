@@ -64,7 +64,7 @@ RoundedBox::RoundedBox(QQuickItem* parent) : QQuickPaintedItem(parent) {
 void RoundedBox::paint(QPainter* painter) {
   painter->setRenderHint(QPainter::Antialiasing);
   // Qt gives a painted item room for whole points and would cut what reaches beyond.
-  const QRectF bounds(0, 0, std::round(width()), std::round(height()));
+  const QRectF bounds(0, insetTop_, std::round(width()), std::round(height()) - insetTop_);
   if (color_.alpha() > 0)
     painter->fillPath(roundedOutline(bounds, radius_, continuous_), color_);
   if (strokeColor_.alpha() > 0 && strokeWidth_ > 0) {

@@ -17,7 +17,7 @@ namespace velto {
 [[nodiscard]] QPainterPath roundedOutline(const QRectF& rect, double radius, bool continuous);
 
 // Fills and then strokes one roundedOutline. The stroke lies inside the item's edges, its size
-// rounded to whole points.
+// rounded to whole points. `insetTop` lowers the upper edge by any fraction of a point.
 class RoundedBox : public QQuickPaintedItem {
   Q_OBJECT
   QML_ELEMENT
@@ -25,6 +25,7 @@ class RoundedBox : public QQuickPaintedItem {
   Q_PROPERTY(QColor strokeColor MEMBER strokeColor_ NOTIFY appearanceChanged FINAL)
   Q_PROPERTY(double strokeWidth MEMBER strokeWidth_ NOTIFY appearanceChanged FINAL) // points
   Q_PROPERTY(double radius MEMBER radius_ NOTIFY appearanceChanged FINAL)           // points
+  Q_PROPERTY(double insetTop MEMBER insetTop_ NOTIFY appearanceChanged FINAL)       // points
   Q_PROPERTY(bool continuous MEMBER continuous_ NOTIFY appearanceChanged FINAL)
 
 public:
@@ -39,6 +40,7 @@ private:
   QColor strokeColor_ = Qt::transparent;
   double strokeWidth_ = 1;
   double radius_ = 0;
+  double insetTop_ = 0;
   bool continuous_ = false;
 };
 

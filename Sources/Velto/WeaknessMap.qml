@@ -18,16 +18,19 @@ Column {
 
             model: 27
 
+            // Sides on whole points, so that they are sharp; the gaps stay 2 points wide.
             RoundedBox {
                 required property int index
                 readonly property real weakness: map.progress.weaknesses[index]
+                readonly property real barHeight: map.progress.barHeights[index]
                 readonly property real share: (map.width - 2 * (bars.count - 1)) / bars.count
+                readonly property real place: index * (share + 2)
 
                 objectName: "bar" + index
-                x: index * (share + 2)
-                y: 34 - height
-                width: share
-                height: map.progress.barHeights[index]
+                x: Math.round(place)
+                width: Math.round(place + share) - x
+                height: 34
+                insetTop: height - barHeight
                 radius: 2
                 continuous: true
                 color: weakness < 0 ? Theme.palette.track : Palettes.weakness(Theme.palette, weakness)
