@@ -17,6 +17,8 @@ Usage: ./build.sh [COMMAND]
       --matrix      the tests across compilers and architectures
       --asan        built with the address and undefined-behaviour sanitizers
       --tsan        built with the thread sanitizer
+  bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
+                    go to the benchmarks, for example --benchmark_filter=render
   help              this text
 END
 }
@@ -72,10 +74,18 @@ testPackages=(
   python3-fonttools
   qml6-module-qtquick-window
   qml6-module-qttest
+  valgrind
+)
+
+benchPackages=(
+  libbenchmark-dev
+  valgrind
 )
 
 matrixPackages=(
   clang
+  g++-aarch64-linux-gnu
+  qemu-user
 )
 
 # Installs those of the named packages that are missing. Where there is no apt-get, and where its
@@ -123,7 +133,7 @@ configure() {
   done
   $stale || return 0
   say "Configuring $preset in ${folder##*/}/"
-  (cd "$root" && cmake --preset "$preset" "${@/#/-D}")
+  (cd "$root" && cmake --preset "$preset" -B "$folder" "${@/#/-D}")
 }
 
 compile() {
@@ -281,6 +291,19 @@ runTests() {
   exit "$status"
 }
 
+# --- Bench ----------------------------------------------------------------------------------------
+
+bench() {
+  local folder=$root/build-bench
+  provide "${buildPackages[@]}" "${benchPackages[@]}"
+  configure release "$folder" CMAKE_BUILD_TYPE=Release VELTO_BUILD_TESTS=OFF \
+    VELTO_BUILD_BENCHMARKS=ON
+  compile "$folder" --target velto_benchmarks velto_render_once
+  "$folder/bin/velto_benchmarks" "$@"
+  say 'Instructions of one render'
+  "$root/Benchmarks/compare-instructions" "$folder/bin/velto_render_once"
+}
+
 # --------------------------------------------------------------------------------------------------
 
 command=${1-build}
@@ -289,6 +312,7 @@ case $command in
   build) (($# == 0)) || fail "build takes no '$1'; try ./build.sh help" 2; build ;;
   run) run "$@" ;;
   test) runTests "$@" ;;
+  bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;
 esac

@@ -170,7 +170,7 @@ TEST(Engine, keepsBuffersUntilTheMixerHasLetGoOfThem) {
   Engine engine(output.factory(), 1s);
   EXPECT_FALSE(engine.start());
   auto first = noiseSlot(1000, 1);
-  const std::weak_ptr<const Samples> watched = first.l;
+  const std::weak_ptr<const void> watched = first.l.owner();
   engine.play({std::move(first)}, 0, 0);
   first = {};
   (void)leftOf(output, 480);
@@ -187,10 +187,10 @@ TEST(Engine, buffersThatWereReplacedBeforeTheyWereHeardAreFreedToo) {
   FakeOutput output;
   Engine engine(output.factory(), 1s);
   EXPECT_FALSE(engine.start());
-  std::vector<std::weak_ptr<const Samples>> watched;
+  std::vector<std::weak_ptr<const void>> watched;
   for (std::uint32_t i = 0; i < 10; ++i) {
     auto slot = noiseSlot(1000, i);
-    watched.push_back(slot.l);
+    watched.push_back(slot.l.owner());
     engine.play({std::move(slot)}, 0, 0);
   }
   (void)leftOf(output, 1);
@@ -205,7 +205,7 @@ TEST(Engine, closingFreesAllBuffers) {
   Engine engine(output.factory(), atOnce);
   EXPECT_FALSE(engine.start());
   auto slot = noiseSlot(1000, 1);
-  const std::weak_ptr<const Samples> watched = slot.l;
+  const std::weak_ptr<const void> watched = slot.l.owner();
   engine.play({std::move(slot)}, 0, 0);
   slot = {};
   (void)leftOf(output, 480);
@@ -219,7 +219,7 @@ TEST(Engine, closingFreesAllBuffers) {
 TEST(Engine, itsEndFreesAllBuffers) {
   FakeOutput output;
   auto slot = noiseSlot(1000, 1);
-  const std::weak_ptr<const Samples> watched = slot.l;
+  const std::weak_ptr<const void> watched = slot.l.owner();
   {
     Engine engine(output.factory(), atOnce);
     EXPECT_FALSE(engine.start());

@@ -423,7 +423,7 @@ public:
       if (s.end <= clock_)
         fade = (1 + std::cos(3.14159265358979 * static_cast<double>(clock_ - s.end) / 240)) / 2;
       for (std::size_t i = 0; i < s.slots.size(); ++i)
-        if (const Samples& x = *s.slots[i].l; !x.empty())
+        if (const auto x = *s.slots[i].l; !x.empty())
           sum += fade * s.gain(i, clock_) * static_cast<double>(x[(clock_ - s.start) % x.size()]);
     }
     ++clock_;

@@ -342,7 +342,7 @@ RC_GTEST_PROP(Player, followsItsRulesForAnySequenceOfCalls, ()) {
     bool isPlaying = false;
     std::vector<Slot> slots;
     std::size_t sinceLoad = 0, sinceRamp = 0;
-    std::vector<std::weak_ptr<const Samples>> watched;
+    std::vector<std::weak_ptr<const void>> watched;
 
     const auto count = *rc::gen::inRange(1, 20);
     for (int call = 0; call < count; ++call) {
@@ -356,7 +356,7 @@ RC_GTEST_PROP(Player, followsItsRulesForAnySequenceOfCalls, ()) {
         current = *rc::gen::inRange<std::int64_t>(-1, 5);
         player.load(slots, current);
         for (const Slot& slot : slots)
-          watched.push_back(slot.l);
+          watched.push_back(slot.l.owner());
         isPlaying = true;
         sinceLoad = sinceRamp = 0;
         break;

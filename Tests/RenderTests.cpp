@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace velto {
@@ -18,14 +19,14 @@ using namespace tests;
 
 constexpr double rate = sampleRateHz;
 
-const Samples& left(const std::vector<Slot>& slots, std::size_t slot) {
+std::span<const float> left(const std::vector<Slot>& slots, std::size_t slot) {
   return *slots.at(slot).l;
 }
-const Samples& right(const std::vector<Slot>& slots, std::size_t slot) {
+std::span<const float> right(const std::vector<Slot>& slots, std::size_t slot) {
   return *slots.at(slot).r;
 }
 
-Samples sum(const Samples& a, const Samples& b) {
+Samples sum(std::span<const float> a, std::span<const float> b) {
   Samples result(a.size());
   std::transform(a.begin(), a.end(), b.begin(), result.begin(), std::plus<>());
   return result;
@@ -176,7 +177,8 @@ TEST(Render, FrequencyBoostOfZeroIsFlat) {
 
 TEST(Render, FrequencyLiftsItsOwnBandMost) {
   const auto slots = Drills::render(frequencyTrial(Material::pinkNoise, 3150, 9), 2);
-  const auto bandDB = [](Samples x, double centre) {
+  const auto bandDB = [](std::span<const float> slot, double centre) {
+    Samples x(slot.begin(), slot.end());
     Biquad band = Biquad::bandpass(centre, 4, rate);
     for (float& sample : x)
       sample = band.process(sample);
@@ -236,10 +238,10 @@ TEST(Render, LevelMultipliesBySingleGainRoundedToAFloat) {
 // Dynamics
 
 // The population standard deviation of the levels of 20 ms windows above -60 dB.
-double loudnessSpreadDB(const Samples& x) {
+double loudnessSpreadDB(std::span<const float> x) {
   std::vector<double> levels;
   for (std::size_t begin = 0; begin + 960 <= x.size(); begin += 960) {
-    const double level = Measure::rmsDB(std::span(x).subspan(begin, 960));
+    const double level = Measure::rmsDB(x.subspan(begin, 960));
     if (level > -60)
       levels.push_back(level);
   }
@@ -251,7 +253,7 @@ double loudnessSpreadDB(const Samples& x) {
   return std::sqrt(deviation);
 }
 
-double crestDB(const Samples& x) {
+double crestDB(std::span<const float> x) {
   return Measure::peakDB(x) - Measure::rmsDB(x);
 }
 
@@ -296,7 +298,7 @@ TEST(Render, PolarityFlipsTheRightChannelOfTheOddSlotOnly) {
     EXPECT_TRUE(sameBits(left(slots, odd), left(slots, even)));
     EXPECT_TRUE(sameBits(left(slots, odd), left(slots, other)));
     EXPECT_TRUE(sameBits(right(slots, even), right(slots, other)));
-    Samples negated = right(slots, even);
+    Samples negated(right(slots, even).begin(), right(slots, even).end());
     for (float& sample : negated)
       sample = -sample;
     EXPECT_TRUE(sameBits(right(slots, odd), negated));
@@ -312,7 +314,7 @@ TEST(Render, PolarityOddAndEvenCancelAndTwoEvenAdd) {
 }
 
 TEST(Render, PolarityCorrelationFallsWithTheTrials) {
-  const auto correlation = [](const Samples& l, const Samples& r) {
+  const auto correlation = [](std::span<const float> l, std::span<const float> r) {
     double lr = 0, ll = 0, rr = 0;
     for (std::size_t i = 0; i < l.size(); ++i) {
       const double a = static_cast<double>(l[i]);

@@ -64,20 +64,19 @@ Calendar::Calendar() {
   tzset();
 }
 
-std::optional<Calendar::Day> Calendar::day(Date date) {
-  const double seconds = std::floor(date.secondsSinceReferenceDate + Date::referenceSince1970);
+std::optional<Calendar::Day> Calendar::lookUp(double seconds) {
   if (!(seconds >= -0x1p62 && seconds <= 0x1p62))
     return std::nullopt;
-  const auto moment = static_cast<std::int64_t>(seconds);
-  if (moment >= begin_ && moment < end_)
-    return day_;
-
+  const auto moment = static_cast<std::int64_t>(std::floor(seconds));
   const auto local = localTime(moment);
   if (!local)
     return std::nullopt;
+  // So far from now a double does not hold every second, nor the bounds of a day.
+  if (std::abs(moment) > std::int64_t{1} << 52)
+    return local->day;
   const std::int64_t midnight = local->day * secondsInDay - local->offset;
-  begin_ = reach(moment, midnight, *local);
-  end_ = reach(moment, midnight + secondsInDay - 1, *local) + 1;
+  begin_ = static_cast<double>(reach(moment, midnight, *local));
+  end_ = static_cast<double>(reach(moment, midnight + secondsInDay - 1, *local) + 1);
   day_ = local->day;
   return day_;
 }

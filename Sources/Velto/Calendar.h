@@ -23,12 +23,19 @@ public:
   Calendar();
 
   // None for a date that is not finite or too far away for the system's calendar.
-  [[nodiscard]] std::optional<Day> day(Date date);
+  [[nodiscard]] std::optional<Day> day(Date date) {
+    const double seconds = date.secondsSinceReferenceDate + Date::referenceSince1970;
+    if (seconds >= begin_ && seconds < end_)
+      return day_;
+    return lookUp(seconds);
+  }
 
 private:
-  // Seconds since 1970-01-01 00:00:00 UTC that share one day: begin_ <= t < end_.
-  std::int64_t begin_ = 0;
-  std::int64_t end_ = 0;
+  [[nodiscard]] std::optional<Day> lookUp(double seconds);
+
+  // Seconds since 1970-01-01 00:00:00 UTC that share one day: begin_ <= t < end_. Whole numbers.
+  double begin_ = 0;
+  double end_ = 0;
   Day day_ = 0;
 };
 

@@ -73,14 +73,16 @@ double Biquad::responseDB(double frequency, double sampleRate) const {
 }
 
 double Measure::rmsDB(std::span<const float> x) {
-  if (x.empty())
+  RunningRMS rms;
+  for (const float sample : x)
+    rms.add(sample);
+  return rms.levelDB(x.size());
+}
+
+double Measure::RunningRMS::levelDB(std::size_t count) const {
+  if (count == 0)
     return -std::numeric_limits<double>::infinity();
-  double sum = 0;
-  for (const float sample : x) {
-    const double v = static_cast<double>(sample);
-    sum += v * v;
-  }
-  return decibels(std::sqrt(sum / static_cast<double>(x.size())), 1e-12);
+  return decibels(std::sqrt(sumOfSquares_ / static_cast<double>(count)), 1e-12);
 }
 
 double Measure::peakDB(std::span<const float> x) {
@@ -90,13 +92,19 @@ double Measure::peakDB(std::span<const float> x) {
   return decibels(static_cast<double>(peak), 1e-12);
 }
 
-Samples Measure::normalizeRMS(Samples x, double targetDB) {
-  const double level = rmsDB(x);
-  if (!std::isfinite(level))
-    return x;
-  const auto gain = static_cast<float>(std::pow(10.0, (targetDB - level) / 20));
+float Measure::gainFrom(double levelDB, double targetDB) {
+  if (!std::isfinite(levelDB))
+    return 1;
+  return static_cast<float>(std::pow(10.0, (targetDB - levelDB) / 20));
+}
+
+void Measure::scale(std::span<float> x, float gain) {
   for (float& sample : x)
     sample *= gain;
+}
+
+Samples Measure::normalizeRMS(Samples x, double targetDB) {
+  scale(x, gainFrom(rmsDB(x), targetDB));
   return x;
 }
 

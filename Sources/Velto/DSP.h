@@ -4,6 +4,7 @@
 // or logs; all functions are pure and may run on any thread.
 #pragma once
 
+#include <cstddef>
 #include <span>
 #include <vector>
 
@@ -22,7 +23,8 @@ inline constexpr double twoPi = 6.283185307179586;
 // Bristow-Johnson's "Cookbook formulae for audio EQ biquad filter coefficients"; each returns a
 // section whose state is zero.
 //
-// A plain value: copying it copies the state. Changing coefficients while it runs is not click-free.
+// A plain value: copying it copies the state. Changing coefficients while it runs is not
+// click-free.
 struct Biquad {
   double b0 = 1, b1 = 0, b2 = 0; // feed-forward
   double a1 = 0, a2 = 0;         // feedback
@@ -58,8 +60,28 @@ namespace Measure {
 // RMS level; -infinity for an empty buffer, -240 for digital silence, 0 for a square wave of ±1.
 [[nodiscard]] double rmsDB(std::span<const float> x);
 
+// The RMS level of samples that are seen one by one, for whoever makes or filters them anyway.
+class RunningRMS {
+public:
+  void add(float sample) {
+    const double v = static_cast<double>(sample);
+    sumOfSquares_ += v * v;
+  }
+  // What rmsDB() says of the `count` samples that were added.
+  [[nodiscard]] double levelDB(std::size_t count) const;
+
+private:
+  double sumOfSquares_ = 0;
+};
+
 // Level of the largest absolute sample; -240 for silence and for an empty buffer.
 [[nodiscard]] double peakDB(std::span<const float> x);
+
+// The gain that takes an RMS level of `levelDB` to `targetDB`; 1 where a level is not finite.
+[[nodiscard]] float gainFrom(double levelDB, double targetDB);
+
+// Multiplies every sample by `gain`.
+void scale(std::span<float> x, float gain);
 
 // `x` scaled to an RMS level of `targetDB`. Silence stays silent, an empty buffer empty.
 [[nodiscard]] Samples normalizeRMS(Samples x, double targetDB);

@@ -12,8 +12,8 @@ namespace velto {
 
 namespace {
 
-constexpr std::array<std::string_view, Drill::allCases.size()> drillNames{
-    "frequency", "level", "dynamics", "polarity"};
+constexpr std::array<std::string_view, Drill::allCases.size()> drillNames{"frequency", "level",
+                                                                          "dynamics", "polarity"};
 constexpr std::array<std::string_view, Material::allCases.size()> materialNames{
     "Pink noise", "Drum loop", "Synth pad"};
 
@@ -45,108 +45,23 @@ std::string slotText(std::int64_t index) {
   return "slot " + std::to_string(Numbers::saturatingIncrement(index));
 }
 
-std::shared_ptr<const Samples> shared(Samples samples) {
-  return std::make_shared<const Samples>(std::move(samples));
-}
-
-Samples source(const Trial& trial, double seconds) {
-  switch (trial.material) {
-  case Material::pinkNoise:
-    return Signals::pink(seconds, trial.seed);
-  case Material::drums:
-    return Signals::drums(seconds, trial.seed);
-  case Material::pad:
-    return Signals::pad(seconds, trial.seed);
-  }
-  fatalError("an unknown material");
-}
-
-std::vector<Slot> monoSlots(Samples a, Samples b) {
-  const auto sharedA = shared(std::move(a));
-  const auto sharedB = shared(std::move(b));
-  return {{sharedA, sharedA}, {sharedB, sharedB}};
-}
-
-Samples boosted(Samples x, const Trial& trial) {
-  const double levelDB = Measure::rmsDB(x);
-  Biquad peak = Biquad::peaking(trial.targetFreq, trial.boostDB, trial.boostQ, sampleRateHz);
-  for (float& sample : x)
-    sample = peak.process(sample);
-  return Measure::normalizeRMS(std::move(x), levelDB);
-}
-
-Samples louder(Samples x, double levelDB) {
-  const auto gain = static_cast<float>(std::pow(10.0, levelDB / 20));
-  for (float& sample : x)
-    sample *= gain;
-  return x;
-}
-
-Samples compressed(std::span<const float> x, double targetGRdB) {
-  return Measure::normalizeRMS(Drills::compressorHitting(targetGRdB, x).out, Measure::rmsDB(x));
-}
-
-std::vector<Slot> polaritySlots(std::span<const float> mono, const Trial& trial) {
-  auto [left, right] = Signals::stereoise(mono, trial.correlation, trial.seed);
-  Samples flipped(right.size());
-  std::transform(right.begin(), right.end(), flipped.begin(), [](float sample) { return -sample; });
-
-  const auto sharedLeft = shared(std::move(left));
-  const auto sharedRight = shared(std::move(right));
-  const auto sharedFlipped = shared(std::move(flipped));
-  std::vector<Slot> slots;
-  for (std::int64_t s = 0; s < 3; ++s)
-    slots.push_back({sharedLeft, s == trial.oddSlot ? sharedFlipped : sharedRight});
-  return slots;
-}
-
-// Soft-knee static curve: the reduction, in dB, of a sample `over` dB above the threshold.
-double gainReduction(double over) {
-  if (over >= 3)
-    return over - 0.25 * over;
-  if (over > -3)
-    return 0.75 * ((over + 3) * (over + 3)) / 12;
-  return 0;
-}
-
-// One-pole smoothing of the gain reduction: fast while it rises, slow while it falls.
-class ReductionSmoother {
-public:
-  double next(double reduction) {
-    const double coefficient = envelope_ < reduction ? attack_ : release_;
-    envelope_ = reduction + coefficient * (envelope_ - reduction);
-    if (std::isnan(envelope_))
-      envelope_ = 0;
-    return envelope_;
-  }
-
-private:
-  double attack_ = std::exp(-1 / (0.005 * sampleRateHz));
-  double release_ = std::exp(-1 / (0.12 * sampleRateHz));
-  double envelope_ = 0;
-};
-
-double largestReduction(std::span<const double> levelsDB, double thresholdDB) {
-  ReductionSmoother smoother;
-  double largest = 0;
-  for (const double levelDB : levelsDB)
-    largest = std::max(largest, smoother.next(gainReduction(levelDB - thresholdDB)));
-  return largest;
-}
-
 } // namespace
 
 std::optional<Drill> Drill::fromRawValue(std::string_view rawValue) {
   return caseNamed<Drill>(rawValue, drillNames);
 }
 
-std::string_view Drill::rawValue() const { return drillNames[value_]; }
+std::string_view Drill::rawValue() const {
+  return drillNames[value_];
+}
 
 std::optional<Material> Material::fromRawValue(std::string_view rawValue) {
   return caseNamed<Material>(rawValue, materialNames);
 }
 
-std::string_view Material::rawValue() const { return materialNames[value_]; }
+std::string_view Material::rawValue() const {
+  return materialNames[value_];
+}
 
 std::string Bands::label(double frequency) {
   if (frequency >= 1000)
@@ -165,6 +80,12 @@ std::size_t Bands::nearestIndex(double frequency) {
     }
   }
   return nearest;
+}
+
+SharedSamples::SharedSamples(Samples samples) {
+  auto owner = std::make_shared<const Samples>(std::move(samples));
+  samples_ = *owner;
+  owner_ = std::move(owner);
 }
 
 Trial Drills::makeTrial(double difficulty, Material material, std::uint64_t seed, Drill drill) {
@@ -229,60 +150,6 @@ Drills::Grade Drills::grade(double answer, const Trial& trial) {
   }
   }
   return grade;
-}
-
-std::vector<Slot> Drills::render(const Trial& trial, double seconds) {
-  Samples src = source(trial, seconds);
-  switch (trial.drill) {
-  case Drill::frequency: {
-    Samples b = boosted(src, trial);
-    return monoSlots(std::move(src), std::move(b));
-  }
-  case Drill::level: {
-    Samples b = louder(src, trial.targetLevelDB);
-    return monoSlots(std::move(src), std::move(b));
-  }
-  case Drill::dynamics: {
-    Samples b = compressed(src, trial.targetGRdB);
-    return monoSlots(std::move(src), std::move(b));
-  }
-  case Drill::polarity:
-    return polaritySlots(src, trial);
-  }
-  fatalError("an unknown drill");
-}
-
-Drills::Compressed Drills::compressorHitting(double targetGRdB, std::span<const float> x) {
-  if (x.empty())
-    return {};
-
-  std::vector<double> levelsDB(x.size());
-  std::transform(x.begin(), x.end(), levelsDB.begin(), [](float sample) {
-    return 20 * std::log10(std::max(std::abs(static_cast<double>(sample)), 1e-9));
-  });
-
-  constexpr int rounds = 12;
-  double hi = Measure::peakDB(x);
-  double lo = hi - 40;
-  double thresholdDB = 0;
-  for (int round = 0; round < rounds; ++round) {
-    thresholdDB = (hi + lo) / 2;
-    if (largestReduction(levelsDB, thresholdDB) < targetGRdB)
-      hi = thresholdDB;
-    else
-      lo = thresholdDB;
-  }
-
-  // The threshold of the last round, not the middle of the final bracket.
-  Compressed result{Samples(x.size()), 0};
-  ReductionSmoother smoother;
-  for (std::size_t i = 0; i < x.size(); ++i) {
-    const double envelope = smoother.next(gainReduction(levelsDB[i] - thresholdDB));
-    result.grDB = std::max(result.grDB, envelope);
-    result.out[i] =
-        static_cast<float>(static_cast<double>(x[i]) * std::pow(10.0, -envelope / 20));
-  }
-  return result;
 }
 
 void Staircase::record(bool correct) {

@@ -3,6 +3,7 @@
 // Plain values and pure functions; everything may run on any thread.
 #pragma once
 
+#include "Compressor.h"
 #include "DSP.h"
 
 #include <array>
@@ -14,6 +15,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace velto {
@@ -71,7 +73,7 @@ namespace Bands {
 // Nominal third-octave centres from 40 Hz to 16 kHz, in Hz, ascending. The rounded nominal figures:
 // neighbours are not all exactly a third of an octave apart.
 inline constexpr std::array<double, 27> centres{
-    40,   50,   63,   80,   100,  125,  160,  200,  250,  315,  400,  500,   630,   800,
+    40,   50,   63,   80,   100,  125,  160,  200,  250,  315,  400,   500,   630,  800,
     1000, 1250, 1600, 2000, 2500, 3150, 4000, 5000, 6300, 8000, 10000, 12500, 16000};
 
 // `frequency` in Hz as a short text without a unit: "315", "1.25k".
@@ -87,15 +89,15 @@ struct Trial {
   Drill drill = Drill::frequency;
   std::uint64_t seed = 0; // as passed to makeTrial
   Material material = Material::pinkNoise;
-  double difficulty = 0;     // as passed to makeTrial, nominally 0 to 100
-  std::int64_t slots = 2;    // number of audio slots
-  double targetFreq = 0;     // frequency: centre of the boosted band, Hz
-  double boostDB = 0;        // frequency: gain of the boost, dB
-  double boostQ = 0;         // frequency: quality factor of the boost
-  double targetLevelDB = 0;  // level: how much louder B is than A, dB
-  double targetGRdB = 0;     // dynamics: largest gain reduction in B, dB
-  std::int64_t oddSlot = 0;  // polarity: index of the flipped slot
-  double correlation = 1;    // polarity: correlation of left and right, 0 to 1
+  double difficulty = 0;    // as passed to makeTrial, nominally 0 to 100
+  std::int64_t slots = 2;   // number of audio slots
+  double targetFreq = 0;    // frequency: centre of the boosted band, Hz
+  double boostDB = 0;       // frequency: gain of the boost, dB
+  double boostQ = 0;        // frequency: quality factor of the boost
+  double targetLevelDB = 0; // level: how much louder B is than A, dB
+  double targetGRdB = 0;    // dynamics: largest gain reduction in B, dB
+  std::int64_t oddSlot = 0; // polarity: index of the flipped slot
+  double correlation = 1;   // polarity: correlation of left and right, 0 to 1
 
   bool operator==(const Trial&) const = default;
 };
@@ -115,10 +117,37 @@ struct Staircase {
   bool operator==(const Staircase&) const = default;
 };
 
-// One slot of a rendered trial: a left and a right buffer of equal length. Buffers are never
-// written again, so slots and channels that sound the same share one.
+// Samples that are never written again: a pointer to them that keeps them alive. Copies share the
+// samples, and several buffers may lie in one allocation. As thread-safe as std::shared_ptr.
+class SharedSamples {
+public:
+  SharedSamples() = default;
+  // The samples live as long as `owner`.
+  SharedSamples(std::shared_ptr<const void> owner, std::span<const float> samples)
+      : owner_(std::move(owner)), samples_(samples) {}
+  explicit SharedSamples(Samples samples);
+
+  // Whether there is a buffer, be it one without samples.
+  explicit operator bool() const { return owner_ != nullptr; }
+  // What keeps the samples alive.
+  [[nodiscard]] const std::shared_ptr<const void>& owner() const { return owner_; }
+  const std::span<const float>& operator*() const { return samples_; }
+  const std::span<const float>* operator->() const { return &samples_; }
+
+  // Whether both point to the same samples, like other pointers.
+  friend bool operator==(const SharedSamples& a, const SharedSamples& b) {
+    return a.samples_.data() == b.samples_.data() && a.samples_.size() == b.samples_.size();
+  }
+
+private:
+  std::shared_ptr<const void> owner_;
+  std::span<const float> samples_;
+};
+
+// One slot of a rendered trial: a left and a right buffer of equal length. Slots and channels that
+// sound the same share one.
 struct Slot {
-  std::shared_ptr<const Samples> l, r;
+  SharedSamples l, r;
 };
 
 namespace Drills {
@@ -146,18 +175,6 @@ struct Grade {
 // The slots of `trial`, in slot order: three for polarity, two for the others. `seconds` is finite
 // and not negative; 0 gives empty buffers.
 [[nodiscard]] std::vector<Slot> render(const Trial& trial, double seconds);
-
-// What compressorHitting returns.
-struct Compressed {
-  Samples out;
-  double grDB = 0; // largest smoothed gain reduction, dB
-};
-
-// `x` through a feed-forward compressor (4:1, 6 dB soft knee, 5 ms attack, 120 ms release) whose
-// threshold is searched, by twelve halvings, so that its largest gain reduction is near
-// `targetGRdB`. The static curve is that of D. Giannoulis, M. Massberg and J. D. Reiss, "Digital
-// dynamic range compressor design", J. Audio Eng. Soc. 60, 2012.
-[[nodiscard]] Compressed compressorHitting(double targetGRdB, std::span<const float> x);
 
 } // namespace Drills
 

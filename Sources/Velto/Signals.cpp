@@ -1,6 +1,8 @@
 #include "Signals.h"
 
+#include "DrumVoices.h"
 #include "Numbers.h"
+#include "Pair.h"
 
 #include <algorithm>
 #include <array>
@@ -12,48 +14,125 @@ namespace {
 
 constexpr double outputLevelDB = -20;
 
-double secondsAt(std::size_t frame) { return static_cast<double>(frame) / sampleRateHz; }
-
 // The part of `buffer` that a voice of `length` frames starting at `start` may write.
-std::span<float> voiceSpan(Samples& buffer, std::size_t start, std::size_t length) {
-  const std::size_t begin = std::min(start, buffer.size());
-  return std::span(buffer).subspan(begin, std::min(length, buffer.size() - begin));
+std::span<float> voiceSpan(std::span<float> buffer, std::size_t start, std::size_t length) {
+  return buffer.subspan(start, std::min(length, buffer.size() - start));
 }
 
 void mixIn(float& sample, double value) {
   sample = static_cast<float>(static_cast<double>(sample) + value);
 }
 
-void addKick(std::span<float> out) {
+void addKick(std::span<float> loop, std::size_t start) {
+  const auto& kick = DrumVoices::shared().kick;
+  const auto out = voiceSpan(loop, start, kick.size());
+  for (std::size_t i = 0; i < out.size(); ++i)
+    mixIn(out[i], kick[i]);
+}
+
+void addSnare(std::span<float> loop, std::size_t start, Xorshift64& generator) {
+  const auto& tone = DrumVoices::shared().snareTone;
+  const auto& envelope = DrumVoices::shared().snareEnvelope;
+  const auto out = voiceSpan(loop, start, tone.size());
+  Biquad filter = Biquad::bandpass(1900, 0.7, sampleRateHz);
   for (std::size_t i = 0; i < out.size(); ++i) {
-    const double tau = secondsAt(i);
-    // Instantaneous frequency times elapsed time, not its integral: the chirp falls faster.
-    const double frequency = 55 + 75 * std::exp(-tau / 0.022);
-    const double amplitude = 0.9 * std::exp(-tau / 0.075);
-    mixIn(out[i], amplitude * std::sin(twoPi * frequency * tau));
+    const float noise = filter.process(static_cast<float>(generator.nextNoise()));
+    mixIn(out[i], envelope[i] * (tone[i] + 0.8 * static_cast<double>(noise)) * 0.55);
   }
 }
 
-void addSnare(std::span<float> out, Xorshift64& generator) {
-  Biquad noiseFilter = Biquad::bandpass(1900, 0.7, sampleRateHz);
-  Biquad toneFilter = Biquad::bandpass(190, 2.0, sampleRateHz);
-  for (std::size_t i = 0; i < out.size(); ++i) {
-    const double tau = secondsAt(i);
-    const float tone = toneFilter.process(static_cast<float>(std::sin(twoPi * 185 * tau)));
-    const float noise = noiseFilter.process(static_cast<float>(generator.nextNoise()));
-    const double envelope = std::exp(-tau / 0.055);
-    mixIn(out[i],
-          envelope * (1.4 * static_cast<double>(tone) + 0.8 * static_cast<double>(noise)) * 0.55);
-  }
-}
-
-void addHat(std::span<float> out, double decaySeconds, Xorshift64& generator) {
+void addHat(std::span<float> loop, std::size_t start, std::span<const double> envelope,
+            Xorshift64& generator) {
+  const auto out = voiceSpan(loop, start, envelope.size());
   Biquad filter = Biquad::highpass(7800, 0.7, sampleRateHz);
   for (std::size_t i = 0; i < out.size(); ++i) {
-    const double envelope = std::exp(-secondsAt(i) / decaySeconds);
     const float noise = filter.process(static_cast<float>(generator.nextNoise()));
-    mixIn(out[i], envelope * static_cast<double>(noise) * 0.3);
+    mixIn(out[i], envelope[i] * static_cast<double>(noise) * 0.3);
   }
+}
+
+// Paul Kellet's refined pink filter: six one-pole filters and a delayed tap, summed in this order.
+// The filters run two to a pair, the sums of two successive frames in another.
+class PinkFilter {
+public:
+  // Two frames of white noise, made pink.
+  Pair next(Pair noise) {
+    const Poles now = after(poles_, noise[0]);
+    const Poles then = after(now, noise[1]);
+    const Pair tap{tap_, 0.115926 * noise[0]};
+    poles_ = then;
+    tap_ = 0.115926 * noise[1];
+    return 0.11 * (firsts(now.b01, then.b01) + seconds(now.b01, then.b01) +
+                   firsts(now.b23, then.b23) + seconds(now.b23, then.b23) +
+                   firsts(now.b45, then.b45) + seconds(now.b45, then.b45) + tap + 0.5362 * noise);
+  }
+
+private:
+  struct Poles {
+    Pair b01{}, b23{}, b45{};
+  };
+
+  static Poles after(const Poles& poles, double noise) {
+    const Pair w = both(noise);
+    return {Pair{0.99886, 0.99332} * poles.b01 + Pair{0.0555179, 0.0750759} * w,
+            Pair{0.969, 0.8665} * poles.b23 + Pair{0.153852, 0.3104856} * w,
+            Pair{0.55, -0.7616} * poles.b45 + Pair{0.5329522, -0.016898} * w};
+  }
+
+  Poles poles_;
+  double tap_ = 0;
+};
+
+// Twelve sawtooth oscillators on an A major chord, three a root, with random phases.
+//
+// Everything is kept at twice a sawtooth's phase: doubling is exact, so the sums are those of the
+// phases themselves. Oscillators run two to a pair, the sums of two successive frames in another.
+class SawtoothChord {
+public:
+  explicit SawtoothChord(Xorshift64& generator) {
+    constexpr std::array<double, 4> rootsHz{110.0, 164.81, 220.0, 277.18};
+    constexpr std::array<double, 3> detunings{0.994, 1.0, 1.007};
+    for (std::size_t i = 0; i < voices; ++i) {
+      increments_[i / 2][i % 2] = 2 * (rootsHz[i / 3] * detunings[i % 3] / sampleRateHz);
+      phases_[i / 2][i % 2] = 2 * generator.nextUnit();
+    }
+  }
+
+  // The mean of the oscillators in the next two frames.
+  Pair next() {
+    Pair sum{};
+    for (std::size_t i = 0; i < phases_.size(); ++i) {
+      const Pair now = advanced(phases_[i], increments_[i]);
+      phases_[i] = advanced(now, increments_[i]);
+      sum += firsts(now, phases_[i]) - 1.0;
+      sum += seconds(now, phases_[i]) - 1.0;
+    }
+    return sum / static_cast<double>(voices);
+  }
+
+private:
+  static constexpr std::size_t voices = 12;
+
+  static Pair advanced(Pair phase, Pair increment) {
+    const Pair next = phase + increment;
+    return next - (next >= 2.0 ? both(2.0) : both(0.0));
+  }
+
+  std::array<Pair, voices / 2> increments_{};
+  std::array<Pair, voices / 2> phases_{};
+};
+
+float gainToOutputLevel(std::span<const float> x) {
+  return Measure::gainFrom(Measure::rmsDB(x), outputLevelDB);
+}
+
+// A material at its level: what `fill` makes, times the gain that it returns.
+template <typename Fill>
+Samples leveled(double seconds, std::uint64_t seed, Fill fill) {
+  Samples out(Signals::frameCount(seconds));
+  const float gain = fill(out, seed);
+  Measure::scale(out, gain);
+  return out;
 }
 
 } // namespace
@@ -66,75 +145,67 @@ std::size_t Signals::frameCount(double seconds) {
 }
 
 Samples Signals::pink(double seconds, std::uint64_t seed) {
-  Samples out(frameCount(seconds));
-  Xorshift64 generator(seed);
-  double b0 = 0, b1 = 0, b2 = 0, b3 = 0, b4 = 0, b5 = 0, b6 = 0;
-  for (float& sample : out) {
-    const double w = generator.nextNoise();
-    b0 = 0.99886 * b0 + 0.0555179 * w;
-    b1 = 0.99332 * b1 + 0.0750759 * w;
-    b2 = 0.969 * b2 + 0.153852 * w;
-    b3 = 0.8665 * b3 + 0.3104856 * w;
-    b4 = 0.55 * b4 + 0.5329522 * w;
-    b5 = -0.7616 * b5 - 0.016898 * w;
-    sample = static_cast<float>(0.11 * (b0 + b1 + b2 + b3 + b4 + b5 + b6 + 0.5362 * w));
-    b6 = 0.115926 * w;
-  }
-  return Measure::normalizeRMS(std::move(out), outputLevelDB);
+  return leveled(seconds, seed, fillPink);
 }
 
 Samples Signals::drums(double seconds, std::uint64_t seed) {
-  constexpr double stepSeconds = 0.3;
-  constexpr std::size_t kickFrames = 13440;
-  constexpr std::size_t snareFrames = 9600;
-  constexpr std::size_t closedHatFrames = 2640;
-  constexpr std::size_t openHatFrames = 7680;
-
-  Samples out(frameCount(seconds));
-  Xorshift64 generator(seed);
-  double time = 0; // a running sum: its rounding decides where some steps start
-  for (std::size_t step = 0; time < seconds; ++step, time += stepSeconds) {
-    const std::size_t start = frameCount(time);
-    const std::size_t position = step % 8;
-    if (position == 0 || position == 3 || position == 6)
-      addKick(voiceSpan(out, start, kickFrames));
-    if (position == 4)
-      addSnare(voiceSpan(out, start, snareFrames), generator);
-    if (position == 7)
-      addHat(voiceSpan(out, start, openHatFrames), 0.05, generator);
-    else
-      addHat(voiceSpan(out, start, closedHatFrames), 0.014, generator);
-  }
-  return Measure::normalizeRMS(std::move(out), outputLevelDB);
+  return leveled(seconds, seed, fillDrums);
 }
 
 Samples Signals::pad(double seconds, std::uint64_t seed) {
-  constexpr std::array<double, 4> rootsHz{110.0, 164.81, 220.0, 277.18};
-  constexpr std::array<double, 3> detunings{0.994, 1.0, 1.007};
+  return leveled(seconds, seed, fillPad);
+}
+
+float Signals::fillPink(std::span<float> out, std::uint64_t seed) {
+  Xorshift64 generator(seed);
+  PinkFilter filter;
+  Measure::RunningRMS rms;
+  for (std::size_t i = 0; i < out.size(); i += 2) {
+    const double first = generator.nextNoise();
+    const Pair pink = filter.next(Pair{first, generator.nextNoise()});
+    out[i] = static_cast<float>(pink[0]);
+    rms.add(out[i]);
+    if (i + 1 == out.size())
+      break;
+    out[i + 1] = static_cast<float>(pink[1]);
+    rms.add(out[i + 1]);
+  }
+  return Measure::gainFrom(rms.levelDB(out.size()), outputLevelDB);
+}
+
+float Signals::fillDrums(std::span<float> out, std::uint64_t seed) {
+  constexpr double stepSeconds = 0.3;
+
+  std::fill(out.begin(), out.end(), 0.0f);
+  Xorshift64 generator(seed);
+  double time = 0; // a running sum: its rounding decides where some steps start
+  for (std::size_t step = 0;; ++step, time += stepSeconds) {
+    const std::size_t start = frameCount(time);
+    if (start >= out.size())
+      break;
+    const std::size_t position = step % 8;
+    if (position == 0 || position == 3 || position == 6)
+      addKick(out, start);
+    if (position == 4)
+      addSnare(out, start, generator);
+    const DrumVoices& voices = DrumVoices::shared();
+    addHat(out, start, position == 7 ? voices.openHatEnvelope : voices.closedHatEnvelope,
+           generator);
+  }
+  return gainToOutputLevel(out);
+}
+
+float Signals::fillPad(std::span<float> out, std::uint64_t seed) {
   constexpr std::size_t fadeFrames = 480;
 
-  struct Sawtooth {
-    double increment; // cycles per frame
-    double phase;     // cycles
-  };
-  std::array<Sawtooth, rootsHz.size() * detunings.size()> oscillators;
   Xorshift64 generator(seed);
-  std::size_t index = 0;
-  for (const double root : rootsHz)
-    for (const double detuning : detunings)
-      oscillators[index++] = {root * detuning / sampleRateHz, generator.nextUnit()};
-
-  Samples out(frameCount(seconds));
+  SawtoothChord chord(generator);
   Biquad filter = Biquad::lowpass(5200, 0.6, sampleRateHz);
-  for (float& sample : out) {
-    double sum = 0;
-    for (Sawtooth& oscillator : oscillators) {
-      oscillator.phase += oscillator.increment;
-      if (oscillator.phase >= 1)
-        oscillator.phase -= 1;
-      sum += 2 * oscillator.phase - 1;
-    }
-    sample = filter.process(static_cast<float>(sum / static_cast<double>(oscillators.size())));
+  for (std::size_t i = 0; i < out.size(); i += 2) {
+    const Pair mean = chord.next();
+    out[i] = filter.process(static_cast<float>(mean[0]));
+    if (i + 1 < out.size())
+      out[i + 1] = filter.process(static_cast<float>(mean[1]));
   }
 
   for (std::size_t i = 0; i < std::min(out.size(), fadeFrames); ++i) {
@@ -142,26 +213,37 @@ Samples Signals::pad(double seconds, std::uint64_t seed) {
     out[i] *= gain;
     out[out.size() - 1 - i] *= gain;
   }
-  return Measure::normalizeRMS(std::move(out), outputLevelDB);
+  return gainToOutputLevel(out);
 }
 
 std::pair<Samples, Samples> Signals::stereoise(std::span<const float> mono, double correlation,
                                                std::uint64_t seed) {
+  Samples right(mono.size());
+  const float gain = fillDecorrelated(right, mono, Measure::rmsDB(mono), correlation, seed);
+  Measure::scale(right, gain);
+  return {Samples(mono.begin(), mono.end()), std::move(right)};
+}
+
+float Signals::fillDecorrelated(std::span<float> out, std::span<const float> mono, double levelDB,
+                                double correlation, std::uint64_t seed) {
   Xorshift64 generator(seed + 7717);
   Biquad filter = Biquad::lowpass(6000, 0.7, sampleRateHz);
-  Samples noise(mono.size());
-  for (float& sample : noise)
+  Measure::RunningRMS noiseRMS;
+  for (float& sample : out) {
     sample = filter.process(static_cast<float>(generator.nextNoise()));
+    noiseRMS.add(sample);
+  }
 
-  const double levelDB = Measure::rmsDB(mono);
-  noise = Measure::normalizeRMS(std::move(noise), levelDB);
-
+  const float noiseGain = Measure::gainFrom(noiseRMS.levelDB(out.size()), levelDB);
   const double noiseWeight = 1 - correlation >= 0 ? 1 - correlation : 0;
-  Samples mix(mono.size());
-  for (std::size_t i = 0; i < mix.size(); ++i)
-    mix[i] = static_cast<float>(correlation * static_cast<double>(mono[i]) +
-                                noiseWeight * static_cast<double>(noise[i]));
-  return {Samples(mono.begin(), mono.end()), Measure::normalizeRMS(std::move(mix), levelDB)};
+  Measure::RunningRMS mixRMS;
+  for (std::size_t i = 0; i < out.size(); ++i) {
+    const float noise = out[i] * noiseGain;
+    out[i] = static_cast<float>(correlation * static_cast<double>(mono[i]) +
+                                noiseWeight * static_cast<double>(noise));
+    mixRMS.add(out[i]);
+  }
+  return Measure::gainFrom(mixRMS.levelDB(out.size()), levelDB);
 }
 
 } // namespace velto

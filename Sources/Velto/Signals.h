@@ -38,7 +38,10 @@ public:
 
   // The next noise value. It lies in [-1, 3) with a mean of +1: twice the usual scale, kept because
   // every material's sound depends on it.
-  constexpr double nextNoise() { return 2 * (static_cast<double>(next() >> 11) * 0x1p-52) - 1; }
+  constexpr double nextNoise() {
+    // 53 bits fit into a signed integer, which every processor converts at once.
+    return static_cast<double>(static_cast<std::int64_t>(next() >> 11)) * 0x1p-51 - 1;
+  }
 
 private:
   std::uint64_t state_;
@@ -62,8 +65,19 @@ namespace Signals {
 
 // A stereo pair (left, right) made from `mono`: left is `mono` itself, right is mixed with
 // low-passed noise down to about the given `correlation` (1 = identical) at the level of `mono`.
-[[nodiscard]] std::pair<Samples, Samples> stereoise(std::span<const float> mono,
-                                                    double correlation, std::uint64_t seed);
+[[nodiscard]] std::pair<Samples, Samples> stereoise(std::span<const float> mono, double correlation,
+                                                    std::uint64_t seed);
+
+// The same materials before their level is set, in a buffer that the caller provides: each fills
+// all of `out` and returns the gain that takes it to -20 dB.
+[[nodiscard]] float fillPink(std::span<float> out, std::uint64_t seed);
+[[nodiscard]] float fillDrums(std::span<float> out, std::uint64_t seed);
+[[nodiscard]] float fillPad(std::span<float> out, std::uint64_t seed);
+
+// The right channel of stereoise() before its level is set: fills `out`, as long as `mono`, and
+// returns the gain that takes it to the level of `mono`, which is `levelDB`.
+[[nodiscard]] float fillDecorrelated(std::span<float> out, std::span<const float> mono,
+                                     double levelDB, double correlation, std::uint64_t seed);
 
 } // namespace Signals
 

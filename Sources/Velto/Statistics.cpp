@@ -1,39 +1,65 @@
 #include "Statistics.h"
 
 #include "Calendar.h"
-#include "Numbers.h"
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <iterator>
 
 namespace velto {
 
 namespace {
 
-// What the pass over the rows gathers.
-struct Gathered {
-  std::map<std::int64_t, BandRoll> bands;
-  std::array<std::vector<const Attempt*>, Drill::allCases.size()> byDrill{};
-  std::set<Calendar::Day> days{};
-  std::int64_t todayCount = 0;
-};
+using BandTable = std::array<BandRoll, Bands::centres.size()>;
 
-void gatherDay(Gathered& gathered, std::optional<Calendar::Day> day,
-               std::optional<Calendar::Day> today) {
-  if (!day)
-    return;
-  gathered.days.insert(gathered.days.end(), *day);
-  if (day == today)
-    gathered.todayCount = Numbers::saturatingIncrement(gathered.todayCount);
+BandTable bandTable(const std::map<std::int64_t, BandRoll>& lifetime) {
+  BandTable table{};
+  for (const auto& [band, roll] : lifetime)
+    if (band >= 0 && band < std::ssize(table))
+      table[static_cast<std::size_t>(band)] = roll;
+  return table;
 }
 
-BandStat bandStat(std::int64_t index, const std::map<std::int64_t, BandRoll>& table) {
-  const auto found = table.find(index);
-  if (found == table.end())
-    return {.index = index};
-  const BandRoll& roll = found->second;
+void addTo(BandTable& table, const Attempt& attempt) {
+  const auto band = attempt.mappedBand();
+  if (band && *band >= 0 && *band < std::ssize(table))
+    table[static_cast<std::size_t>(*band)].add(attempt);
+}
+
+// Which days there was practice on, and how many answers today has.
+class PracticeDays {
+public:
+  PracticeDays(Calendar& calendar, Date now) : calendar_(calendar), today_(calendar.day(now)) {}
+
+  void add(Date date) {
+    const auto day = calendar_.day(date);
+    if (!day)
+      return;
+    if (day == today_)
+      ++todayCount_;
+    // Neighbours in the record mostly share their day.
+    if (day != latest_)
+      days_.insert(*day);
+    latest_ = day;
+  }
+
+  [[nodiscard]] std::int64_t todayCount() const { return todayCount_; }
+  [[nodiscard]] std::int64_t streak() const {
+    return today_ ? Statistics::streak(days_, *today_) : 0;
+  }
+
+private:
+  Calendar& calendar_;
+  std::optional<Calendar::Day> today_;
+  std::optional<Calendar::Day> latest_;
+  std::set<Calendar::Day> days_;
+  std::int64_t todayCount_ = 0;
+};
+
+BandStat bandStat(std::size_t index, const BandRoll& roll) {
   const double mean = roll.attempts == 0 ? 0.0 : roll.errorSum / static_cast<double>(roll.attempts);
-  return {index, roll.attempts, roll.hits, mean};
+  return {static_cast<std::int64_t>(index), roll.attempts, roll.hits, mean};
 }
 
 // The lowest of the bands that share the largest mean error.
@@ -48,21 +74,41 @@ std::optional<BandStat> weakestOf(std::span<const BandStat> bands) {
   return weakest;
 }
 
-std::span<const Attempt* const> newest(std::span<const Attempt* const> rows, std::size_t count) {
-  return rows.last(std::min(rows.size(), count));
+// The newest answers of one drill, newest first: as many as a curve has points.
+struct Newest {
+  std::array<const Attempt*, Statistics::curveLength> rows;
+  std::size_t count = 0;
+};
+using NewestByDrill = std::array<Newest, Drill::allCases.size()>;
+
+// From the newest row backwards, until every drill has its share.
+NewestByDrill newestOf(std::span<const Attempt> attempts) {
+  NewestByDrill drills;
+  std::size_t complete = 0;
+  for (std::size_t i = attempts.size(); i-- > 0 && complete < drills.size();) {
+    Newest& drill = drills[attempts[i].drill];
+    if (drill.count == drill.rows.size())
+      continue;
+    drill.rows[drill.count++] = &attempts[i];
+    if (drill.count == drill.rows.size())
+      ++complete;
+  }
+  return drills;
 }
 
-double accuracyOf(std::span<const Attempt* const> rows) {
-  const auto hits = std::count_if(rows.begin(), rows.end(),
+double accuracyOf(const Newest& newest) {
+  const std::size_t window = std::min(newest.count, Statistics::accuracyWindow);
+  const auto begin = newest.rows.begin();
+  const auto hits = std::count_if(begin, begin + static_cast<std::ptrdiff_t>(window),
                                   [](const Attempt* attempt) { return attempt->correct; });
-  return static_cast<double>(hits) / static_cast<double>(rows.size());
+  return static_cast<double>(hits) / static_cast<double>(window);
 }
 
-std::vector<double> difficultiesOf(std::span<const Attempt* const> rows) {
-  std::vector<double> difficulties;
-  difficulties.reserve(rows.size());
-  for (const Attempt* attempt : rows)
-    difficulties.push_back(attempt->difficulty);
+std::vector<double> difficultiesOf(const Newest& newest) {
+  std::vector<double> difficulties(newest.count);
+  std::transform(newest.rows.begin(),
+                 newest.rows.begin() + static_cast<std::ptrdiff_t>(newest.count),
+                 difficulties.rbegin(), [](const Attempt* attempt) { return attempt->difficulty; });
   return difficulties;
 }
 
@@ -71,29 +117,27 @@ std::vector<double> difficultiesOf(std::span<const Attempt* const> rows) {
 Stats Statistics::compute(std::span<const Attempt> attempts,
                           const std::map<std::int64_t, BandRoll>& lifetime, Date now) {
   Calendar calendar;
-  const auto today = calendar.day(now);
-
-  Gathered gathered{.bands = lifetime};
+  PracticeDays days(calendar, now);
+  BandTable bands = bandTable(lifetime);
   for (const Attempt& attempt : attempts) {
-    if (const auto band = attempt.mappedBand())
-      gathered.bands[*band].add(attempt);
-    gathered.byDrill[attempt.drill].push_back(&attempt);
-    gatherDay(gathered, calendar.day(attempt.date), today);
+    addTo(bands, attempt);
+    days.add(attempt.date);
   }
 
   Stats stats;
-  for (std::size_t i = 0; i < Bands::centres.size(); ++i)
-    stats.bands.push_back(bandStat(static_cast<std::int64_t>(i), gathered.bands));
+  stats.bands.reserve(bands.size());
+  for (std::size_t i = 0; i < bands.size(); ++i)
+    stats.bands.push_back(bandStat(i, bands[i]));
   stats.weakest = weakestOf(stats.bands);
-  stats.streak = today ? streak(gathered.days, *today) : 0;
-  stats.todayCount = gathered.todayCount;
+  stats.streak = days.streak();
+  stats.todayCount = days.todayCount();
+  const NewestByDrill newest = newestOf(attempts);
   for (const Drill drill : Drill::allCases) {
-    const auto& rows = gathered.byDrill[drill];
-    if (rows.empty())
+    if (newest[drill].count == 0)
       continue;
     const std::string name(drill.rawValue());
-    stats.accuracy[name] = accuracyOf(newest(rows, accuracyWindow));
-    stats.curves[name] = difficultiesOf(newest(rows, curveLength));
+    stats.accuracy[name] = accuracyOf(newest[drill]);
+    stats.curves[name] = difficultiesOf(newest[drill]);
   }
   return stats;
 }

@@ -5,14 +5,13 @@
 
 #include <cmath>
 #include <cstdint>
-#include <memory>
-#include <utility>
+#include <span>
 
 namespace velto::kit {
 
-[[nodiscard]] inline Slot slotOf(Samples l, Samples r) {
-  return {std::make_shared<const Samples>(std::move(l)),
-          std::make_shared<const Samples>(std::move(r))};
+// A slot with copies of the samples.
+[[nodiscard]] inline Slot slotOf(std::span<const float> l, std::span<const float> r) {
+  return {SharedSamples(Samples(l.begin(), l.end())), SharedSamples(Samples(r.begin(), r.end()))};
 }
 
 [[nodiscard]] inline Slot constantSlot(std::size_t frames, float l, float r) {
@@ -31,7 +30,7 @@ namespace velto::kit {
     l[i] = next();
     r[i] = next();
   }
-  return slotOf(std::move(l), std::move(r));
+  return slotOf(l, r);
 }
 
 // A sine that loops without a seam: `frames` holds `cycles` whole cycles.

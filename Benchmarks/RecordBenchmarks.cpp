@@ -1,0 +1,92 @@
+// Statistics, save and load of a full record, beside one pass over its rows and over its bytes.
+
+#include "Coding.h"
+#include "Signals.h"
+#include "Statistics.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <numeric>
+#include <string>
+
+namespace velto::benchmarks {
+namespace {
+
+constexpr std::int64_t fullRecord = 5000; // rows that a profile keeps
+
+// `count` answers, the last one now, `secondsBetween` apart.
+Stored recordOf(std::int64_t count, double secondsBetween) {
+  const double now = Date::now().secondsSinceReferenceDate;
+  Xorshift64 generator(1);
+  Stored stored;
+  for (std::int64_t i = 0; i < count; ++i) {
+    const auto index = static_cast<std::size_t>(i);
+    Attempt attempt{.id = UUID::random(),
+                    .date = {now - secondsBetween * static_cast<double>(count - 1 - i)},
+                    .drill = Drill::allCases[index % Drill::allCases.size()],
+                    .material = Material::allCases[index % Material::allCases.size()],
+                    .difficulty = 50,
+                    .correct = generator.nextUnit() < 0.7,
+                    .error = generator.nextUnit(),
+                    .bandIndex = std::nullopt};
+    const std::uint64_t band = generator.next() % Bands::centres.size();
+    if (attempt.drill == Drill::frequency)
+      attempt.bandIndex = static_cast<std::int64_t>(band);
+    stored.attempts.push_back(attempt);
+  }
+  return stored;
+}
+
+void statistics(benchmark::State& state) {
+  const Stored record = recordOf(state.range(0), static_cast<double>(state.range(1)));
+  const Date now = Date::now();
+  for (auto _ : state)
+    benchmark::DoNotOptimize(Statistics::compute(record.attempts, record.lifetime, now));
+}
+// All of today, and a year of days.
+BENCHMARK(statistics)
+    ->ArgNames({"rows", "seconds between"})
+    ->Args({200, 0})
+    ->Args({2000, 0})
+    ->Args({fullRecord, 0})
+    ->Args({fullRecord, 6000})
+    ->Unit(benchmark::kMicrosecond);
+
+void rowPass(benchmark::State& state) {
+  const Stored record = recordOf(fullRecord, 0);
+  for (auto _ : state)
+    benchmark::DoNotOptimize(std::accumulate(
+        record.attempts.begin(), record.attempts.end(), 0.0,
+        [](double sum, const Attempt& attempt) { return sum + attempt.error; }));
+}
+BENCHMARK(rowPass)->Name("statistics/floor: a sum over the rows")->Unit(benchmark::kMicrosecond);
+
+void save(benchmark::State& state) {
+  const Stored record = recordOf(fullRecord, 6000);
+  for (auto _ : state)
+    benchmark::DoNotOptimize(Coding::encode(record));
+}
+BENCHMARK(save)->Unit(benchmark::kMillisecond);
+
+void load(benchmark::State& state) {
+  const std::string bytes = Coding::encode(recordOf(fullRecord, 6000)).value();
+  for (auto _ : state)
+    benchmark::DoNotOptimize(Coding::decodeStored(bytes));
+  state.SetBytesProcessed(static_cast<std::int64_t>(bytes.size()) * state.iterations());
+}
+BENCHMARK(load)->Unit(benchmark::kMillisecond);
+
+void bytePass(benchmark::State& state) {
+  const std::string bytes = Coding::encode(recordOf(fullRecord, 6000)).value();
+  for (auto _ : state) {
+    std::uint64_t hash = 0;
+    for (const char byte : bytes)
+      hash = hash * 31 + static_cast<unsigned char>(byte);
+    benchmark::DoNotOptimize(hash);
+  }
+}
+BENCHMARK(bytePass)->Name("load/floor: a hash over the bytes")->Unit(benchmark::kMillisecond);
+
+} // namespace
+} // namespace velto::benchmarks
