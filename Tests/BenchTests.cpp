@@ -61,7 +61,7 @@ TEST(Bench, leavesNeitherFolderNorVariableBehind) {
   const ScopedVariable record("VELTO_PROFILE_DIR", (folder.path() / "own").string());
   (void)linesOfARun();
   EXPECT_TRUE(fs::is_empty(folder.path()));
-  EXPECT_EQ(std::getenv("VELTO_PROFILE_DIR"), (folder.path() / "own").string());
+  EXPECT_STREQ(std::getenv("VELTO_PROFILE_DIR"), (folder.path() / "own").c_str());
 }
 
 TEST(Bench, syntheticAnswersTakeThreeDrawsEachAndCycleThroughDrillsAndMaterials) {

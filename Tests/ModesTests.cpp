@@ -126,7 +126,7 @@ TEST(Modes, outliveStandardErrorsThatGoNowhere) {
 }
 
 TEST(Modes, waitForAReaderWhosePipeIsFull) {
-  const ChildResult result = run({"--probe"}, {.out = Stream::narrow});
+  const ChildResult result = run({"--probe"}, {.out = Stream::full});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.out, run({"--probe"}).out);
 }

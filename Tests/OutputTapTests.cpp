@@ -191,7 +191,18 @@ TEST_F(OutputTapTest, staysInstalledWhileTheDeviceIsChanged) {
   engine.stop();
   ASSERT_TRUE(output.waitUntilClosed());
   ASSERT_FALSE(engine.start());
+  pulled.append(pullBuffers(1, 480, 1));
   engine.play({noiseSlot(3000, 3)}, 0, 0);
+  pulled.append(pullBuffers(2, 480, 2));
+  engine.removeTap();
+  EXPECT_EQ(listener.heard_.l, pulled.l);
+}
+
+TEST_F(OutputTapTest, staysInstalledWhenTheDeviceBreaks) {
+  engine.installTap(bufferFrames, listener.block());
+  Recording pulled = pullBuffers(1, 480);
+  output.fail();
+  ASSERT_FALSE(engine.start());
   pulled.append(pullBuffers(2, 480, 1));
   engine.removeTap();
   EXPECT_EQ(listener.heard_.l, pulled.l);

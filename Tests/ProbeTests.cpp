@@ -141,7 +141,7 @@ TEST(Probe, leavesNeitherFolderNorVariableBehind) {
   const ScopedVariable record("VELTO_PROFILE_DIR", (folder.path() / "own").string());
   EXPECT_TRUE(runProbe().passed);
   EXPECT_TRUE(fs::is_empty(folder.path()));
-  EXPECT_EQ(std::getenv("VELTO_PROFILE_DIR"), (folder.path() / "own").string());
+  EXPECT_STREQ(std::getenv("VELTO_PROFILE_DIR"), (folder.path() / "own").c_str());
 }
 
 TEST(Probe, passesWithoutATemporaryDirectory) {

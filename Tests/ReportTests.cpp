@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <fcntl.h>
 #include <iostream>
+#include <unistd.h>
 
 namespace velto {
 namespace {
@@ -37,6 +39,19 @@ TEST(Report, linesStandWhereTheyWerePrinted) {
   Report::line("fifth — with a dash");
   EXPECT_EQ(output.text(), "first\nsecond\nthird\n\nfifth — with a dash\n");
   EXPECT_TRUE(Report::isComplete());
+}
+
+TEST(ReportDeathTest, noFileTakesThePlaceOfAClosedStreamAndWritingThereStillFails) {
+  EXPECT_EXIT(
+      {
+        ::close(STDIN_FILENO);
+        ::close(STDOUT_FILENO);
+        Report::prepareStreams();
+        const int file = ::open("/", O_RDONLY);
+        Report::line("for nobody");
+        ::_exit(file > STDERR_FILENO && !Report::isComplete() ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "Velto: the report cannot be written: Bad file descriptor\n");
 }
 
 } // namespace

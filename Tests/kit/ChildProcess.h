@@ -2,6 +2,7 @@
 // choice.
 #pragma once
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -25,7 +26,7 @@ struct ChildOptions {
     closed,     // no descriptor at all
     readerGone, // a pipe that nobody reads
     fullDisk,
-    narrow // a small pipe that makes no writer wait
+    full // a pipe that makes no writer wait, filled up, and read a while after the start
   };
 
   std::map<std::string, std::string> environment{}; // nothing else is inherited
@@ -47,13 +48,13 @@ public:
       childEnd_ = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
     } else if (kind != ChildOptions::Stream::closed) {
       int ends[2];
-      const int flags = kind == ChildOptions::Stream::narrow ? O_CLOEXEC | O_NONBLOCK : O_CLOEXEC;
+      const int flags = kind == ChildOptions::Stream::full ? O_CLOEXEC | O_NONBLOCK : O_CLOEXEC;
       if (::pipe2(ends, flags) != 0)
         throw std::runtime_error("no pipe");
       ownEnd_ = ends[0];
       childEnd_ = ends[1];
-      if (kind == ChildOptions::Stream::narrow)
-        ::fcntl(childEnd_, F_SETPIPE_SZ, 4096);
+      while (kind == ChildOptions::Stream::full && ::write(childEnd_, "x", 1) == 1)
+        ++filling_;
     }
     if (kind == ChildOptions::Stream::readerGone)
       close(ownEnd_);
@@ -76,13 +77,15 @@ public:
   void leaveToChild() { close(childEnd_); }
   [[nodiscard]] int readEnd() const { return ownEnd_; }
 
-  // Appends what has come; closes at the end.
+  // Appends what has come, without the filling; closes at the end.
   void read(std::string& text) {
     char bytes[4096];
     const ssize_t count = ::read(ownEnd_, bytes, sizeof bytes);
-    if (count > 0)
-      text.append(bytes, static_cast<std::size_t>(count));
-    else if (count == 0 || (errno != EINTR && errno != EAGAIN))
+    if (count > 0) {
+      const auto skipped = std::min(filling_, count);
+      filling_ -= skipped;
+      text.append(bytes + skipped, static_cast<std::size_t>(count - skipped));
+    } else if (count == 0 || (errno != EINTR && errno != EAGAIN))
       close(ownEnd_);
   }
 
@@ -93,6 +96,7 @@ private:
     descriptor = -1;
   }
 
+  ssize_t filling_ = 0; // bytes that are not the child's
   int ownEnd_ = -1;
   int childEnd_ = -1;
 };
@@ -126,6 +130,9 @@ private:
   out.leaveToChild();
   error.leaveToChild();
 
+  // Nothing depends on this but that the child finds the pipe still full.
+  if (options.out == ChildOptions::Stream::full)
+    ::poll(nullptr, 0, 500);
   ChildResult result;
   const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
   while (out.readEnd() >= 0 || error.readEnd() >= 0) {
