@@ -34,10 +34,10 @@ Recording scaled(Recording recording, double gain) {
 }
 
 Slot inverted(const Slot& slot) {
-  Samples r = *slot.r;
+  Samples r(slot.r->begin(), slot.r->end());
   for (float& sample : r)
     sample = -sample;
-  return {slot.l, std::make_shared<const Samples>(std::move(r))};
+  return {slot.l, SharedSamples(std::move(r))};
 }
 
 // Noise with one band lifted, in both channels.

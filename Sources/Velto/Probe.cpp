@@ -63,14 +63,15 @@ double crestDB(std::span<const float> x) {
 struct Pair {
   Samples a, b;
 
-  explicit Pair(const std::vector<Slot>& slots) : a(*slots[0].l), b(*slots[1].l) {}
+  explicit Pair(const std::vector<Slot>& slots)
+      : a(slots[0].l->begin(), slots[0].l->end()), b(slots[1].l->begin(), slots[1].l->end()) {}
 
   // How much louder B is.
   [[nodiscard]] double levelDB() const { return Measure::rmsDB(b) - Measure::rmsDB(a); }
 
   // How much louder B is at `frequency` Hz.
   [[nodiscard]] double liftDB(double frequency) const {
-    const auto magnitude = [frequency](const Samples& x) {
+    const auto magnitude = [frequency](std::span<const float> x) {
       return std::max(Measure::magnitudeAt(x, frequency, sampleRateHz), 1e-12);
     };
     return 20 * std::log10(magnitude(b) / magnitude(a));
@@ -240,7 +241,7 @@ std::vector<Slot> polaritySlots(double correlation) {
 void polarityGate() {
   Probe::line("── polarity");
   const std::vector<Slot> slots = polaritySlots(1);
-  const Samples& even = *slots[0].r;
+  const std::span<const float> even = *slots[0].r;
   const double evenDB = Measure::rmsDB(even);
   const double residual = Measure::rmsDB(sum(*slots[1].r, even)) - evenDB;
   Probe::check("flipped channel nulls against the normal one", residual < -80,
