@@ -38,8 +38,9 @@ std::size_t trialsPerDrill(std::size_t usual) {
   return text == nullptr ? usual : static_cast<std::size_t>(std::atoi(text));
 }
 
+// The strip's last pixel stands for its end.
 int pixelAt(double share) {
-  return stripLeft + static_cast<int>(std::lround(share * stripWidth));
+  return stripLeft + std::min(static_cast<int>(std::lround(share * stripWidth)), stripWidth - 1);
 }
 
 // One listener at the program, practising one drill.
