@@ -56,9 +56,9 @@ BENCHMARK(statistics)
 void rowPass(benchmark::State& state) {
   const Stored record = recordOf(fullRecord, 0);
   for (auto _ : state)
-    benchmark::DoNotOptimize(std::accumulate(
-        record.attempts.begin(), record.attempts.end(), 0.0,
-        [](double sum, const Attempt& attempt) { return sum + attempt.error; }));
+    benchmark::DoNotOptimize(
+        std::accumulate(record.attempts.begin(), record.attempts.end(), 0.0,
+                        [](double sum, const Attempt& attempt) { return sum + attempt.error; }));
 }
 BENCHMARK(rowPass)->Name("statistics/floor: a sum over the rows")->Unit(benchmark::kMicrosecond);
 

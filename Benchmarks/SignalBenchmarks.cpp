@@ -16,7 +16,8 @@ namespace {
 constexpr std::uint64_t seed = 4242;
 
 // `work` returns a value, so that none of it is optimised away.
-template <typename Work> void measure(const std::string& name, Work work) {
+template <typename Work>
+void measure(const std::string& name, Work work) {
   benchmark::RegisterBenchmark(name.c_str(), [work](benchmark::State& state) {
     for (auto _ : state)
       benchmark::DoNotOptimize(work());
@@ -50,7 +51,8 @@ void measureMaterials() {
   measure("stereoise/literal", [] { return literal::stereoise(noise(), 0.5, seed); });
 }
 
-template <typename Section> Samples filtered(Section section) {
+template <typename Section>
+Samples filtered(Section section) {
   Samples out(noise().size());
   for (std::size_t i = 0; i < out.size(); ++i)
     out[i] = section.process(noise()[i]);

@@ -9,7 +9,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <span>
+#include <thread>
 #include <vector>
 
 namespace velto {
@@ -86,6 +88,29 @@ RC_GTEST_PROP(RenderLaw, TheSameTrialGivesTheSameSamples, ()) {
   for (std::size_t s = 0; s < first.size(); ++s) {
     require(sameBits(left(first, s), left(second, s)));
     require(sameBits(right(first, s), right(second, s)));
+  }
+}
+
+// The first renders of the process too, when this runs alone: what is made once is made then.
+TEST(RenderThreads, EightAtOnceRenderWhatOneRenders) {
+  constexpr std::size_t threadCount = 8;
+  const auto trialOf = [](std::size_t i) {
+    return Drills::makeTrial(50, Material::allCases[(i + 1) % 3], 4242 + i / 4,
+                             Drill::allCases[i % 4]);
+  };
+  std::vector<std::vector<std::vector<Slot>>> rendered(threadCount);
+  {
+    std::vector<std::jthread> threads;
+    for (std::size_t t = 0; t < threadCount; ++t)
+      threads.emplace_back([&trialOf, &mine = rendered[t]] {
+        for (std::size_t i = 0; i < 12; ++i)
+          mine.push_back(Drills::render(trialOf(i), 0.5));
+      });
+  }
+  for (std::size_t i = 0; i < 12; ++i) {
+    const auto expected = literal::render(literalTrial(trialOf(i)), 0.5);
+    for (std::size_t t = 0; t < threadCount; ++t)
+      EXPECT_TRUE(sameBits(rendered[t].at(i), expected)) << t << ", " << i;
   }
 }
 
@@ -351,6 +376,26 @@ TEST(Compressor, IsTheModelsToTheLastBitOverATrialsLength) {
       const literal::Compressed expected = literal::compressorHitting(target, x);
       EXPECT_TRUE(sameBits(actual.out, expected.out)) << material << " " << target;
       EXPECT_TRUE(sameBits(actual.grDB, expected.grDB)) << material << " " << target;
+    }
+  }
+}
+
+TEST(Compressor, IsTheModelsToTheLastBitWhateverTheSamples) {
+  const float infinity = std::numeric_limits<float>::infinity();
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const double noNumber = std::numeric_limits<double>::quiet_NaN();
+  const std::vector<Samples> buffers{{0.5f, nan, 0.25f, -0.5f},
+                                     {0.5f, infinity, 0.25f, nan, -infinity},
+                                     {nan, nan},
+                                     {1e-9f, -1e-9f, 1e-10f, 0.0f, -0.0f, 1e-45f, nan},
+                                     {1e-7f, 1e-9f, 3e-9f, 2e-9f, 0.0f},
+                                     {3e38f, -1.0f, 1e-38f, 0.0f, 1.0f}};
+  for (const Samples& x : buffers) {
+    for (const double target : {-1.0, 0.0, 1e-3, 6.0, 50.0, HUGE_VAL, -HUGE_VAL, noNumber}) {
+      const Drills::Compressed actual = Drills::compressorHitting(target, x);
+      const literal::Compressed expected = literal::compressorHitting(target, x);
+      EXPECT_TRUE(sameBits(actual.out, expected.out)) << x[0] << " " << target;
+      EXPECT_TRUE(sameBits(actual.grDB, expected.grDB)) << x[0] << " " << target;
     }
   }
 }

@@ -64,7 +64,10 @@ Calendar::Calendar() {
   tzset();
 }
 
-std::optional<Calendar::Day> Calendar::lookUp(double seconds) {
+std::optional<Calendar::Day> Calendar::day(Date date) {
+  if (isOnSameDay(date))
+    return day_;
+  const double seconds = date.secondsSinceReferenceDate + Date::referenceSince1970;
   if (!(seconds >= -0x1p62 && seconds <= 0x1p62))
     return std::nullopt;
   const auto moment = static_cast<std::int64_t>(std::floor(seconds));
@@ -72,8 +75,10 @@ std::optional<Calendar::Day> Calendar::lookUp(double seconds) {
   if (!local)
     return std::nullopt;
   // So far from now a double does not hold every second, nor the bounds of a day.
-  if (std::abs(moment) > std::int64_t{1} << 52)
+  if (std::abs(moment) > std::int64_t{1} << 52) {
+    begin_ = end_ = 0;
     return local->day;
+  }
   const std::int64_t midnight = local->day * secondsInDay - local->offset;
   begin_ = static_cast<double>(reach(moment, midnight, *local));
   end_ = static_cast<double>(reach(moment, midnight + secondsInDay - 1, *local) + 1);

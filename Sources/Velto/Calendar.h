@@ -23,16 +23,15 @@ public:
   Calendar();
 
   // None for a date that is not finite or too far away for the system's calendar.
-  [[nodiscard]] std::optional<Day> day(Date date) {
+  [[nodiscard]] std::optional<Day> day(Date date);
+
+  // Whether `date` lies on the day that day() last found. May be false although it does.
+  [[nodiscard]] bool isOnSameDay(Date date) const {
     const double seconds = date.secondsSinceReferenceDate + Date::referenceSince1970;
-    if (seconds >= begin_ && seconds < end_)
-      return day_;
-    return lookUp(seconds);
+    return seconds >= begin_ && seconds < end_;
   }
 
 private:
-  [[nodiscard]] std::optional<Day> lookUp(double seconds);
-
   // Seconds since 1970-01-01 00:00:00 UTC that share one day: begin_ <= t < end_. Whole numbers.
   double begin_ = 0;
   double end_ = 0;

@@ -5,7 +5,7 @@
 namespace velto {
 
 std::optional<std::int64_t> Attempt::mappedBand() const {
-  return drill == Drill::frequency ? bandIndex : std::nullopt;
+  return isMapped() ? bandIndex : std::nullopt;
 }
 
 void BandRoll::add(const Attempt& attempt) {

@@ -25,6 +25,8 @@ struct Attempt {
   double error = 0;                      // octaves (frequency), dB (level, dynamics), 0 or 1
   std::optional<std::int64_t> bandIndex; // frequency: the centre in Bands::centres, 0 to 26
 
+  // Whether the answer counts for a band of the weakness map: that of its `bandIndex`.
+  [[nodiscard]] bool isMapped() const { return drill == Drill::frequency && bandIndex; }
   // The band of the weakness map that the answer counts for, if any.
   [[nodiscard]] std::optional<std::int64_t> mappedBand() const;
 

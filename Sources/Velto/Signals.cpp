@@ -89,37 +89,66 @@ private:
 // phases themselves. Oscillators run two to a pair, the sums of two successive frames in another.
 class SawtoothChord {
 public:
+  static constexpr std::size_t blockFrames = 8;
+  using Block = std::array<Pair, blockFrames / 2>; // successive frames
+
   explicit SawtoothChord(Xorshift64& generator) {
     constexpr std::array<double, 4> rootsHz{110.0, 164.81, 220.0, 277.18};
     constexpr std::array<double, 3> detunings{0.994, 1.0, 1.007};
     for (std::size_t i = 0; i < voices; ++i) {
-      increments_[i / 2][i % 2] = 2 * (rootsHz[i / 3] * detunings[i % 3] / sampleRateHz);
-      phases_[i / 2][i % 2] = 2 * generator.nextUnit();
+      const double increment = rootsHz[i / 3] * detunings[i % 3] / sampleRateHz;
+      oscillators_[i / 2].increment[i % 2] = 2 * increment;
+      oscillators_[i / 2].phase[i % 2] = 2 * generator.nextUnit();
     }
   }
 
-  // The mean of the oscillators in the next two frames.
-  Pair next() {
-    Pair sum{};
-    for (std::size_t i = 0; i < phases_.size(); ++i) {
-      const Pair now = advanced(phases_[i], increments_[i]);
-      phases_[i] = advanced(now, increments_[i]);
-      sum += firsts(now, phases_[i]) - 1.0;
-      sum += seconds(now, phases_[i]) - 1.0;
+  // The mean of the oscillators in the next frames.
+  Block next() {
+    Block sums{};
+    for (Oscillators& pair : oscillators_) {
+      if (pair.mayWrap())
+        pair.addTo<true>(sums);
+      else
+        pair.addTo<false>(sums);
     }
-    return sum / static_cast<double>(voices);
+    for (Pair& sum : sums)
+      sum /= static_cast<double>(voices);
+    return sums;
   }
 
 private:
   static constexpr std::size_t voices = 12;
 
-  static Pair advanced(Pair phase, Pair increment) {
-    const Pair next = phase + increment;
-    return next - (next >= 2.0 ? both(2.0) : both(0.0));
-  }
+  struct Oscillators {
+    Pair increment{};
+    Pair phase{}; // 0 up to 2
 
-  std::array<Pair, voices / 2> increments_{};
-  std::array<Pair, voices / 2> phases_{};
+    // Whether a phase may reach 2 within a block; with a frame to spare for rounding.
+    [[nodiscard]] bool mayWrap() const {
+      const Pair end = phase + static_cast<double>(blockFrames + 1) * increment;
+      return end[0] >= 2 || end[1] >= 2;
+    }
+
+    template <bool wraps>
+    Pair advance() {
+      phase += increment;
+      if constexpr (wraps)
+        phase -= phase >= 2.0 ? both(2.0) : both(0.0);
+      return phase;
+    }
+
+    template <bool wraps>
+    void addTo(Block& sums) {
+      for (Pair& sum : sums) {
+        const Pair now = advance<wraps>();
+        const Pair then = advance<wraps>();
+        sum += firsts(now, then) - 1.0;
+        sum += seconds(now, then) - 1.0;
+      }
+    }
+  };
+
+  std::array<Oscillators, voices / 2> oscillators_;
 };
 
 float gainToOutputLevel(std::span<const float> x) {
@@ -201,11 +230,11 @@ float Signals::fillPad(std::span<float> out, std::uint64_t seed) {
   Xorshift64 generator(seed);
   SawtoothChord chord(generator);
   Biquad filter = Biquad::lowpass(5200, 0.6, sampleRateHz);
-  for (std::size_t i = 0; i < out.size(); i += 2) {
-    const Pair mean = chord.next();
-    out[i] = filter.process(static_cast<float>(mean[0]));
-    if (i + 1 < out.size())
-      out[i + 1] = filter.process(static_cast<float>(mean[1]));
+  for (std::size_t begin = 0; begin < out.size(); begin += SawtoothChord::blockFrames) {
+    const SawtoothChord::Block means = chord.next();
+    const std::size_t count = std::min(SawtoothChord::blockFrames, out.size() - begin);
+    for (std::size_t i = 0; i < count; ++i)
+      out[begin + i] = filter.process(static_cast<float>(means[i / 2][i % 2]));
   }
 
   for (std::size_t i = 0; i < std::min(out.size(), fadeFrames); ++i) {

@@ -22,38 +22,45 @@ BandTable bandTable(const std::map<std::int64_t, BandRoll>& lifetime) {
 }
 
 void addTo(BandTable& table, const Attempt& attempt) {
-  const auto band = attempt.mappedBand();
-  if (band && *band >= 0 && *band < std::ssize(table))
-    table[static_cast<std::size_t>(*band)].add(attempt);
+  if (attempt.isMapped() && *attempt.bandIndex >= 0 && *attempt.bandIndex < std::ssize(table))
+    table[static_cast<std::size_t>(*attempt.bandIndex)].add(attempt);
 }
 
-// Which days there was practice on, and how many answers today has.
+// Which days there was practice on, and how many answers today has. Rows that lie on one day, as
+// neighbours mostly do, cost a comparison.
 class PracticeDays {
 public:
-  PracticeDays(Calendar& calendar, Date now) : calendar_(calendar), today_(calendar.day(now)) {}
+  explicit PracticeDays(Date now) : today_(calendar_.day(now)), isToday_(today_.has_value()) {}
 
   void add(Date date) {
-    const auto day = calendar_.day(date);
-    if (!day)
-      return;
-    if (day == today_)
-      ++todayCount_;
-    // Neighbours in the record mostly share their day.
-    if (day != latest_)
-      days_.insert(*day);
-    latest_ = day;
+    if (calendar_.isOnSameDay(date) || enterDayOf(date))
+      todayCount_ += isToday_ ? 1 : 0;
   }
 
   [[nodiscard]] std::int64_t todayCount() const { return todayCount_; }
-  [[nodiscard]] std::int64_t streak() const {
-    return today_ ? Statistics::streak(days_, *today_) : 0;
+  [[nodiscard]] std::int64_t streak() {
+    if (!today_)
+      return 0;
+    if (todayCount_ > 0)
+      days_.insert(*today_);
+    return Statistics::streak(days_, *today_);
   }
 
 private:
-  Calendar& calendar_;
+  // False for a date that lies on no day.
+  bool enterDayOf(Date date) {
+    const auto day = calendar_.day(date);
+    if (!day)
+      return false;
+    days_.insert(*day);
+    isToday_ = day == today_;
+    return true;
+  }
+
+  Calendar calendar_;
   std::optional<Calendar::Day> today_;
-  std::optional<Calendar::Day> latest_;
-  std::set<Calendar::Day> days_;
+  std::set<Calendar::Day> days_; // today among them at last
+  bool isToday_;                 // whether the calendar stands on today
   std::int64_t todayCount_ = 0;
 };
 
@@ -116,8 +123,7 @@ std::vector<double> difficultiesOf(const Newest& newest) {
 
 Stats Statistics::compute(std::span<const Attempt> attempts,
                           const std::map<std::int64_t, BandRoll>& lifetime, Date now) {
-  Calendar calendar;
-  PracticeDays days(calendar, now);
+  PracticeDays days(now);
   BandTable bands = bandTable(lifetime);
   for (const Attempt& attempt : attempts) {
     addTo(bands, attempt);
