@@ -120,9 +120,9 @@ TEST(SessionStartDeathTest, RefusesAClockThatShowsNoTime) {
   ManualQueues work;
   kit::FakeOutput output;
   for (const double time : impossible)
-    EXPECT_DEATH(Session(Drill::frequency, work.queues(),
-                         std::make_unique<Player>(output.factory()), time),
-                 "clock");
+    EXPECT_DEATH(
+        Session(Drill::frequency, work.queues(), std::make_unique<Player>(output.factory()), time),
+        "clock");
 }
 
 TEST(SessionChanges, ADrillStartsOneTrialWithItsMaterial) {

@@ -63,7 +63,7 @@ Item {
         color: Theme.palette.surface
         opacity: area.session.rendering ? 1 - 0.4 : 0
 
-        Behavior on opacity {
+        Behavior on opacity  {
             NumberAnimation {
                 duration: 150
                 easing.type: Easing.OutCubic

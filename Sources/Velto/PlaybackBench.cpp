@@ -1,7 +1,7 @@
 #include "PlaybackBench.h"
 
-#include "Player.h"
 #include "Drills.h"
+#include "Player.h"
 #include "Session.h"
 
 #include <chrono>

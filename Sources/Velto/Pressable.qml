@@ -11,7 +11,8 @@ Item {
 
     Accessible.role: Accessible.Button
     Accessible.name: name
-    Accessible.onPressAction: if (enabled) activated()
+    Accessible.onPressAction: if (enabled)
+        activated()
 
     MouseArea {
         id: mouse

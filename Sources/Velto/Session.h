@@ -5,8 +5,8 @@
 // copy.
 #pragma once
 
-#include "Player.h"
 #include "Drills.h"
+#include "Player.h"
 #include "Profile.h"
 #include "Publisher.h"
 

@@ -15,20 +15,16 @@ Item {
             spacing: 10
 
             Repeater {
-                model: [
-                    {
-                        label: "STREAK",
-                        value: panel.progress.streak
-                    },
-                    {
-                        label: "TODAY",
-                        value: panel.progress.today
-                    },
-                    {
-                        label: "ACC",
-                        value: panel.progress.accuracy
-                    }
-                ]
+                model: [{
+                        "label": "STREAK",
+                        "value": panel.progress.streak
+                    }, {
+                        "label": "TODAY",
+                        "value": panel.progress.today
+                    }, {
+                        "label": "ACC",
+                        "value": panel.progress.accuracy
+                    }]
 
                 Stat {
                     required property var modelData

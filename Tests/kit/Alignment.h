@@ -16,8 +16,8 @@ namespace velto::kit {
 [[nodiscard]] std::optional<std::size_t> loopPhase(const Recording& recording, std::size_t begin,
                                                    std::size_t count, const Slot& slot);
 
-// The first frame in [begin, end) at which `recording` is not the loop of `slot` whose frame `phase`
-// is recorded at `begin`; `end` if there is none. Bits are compared, in both channels.
+// The first frame in [begin, end) at which `recording` is not the loop of `slot` whose frame
+// `phase` is recorded at `begin`; `end` if there is none. Bits are compared, in both channels.
 [[nodiscard]] std::size_t firstDifference(const Recording& recording, std::size_t begin,
                                           std::size_t end, const Slot& slot, std::size_t phase);
 

@@ -33,7 +33,8 @@ pid_t spawn(std::vector<std::string> words, int output) {
   check(posix_spawn_file_actions_init(&actions), "posix_spawn_file_actions_init");
   posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
   pid_t child = -1;
-  const int error = posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
+  const int error =
+      posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
   check(error, arguments[0]);
   return child;

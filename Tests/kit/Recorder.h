@@ -16,7 +16,8 @@
 namespace velto::kit {
 
 // Records the monitor of a sink, through `parec` in a process of its own, from construction to
-// `stop`. The recorded frames are the test's clock: waiting for them waits for the sink's real time.
+// `stop`. The recorded frames are the test's clock: waiting for them waits for the sink's real
+// time.
 //
 // All functions are called by one thread. What goes wrong is thrown as a std::runtime_error.
 class Recorder {

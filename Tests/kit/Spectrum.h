@@ -6,8 +6,8 @@
 
 namespace velto::kit {
 
-// The power spectrum of `x` (a power of two of samples) under a Hann window: bins 0 to size / 2, the
-// bin k at k * 48000 / size Hz. The powers sum to the mean power of the windowed signal.
+// The power spectrum of `x` (a power of two of samples) under a Hann window: bins 0 to size / 2,
+// the bin k at k * 48000 / size Hz. The powers sum to the mean power of the windowed signal.
 [[nodiscard]] std::vector<double> powerSpectrum(std::span<const float> x);
 
 // The part of `x`'s power (as above) that lies at `lowHz` and above, in dB relative to the whole.
