@@ -17,6 +17,8 @@ Usage: ./build.sh [COMMAND]
       --matrix      the tests across compilers and architectures
       --asan        built with the address and undefined-behaviour sanitizers
       --tsan        built with the thread sanitizer
+  lint              run the formatters and the checkers over the sources
+      --fix         let the formatters rewrite the sources
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
                     go to the benchmarks, for example --benchmark_filter=render
   help              this text
@@ -75,6 +77,13 @@ testPackages=(
   qml6-module-qtquick-window
   qml6-module-qttest
   valgrind
+)
+
+lintPackages=(
+  clang-format-14
+  flake8
+  qt6-declarative-dev-tools
+  shellcheck
 )
 
 benchPackages=(
@@ -291,6 +300,15 @@ runTests() {
   exit "$status"
 }
 
+# --- Lint -----------------------------------------------------------------------------------------
+
+lint() {
+  provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
+    "${lintPackages[@]}"
+  configure release "$root/build" VELTO_BUILD_TESTS=ON
+  exec "$root/Tests/lint/lint" "$@" "$root/build"
+}
+
 # --- Bench ----------------------------------------------------------------------------------------
 
 bench() {
@@ -312,6 +330,10 @@ case $command in
   build) (($# == 0)) || fail "build takes no '$1'; try ./build.sh help" 2; build ;;
   run) run "$@" ;;
   test) runTests "$@" ;;
+  lint)
+    (($# == 0)) || [[ $# == 1 && $1 == --fix ]] || fail "lint takes only --fix; try ./build.sh help" 2
+    lint "$@"
+    ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;
