@@ -48,9 +48,10 @@ WorkQueues qtWorkQueues() {
               }};
 }
 
-AppDelegate::AppDelegate(LaunchOptions options)
+AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
     : options_(std::move(options)),
-      session_(options_.drill, qtWorkQueues(), std::make_unique<Player>(), secondsSince1970()),
+      session_(options_.drill, qtWorkQueues(), std::make_unique<Player>(std::move(makeDevice)),
+               secondsSince1970()),
       appearance_(options_.fixedDark), model_(session_), progress_(session_) {}
 
 AppDelegate::~AppDelegate() {
