@@ -126,9 +126,13 @@ private:
     return "drag";
   }
 
+  // Suspension follows the focus at once.
   std::string focus(bool front) {
+    const bool wasActive = window().isActive();
     (front ? static_cast<QWindow*>(&window()) : &other_)->requestActivate();
     QCoreApplication::processEvents();
+    if (window().isActive() != wasActive)
+      EXPECT_EQ(session().suspended(), wasActive) << (front ? "to the front" : "to the back");
     return front ? "to the front" : "to the back";
   }
 
@@ -209,6 +213,7 @@ TEST(Race, RandomInputBreaksNoRuleOfTheSession) {
     const Moment after(storm.session());
     ASSERT_EQ(brokenInvariant(storm.session()), "") << "input " << i << ": " << words;
     ASSERT_EQ(brokenStep(before, after), "") << "input " << i << ": " << words;
+    ASSERT_FALSE(::testing::Test::HasFailure()) << "input " << i << ": " << words;
     graded += after.recorded != before.recorded ? 1 : 0;
     suspensions += storm.session().suspended() && !wasSuspended ? 1 : 0;
     wasRendering += before.rendering ? 1 : 0;
