@@ -17,6 +17,7 @@ Usage: ./build.sh [COMMAND]
       --matrix      the tests across compilers and architectures
       --asan        built with the address and undefined-behaviour sanitizers
       --tsan        built with the thread sanitizer
+  package           build a Debian package, in build-package/
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
                     go to the benchmarks, for example --benchmark_filter=render
   help              this text
@@ -52,6 +53,11 @@ runPackages=(
   qml6-module-qtqml
   qml6-module-qtqml-workerscript
   qml6-module-qtquick
+)
+
+packagePackages=(
+  dpkg-dev
+  file
 )
 
 deskPackages=(
@@ -291,6 +297,20 @@ runTests() {
   exit "$status"
 }
 
+# --- Package --------------------------------------------------------------------------------------
+
+package() {
+  local folder=$root/build-package
+  provide "${buildPackages[@]}" "${packagePackages[@]}"
+  configure release "$folder" VELTO_BUILD_TESTS=OFF \
+    CMAKE_CXX_FLAGS='-fstack-protector-strong -D_FORTIFY_SOURCE=2' \
+    CMAKE_EXE_LINKER_FLAGS=-Wl,-z,relro,-z,now
+  compile "$folder"
+  rm -f "$folder"/velto_*.deb
+  (cd "$folder" && cpack -G DEB)
+  say "The package: $(compgen -G "$folder/velto_*.deb")"
+}
+
 # --- Bench ----------------------------------------------------------------------------------------
 
 bench() {
@@ -312,6 +332,7 @@ case $command in
   build) (($# == 0)) || fail "build takes no '$1'; try ./build.sh help" 2; build ;;
   run) run "$@" ;;
   test) runTests "$@" ;;
+  package) (($# == 0)) || fail "package takes no '$1'; try ./build.sh help" 2; package ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;
