@@ -19,6 +19,7 @@ Usage: ./build.sh [COMMAND]
       --tsan        built with the thread sanitizer
   lint              run the formatters and the checkers over the sources
       --fix         let the formatters rewrite the sources
+  package           build a Debian package, in build-package/
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
                     go to the benchmarks, for example --benchmark_filter=render
   help              this text
@@ -54,6 +55,11 @@ runPackages=(
   qml6-module-qtqml
   qml6-module-qtqml-workerscript
   qml6-module-qtquick
+)
+
+packagePackages=(
+  dpkg-dev
+  file
 )
 
 deskPackages=(
@@ -309,6 +315,20 @@ lint() {
   exec "$root/Tests/lint/lint" "$@" "$root/build"
 }
 
+# --- Package --------------------------------------------------------------------------------------
+
+package() {
+  local folder=$root/build-package
+  provide "${buildPackages[@]}" "${packagePackages[@]}"
+  configure release "$folder" VELTO_BUILD_TESTS=OFF \
+    CMAKE_CXX_FLAGS='-fstack-protector-strong -D_FORTIFY_SOURCE=2' \
+    CMAKE_EXE_LINKER_FLAGS=-Wl,-z,relro,-z,now
+  compile "$folder"
+  rm -f "$folder"/velto_*.deb
+  (cd "$folder" && cpack -G DEB)
+  say "The package: $(compgen -G "$folder/velto_*.deb")"
+}
+
 # --- Bench ----------------------------------------------------------------------------------------
 
 bench() {
@@ -334,6 +354,7 @@ case $command in
     (($# == 0)) || [[ $# == 1 && $1 == --fix ]] || fail "lint takes only --fix; try ./build.sh help" 2
     lint "$@"
     ;;
+  package) (($# == 0)) || fail "package takes no '$1'; try ./build.sh help" 2; package ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;
