@@ -20,6 +20,7 @@ Usage: ./build.sh [COMMAND]
       --coverage    count the lines that the tests run; fails below 95 % of the core's
   lint              run the formatters and the checkers over the sources
       --fix         let the formatters rewrite the sources
+  package           build a Debian package, in build-package/
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
                     go to the benchmarks, for example --benchmark_filter=render
   help              this text
@@ -55,6 +56,11 @@ runPackages=(
   qml6-module-qtqml
   qml6-module-qtqml-workerscript
   qml6-module-qtquick
+)
+
+packagePackages=(
+  dpkg-dev
+  file
 )
 
 deskPackages=(
@@ -271,15 +277,17 @@ trial() {
 # --- Test -----------------------------------------------------------------------------------------
 
 runTests() {
-  local preset=release folder=$root/build label=default targets=()
-  local -a extra=() packages=() wrapper=()
+  local preset=release folder=$root/build label=default
+  local -a extra=() packages=() wrapper=() targets=()
   while (($# > 0)); do
     case $1 in
       --long) label=long ;;
       --matrix) label=matrix packages=("${matrixPackages[@]}") ;;
       --asan) preset=asan-ubsan folder=$root/build-asan-ubsan ;;
-      --tsan) preset=tsan folder=$root/build-tsan label=threads targets=(--target velto_thread_tests) ;;
-      --coverage) preset=coverage folder=$root/build-coverage packages=("${coveragePackages[@]}") ;;
+      --tsan) preset=tsan folder=$root/build-tsan label=threads ;;
+      --coverage)
+        preset=coverage folder=$root/build-coverage label=lines packages=("${coveragePackages[@]}")
+        ;;
       *) extra+=("$1") ;;
     esac
     shift
@@ -287,6 +295,7 @@ runTests() {
   provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
     "${packages[@]}"
   configure "$preset" "$folder" VELTO_BUILD_TESTS=ON
+  case $label in threads | lines) targets=(--target "velto_${label}_tests") ;; esac
   compile "$folder" "${targets[@]}"
 
   case $preset in
@@ -336,6 +345,20 @@ lint() {
   exec "$root/Tests/lint/lint" "$@" "$root/build"
 }
 
+# --- Package --------------------------------------------------------------------------------------
+
+package() {
+  local folder=$root/build-package
+  provide "${buildPackages[@]}" "${packagePackages[@]}"
+  configure release "$folder" VELTO_BUILD_TESTS=OFF \
+    CMAKE_CXX_FLAGS='-fstack-protector-strong -D_FORTIFY_SOURCE=2' \
+    CMAKE_EXE_LINKER_FLAGS=-Wl,-z,relro,-z,now
+  compile "$folder"
+  rm -f "$folder"/velto_*.deb
+  (cd "$folder" && cpack -G DEB)
+  say "The package: $(compgen -G "$folder/velto_*.deb")"
+}
+
 # --- Bench ----------------------------------------------------------------------------------------
 
 bench() {
@@ -361,6 +384,7 @@ case $command in
     (($# == 0)) || [[ $# == 1 && $1 == --fix ]] || fail "lint takes only --fix; try ./build.sh help" 2
     lint "$@"
     ;;
+  package) (($# == 0)) || fail "package takes no '$1'; try ./build.sh help" 2; package ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;
