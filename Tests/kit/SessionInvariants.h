@@ -7,9 +7,9 @@
 
 namespace velto::kit {
 
-// The rule that is broken; empty if all hold. `device` tells whether every output device starts and
-// none breaks.
-[[nodiscard]] inline std::string brokenInvariant(Session& session, bool device = true) {
+// The rule that is broken; empty if all hold. `device` tells whether every output device starts at
+// once and none breaks.
+[[nodiscard]] inline std::string brokenInvariant(Session& session, bool device) {
   const auto& trial = session.trial();
   if (!trial)
     return "there is a trial";
@@ -33,7 +33,7 @@ namespace velto::kit {
     return "nothing plays while suspended";
   if (device && !session.suspended() && !session.slots().empty() && !session.player().isPlaying())
     return "what is rendered plays unless suspended";
-  if (device && !session.suspended() && !session.rendering() &&
+  if (session.player().isPlaying() && !session.rendering() &&
       session.player().current() != session.currentSlot())
     return "the current slot is the one that is heard";
   return "";
