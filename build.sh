@@ -18,6 +18,7 @@ Usage: ./build.sh [COMMAND]
       --asan        built with the address and undefined-behaviour sanitizers
       --tsan        built with the thread sanitizer
   package           build a Debian package, in build-package/
+      --check       and check it: linters, and a bare Debian 12 to install it into (as root)
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
                     go to the benchmarks, for example --benchmark_filter=render
   help              this text
@@ -91,7 +92,20 @@ benchPackages=(
 matrixPackages=(
   clang
   g++-aarch64-linux-gnu
+  g++-mingw-w64-x86-64-posix
+  googletest
   qemu-user
+  wine64
+)
+
+# For the checks of the package.
+checkPackages=(
+  appstream
+  debootstrap
+  desktop-file-utils
+  librsvg2-bin
+  lintian
+  mandoc
 )
 
 # Installs those of the named packages that are missing. Where there is no apt-get, and where its
@@ -300,7 +314,9 @@ runTests() {
 # --- Package --------------------------------------------------------------------------------------
 
 package() {
-  local folder=$root/build-package
+  local folder=$root/build-package check=false
+  if [[ ${1-} == --check ]]; then check=true; shift; fi
+  (($# == 0)) || fail "package takes no '$1'; try ./build.sh help" 2
   provide "${buildPackages[@]}" "${packagePackages[@]}"
   configure release "$folder" VELTO_BUILD_TESTS=OFF \
     CMAKE_CXX_FLAGS='-fstack-protector-strong -D_FORTIFY_SOURCE=2' \
@@ -308,7 +324,12 @@ package() {
   compile "$folder"
   rm -f "$folder"/velto_*.deb
   (cd "$folder" && cpack -G DEB)
-  say "The package: $(compgen -G "$folder/velto_*.deb")"
+  local package
+  package=$(compgen -G "$folder/velto_*.deb")
+  say "The package: $package"
+  $check || return 0
+  provide "${checkPackages[@]}" "${deskPackages[@]}"
+  "$root/Tests/package/check-package" "$package" "$folder/velto.png"
 }
 
 # --- Bench ----------------------------------------------------------------------------------------
@@ -332,7 +353,7 @@ case $command in
   build) (($# == 0)) || fail "build takes no '$1'; try ./build.sh help" 2; build ;;
   run) run "$@" ;;
   test) runTests "$@" ;;
-  package) (($# == 0)) || fail "package takes no '$1'; try ./build.sh help" 2; package ;;
+  package) package "$@" ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;
