@@ -17,6 +17,8 @@ Usage: ./build.sh [COMMAND]
       --matrix      the tests across compilers and architectures
       --asan        built with the address and undefined-behaviour sanitizers
       --tsan        built with the thread sanitizer
+  lint              run the formatters and the checkers over the sources
+      --fix         let the formatters rewrite the sources
   package           build a Debian package, in build-package/
       --check       and check it: linters, and a bare Debian 12 to install it into (as root)
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
@@ -82,6 +84,13 @@ testPackages=(
   qml6-module-qtquick-window
   qml6-module-qttest
   valgrind
+)
+
+lintPackages=(
+  clang-format-14
+  flake8
+  qt6-declarative-dev-tools
+  shellcheck
 )
 
 benchPackages=(
@@ -311,6 +320,15 @@ runTests() {
   exit "$status"
 }
 
+# --- Lint -----------------------------------------------------------------------------------------
+
+lint() {
+  provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
+    "${lintPackages[@]}"
+  configure release "$root/build" VELTO_BUILD_TESTS=ON
+  exec "$root/Tests/lint/lint" "$@" "$root/build"
+}
+
 # --- Package --------------------------------------------------------------------------------------
 
 package() {
@@ -353,6 +371,10 @@ case $command in
   build) (($# == 0)) || fail "build takes no '$1'; try ./build.sh help" 2; build ;;
   run) run "$@" ;;
   test) runTests "$@" ;;
+  lint)
+    (($# == 0)) || [[ $# == 1 && $1 == --fix ]] || fail "lint takes only --fix; try ./build.sh help" 2
+    lint "$@"
+    ;;
   package) package "$@" ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
