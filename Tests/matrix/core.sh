@@ -1,4 +1,6 @@
+#!/usr/bin/env bash
 # Read by the comparisons, which set `root`: what velto_core is built from.
+# shellcheck disable=SC2154
 
 # The flags that exactness rests on, as the project states them.
 mapfile -t flags < <(grep -oE -- '-ffp-contract=off|-fno-tree-slp-vectorize' "$root/CMakeLists.txt")
