@@ -1,5 +1,5 @@
-// As much of RapidCheck's interface as the laws of the core use, for a system that has no library of
-// it. It checks the same laws over random values, but draws plainly and does not shrink.
+// As much of RapidCheck's interface as the laws of the core use, for a system that has no library
+// of it. It checks the same laws over random values, but draws plainly and does not shrink.
 #pragma once
 
 #include <gtest/gtest.h>
