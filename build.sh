@@ -19,6 +19,7 @@ Usage: ./build.sh [COMMAND]
       --tsan        built with the thread sanitizer
   lint              run the formatters and the checkers over the sources
       --fix         let the formatters rewrite the sources
+  docs              make the manual of the libraries, build/docs/html/index.html
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
                     go to the benchmarks, for example --benchmark_filter=render
   help              this text
@@ -79,8 +80,13 @@ testPackages=(
   valgrind
 )
 
+docsPackages=(
+  doxygen
+)
+
 lintPackages=(
   clang-format-14
+  doxygen
   flake8
   qt6-declarative-dev-tools
   shellcheck
@@ -309,6 +315,15 @@ lint() {
   exec "$root/Tests/lint/lint" "$@" "$root/build"
 }
 
+# --- Docs -----------------------------------------------------------------------------------------
+
+docs() {
+  provide "${docsPackages[@]}"
+  mkdir -p "$root/build/docs"
+  (cd "$root" && doxygen Documentation/Doxyfile)
+  say 'The manual: build/docs/html/index.html'
+}
+
 # --- Bench ----------------------------------------------------------------------------------------
 
 bench() {
@@ -334,6 +349,7 @@ case $command in
     (($# == 0)) || [[ $# == 1 && $1 == --fix ]] || fail "lint takes only --fix; try ./build.sh help" 2
     lint "$@"
     ;;
+  docs) (($# == 0)) || fail "docs takes no '$1'; try ./build.sh help" 2; docs ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;
