@@ -32,8 +32,8 @@ public:
     polarity   // which of three slots has its right channel flipped
   };
 
-  constexpr Drill(Case value) : value_(value) {} // NOLINT: a case is a drill
-  constexpr operator Case() const { return value_; }
+  constexpr Drill(Case value) : value_(value) {}     // NOLINT: a case is a drill
+  constexpr operator Case() const { return value_; } // NOLINT: and so that it can be switched over
 
   // None for a text that is no drill's.
   [[nodiscard]] static std::optional<Drill> fromRawValue(std::string_view rawValue);
@@ -56,8 +56,8 @@ class Material {
 public:
   enum Case : std::uint8_t { pinkNoise, drums, pad };
 
-  constexpr Material(Case value) : value_(value) {} // NOLINT: a case is a material
-  constexpr operator Case() const { return value_; }
+  constexpr Material(Case value) : value_(value) {}  // NOLINT: a case is a material
+  constexpr operator Case() const { return value_; } // NOLINT: and so that it can be switched over
 
   // None for a text that is no material's.
   [[nodiscard]] static std::optional<Material> fromRawValue(std::string_view rawValue);
