@@ -29,9 +29,9 @@ QString numbered(const char* name, int index) {
 enum class State { rendering, ungraded, hit, miss };
 
 struct Wanted {
-  Drill drill;
-  int index;
-  State state;
+  Drill drill = Drill::frequency;
+  int index = 0;
+  State state = State::rendering;
   Hues hues;
 
   [[nodiscard]] bool graded() const { return state == State::hit || state == State::miss; }

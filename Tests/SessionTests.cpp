@@ -342,7 +342,7 @@ struct Model {
   bool rendering = true, graded = false, suspended = false, playing = false, haveSlots = false;
   std::size_t recorded = 0;
 
-  std::int64_t slotCount() const { return drill == Drill::polarity ? 3 : 2; }
+  [[nodiscard]] std::int64_t slotCount() const { return drill == Drill::polarity ? 3 : 2; }
 
   void newTrial() {
     counter += 40503;
@@ -361,7 +361,7 @@ struct Model {
                                           : Material::pinkNoise;
     newTrial();
   }
-  bool canSubmit() const {
+  [[nodiscard]] bool canSubmit() const {
     return !graded && !rendering && (drill != Drill::polarity || answer >= 0);
   }
   void settle() {
