@@ -19,6 +19,7 @@ Usage: ./build.sh [COMMAND]
       --tsan        built with the thread sanitizer
   lint              run the formatters and the checkers over the sources
       --fix         let the formatters rewrite the sources
+      --quick       of tests and benchmarks, only those that the last commit changed get clang-tidy
   docs              make the manual of the libraries, build/docs/html/index.html
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
                     go to the benchmarks, for example --benchmark_filter=render
@@ -86,6 +87,7 @@ docsPackages=(
 
 lintPackages=(
   clang-format-14
+  clang-tidy-14
   doxygen
   flake8
   qt6-declarative-dev-tools
@@ -309,10 +311,24 @@ runTests() {
 # --- Lint -----------------------------------------------------------------------------------------
 
 lint() {
+  local quick=false option
+  for option in "$@"; do
+    case $option in
+      --fix) ;;
+      --quick) quick=true ;;
+      *) fail "lint takes no '$option'; try ./build.sh help" 2 ;;
+    esac
+  done
   provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
     "${lintPackages[@]}"
   configure release "$root/build" VELTO_BUILD_TESTS=ON
-  exec "$root/Tests/lint/lint" "$@" "$root/build"
+  local -a folders=("$root/build")
+  if ! $quick; then
+    provide "${benchPackages[@]}"
+    configureBench
+    folders+=("$root/build-bench")
+  fi
+  exec "$root/Tests/lint/lint" "$@" "${folders[@]}"
 }
 
 # --- Docs -----------------------------------------------------------------------------------------
@@ -326,11 +342,15 @@ docs() {
 
 # --- Bench ----------------------------------------------------------------------------------------
 
+configureBench() {
+  configure release "$root/build-bench" CMAKE_BUILD_TYPE=Release VELTO_BUILD_TESTS=OFF \
+    VELTO_BUILD_BENCHMARKS=ON
+}
+
 bench() {
   local folder=$root/build-bench
   provide "${buildPackages[@]}" "${benchPackages[@]}"
-  configure release "$folder" CMAKE_BUILD_TYPE=Release VELTO_BUILD_TESTS=OFF \
-    VELTO_BUILD_BENCHMARKS=ON
+  configureBench
   compile "$folder" --target velto_benchmarks velto_render_once
   "$folder/bin/velto_benchmarks" "$@"
   say 'Instructions of one render'
@@ -345,10 +365,7 @@ case $command in
   build) (($# == 0)) || fail "build takes no '$1'; try ./build.sh help" 2; build ;;
   run) run "$@" ;;
   test) runTests "$@" ;;
-  lint)
-    (($# == 0)) || [[ $# == 1 && $1 == --fix ]] || fail "lint takes only --fix; try ./build.sh help" 2
-    lint "$@"
-    ;;
+  lint) lint "$@" ;;
   docs) (($# == 0)) || fail "docs takes no '$1'; try ./build.sh help" 2; docs ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
