@@ -21,6 +21,7 @@ Usage: ./build.sh [COMMAND]
       --fix         let the formatters rewrite the sources
       --quick       of tests and benchmarks, only those that the last commit changed get clang-tidy
   docs              make the manual of the libraries, build/docs/html/index.html
+  package           build a Debian package, in build-package/
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
                     go to the benchmarks, for example --benchmark_filter=render
   help              this text
@@ -56,6 +57,11 @@ runPackages=(
   qml6-module-qtqml
   qml6-module-qtqml-workerscript
   qml6-module-qtquick
+)
+
+packagePackages=(
+  dpkg-dev
+  file
 )
 
 deskPackages=(
@@ -340,6 +346,20 @@ docs() {
   say 'The manual: build/docs/html/index.html'
 }
 
+# --- Package --------------------------------------------------------------------------------------
+
+package() {
+  local folder=$root/build-package
+  provide "${buildPackages[@]}" "${packagePackages[@]}"
+  configure release "$folder" VELTO_BUILD_TESTS=OFF \
+    CMAKE_CXX_FLAGS='-fstack-protector-strong -D_FORTIFY_SOURCE=2' \
+    CMAKE_EXE_LINKER_FLAGS=-Wl,-z,relro,-z,now
+  compile "$folder"
+  rm -f "$folder"/velto_*.deb
+  (cd "$folder" && cpack -G DEB)
+  say "The package: $(compgen -G "$folder/velto_*.deb")"
+}
+
 # --- Bench ----------------------------------------------------------------------------------------
 
 configureBench() {
@@ -367,6 +387,7 @@ case $command in
   test) runTests "$@" ;;
   lint) lint "$@" ;;
   docs) (($# == 0)) || fail "docs takes no '$1'; try ./build.sh help" 2; docs ;;
+  package) (($# == 0)) || fail "package takes no '$1'; try ./build.sh help" 2; package ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;

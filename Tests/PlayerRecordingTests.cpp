@@ -3,6 +3,7 @@
 
 #include "Numbers.h"
 #include "kit/Alignment.h"
+#include "kit/Eventually.h"
 #include "kit/Recorder.h"
 #include "kit/Slots.h"
 #include "kit/Spectrum.h"
@@ -32,6 +33,7 @@ namespace {
 
 using kit::asRendered;
 using kit::constantSlot;
+using kit::eventually;
 using kit::firstDifference;
 using kit::firstSilence;
 using kit::firstSound;
@@ -63,17 +65,6 @@ std::string outputOf(const std::string& command) {
 
 std::string streams() {
   return outputOf("pactl list short sink-inputs");
-}
-
-template <typename Condition>
-bool eventually(Condition condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end)
-      return false;
-    poll(nullptr, 0, 5);
-  }
-  return true;
 }
 
 double processorSeconds() {

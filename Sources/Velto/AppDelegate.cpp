@@ -14,6 +14,7 @@
 #include <QThreadPool>
 #include <QTimer>
 
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -23,6 +24,7 @@ namespace velto {
 namespace {
 
 constexpr QSize initialSize(1180, 386);
+constexpr std::chrono::milliseconds soundInterval{500};
 
 double secondsSince1970() {
   return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
@@ -50,7 +52,10 @@ WorkQueues qtWorkQueues() {
 
 AppDelegate::AppDelegate(LaunchOptions options)
     : options_(std::move(options)),
-      session_(options_.drill, qtWorkQueues(), std::make_unique<Player>(), secondsSince1970()),
+      session_(options_.drill, qtWorkQueues(),
+               std::make_unique<Player>(makeDefaultOutputDevice, Engine::defaultCloseDelay,
+                                        Player::Opening::inBackground),
+               secondsSince1970()),
       appearance_(options_.fixedDark), model_(session_), progress_(session_) {}
 
 AppDelegate::~AppDelegate() {
@@ -66,6 +71,7 @@ bool AppDelegate::applicationDidFinishLaunching() {
     return false;
   }
   installLifecycle();
+  followSound();
   if (options_.shotPath)
     scheduleShot(QString::fromStdString(*options_.shotPath));
   return true;
@@ -113,7 +119,7 @@ void AppDelegate::openWindow() {
 void AppDelegate::installLifecycle() {
   connect(window_.get(), &QWindow::activeChanged, this, [this] {
     if (window_->isActive())
-      session_.resume();
+      resume();
     else
       suspend();
   });
@@ -124,7 +130,7 @@ void AppDelegate::installLifecycle() {
     if (isMinimized && !wasMinimized)
       suspend();
     else if (wasMinimized && !isMinimized)
-      session_.resume();
+      resume();
   });
 }
 
@@ -133,7 +139,7 @@ void AppDelegate::followExposure() {
     return;
   exposed_ = window_->isExposed();
   if (exposed_)
-    session_.resume();
+    resume();
   else
     suspend();
 }
@@ -143,6 +149,20 @@ void AppDelegate::suspend() {
     return;
   session_.setSuspended(true);
   session_.player().stop();
+  soundTimer_.stop();
+}
+
+void AppDelegate::resume() {
+  session_.resume();
+  soundTimer_.start();
+}
+
+// No event tells that sound can be had again, so it is looked for.
+void AppDelegate::followSound() {
+  soundTimer_.setInterval(soundInterval);
+  connect(&soundTimer_, &QTimer::timeout, this,
+          [this] { session_.followSound(std::chrono::steady_clock::now()); });
+  soundTimer_.start();
 }
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {

@@ -11,6 +11,7 @@
 #include <QKeyEvent>
 #include <QObject>
 #include <QQuickView>
+#include <QTimer>
 
 #include <memory>
 #include <optional>
@@ -45,6 +46,8 @@ private:
   void installLifecycle();
   void followExposure();
   void suspend();
+  void resume();
+  void followSound();
   void scheduleShot(const QString& path);
   // Both are the ends of the scripted run: false, or a status that is not 0, when it failed.
   [[nodiscard]] bool submitScripted(double answer);
@@ -56,6 +59,7 @@ private:
   PracticeModel model_;
   ProgressModel progress_;
   std::unique_ptr<QQuickView> window_;
+  QTimer soundTimer_; // while not suspended
   bool exposed_ = false;
   std::optional<quint64> returnReleased_; // when Return was last released, ms
   Qt::WindowStates windowStates_;

@@ -66,6 +66,23 @@ public:
     failed_ = true;
   }
 
+  // Lets openings and closings wait until `letGo`, as a server that does not answer does.
+  void hold() {
+    const std::lock_guard lock(mutex_);
+    isHeld_ = true;
+  }
+  void letGo() {
+    const std::lock_guard lock(mutex_);
+    isHeld_ = false;
+    released_.notify_all();
+  }
+
+  // How many openings and closings wait.
+  [[nodiscard]] int held() const {
+    const std::lock_guard lock(mutex_);
+    return held_;
+  }
+
   [[nodiscard]] bool isOpen() const {
     const std::lock_guard lock(mutex_);
     return renderer_ != nullptr;
@@ -93,7 +110,8 @@ private:
     explicit Device(FakeOutput& output) : output_(output) {}
 
     std::optional<std::string> start(Renderer& renderer) override {
-      const std::lock_guard lock(output_.mutex_);
+      std::unique_lock lock(output_.mutex_);
+      output_.waitForRelease(lock);
       if (output_.refusal_)
         return output_.refusal_;
       output_.renderer_ = &renderer;
@@ -103,7 +121,8 @@ private:
     }
 
     void stop() override {
-      const std::lock_guard lock(output_.mutex_);
+      std::unique_lock lock(output_.mutex_);
+      output_.waitForRelease(lock);
       output_.renderer_ = nullptr;
       output_.closed_.notify_all();
     }
@@ -119,15 +138,24 @@ private:
     FakeOutput& output_;
   };
 
+  void waitForRelease(std::unique_lock<std::mutex>& lock) {
+    ++held_;
+    released_.wait(lock, [this] { return !isHeld_; });
+    --held_;
+  }
+
   static constexpr float untouched = 12345.0F;
 
   const std::size_t latencyFrames_;
   mutable std::mutex mutex_;
   std::condition_variable closed_;
+  std::condition_variable released_;
   Renderer* renderer_ = nullptr;
   std::optional<std::string> refusal_;
   bool failed_ = false;
   bool overran_ = false;
+  bool isHeld_ = false;
+  int held_ = 0;
   int opened_ = 0;
 };
 
