@@ -19,6 +19,8 @@ Usage: ./build.sh [COMMAND]
       --tsan        built with the thread sanitizer
   lint              run the formatters and the checkers over the sources
       --fix         let the formatters rewrite the sources
+      --quick       of tests and benchmarks, only those that the last commit changed get clang-tidy
+  docs              make the manual of the libraries, build/docs/html/index.html
   package           build a Debian package, in build-package/
       --check       and check it: linters, and a bare Debian 12 to install it into (as root)
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
@@ -86,8 +88,14 @@ testPackages=(
   valgrind
 )
 
+docsPackages=(
+  doxygen
+)
+
 lintPackages=(
   clang-format-14
+  clang-tidy-14
+  doxygen
   flake8
   qt6-declarative-dev-tools
   shellcheck
@@ -323,10 +331,33 @@ runTests() {
 # --- Lint -----------------------------------------------------------------------------------------
 
 lint() {
+  local quick=false option
+  for option in "$@"; do
+    case $option in
+      --fix) ;;
+      --quick) quick=true ;;
+      *) fail "lint takes no '$option'; try ./build.sh help" 2 ;;
+    esac
+  done
   provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
     "${lintPackages[@]}"
   configure release "$root/build" VELTO_BUILD_TESTS=ON
-  exec "$root/Tests/lint/lint" "$@" "$root/build"
+  local -a folders=("$root/build")
+  if ! $quick; then
+    provide "${benchPackages[@]}"
+    configureBench
+    folders+=("$root/build-bench")
+  fi
+  exec "$root/Tests/lint/lint" "$@" "${folders[@]}"
+}
+
+# --- Docs -----------------------------------------------------------------------------------------
+
+docs() {
+  provide "${docsPackages[@]}"
+  mkdir -p "$root/build/docs"
+  (cd "$root" && doxygen Documentation/Doxyfile)
+  say 'The manual: build/docs/html/index.html'
 }
 
 # --- Package --------------------------------------------------------------------------------------
@@ -352,11 +383,15 @@ package() {
 
 # --- Bench ----------------------------------------------------------------------------------------
 
+configureBench() {
+  configure release "$root/build-bench" CMAKE_BUILD_TYPE=Release VELTO_BUILD_TESTS=OFF \
+    VELTO_BUILD_BENCHMARKS=ON
+}
+
 bench() {
   local folder=$root/build-bench
   provide "${buildPackages[@]}" "${benchPackages[@]}"
-  configure release "$folder" CMAKE_BUILD_TYPE=Release VELTO_BUILD_TESTS=OFF \
-    VELTO_BUILD_BENCHMARKS=ON
+  configureBench
   compile "$folder" --target velto_benchmarks velto_render_once
   "$folder/bin/velto_benchmarks" "$@"
   say 'Instructions of one render'
@@ -371,10 +406,8 @@ case $command in
   build) (($# == 0)) || fail "build takes no '$1'; try ./build.sh help" 2; build ;;
   run) run "$@" ;;
   test) runTests "$@" ;;
-  lint)
-    (($# == 0)) || [[ $# == 1 && $1 == --fix ]] || fail "lint takes only --fix; try ./build.sh help" 2
-    lint "$@"
-    ;;
+  lint) lint "$@" ;;
+  docs) (($# == 0)) || fail "docs takes no '$1'; try ./build.sh help" 2; docs ;;
   package) package "$@" ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;

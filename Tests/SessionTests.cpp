@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include "kit/FakeOutput.h"
+#include "kit/ManualQueues.h"
 #include "kit/ScratchProfile.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +9,6 @@
 #include <rapidcheck/gtest.h>
 
 #include <algorithm>
-#include <deque>
 #include <limits>
 #include <memory>
 #include <vector>
@@ -17,36 +17,12 @@ using namespace velto;
 
 namespace {
 
-// Queues that run their work when the test says so.
-struct ManualQueues {
-  std::deque<WorkQueues::Work> background, main;
-
-  WorkQueues queues() {
-    return {.background = [this](auto work) { background.push_back(std::move(work)); },
-            .main = [this](auto work) { main.push_back(std::move(work)); }};
-  }
-
-  static bool runOne(std::deque<WorkQueues::Work>& queue) {
-    if (queue.empty())
-      return false;
-    const auto work = std::move(queue.front());
-    queue.pop_front();
-    work();
-    return true;
-  }
-
-  void settle() {
-    while (runOne(background) || runOne(main)) {
-    }
-  }
-};
-
 constexpr double launchTime = 1'700'000'000.75;
 constexpr std::uint64_t launchCounter = 1'700'000'000;
 
 struct Rig {
   kit::ScratchProfile scratch;
-  ManualQueues work;
+  kit::ManualQueues work;
   kit::FakeOutput output;
   std::unique_ptr<Session> session;
 
@@ -101,8 +77,8 @@ TEST(SessionStart, SetsEachDrillsMaterialAndAnswer) {
 
 TEST(SessionStart, DropsTheRenderOfTheFirstTrial) {
   Rig rig;
-  ManualQueues::runOne(rig.work.background);
-  ManualQueues::runOne(rig.work.main);
+  kit::ManualQueues::runOne(rig.work.background);
+  kit::ManualQueues::runOne(rig.work.main);
   EXPECT_TRUE(rig->rendering());
   EXPECT_FALSE(rig->player().isPlaying());
   rig.settle();
@@ -117,7 +93,7 @@ TEST(SessionStartDeathTest, RefusesAClockThatShowsNoTime) {
   const double impossible[] = {-1.0, std::numeric_limits<double>::quiet_NaN(),
                                std::numeric_limits<double>::infinity(), 0x1p64};
   const kit::ScratchProfile scratch;
-  ManualQueues work;
+  kit::ManualQueues work;
   kit::FakeOutput output;
   for (const double time : impossible)
     EXPECT_DEATH(
@@ -323,10 +299,10 @@ TEST(SessionNotification, SubmittingAnnouncesTheGradeAndThenTheRecord) {
 
 TEST(SessionLifetime, ARenderThatReturnsLateFindsNobody) {
   Rig rig;
-  while (ManualQueues::runOne(rig.work.background)) {
+  while (kit::ManualQueues::runOne(rig.work.background)) {
   }
   rig.session.reset();
-  while (ManualQueues::runOne(rig.work.main)) {
+  while (kit::ManualQueues::runOne(rig.work.main)) {
   }
 }
 
@@ -342,7 +318,7 @@ struct Model {
   bool rendering = true, graded = false, suspended = false, playing = false, haveSlots = false;
   std::size_t recorded = 0;
 
-  std::int64_t slotCount() const { return drill == Drill::polarity ? 3 : 2; }
+  [[nodiscard]] std::int64_t slotCount() const { return drill == Drill::polarity ? 3 : 2; }
 
   void newTrial() {
     counter += 40503;
@@ -361,7 +337,7 @@ struct Model {
                                           : Material::pinkNoise;
     newTrial();
   }
-  bool canSubmit() const {
+  [[nodiscard]] bool canSubmit() const {
     return !graded && !rendering && (drill != Drill::polarity || answer >= 0);
   }
   void settle() {

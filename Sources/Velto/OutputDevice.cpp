@@ -44,10 +44,10 @@ public:
     context_ = nullptr;
   }
 
-  bool failed() const override { return failed_.load(std::memory_order_relaxed); }
+  [[nodiscard]] bool failed() const override { return failed_.load(std::memory_order_relaxed); }
 
   // Never asked from the library: after an error its answer would be an abort.
-  std::size_t latencyFrames() const override { return latency; }
+  [[nodiscard]] std::size_t latencyFrames() const override { return latency; }
 
 private:
   std::optional<std::string> open() {

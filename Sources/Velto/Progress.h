@@ -32,11 +32,13 @@ struct Bar {
   bool operator==(const Bar&) const = default;
 };
 
+// Points up to 34; a band without answers has the lowest bar.
 [[nodiscard]] Bar bar(const BandStat& band);
 
 // The bands whose labels stand under the map.
 inline constexpr std::array<std::size_t, 5> labelledBands{0, 8, 14, 20, 26};
 
+// From the left and top edge.
 struct CurvePoint {
   double x = 0;
   double y = 0;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "FakeOutput.h"
+#include "ManualQueues.h"
 #include "ScratchProfile.h"
 
 #include "Drills.h"
@@ -18,7 +19,6 @@
 #include <QtTest/QTest>
 
 #include <cmath>
-#include <deque>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -61,10 +61,7 @@ public:
   static constexpr double launchTime = 1'700'000'000;
 
   explicit Stage(Drill drill = Drill::frequency, bool dark = true, QSize size = {1180, 386})
-      : session(drill,
-                {.background = [this](auto work) { background_.push_back(std::move(work)); },
-                 .main = [this](auto work) { main_.push_back(std::move(work)); }},
-                std::make_unique<Player>(output_.factory()), launchTime),
+      : session(drill, work_.queues(), std::make_unique<Player>(output_.factory()), launchTime),
         model(session), progress(session) {
     view.engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
     view.setResizeMode(QQuickView::SizeRootObjectToView);
@@ -83,10 +80,7 @@ public:
   }
 
   // Lets every render arrive.
-  void settle() {
-    while (runOne(background_) || runOne(main_)) {
-    }
-  }
+  void settle() { work_.settle(); }
 
   // Renders, answers and submits.
   void grade(bool hit) {
@@ -143,18 +137,9 @@ public:
   }
 
 private:
-  static bool runOne(std::deque<WorkQueues::Work>& queue) {
-    if (queue.empty())
-      return false;
-    const auto work = std::move(queue.front());
-    queue.pop_front();
-    work();
-    return true;
-  }
-
   ScratchProfile scratch_;
   FakeOutput output_;
-  std::deque<WorkQueues::Work> background_, main_;
+  ManualQueues work_;
 
 public:
   Session session;
