@@ -17,6 +17,9 @@ Usage: ./build.sh [COMMAND]
       --matrix      the tests across compilers and architectures
       --asan        built with the address and undefined-behaviour sanitizers
       --tsan        built with the thread sanitizer
+  lint              run the formatters and the checkers over the sources
+      --fix         let the formatters rewrite the sources
+  package           build a Debian package, in build-package/
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
                     go to the benchmarks, for example --benchmark_filter=render
   help              this text
@@ -54,6 +57,11 @@ runPackages=(
   qml6-module-qtquick
 )
 
+packagePackages=(
+  dpkg-dev
+  file
+)
+
 deskPackages=(
   openbox
   pulseaudio
@@ -75,6 +83,13 @@ testPackages=(
   qml6-module-qtquick-window
   qml6-module-qttest
   valgrind
+)
+
+lintPackages=(
+  clang-format-14
+  flake8
+  qt6-declarative-dev-tools
+  shellcheck
 )
 
 benchPackages=(
@@ -291,6 +306,29 @@ runTests() {
   exit "$status"
 }
 
+# --- Lint -----------------------------------------------------------------------------------------
+
+lint() {
+  provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
+    "${lintPackages[@]}"
+  configure release "$root/build" VELTO_BUILD_TESTS=ON
+  exec "$root/Tests/lint/lint" "$@" "$root/build"
+}
+
+# --- Package --------------------------------------------------------------------------------------
+
+package() {
+  local folder=$root/build-package
+  provide "${buildPackages[@]}" "${packagePackages[@]}"
+  configure release "$folder" VELTO_BUILD_TESTS=OFF \
+    CMAKE_CXX_FLAGS='-fstack-protector-strong -D_FORTIFY_SOURCE=2' \
+    CMAKE_EXE_LINKER_FLAGS=-Wl,-z,relro,-z,now
+  compile "$folder"
+  rm -f "$folder"/velto_*.deb
+  (cd "$folder" && cpack -G DEB)
+  say "The package: $(compgen -G "$folder/velto_*.deb")"
+}
+
 # --- Bench ----------------------------------------------------------------------------------------
 
 bench() {
@@ -312,6 +350,11 @@ case $command in
   build) (($# == 0)) || fail "build takes no '$1'; try ./build.sh help" 2; build ;;
   run) run "$@" ;;
   test) runTests "$@" ;;
+  lint)
+    (($# == 0)) || [[ $# == 1 && $1 == --fix ]] || fail "lint takes only --fix; try ./build.sh help" 2
+    lint "$@"
+    ;;
+  package) (($# == 0)) || fail "package takes no '$1'; try ./build.sh help" 2; package ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;

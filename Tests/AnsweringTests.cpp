@@ -66,6 +66,50 @@ TEST(FrequencyScale, AStripWithoutWidthAnswersItsLowerEnd) {
   EXPECT_EQ(frequencyScale.valueAt(10, 0), 40);
 }
 
+TEST(FrequencyScale, KeysMoveByABandAnOctaveOrToTheEnds) {
+  const struct {
+    double from;
+    Move move;
+    double to;
+  } cases[] = {{1000, Move::right, 1250}, {1000, Move::up, 1250},      {1000, Move::left, 800},
+               {1000, Move::down, 800},   {1000, Move::pageUp, 2000},  {1000, Move::pageDown, 500},
+               {1000, Move::toStart, 40}, {1000, Move::toEnd, 16000},  {40, Move::left, 40},
+               {50, Move::pageDown, 40},  {16000, Move::right, 16000}, {12500, Move::pageUp, 16000},
+               {1050, Move::right, 1250}, {1, Move::right, 50},        {1e9, Move::left, 12500},
+               {0, Move::right, 50},      {-3, Move::up, 50}};
+  for (const auto& c : cases)
+    EXPECT_EQ(frequencyScale.moved(c.from, c.move), c.to)
+        << c.from << " by " << static_cast<int>(c.move);
+  // Where the axis is shorter than the grid of bands.
+  constexpr FrequencyScale voice{300, 3400};
+  EXPECT_EQ(voice.moved(1000, Move::toStart), 315);
+  EXPECT_EQ(voice.moved(1000, Move::toEnd), 3150);
+  EXPECT_EQ(voice.moved(3150, Move::right), 3150);
+}
+
+TEST(FrequencyScale, TakesAnyNumberForTheNearestBand) {
+  EXPECT_EQ(frequencyScale.nearest(1000), 1000);
+  EXPECT_EQ(frequencyScale.nearest(1100), 1000); // a tie on the axis lies at 1118 Hz
+  EXPECT_EQ(frequencyScale.nearest(1130), 1250);
+  EXPECT_EQ(frequencyScale.nearest(-5), 40);
+  EXPECT_EQ(frequencyScale.nearest(1e12), 16000);
+}
+
+TEST(FrequencyScale, IsReadOutWithItsUnit) {
+  EXPECT_EQ(FrequencyScale::spoken(40), "40 Hz");
+  EXPECT_EQ(FrequencyScale::spoken(315), "315 Hz");
+  EXPECT_EQ(FrequencyScale::spoken(1000), "1 kHz");
+  EXPECT_EQ(FrequencyScale::spoken(3150), "3.15 kHz");
+  EXPECT_EQ(FrequencyScale::spoken(12500), "12.5 kHz");
+}
+
+RC_GTEST_PROP(FrequencyScaleLaws, AKeyAndItsOppositeLeadBack, ()) {
+  const auto index = *rc::gen::inRange<std::size_t>(1, 26);
+  const double centre = Bands::centres[index];
+  RC_ASSERT(frequencyScale.moved(frequencyScale.moved(centre, Move::right), Move::left) == centre);
+  RC_ASSERT(frequencyScale.moved(frequencyScale.moved(centre, Move::down), Move::up) == centre);
+}
+
 TEST(FrequencyScale, HasATickForEachCentreAndTallOnesForDecades) {
   const auto ticks = FrequencyScale::ticks();
   ASSERT_EQ(ticks.size(), 27U);
@@ -81,6 +125,69 @@ TEST(FrequencyScale, HasATickForEachCentreAndTallOnesForDecades) {
 TEST(FrequencyScale, NamesItsUnit) {
   EXPECT_EQ(FrequencyScale::text(3150), "3.15k Hz");
   EXPECT_EQ(FrequencyScale::text(40), "40 Hz");
+}
+
+TEST(DecibelScale, KeysMoveByAStepAPageOrToTheEnds) {
+  const struct {
+    DecibelScale scale;
+    double from;
+    Move move;
+    double to;
+  } cases[] = {{levelScale, 2, Move::right, 2.05},    {levelScale, 2, Move::down, 1.95},
+               {levelScale, 2, Move::pageUp, 3},      {levelScale, 2, Move::pageDown, 1},
+               {levelScale, 2, Move::toStart, 0},     {levelScale, 2, Move::toEnd, 7},
+               {levelScale, 0, Move::left, 0},        {levelScale, 0.5, Move::pageDown, 0},
+               {levelScale, 7, Move::up, 7},          {levelScale, 6.5, Move::pageUp, 7},
+               {levelScale, 2.02, Move::right, 2.05}, {levelScale, -4, Move::right, 0.05},
+               {levelScale, 99, Move::left, 6.95},    {dynamicsScale, 5, Move::up, 5.5},
+               {dynamicsScale, 5, Move::left, 4.5},   {dynamicsScale, 5, Move::pageUp, 7},
+               {dynamicsScale, 5, Move::pageDown, 3}, {dynamicsScale, 1.5, Move::pageDown, 0},
+               {dynamicsScale, 13, Move::pageUp, 14}, {dynamicsScale, 5, Move::toStart, 0},
+               {dynamicsScale, 5, Move::toEnd, 14},   {dynamicsScale, 14, Move::right, 14}};
+  for (const auto& c : cases)
+    EXPECT_NEAR(c.scale.moved(c.from, c.move), c.to, 1e-12)
+        << c.from << " by " << static_cast<int>(c.move);
+}
+
+// A key answers the very number that a click there answers.
+RC_GTEST_PROP(DecibelScaleLaws, KeysStayOnTheGridOfClicks, ()) {
+  const DecibelScale scale = *rc::gen::element(levelScale, dynamicsScale);
+  const auto steps = static_cast<int>(std::lround(scale.upper / scale.step));
+  double value = scale.valueAt(0, 1000);
+  for (int i = 1; i <= steps; ++i) {
+    value = scale.moved(value, Move::right);
+    RC_ASSERT(value == scale.valueAt(1000.0 * i / steps, 1000));
+  }
+  RC_ASSERT(value == scale.moved(0, Move::toEnd));
+  for (int i = 0; i < steps; ++i)
+    value = scale.moved(value, Move::down);
+  RC_ASSERT(value == 0);
+}
+
+TEST(DecibelScale, TakesAnyNumberForTheNearestStep) {
+  EXPECT_NEAR(levelScale.nearest(2.03), 2.05, 1e-12);
+  EXPECT_NEAR(dynamicsScale.nearest(2.2), 2, 1e-12);
+  EXPECT_EQ(levelScale.nearest(-1), 0);
+  EXPECT_FALSE(std::signbit(levelScale.nearest(-0.01)));
+  EXPECT_NEAR(levelScale.nearest(1e12), 7, 1e-12);
+}
+
+TEST(Choices, GoRoundAndStartFromEitherEnd) {
+  using Answering::movedChoice;
+  EXPECT_EQ(movedChoice(0, 3, Move::right), 1);
+  EXPECT_EQ(movedChoice(1, 3, Move::down), 2);
+  EXPECT_EQ(movedChoice(2, 3, Move::right), 0);
+  EXPECT_EQ(movedChoice(2, 3, Move::left), 1);
+  EXPECT_EQ(movedChoice(0, 3, Move::up), 2);
+  EXPECT_EQ(movedChoice(1, 3, Move::toStart), 0);
+  EXPECT_EQ(movedChoice(1, 3, Move::toEnd), 2);
+  EXPECT_EQ(movedChoice(1, 3, Move::pageUp), 1);
+  EXPECT_EQ(movedChoice(1, 3, Move::pageDown), 1);
+  EXPECT_EQ(movedChoice(-1, 3, Move::right), 0);
+  EXPECT_EQ(movedChoice(-1, 3, Move::left), 2);
+  EXPECT_EQ(movedChoice(-1, 3, Move::pageUp), -1);
+  EXPECT_EQ(movedChoice(0, 1, Move::right), 0);
+  EXPECT_EQ(movedChoice(-1, 0, Move::right), -1);
 }
 
 TEST(DecibelScale, IsLinear) {

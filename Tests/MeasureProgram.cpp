@@ -2,6 +2,7 @@
 // beside it. Asserts nothing.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
+#include "kit/Footprint.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
 
@@ -33,13 +34,6 @@ void report(const std::string& what, std::vector<double> values, const std::stri
   std::cout << what << ": median " << Numbers::fixed(values[values.size() / 2], 1) << ", worst "
             << Numbers::fixed(values.back(), 1) << ' ' << unit << " (" << values.size()
             << " runs)\n";
-}
-
-double residentMegabytes(pid_t pid) {
-  std::ifstream file("/proc/" + std::to_string(pid) + "/statm");
-  double size = 0, resident = 0;
-  file >> size >> resident;
-  return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
 }
 
 // Processor time of all its threads, in ticks.
@@ -132,7 +126,7 @@ void run() {
             << Numbers::fixed(
                    100 * static_cast<double>(ticks(program.pid()) - before) / perSecond / 20, 2)
             << " % of a core over 20 s\nresident while playing: "
-            << Numbers::fixed(residentMegabytes(program.pid()), 1) << " MB\n";
+            << Numbers::fixed(Footprint::of(program.pid()).residentMegabytes, 1) << " MB\n";
   desktop.minimise(window);
   recorder.waitForMore(2 * 48000);
   before = ticks(program.pid());

@@ -9,7 +9,7 @@ Item {
 
     implicitHeight: 88
 
-    // The pickers belong to no drag of the background, not even while they are disabled.
+    // The pickers belong to no drag of the background, not even between the slots.
     MouseArea {
         width: parent.width
         height: 76
@@ -19,7 +19,8 @@ Item {
         objectName: "frequencyPicker"
         anchors.fill: parent
         visible: area.session.drill === PracticeModel.Frequency
-        enabled: visible && !area.session.graded
+        enabled: visible
+        answerable: !area.session.graded
         lo: 40
         hi: 16000
         value: area.session.answer > 0 ? area.session.answer : undefined
@@ -33,7 +34,8 @@ Item {
         objectName: "decibelPicker"
         anchors.fill: parent
         visible: isLevel || area.session.drill === PracticeModel.Dynamics
-        enabled: visible && !area.session.graded
+        enabled: visible
+        answerable: !area.session.graded
         lower: 0
         upper: isLevel ? 7 : 14
         step: isLevel ? 0.05 : 0.5
@@ -46,7 +48,8 @@ Item {
         objectName: "slotPicker"
         anchors.fill: parent
         visible: area.session.drill === PracticeModel.Polarity
-        enabled: visible && !area.session.graded
+        enabled: visible
+        answerable: !area.session.graded
         slotCount: area.session.slotTitles.length
         value: area.session.answer >= 0 ? Math.trunc(area.session.answer) : undefined
         truth: area.session.graded ? area.session.truth : undefined

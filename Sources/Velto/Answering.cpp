@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 
 namespace velto {
 
@@ -14,6 +15,37 @@ namespace {
 // The pointer's place along the strip, 0 to 1.
 double fractionAt(double x, double width) {
   return width > 0 ? std::clamp(x, 0.0, width) / width : 0;
+}
+
+// How many steps a key leads up an axis, a page being `page` of them. A step beyond every end
+// stands for the end.
+std::int64_t stepsOf(Move move, std::int64_t page) {
+  constexpr std::int64_t beyond = 1'000'000;
+  switch (move) {
+  case Move::left:
+  case Move::down:
+    return -1;
+  case Move::right:
+  case Move::up:
+    return 1;
+  case Move::pageDown:
+    return -page;
+  case Move::pageUp:
+    return page;
+  case Move::toStart:
+    return -beyond;
+  case Move::toEnd:
+    break;
+  }
+  return beyond;
+}
+
+// The band centre so many bands up the axis from the one nearest to `frequency`, held to the axis.
+double bandFrom(const FrequencyScale& scale, double frequency, std::int64_t bands) {
+  const auto indexOf = [](double f) { return static_cast<std::int64_t>(Bands::nearestIndex(f)); };
+  const std::int64_t band = std::clamp(indexOf(std::clamp(frequency, scale.lo, scale.hi)) + bands,
+                                       indexOf(scale.lo), indexOf(scale.hi));
+  return Bands::centres[static_cast<std::size_t>(band)];
 }
 
 using Answering::chipGap;
@@ -83,8 +115,25 @@ double FrequencyScale::valueAt(double x, double width) const {
   return Bands::centres[Bands::nearestIndex(frequency)];
 }
 
+double FrequencyScale::nearest(double frequency) const {
+  return bandFrom(*this, frequency, 0);
+}
+
+double FrequencyScale::moved(double frequency, Move move) const {
+  constexpr std::int64_t bandsPerOctave = 3;
+  return bandFrom(*this, frequency, stepsOf(move, bandsPerOctave));
+}
+
 std::string FrequencyScale::text(double frequency) {
   return Bands::label(frequency) + " Hz";
+}
+
+std::string FrequencyScale::spoken(double frequency) {
+  std::string label = Bands::label(frequency);
+  if (!label.ends_with('k'))
+    return label + " Hz";
+  label.pop_back();
+  return label + " kHz";
 }
 
 std::vector<ScaleTick> FrequencyScale::ticks() {
@@ -106,6 +155,18 @@ double DecibelScale::valueAt(double x, double width) const {
   return std::round(value / step) * step;
 }
 
+double DecibelScale::nearest(double decibels) const {
+  const double steps =
+      std::clamp(std::round(decibels / step), std::round(lower / step), std::round(upper / step));
+  return steps * step + 0.0; // no negative zero
+}
+
+double DecibelScale::moved(double decibels, Move move) const {
+  const double page = upper > 10 ? 2 : 1; // dB
+  const auto steps = static_cast<double>(stepsOf(move, std::llround(page / step)));
+  return nearest(nearest(decibels) + steps * step);
+}
+
 std::string DecibelScale::text(double decibels) {
   return Numbers::fixed(decibels, 2) + " dB";
 }
@@ -122,6 +183,27 @@ std::vector<ScaleTick> DecibelScale::ticks() const {
     ticks.push_back({value, major ? 22.0 : 11.0, major, major ? Numbers::fixed(value, 0) : ""});
   }
   return ticks;
+}
+
+int Answering::movedChoice(int chosen, int count, Move move) {
+  if (count < 1)
+    return -1;
+  switch (move) {
+  case Move::left:
+  case Move::up:
+    return chosen > 0 ? chosen - 1 : count - 1;
+  case Move::right:
+  case Move::down:
+    return chosen < count - 1 ? chosen + 1 : 0;
+  case Move::toStart:
+    return 0;
+  case Move::toEnd:
+    return count - 1;
+  case Move::pageUp:
+  case Move::pageDown:
+    break;
+  }
+  return chosen;
 }
 
 double Answering::snapped(double x, double devicePixelRatio) {

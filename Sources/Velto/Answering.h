@@ -1,5 +1,6 @@
-// The geometry of the answer scales: where values lie, what a click means, ticks, and where the
-// markers' chips go. Pure functions; lengths are in points from the strip's left or top edge.
+// The geometry of the answer scales: where values lie, what a click or a key means, ticks, and
+// where the markers' chips go. Pure functions; lengths are in points from the strip's left or top
+// edge.
 #pragma once
 
 #include <optional>
@@ -7,6 +8,10 @@
 #include <vector>
 
 namespace velto {
+
+// What the keys that move an answer or a choice ask for. On a scale left and down lead to lower
+// values, among choices left and up lead to the previous one.
+enum class Move { left, right, up, down, pageUp, pageDown, toStart, toEnd };
 
 // One tick of a scale, standing on the strip's bottom edge.
 struct ScaleTick {
@@ -35,8 +40,16 @@ struct FrequencyScale {
   // What a pointer at `x` answers: the band centre nearest to it on the axis (the lower of two as
   // near). Positions beyond the ends count as the ends.
   [[nodiscard]] double valueAt(double x, double width) const;
+  // The band centre on the axis that is nearest to `frequency` in octaves.
+  [[nodiscard]] double nearest(double frequency) const;
+  // The band centre that a key leads to: left, right, up and down to the next one, Page Up and Page
+  // Down an octave on, start and end to the ends. Held to the axis; a frequency that is no centre
+  // counts as the nearest one.
+  [[nodiscard]] double moved(double frequency, Move move) const;
   // "3.15k Hz"
   [[nodiscard]] static std::string text(double frequency);
+  // "3.15 kHz", as it is read out
+  [[nodiscard]] static std::string spoken(double frequency);
   // A tick for each band centre; decade marks are major and labelled.
   [[nodiscard]] static std::vector<ScaleTick> ticks();
   // How far left of its position a label starts.
@@ -52,6 +65,12 @@ struct DecibelScale {
   [[nodiscard]] double position(double decibels, double width) const;
   // What a pointer at `x` answers: the multiple of `step` nearest to it, halves away from zero.
   [[nodiscard]] double valueAt(double x, double width) const;
+  // The multiple of `step` nearest to `decibels`, held to the axis.
+  [[nodiscard]] double nearest(double decibels) const;
+  // The value that a key leads to: left, right, up and down by a step, Page Up and Page Down by
+  // what lies between two labelled ticks, start and end to the ends. Held to the axis; a value
+  // between two steps counts as the nearest one.
+  [[nodiscard]] double moved(double decibels, Move move) const;
   // "2.65 dB"
   [[nodiscard]] static std::string text(double decibels);
   // A tick every 0.5 dB, or every 1 dB where the scale reaches beyond 10 dB; whole numbers (even
@@ -61,6 +80,11 @@ struct DecibelScale {
 };
 
 namespace Answering {
+
+// The choice that a key leads to among `count` of them, from 0: left and up to the previous one,
+// right and down to the next one, round at the ends, start and end to the first and the last. From
+// no choice (-1) the next one is the first and the previous one the last. The paging keys stay.
+[[nodiscard]] int movedChoice(int chosen, int count, Move move);
 
 // `x` moved to the nearest edge between device pixels, `devicePixelRatio` pixels a point.
 [[nodiscard]] double snapped(double x, double devicePixelRatio);

@@ -80,4 +80,9 @@ Item {
             progress: root.progress
         }
     }
+
+    FocusRing {
+        objectName: "focusRing"
+        color: Theme.palette.ink
+    }
 }

@@ -9,13 +9,11 @@ ScaleStrip {
     property real upper: 7 // dB
     property real step: 0.05 // dB
 
+    name: "Decibels"
     minorOpacity: 0.5
     scaleModel: DecibelScaleModel {
         lower: picker.lower
         upper: picker.upper
         step: picker.step
     }
-
-    Accessible.role: Accessible.Slider
-    Accessible.name: "Decibels"
 }

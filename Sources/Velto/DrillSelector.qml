@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Velto
 
@@ -9,22 +10,28 @@ Row {
 
     spacing: 4
 
+    Accessible.role: Accessible.Grouping
+    Accessible.name: "Drill"
+
     Repeater {
+        id: chips
+
         model: selector.session.drillTitles
 
-        Pressable {
+        Choice {
             id: chip
 
-            required property int index
             required property string modelData
-            readonly property bool current: selector.session.drill === index
 
             objectName: "drill" + index
             // As wide as the chosen chip is, so that no choice moves the others.
             implicitWidth: Math.ceil(metrics.advanceWidth(modelData)) + content.titleLeft + 24
             implicitHeight: content.implicitHeight + 12
+            ringRadius: 6
             name: modelData
-            onActivated: selector.session.drill = index
+            choices: chips
+            chosen: selector.session.drill
+            onPicked: index => selector.session.drill = index
 
             RoundedBox {
                 objectName: "drillBox" + chip.index

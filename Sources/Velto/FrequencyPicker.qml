@@ -8,12 +8,10 @@ ScaleStrip {
     property real lo: 40 // Hz
     property real hi: 16000 // Hz
 
+    name: "Frequency"
     minorOpacity: 0.55
     scaleModel: FrequencyScaleModel {
         lo: picker.lo
         hi: picker.hi
     }
-
-    Accessible.role: Accessible.Slider
-    Accessible.name: "Frequency"
 }

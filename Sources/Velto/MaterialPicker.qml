@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Velto
 
@@ -9,21 +10,27 @@ Row {
 
     spacing: 4
 
+    Accessible.role: Accessible.Grouping
+    Accessible.name: "Material"
+
     Repeater {
+        id: buttons
+
         model: picker.session.materialTitles
 
-        Pressable {
+        Choice {
             id: button
 
-            required property int index
             required property string modelData
-            readonly property bool current: picker.session.material === index
 
             objectName: "material" + index
             width: 54
             height: 28
+            ringRadius: 5
             name: modelData
-            onActivated: picker.session.material = index
+            choices: buttons
+            chosen: picker.session.material
+            onPicked: index => picker.session.material = index
 
             RoundedBox {
                 objectName: "materialBox" + button.index

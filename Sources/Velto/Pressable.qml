@@ -1,7 +1,8 @@
 import QtQuick
+import Velto
 
 // The behaviour of a button without a look: mouse and assistive technology end in `activated`.
-Item {
+FocusStop {
     id: control
 
     property string name
@@ -18,6 +19,9 @@ Item {
         id: mouse
 
         anchors.fill: parent
-        onClicked: control.activated()
+        onClicked: {
+            control.forceActiveFocus(Qt.MouseFocusReason);
+            control.activated();
+        }
     }
 }

@@ -16,6 +16,7 @@ Pressable {
         return Math.ceil(widest) + 40;
     }
     implicitHeight: 36
+    ringRadius: 7
     name: text
 
     RoundedBox {

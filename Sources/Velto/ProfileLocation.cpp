@@ -49,13 +49,20 @@ Environment Environment::ofProcess() {
   return {variableOfProcess, homeOfAccount};
 }
 
-ProfileLocation ProfileLocation::resolve(const Environment& environment) {
+std::optional<ProfileLocation> ProfileLocation::find(const Environment& environment) {
   if (const auto directory = environment.variable("VELTO_PROFILE_DIR"))
-    return {*directory, std::nullopt};
+    return ProfileLocation{*directory, std::nullopt};
   const auto data = dataDirectory(environment);
   if (!data)
+    return std::nullopt;
+  return ProfileLocation{*data / "MORLA Velto", *data / "Velto" / "profile.json"};
+}
+
+ProfileLocation ProfileLocation::resolve(const Environment& environment) {
+  auto location = find(environment);
+  if (!location)
     fatalError("no directory for the user's data: neither XDG_DATA_HOME nor a home is known");
-  return {*data / "MORLA Velto", *data / "Velto" / "profile.json"};
+  return *std::move(location);
 }
 
 } // namespace velto

@@ -56,8 +56,20 @@ double FrequencyScaleModel::valueAt(double x, double width) const {
   return scale().valueAt(x, width);
 }
 
+double FrequencyScaleModel::nearest(double value) const {
+  return scale().nearest(value);
+}
+
+double FrequencyScaleModel::moved(double value, int move) const {
+  return scale().moved(value, static_cast<Move>(move));
+}
+
 QString FrequencyScaleModel::text(double value) const {
   return QString::fromStdString(FrequencyScale::text(value));
+}
+
+QString FrequencyScaleModel::spoken(double value) const {
+  return QString::fromStdString(FrequencyScale::spoken(value));
 }
 
 QVariantList DecibelScaleModel::ticks() const {
@@ -72,8 +84,20 @@ double DecibelScaleModel::valueAt(double x, double width) const {
   return scale().valueAt(x, width);
 }
 
+double DecibelScaleModel::nearest(double value) const {
+  return scale().nearest(value);
+}
+
+double DecibelScaleModel::moved(double value, int move) const {
+  return scale().moved(value, static_cast<Move>(move));
+}
+
 QString DecibelScaleModel::text(double value) const {
   return QString::fromStdString(DecibelScale::text(value));
+}
+
+QString DecibelScaleModel::spoken(double value) const {
+  return text(value);
 }
 
 } // namespace velto

@@ -20,15 +20,28 @@ class ScaleModel : public QObject {
   // Objects with `value`, `height`, `major` and `label`.
   Q_PROPERTY(QVariantList ticks READ ticks NOTIFY axisChanged FINAL)
   Q_PROPERTY(double labelOffset READ labelOffset CONSTANT FINAL)
+  // The ends of the axis, and the smallest step along it (0: the steps differ).
+  Q_PROPERTY(double lowest READ lowest NOTIFY axisChanged FINAL)
+  Q_PROPERTY(double highest READ highest NOTIFY axisChanged FINAL)
+  Q_PROPERTY(double smallestStep READ smallestStep NOTIFY axisChanged FINAL)
 
 public:
   using QObject::QObject;
 
   [[nodiscard]] virtual QVariantList ticks() const = 0;
   [[nodiscard]] virtual double labelOffset() const = 0;
+  [[nodiscard]] virtual double lowest() const = 0;
+  [[nodiscard]] virtual double highest() const = 0;
+  [[nodiscard]] virtual double smallestStep() const = 0;
   [[nodiscard]] Q_INVOKABLE virtual double position(double value, double width) const = 0;
   [[nodiscard]] Q_INVOKABLE virtual double valueAt(double x, double width) const = 0;
+  // The answer nearest to any value.
+  [[nodiscard]] Q_INVOKABLE virtual double nearest(double value) const = 0;
+  // Where a key leads from `value`; `move` is a FocusStop::Key.
+  [[nodiscard]] Q_INVOKABLE virtual double moved(double value, int move) const = 0;
   [[nodiscard]] Q_INVOKABLE virtual QString text(double value) const = 0;
+  // As it is read out.
+  [[nodiscard]] Q_INVOKABLE virtual QString spoken(double value) const = 0;
 
   // See Answering::tickLeft.
   [[nodiscard]] Q_INVOKABLE static double tickLeft(double x, double width, double stripWidth,
@@ -46,7 +59,7 @@ Q_SIGNALS:
   void axisChanged();
 };
 
-class FrequencyScaleModel : public ScaleModel {
+class FrequencyScaleModel : public velto::ScaleModel {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(double lo MEMBER lo_ NOTIFY axisChanged FINAL) // Hz
@@ -57,9 +70,15 @@ public:
 
   [[nodiscard]] QVariantList ticks() const override;
   [[nodiscard]] double labelOffset() const override { return FrequencyScale::labelOffset; }
+  [[nodiscard]] double lowest() const override { return lo_; }
+  [[nodiscard]] double highest() const override { return hi_; }
+  [[nodiscard]] double smallestStep() const override { return 0; }
   [[nodiscard]] Q_INVOKABLE double position(double value, double width) const override;
   [[nodiscard]] Q_INVOKABLE double valueAt(double x, double width) const override;
+  [[nodiscard]] Q_INVOKABLE double nearest(double value) const override;
+  [[nodiscard]] Q_INVOKABLE double moved(double value, int move) const override;
   [[nodiscard]] Q_INVOKABLE QString text(double value) const override;
+  [[nodiscard]] Q_INVOKABLE QString spoken(double value) const override;
 
 private:
   [[nodiscard]] FrequencyScale scale() const { return {lo_, hi_}; }
@@ -68,7 +87,7 @@ private:
   double hi_ = 16000;
 };
 
-class DecibelScaleModel : public ScaleModel {
+class DecibelScaleModel : public velto::ScaleModel {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(double lower MEMBER lower_ NOTIFY axisChanged FINAL) // dB
@@ -80,9 +99,15 @@ public:
 
   [[nodiscard]] QVariantList ticks() const override;
   [[nodiscard]] double labelOffset() const override { return DecibelScale::labelOffset; }
+  [[nodiscard]] double lowest() const override { return lower_; }
+  [[nodiscard]] double highest() const override { return upper_; }
+  [[nodiscard]] double smallestStep() const override { return step_; }
   [[nodiscard]] Q_INVOKABLE double position(double value, double width) const override;
   [[nodiscard]] Q_INVOKABLE double valueAt(double x, double width) const override;
+  [[nodiscard]] Q_INVOKABLE double nearest(double value) const override;
+  [[nodiscard]] Q_INVOKABLE double moved(double value, int move) const override;
   [[nodiscard]] Q_INVOKABLE QString text(double value) const override;
+  [[nodiscard]] Q_INVOKABLE QString spoken(double value) const override;
 
 private:
   [[nodiscard]] DecibelScale scale() const { return {lower_, upper_, step_}; }

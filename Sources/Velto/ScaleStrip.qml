@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Velto
 
@@ -9,12 +10,18 @@ Item {
     property var value // the answer, undefined for none
     property var truth // the right answer, undefined for none
     property real minorOpacity: 0.5
+    property string name
+    property bool answerable: true
 
     // The listener points at a value.
     signal picked(real value)
 
     readonly property var valueX: value === undefined ? undefined : scaleModel.position(value, width)
     readonly property var truthX: truth === undefined ? undefined : scaleModel.position(truth, width)
+    readonly property string description: {
+        const own = value === undefined ? "" : scaleModel.spoken(value);
+        return truth === undefined ? own : own + ", actual " + scaleModel.spoken(truth);
+    }
     readonly property real pixelRatio: Screen.devicePixelRatio
     // One point in whole device pixels, so that all ticks look alike.
     readonly property real hairline: Math.round(pixelRatio) / pixelRatio
@@ -70,7 +77,7 @@ Item {
         x: strip.valueX ?? 0
         barLeft: strip.scaleModel.tickLeft(x, 2, strip.width, strip.pixelRatio)
         text: strip.value === undefined ? "" : strip.scaleModel.text(strip.value)
-        dimmed: !strip.enabled
+        dimmed: !strip.answerable
         chipPlace: strip.scaleModel.answerChip(strip.valueX, chipWidth, strip.truthX, truthMarker.chipWidth, strip.width)
     }
 
@@ -86,15 +93,41 @@ Item {
         chipPlace: strip.scaleModel.truthChip(strip.valueX, answerMarker.chipWidth, strip.truthX, chipWidth, strip.width)
     }
 
-    MouseArea {
+    // Mouse, keys and assistive technology end in `pick`.
+    ScaleHandle {
+        id: handle
+
+        objectName: "handle"
         width: parent.width
         height: 76
-        preventStealing: true
-        onPressed: mouse => strip.pick(mouse.x)
-        onPositionChanged: mouse => strip.pick(mouse.x)
+        ringRadius: 6
+        answer: strip.value ?? minimumValue
+        minimumValue: strip.scaleModel.lowest
+        maximumValue: strip.scaleModel.highest
+        stepSize: strip.scaleModel.smallestStep
+        onAsked: value => strip.pick(strip.scaleModel.nearest(value))
+        onMoved: key => strip.pick(strip.scaleModel.moved(value, key))
+
+        Accessible.role: Accessible.Slider
+        Accessible.name: strip.name
+        Accessible.description: strip.description
+        Accessible.readOnly: !strip.answerable
+        Accessible.onIncreaseAction: moved(FocusStop.Up)
+        Accessible.onDecreaseAction: moved(FocusStop.Down)
+
+        MouseArea {
+            anchors.fill: parent
+            preventStealing: true
+            onPressed: mouse => {
+                handle.forceActiveFocus(Qt.MouseFocusReason);
+                strip.pick(strip.scaleModel.valueAt(mouse.x, strip.width));
+            }
+            onPositionChanged: mouse => strip.pick(strip.scaleModel.valueAt(mouse.x, strip.width))
+        }
     }
 
-    function pick(x: real) {
-        picked(scaleModel.valueAt(x, width));
+    function pick(value: real) {
+        if (answerable)
+            picked(value);
     }
 }

@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Velto
 
@@ -8,6 +9,7 @@ Item {
     property int slotCount: 3
     property var value // the chosen slot, undefined for none
     property var truth // the flipped slot, undefined until it is known
+    property bool answerable: true
 
     // The listener chooses a slot.
     signal picked(int value)
@@ -16,6 +18,9 @@ Item {
 
     implicitHeight: 88
 
+    Accessible.role: Accessible.Grouping
+    Accessible.name: "Flipped slot"
+
     // Where slot `index` starts: an equal share of the width each, to a whole point.
     function leftOf(index: int): real {
         return Math.round(index * (width + gap) / slotCount);
@@ -23,30 +28,36 @@ Item {
 
     Item {
         Repeater {
+            id: buttons
+
             model: picker.slotCount
 
-            Pressable {
+            Choice {
                 id: slot
 
-                required property int index
                 readonly property bool known: picker.truth !== undefined
-                readonly property bool chosen: picker.value === index
                 readonly property bool flipped: picker.truth === index
 
                 objectName: "slotChoice" + index
                 x: picker.leftOf(index)
                 width: picker.leftOf(index + 1) - picker.gap - x
                 height: 76
+                ringRadius: 8
                 name: "Slot " + (index + 1)
-                onActivated: picker.picked(index)
+                choices: buttons
+                chosen: picker.value ?? -1
+                changeable: picker.answerable
+                onPicked: index => picker.picked(index)
+
+                Accessible.description: known ? caption.text : ""
 
                 RoundedBox {
                     objectName: "slotChoiceBox" + slot.index
                     anchors.fill: parent
                     radius: 8
-                    color: slot.chosen || slot.flipped ? Theme.palette.selectedFill : Theme.palette.surface
-                    strokeColor: slot.flipped ? Theme.palette.good : slot.chosen ? Palettes.faded(Theme.palette.ink, 0.55) : Theme.palette.line
-                    strokeWidth: slot.flipped || slot.chosen ? 1.5 : 1
+                    color: slot.current || slot.flipped ? Theme.palette.selectedFill : Theme.palette.surface
+                    strokeColor: slot.flipped ? Theme.palette.good : slot.current ? Palettes.faded(Theme.palette.ink, 0.55) : Theme.palette.line
+                    strokeWidth: slot.flipped || slot.current ? 1.5 : 1
                 }
 
                 Column {
@@ -61,11 +72,11 @@ Item {
                         text: slot.index + 1
                         mono: true
                         size: 24
-                        font.weight: slot.chosen || slot.flipped ? Font.Bold : Font.Normal
+                        font.weight: slot.current || slot.flipped ? Font.Bold : Font.Normal
 
                         RoundedBox {
                             objectName: "slotDot" + slot.index
-                            visible: slot.known && slot.chosen
+                            visible: slot.known && slot.current
                             anchors.left: parent.right
                             anchors.leftMargin: 8
                             anchors.verticalCenter: parent.verticalCenter
@@ -77,6 +88,8 @@ Item {
                     }
 
                     Label {
+                        id: caption
+
                         objectName: "slotCaption" + slot.index
                         anchors.horizontalCenter: parent.horizontalCenter
                         text: !slot.known ? "?" : slot.flipped ? "FLIPPED" : "in phase"

@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Velto
 
@@ -28,21 +29,27 @@ Item {
 
             spacing: 8
 
+            Accessible.role: Accessible.Grouping
+            Accessible.name: "Version"
+
             Repeater {
+                id: slotButtons
+
                 model: transport.session.slotTitles
 
-                Pressable {
+                Choice {
                     id: slot
 
-                    required property int index
                     required property string modelData
-                    readonly property bool current: transport.session.currentSlot === index
 
                     objectName: "slot" + index
                     width: slotRow.slotWidth
                     height: 36
+                    ringRadius: 7
                     name: "Play " + modelData
-                    onActivated: transport.session.select(index)
+                    choices: slotButtons
+                    chosen: transport.session.currentSlot
+                    onPicked: index => transport.session.select(index)
 
                     RoundedBox {
                         objectName: "slotBox" + slot.index

@@ -16,7 +16,8 @@ namespace {
 
 using namespace velto;
 
-enum class State { ungraded, rendering, hit, miss };
+// `focused` has the ring of the keyboard's focus round the picker.
+enum class State { ungraded, rendering, focused, hit, miss };
 
 QString name(State state) {
   switch (state) {
@@ -24,6 +25,8 @@ QString name(State state) {
     return QStringLiteral("ungraded");
   case State::rendering:
     return QStringLiteral("rendering");
+  case State::focused:
+    return QStringLiteral("focused");
   case State::hit:
     return QStringLiteral("hit");
   case State::miss:
@@ -34,18 +37,22 @@ QString name(State state) {
 
 QImage draw(Drill drill, State state, bool dark) {
   kit::Stage stage(drill, dark);
-  if (state == State::ungraded)
+  if (state == State::ungraded || state == State::focused)
     stage.settle();
   else if (state != State::rendering)
     stage.grade(state == State::hit);
   if (state != State::rendering)
     stage.session.select(1);
+  if (state == State::focused)
+    for (int stop = 0; stop < 2; ++stop)
+      QTest::keyClick(&stage.view, Qt::Key_Tab);
   return stage.picture();
 }
 
 int drawAll(const QDir& folder, const QString& scale) {
   for (const Drill drill : Drill::allCases)
-    for (const State state : {State::ungraded, State::rendering, State::hit, State::miss})
+    for (const State state :
+         {State::ungraded, State::rendering, State::focused, State::hit, State::miss})
       for (const bool dark : {true, false}) {
         const QString file = folder.filePath(
             QStringLiteral("%1-%2-%3@%4x.png")

@@ -1,0 +1,119 @@
+#include "FocusRing.h"
+
+#include "Answering.h"
+#include "FocusStop.h"
+#include "RoundedBox.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QQuickWindow>
+
+#include <algorithm>
+#include <cmath>
+
+namespace velto {
+
+namespace {
+
+// A gap of a point between the control and a ring 2 points wide.
+constexpr double reach = 3;
+constexpr double thickness = 2;
+
+// The next length, from `points` on, that is whole in points and in device pixels. Qt gives a
+// painted item a picture of whole points and whole pixels, and would stretch it to any other size.
+double roomFor(double points, double devicePixelRatio) {
+  constexpr int patience = 20; // enough for every multiple of 5 %
+  const double least = std::ceil(points);
+  for (int more = 0; more < patience; ++more) {
+    const double pixels = (least + more) * devicePixelRatio;
+    if (std::abs(pixels - std::round(pixels)) < 1e-6)
+      return least + more;
+  }
+  return least;
+}
+
+bool movesFocus(int key) {
+  switch (key) {
+  case Qt::Key_Tab:
+  case Qt::Key_Backtab:
+  case Qt::Key_Left:
+  case Qt::Key_Right:
+  case Qt::Key_Up:
+  case Qt::Key_Down:
+  case Qt::Key_PageUp:
+  case Qt::Key_PageDown:
+  case Qt::Key_Home:
+  case Qt::Key_End:
+    return true;
+  default:
+    return false;
+  }
+}
+
+} // namespace
+
+FocusRing::FocusRing(QQuickItem* parent) : QQuickPaintedItem(parent) {
+  setVisible(false);
+  setAntialiasing(true);
+  connect(this, &FocusRing::colorChanged, this, [this] { update(); });
+}
+
+void FocusRing::itemChange(ItemChange change, const ItemChangeData& data) {
+  if (change == ItemSceneChange && data.window != nullptr) {
+    data.window->installEventFilter(this);
+    connect(data.window, &QQuickWindow::activeFocusItemChanged, this, &FocusRing::follow);
+    // The control may have moved.
+    connect(data.window, &QQuickWindow::afterAnimating, this, &FocusRing::follow);
+  }
+  QQuickPaintedItem::itemChange(change, data);
+}
+
+bool FocusRing::eventFilter(QObject* watched, QEvent* event) {
+  const bool used = keyboardUsed_;
+  if (event->type() == QEvent::KeyPress)
+    keyboardUsed_ = used || movesFocus(static_cast<const QKeyEvent*>(event)->key());
+  else if (event->type() == QEvent::MouseButtonPress)
+    keyboardUsed_ = false;
+  if (keyboardUsed_ != used)
+    follow();
+  return QQuickPaintedItem::eventFilter(watched, event);
+}
+
+void FocusRing::follow() {
+  const auto* stop =
+      window() == nullptr ? nullptr : qobject_cast<FocusStop*>(window()->activeFocusItem());
+  setVisible(keyboardUsed_ && stop != nullptr);
+  if (isVisible())
+    surround(*stop);
+}
+
+void FocusRing::surround(const FocusStop& stop) {
+  const double ratio = window()->effectiveDevicePixelRatio();
+  const QRectF box =
+      stop.mapRectToScene(stop.boundingRect()).adjusted(-reach, -reach, reach, reach);
+  const QPointF topLeft(Answering::snapped(box.left(), ratio),
+                        Answering::snapped(box.top(), ratio));
+  const QSizeF size(Answering::snapped(box.right(), ratio) - topLeft.x(),
+                    Answering::snapped(box.bottom(), ratio) - topLeft.y());
+  setPosition(topLeft);
+  setSize({roomFor(size.width(), ratio), roomFor(size.height(), ratio)});
+  const QRectF ring(QPointF(), size);
+  const double radius = stop.ringRadius() + reach;
+  if (ring == ring_ && radius == radius_)
+    return;
+  ring_ = ring;
+  radius_ = radius;
+  update();
+}
+
+void FocusRing::paint(QPainter* painter) {
+  const double ratio = window()->effectiveDevicePixelRatio();
+  const double pen = std::max(Answering::snapped(thickness, ratio), 1 / ratio);
+  const double inset = pen / 2;
+  painter->setRenderHint(QPainter::Antialiasing);
+  painter->strokePath(
+      roundedOutline(ring_.adjusted(inset, inset, -inset, -inset), radius_ - inset, false),
+      QPen(color_, pen, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
+}
+
+} // namespace velto

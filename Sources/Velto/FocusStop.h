@@ -1,0 +1,84 @@
+// What the Tab key stops at.
+#pragma once
+
+#include "Answering.h"
+
+#include <QQuickItem>
+#include <QtQml/qqmlregistration.h>
+
+namespace velto {
+
+// An item that takes the keyboard's focus and tells of the keys that move an answer or a choice:
+// arrows, Page Up, Page Down, Home and End without a modifier. All other keys pass it by. Main
+// thread only.
+class FocusStop : public QQuickItem {
+  Q_OBJECT
+  QML_ELEMENT
+  // The corners of what the focus ring goes round, in points.
+  Q_PROPERTY(double ringRadius MEMBER ringRadius_ NOTIFY ringRadiusChanged FINAL)
+
+public:
+  // Move for QML.
+  enum Key {
+    Left = static_cast<int>(Move::left),
+    Right = static_cast<int>(Move::right),
+    Up = static_cast<int>(Move::up),
+    Down = static_cast<int>(Move::down),
+    PageUp = static_cast<int>(Move::pageUp),
+    PageDown = static_cast<int>(Move::pageDown),
+    Home = static_cast<int>(Move::toStart),
+    End = static_cast<int>(Move::toEnd),
+  };
+  Q_ENUM(Key)
+
+  explicit FocusStop(QQuickItem* parent = nullptr);
+
+  [[nodiscard]] double ringRadius() const { return ringRadius_; }
+
+  // See Answering::movedChoice; `key` is a Key.
+  [[nodiscard]] Q_INVOKABLE static int movedChoice(int chosen, int count, int key);
+
+Q_SIGNALS:
+  // A key was pressed here; `key` is a Key.
+  void moved(int key);
+  void ringRadiusChanged();
+
+protected:
+  void keyPressEvent(QKeyEvent* event) override;
+
+private:
+  double ringRadius_ = 0;
+};
+
+// The focus stop of a scale, as assistive technology wants a slider to be: it reads `value`, and
+// writing it asks for another answer. Main thread only.
+class ScaleHandle : public FocusStop {
+  Q_OBJECT
+  QML_ELEMENT
+  Q_PROPERTY(double answer READ value WRITE setAnswer NOTIFY valueChanged FINAL)
+  Q_PROPERTY(double value READ value WRITE ask NOTIFY valueChanged FINAL)
+  Q_PROPERTY(double minimumValue MEMBER minimumValue_ NOTIFY rangeChanged FINAL)
+  Q_PROPERTY(double maximumValue MEMBER maximumValue_ NOTIFY rangeChanged FINAL)
+  Q_PROPERTY(double stepSize MEMBER stepSize_ NOTIFY rangeChanged FINAL) // 0: the steps differ
+
+public:
+  using FocusStop::FocusStop;
+
+  [[nodiscard]] double value() const { return answer_; }
+  void setAnswer(double answer);
+  void ask(double value) { Q_EMIT asked(value); }
+
+Q_SIGNALS:
+  void valueChanged();
+  void rangeChanged();
+  // `value` is wanted as the answer; it may be any number.
+  void asked(double value);
+
+private:
+  double answer_ = 0;
+  double minimumValue_ = 0;
+  double maximumValue_ = 0;
+  double stepSize_ = 0;
+};
+
+} // namespace velto
