@@ -64,7 +64,7 @@ bool AppDelegate::applicationDidFinishLaunching() {
     return false;
   }
   installLifecycle();
-  followSound();
+  installSoundTimer();
   if (options_.shotPath)
     scheduleShot(QString::fromStdString(*options_.shotPath));
   return true;
@@ -151,7 +151,7 @@ void AppDelegate::resume() {
 }
 
 // No event tells that sound can be had again, so it is looked for.
-void AppDelegate::followSound() {
+void AppDelegate::installSoundTimer() {
   soundTimer_.setInterval(soundInterval);
   connect(&soundTimer_, &QTimer::timeout, this,
           [this] { session_.followSound(std::chrono::steady_clock::now()); });

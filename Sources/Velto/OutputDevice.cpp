@@ -70,10 +70,8 @@ private:
 
   // Audio thread.
   static long render(cubeb_stream*, void* device, const void*, void* output, long frames) {
-    const std::span samples(static_cast<float*>(output), 2 * static_cast<std::size_t>(frames));
-    static_cast<CubebDevice*>(device)->renderer_->render(samples.data(), samples.size() / 2);
-    for (float& sample : samples)
-      sample *= outputHeadroom;
+    fillOutput(*static_cast<CubebDevice*>(device)->renderer_, static_cast<float*>(output),
+               static_cast<std::size_t>(frames));
     return frames;
   }
 
@@ -90,6 +88,12 @@ private:
 };
 
 } // namespace
+
+void fillOutput(Renderer& renderer, float* interleaved, std::size_t frames) noexcept {
+  renderer.render(interleaved, frames);
+  for (float& sample : std::span(interleaved, 2 * frames))
+    sample *= outputHeadroom;
+}
 
 std::unique_ptr<OutputDevice> makeDefaultOutputDevice() {
   return std::make_unique<CubebDevice>();

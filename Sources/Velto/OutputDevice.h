@@ -24,6 +24,10 @@ public:
   virtual void render(float* interleaved, std::size_t frames) noexcept = 0;
 };
 
+// The whole of a device's callback: lets `renderer` fill the block and takes the headroom off.
+// Audio thread: no lock, no allocation, no system call.
+void fillOutput(Renderer& renderer, float* interleaved, std::size_t frames) noexcept;
+
 // A stereo output of 32-bit floats at 48000 Hz. One device is started once: whoever wants sound
 // again after `stop` makes a new one, so that no frame of the old stream is ever replayed.
 //
