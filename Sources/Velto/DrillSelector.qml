@@ -63,6 +63,7 @@ Row {
 
                 Label {
                     objectName: "drillLabel" + chip.index
+                    partOfName: true
                     text: chip.modelData
                     size: 12
                     font.weight: chip.current ? Font.DemiBold : Font.Normal
