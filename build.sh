@@ -16,7 +16,8 @@ Usage: ./build.sh [COMMAND]
       --long        the long tests instead of the default ones
       --matrix      the tests across compilers and architectures
       --asan        built with the address and undefined-behaviour sanitizers
-      --tsan        built with the thread sanitizer
+      --tsan        the tests of what has threads, built with the thread sanitizer
+      --coverage    count the lines that the tests run; fails below 95 % of the core's
   lint              run the formatters and the checkers over the sources
       --fix         let the formatters rewrite the sources
       --quick       of tests and benchmarks, only those that the last commit changed get clang-tidy
@@ -104,6 +105,10 @@ lintPackages=(
 benchPackages=(
   libbenchmark-dev
   valgrind
+)
+
+coveragePackages=(
+  gcovr
 )
 
 matrixPackages=(
@@ -295,13 +300,16 @@ trial() {
 
 runTests() {
   local preset=release folder=$root/build label=default
-  local -a extra=() packages=() wrapper=()
+  local -a extra=() packages=() wrapper=() targets=()
   while (($# > 0)); do
     case $1 in
       --long) label=long ;;
       --matrix) label=matrix packages=("${matrixPackages[@]}") ;;
       --asan) preset=asan-ubsan folder=$root/build-asan-ubsan ;;
-      --tsan) preset=tsan folder=$root/build-tsan ;;
+      --tsan) preset=tsan folder=$root/build-tsan label=threads ;;
+      --coverage)
+        preset=coverage folder=$root/build-coverage label=lines packages=("${coveragePackages[@]}")
+        ;;
       *) extra+=("$1") ;;
     esac
     shift
@@ -309,23 +317,45 @@ runTests() {
   provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
     "${packages[@]}"
   configure "$preset" "$folder" VELTO_BUILD_TESTS=ON
-  compile "$folder"
+  case $label in threads | lines) targets=(--target "velto_${label}_tests") ;; esac
+  compile "$folder" "${targets[@]}"
 
-  if [[ $preset != release ]]; then
-    # The options of the caller come last and win.
-    export ASAN_OPTIONS="strict_string_checks=1:detect_stack_use_after_return=1:${ASAN_OPTIONS-}"
-    export UBSAN_OPTIONS="print_stacktrace=1:${UBSAN_OPTIONS-}"
-    export TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1:${TSAN_OPTIONS-}"
-    # Their shadow memory collides with the wide address randomisation of newer kernels.
-    if setarch -R true 2>/dev/null; then wrapper=(setarch -R); fi
-  fi
+  case $preset in
+    asan-ubsan | tsan)
+      sanitizerOptions
+      # Their shadow memory collides with the wide address randomisation of newer kernels.
+      if setarch -R true 2>/dev/null; then wrapper=(setarch -R); fi
+      ;;
+    coverage) find "$folder" -name '*.gcda' -delete ;;
+  esac
   say "Testing: $label tests, $preset"
   local log=$folder/tests.log status=0
   "${wrapper[@]}" ctest --test-dir "$folder" -L "^$label\$" --no-tests=error --no-label-summary \
     --output-on-failure -j2 --output-log "$log" "${extra[@]}" || status=$?
+  if [[ $preset == coverage ]]; then coverage "$folder" || status=1; fi
   # The verdict is the last line, for whoever reads only that.
   grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+$' "$log" | tail -n 1 || true
   exit "$status"
+}
+
+# Each file of suppressions names libraries that are built without the sanitizer, with the reason.
+# The options of the caller come last and win.
+sanitizerOptions() {
+  local files=$root/Tests/sanitizers
+  export ASAN_OPTIONS="strict_string_checks=1:detect_stack_use_after_return=1:${ASAN_OPTIONS-}"
+  export LSAN_OPTIONS="suppressions=$files/leaks.supp:print_suppressions=0:${LSAN_OPTIONS-}"
+  export UBSAN_OPTIONS="print_stacktrace=1:${UBSAN_OPTIONS-}"
+  export TSAN_OPTIONS="suppressions=$files/threads.supp:halt_on_error=1:second_deadlock_stack=1:${TSAN_OPTIONS-}"
+}
+
+# Lists the lines that no test ran, then holds the core against its share: build folder.
+coverage() {
+  local -a report=(gcovr --root "$root/Sources/Velto" --object-directory "$1/Sources/Velto"
+    --exclude-throw-branches)
+  say 'Lines that the tests run'
+  "${report[@]}" --sort-percentage
+  say 'The core'
+  "${report[@]}" --fail-under-line 95 "$1/Sources/Velto/CMakeFiles/velto_core.dir"
 }
 
 # --- Lint -----------------------------------------------------------------------------------------

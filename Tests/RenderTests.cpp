@@ -411,8 +411,10 @@ TEST(Compressor, IsTheModelsAroundTheDetectorsFloor) {
     x[0] = peak;
     x[200] = -peak;
     x[201] = 1e-9f;
-    for (int i = 0; i < 60; ++i)
+    for (int i = 0; i < 60; ++i) {
+      expectTheModels(1e-4 * i, x);
       expectTheModels(0.02 * i, x);
+    }
     for (int i = 0; i < 60; ++i)
       expectTheModels(0.5 * i, Samples(300, peak));
   }

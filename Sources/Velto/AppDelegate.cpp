@@ -43,10 +43,10 @@ WorkQueues qtWorkQueues() {
               }};
 }
 
-AppDelegate::AppDelegate(LaunchOptions options)
+AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
     : options_(std::move(options)),
       session_(options_.drill, qtWorkQueues(),
-               std::make_unique<Player>(makeDefaultOutputDevice, Engine::defaultCloseDelay,
+               std::make_unique<Player>(std::move(makeDevice), Engine::defaultCloseDelay,
                                         Player::Opening::inBackground),
                secondsSince1970()),
       appearance_(options_.fixedDark), model_(session_), progress_(session_) {}

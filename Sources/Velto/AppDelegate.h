@@ -26,8 +26,9 @@ class AppDelegate : public QObject {
   Q_OBJECT
 
 public:
-  // Makes the session, which starts the first trial.
-  explicit AppDelegate(LaunchOptions options);
+  // Makes the session, which starts the first trial and plays to the devices of `makeDevice`.
+  explicit AppDelegate(LaunchOptions options,
+                       OutputDeviceFactory makeDevice = makeDefaultOutputDevice);
   ~AppDelegate() override;
 
   // Registers the wordmark's face and opens the window. False, after a line on standard error, when

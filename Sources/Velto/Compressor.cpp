@@ -75,8 +75,6 @@ private:
 // Whether the largest smoothed reduction at `thresholdDB` stays below the target. It only grows
 // from sample to sample, so the first that gets there decides.
 bool staysBelow(double targetGRdB, double thresholdDB, std::span<const float> x, Levels& levels) {
-  if (!(0 < targetGRdB))
-    return false;
   ReductionSmoother smoother;
   const float idle = idleBelow(thresholdDB);
   for (std::size_t i = 0; i < x.size(); ++i) {

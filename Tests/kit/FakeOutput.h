@@ -163,6 +163,8 @@ private:
 // anybody: what orders its accesses is the code under test alone.
 class RacingDevice final : public OutputDevice {
 public:
+  // With a pause between its blocks it leaves the processor to others.
+  explicit RacingDevice(std::chrono::microseconds pause = {}) : pause_(pause) {}
   ~RacingDevice() override { stop(); }
 
   std::optional<std::string> start(Renderer& renderer) override {
@@ -173,6 +175,8 @@ public:
         for (const float sample : block)
           if (!(sample >= -limit && sample <= limit))
             wild_.store(true, std::memory_order_relaxed);
+        if (pause_.count() > 0)
+          std::this_thread::sleep_for(pause_);
       }
     });
     return std::nullopt;
@@ -196,6 +200,7 @@ private:
   static constexpr float limit = 2.0F;
   static inline std::atomic<bool> wild_{false};
 
+  const std::chrono::microseconds pause_;
   std::thread thread_;
   std::atomic<bool> stopping_{false};
 };

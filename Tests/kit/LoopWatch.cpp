@@ -89,6 +89,7 @@ void LoopWatch::breakOff(Frame frame) {
   state_ = State::lost;
   lostAt_ = frame_;
   lostPosition_ = position_;
+  silent_ = 0;
   if (breaks_.size() < mostBreaks)
     breaks_.push_back("frame " + std::to_string(lostAt_) + ": the thread is lost");
   window_.clear();
@@ -96,6 +97,8 @@ void LoopWatch::breakOff(Frame frame) {
 }
 
 void LoopWatch::searchThread(Frame frame) {
+  if (frame == Frame{0, 0} && silent_ == frame_ - lostAt_)
+    ++silent_;
   window_.push_back(frame);
   if (window_.size() > windowFrames)
     window_.pop_front();
@@ -129,7 +132,10 @@ void LoopWatch::resumeAt(const Place& place) {
     words = std::to_string(ahead) + " frames are missing";
   else
     words = std::to_string(length_ - ahead) + " frames are too many";
-  words += ", strange ones for " + std::to_string(strange) + " frames";
+  if (strange > 0 && silent_ == strange)
+    words += ", silence for " + std::to_string(strange);
+  else if (strange > 0)
+    words += ", strange ones for " + std::to_string(strange);
   while (!expected_.empty() && place.slot != current_) {
     current_ = expected_.front();
     expected_.pop_front();

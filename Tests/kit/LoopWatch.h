@@ -36,6 +36,8 @@ public:
   [[nodiscard]] std::size_t pendingSwitches() const { return expected_.size(); }
 
   // Each break in words, for example "frame 123: 480 frames are missing"; the first hundred.
+  // Silence that was inserted, with every frame in its order around it, is what a sound server
+  // plays when the player is not given processor time.
   [[nodiscard]] const std::vector<std::string>& breaks() const { return breaks_; }
 
 private:
@@ -72,6 +74,7 @@ private:
   std::size_t rampFrame_ = 0; // of the rise or the fade
   std::uint64_t lostAt_ = 0;
   std::size_t lostPosition_ = 0;
+  std::uint64_t silent_ = 0; // frames without sound from there on
   std::deque<Frame> window_; // the latest frames while the thread is lost
 
   std::uint64_t exact_ = 0, faded_ = 0, switches_ = 0;
