@@ -11,9 +11,6 @@ namespace velto {
 
 namespace {
 
-// 40 ms. A quarter of it drops out when both cores are busy.
-constexpr std::uint32_t latency = 1920;
-
 std::string withCode(std::string text, int code) {
   return std::move(text) + " (cubeb error " + std::to_string(code) + ")";
 }
@@ -47,7 +44,7 @@ public:
   [[nodiscard]] bool failed() const override { return failed_.load(std::memory_order_relaxed); }
 
   // Never asked from the library: after an error its answer would be an abort.
-  [[nodiscard]] std::size_t latencyFrames() const override { return latency; }
+  [[nodiscard]] std::size_t latencyFrames() const override { return outputLatencyFrames; }
 
 private:
   std::optional<std::string> open() {
@@ -59,8 +56,9 @@ private:
     format.channels = 2;
     format.layout = CUBEB_LAYOUT_STEREO;
     format.prefs = CUBEB_STREAM_PREF_NONE;
-    if (const int code = cubeb_stream_init(context_, &stream_, "Velto", nullptr, nullptr, nullptr,
-                                           &format, latency, render, stateChanged, this);
+    if (const int code =
+            cubeb_stream_init(context_, &stream_, "Velto", nullptr, nullptr, nullptr, &format,
+                              outputLatencyFrames, render, stateChanged, this);
         code != CUBEB_OK)
       return withCode("the sound output cannot be opened", code);
     if (const int code = cubeb_stream_start(stream_); code != CUBEB_OK)
