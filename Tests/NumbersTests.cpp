@@ -174,6 +174,8 @@ TEST(Numbers, MagnitudesBeyondADoubleBecomeInfinityOrZero) {
     double value;
   } rows[] = {
       {"1e400", infinity},
+      {"1e+400", infinity},
+      {"-0.001e+999", -infinity}, // below 1 but for the exponent
       {"-1e400", -infinity},
       {"1.7976931348623159e308", infinity},
       {"1e99999999999999999999", infinity},
