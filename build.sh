@@ -20,7 +20,10 @@ Usage: ./build.sh [COMMAND]
       --coverage    count the lines that the tests run; fails below 95 % of the core's
   lint              run the formatters and the checkers over the sources
       --fix         let the formatters rewrite the sources
+      --quick       of tests and benchmarks, only those that the last commit changed get clang-tidy
+  docs              make the manual of the libraries, build/docs/html/index.html
   package           build a Debian package, in build-package/
+      --check       and check it: linters, and a bare Debian 12 to install it into (as root)
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
                     go to the benchmarks, for example --benchmark_filter=render
   help              this text
@@ -86,8 +89,14 @@ testPackages=(
   valgrind
 )
 
+docsPackages=(
+  doxygen
+)
+
 lintPackages=(
   clang-format-14
+  clang-tidy-14
+  doxygen
   flake8
   qt6-declarative-dev-tools
   shellcheck
@@ -105,7 +114,20 @@ coveragePackages=(
 matrixPackages=(
   clang
   g++-aarch64-linux-gnu
+  g++-mingw-w64-x86-64-posix
+  googletest
   qemu-user
+  wine64
+)
+
+# For the checks of the package.
+checkPackages=(
+  appstream
+  debootstrap
+  desktop-file-utils
+  librsvg2-bin
+  lintian
+  mandoc
 )
 
 # Installs those of the named packages that are missing. Where there is no apt-get, and where its
@@ -341,16 +363,41 @@ coverage() {
 # --- Lint -----------------------------------------------------------------------------------------
 
 lint() {
+  local quick=false option
+  for option in "$@"; do
+    case $option in
+      --fix) ;;
+      --quick) quick=true ;;
+      *) fail "lint takes no '$option'; try ./build.sh help" 2 ;;
+    esac
+  done
   provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
     "${lintPackages[@]}"
   configure release "$root/build" VELTO_BUILD_TESTS=ON
-  exec "$root/Tests/lint/lint" "$@" "$root/build"
+  local -a folders=("$root/build")
+  if ! $quick; then
+    provide "${benchPackages[@]}"
+    configureBench
+    folders+=("$root/build-bench")
+  fi
+  exec "$root/Tests/lint/lint" "$@" "${folders[@]}"
+}
+
+# --- Docs -----------------------------------------------------------------------------------------
+
+docs() {
+  provide "${docsPackages[@]}"
+  mkdir -p "$root/build/docs"
+  (cd "$root" && doxygen Documentation/Doxyfile)
+  say 'The manual: build/docs/html/index.html'
 }
 
 # --- Package --------------------------------------------------------------------------------------
 
 package() {
-  local folder=$root/build-package
+  local folder=$root/build-package check=false
+  if [[ ${1-} == --check ]]; then check=true; shift; fi
+  (($# == 0)) || fail "package takes no '$1'; try ./build.sh help" 2
   provide "${buildPackages[@]}" "${packagePackages[@]}"
   configure release "$folder" VELTO_BUILD_TESTS=OFF \
     CMAKE_CXX_FLAGS='-fstack-protector-strong -D_FORTIFY_SOURCE=2' \
@@ -358,16 +405,25 @@ package() {
   compile "$folder"
   rm -f "$folder"/velto_*.deb
   (cd "$folder" && cpack -G DEB)
-  say "The package: $(compgen -G "$folder/velto_*.deb")"
+  local package
+  package=$(compgen -G "$folder/velto_*.deb")
+  say "The package: $package"
+  $check || return 0
+  provide "${checkPackages[@]}" "${deskPackages[@]}"
+  "$root/Tests/package/check-package" "$package" "$folder/velto.png"
 }
 
 # --- Bench ----------------------------------------------------------------------------------------
 
+configureBench() {
+  configure release "$root/build-bench" CMAKE_BUILD_TYPE=Release VELTO_BUILD_TESTS=OFF \
+    VELTO_BUILD_BENCHMARKS=ON
+}
+
 bench() {
   local folder=$root/build-bench
   provide "${buildPackages[@]}" "${benchPackages[@]}"
-  configure release "$folder" CMAKE_BUILD_TYPE=Release VELTO_BUILD_TESTS=OFF \
-    VELTO_BUILD_BENCHMARKS=ON
+  configureBench
   compile "$folder" --target velto_benchmarks velto_render_once
   "$folder/bin/velto_benchmarks" "$@"
   say 'Instructions of one render'
@@ -382,11 +438,9 @@ case $command in
   build) (($# == 0)) || fail "build takes no '$1'; try ./build.sh help" 2; build ;;
   run) run "$@" ;;
   test) runTests "$@" ;;
-  lint)
-    (($# == 0)) || [[ $# == 1 && $1 == --fix ]] || fail "lint takes only --fix; try ./build.sh help" 2
-    lint "$@"
-    ;;
-  package) (($# == 0)) || fail "package takes no '$1'; try ./build.sh help" 2; package ;;
+  lint) lint "$@" ;;
+  docs) (($# == 0)) || fail "docs takes no '$1'; try ./build.sh help" 2; docs ;;
+  package) package "$@" ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;

@@ -27,8 +27,8 @@ namespace {
 using namespace velto;
 using namespace velto::kit;
 
-constexpr std::size_t loopFrames = 153600; // 3.2 s, as a trial
-constexpr std::size_t startLead = 3840;    // 0.12 s less the device's latency
+constexpr std::size_t loopFrames = 153600;                    // 3.2 s, as a trial
+constexpr std::size_t startLead = 5760 - outputLatencyFrames; // of 0.12 s
 constexpr std::uint64_t second = 48000;
 constexpr double allowedGrowthMegabytes = 2;
 

@@ -9,7 +9,7 @@ namespace {
 
 using Variables = std::map<std::string, std::string>;
 
-Environment environment(const Variables& variables, std::optional<std::string> accountHome) {
+Environment environment(const Variables& variables, const std::optional<std::string>& accountHome) {
   return {[variables](const char* name) -> std::optional<std::string> {
             const auto found = variables.find(name);
             return found == variables.end() ? std::nullopt : std::optional(found->second);

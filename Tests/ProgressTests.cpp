@@ -72,6 +72,25 @@ TEST(ProgressBars, LabelFiveBands) {
   EXPECT_EQ(labels, (std::vector<std::string>{"40", "250", "1k", "4k", "16k"}));
 }
 
+TEST(ProgressWords, TellTheMapBandByBand) {
+  std::vector<BandStat> bands(27);
+  for (std::size_t i = 0; i < bands.size(); ++i)
+    bands[i].index = static_cast<std::int64_t>(i);
+  EXPECT_EQ(Progress::mapDescription({}), "no answers yet");
+  EXPECT_EQ(Progress::mapDescription(bands), "no answers yet");
+  bands[0].attempts = 7;
+  bands[0].meanErrorOct = 0.42;
+  bands[19].attempts = 1;
+  EXPECT_EQ(Progress::mapDescription(bands), "40 Hz 0.42 oct over 7, 3.15 kHz 0.00 oct over 1");
+}
+
+TEST(ProgressWords, TellTheCurveByItsEndsAndExtremes) {
+  EXPECT_EQ(Progress::curveDescription({}), "too few answers to draw it");
+  EXPECT_EQ(Progress::curveDescription(std::vector{20.0}), "too few answers to draw it");
+  EXPECT_EQ(Progress::curveDescription(std::vector{20.0, 14.0, 26.4, 23.4}),
+            "difficulty over 4 answers: from 20 to 23, lowest 14, highest 26");
+}
+
 TEST(ProgressCurve, NeedsTwoPoints) {
   EXPECT_TRUE(Progress::curve({}, 320, 64).empty());
   EXPECT_TRUE(Progress::curve(std::vector{50.0}, 320, 64).empty());

@@ -518,7 +518,7 @@ TEST(Compressor, AttackAndReleaseAreOnePole) {
   EXPECT_NEAR(result.grDB, peak, 1e-9);
   for (const int i : {0, 1, 2400, 4799}) {
     const double reduction = peak * std::pow(release, i + 1);
-    const auto index = static_cast<std::size_t>(4800 + i);
+    const auto index = 4800 + static_cast<std::size_t>(i);
     EXPECT_NEAR(result.out[index] / x[index], std::pow(10, -reduction / 20), 1e-6) << i;
   }
 }

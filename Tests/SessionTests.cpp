@@ -15,14 +15,12 @@ using namespace velto;
 
 namespace {
 
-using kit::ManualQueues;
-
 constexpr double launchTime = 1'700'000'000.75;
 constexpr std::uint64_t launchCounter = 1'700'000'000;
 
 struct Rig {
   kit::ScratchProfile scratch;
-  ManualQueues work;
+  kit::ManualQueues work;
   kit::FakeOutput output;
   std::unique_ptr<Session> session;
 
@@ -77,8 +75,8 @@ TEST(SessionStart, SetsEachDrillsMaterialAndAnswer) {
 
 TEST(SessionStart, DropsTheRenderOfTheFirstTrial) {
   Rig rig;
-  ManualQueues::runOne(rig.work.background);
-  ManualQueues::runOne(rig.work.main);
+  kit::ManualQueues::runOne(rig.work.background);
+  kit::ManualQueues::runOne(rig.work.main);
   EXPECT_TRUE(rig->rendering());
   EXPECT_FALSE(rig->player().isPlaying());
   rig.settle();
@@ -93,7 +91,7 @@ TEST(SessionStartDeathTest, RefusesAClockThatShowsNoTime) {
   const double impossible[] = {-1.0, std::numeric_limits<double>::quiet_NaN(),
                                std::numeric_limits<double>::infinity(), 0x1p64};
   const kit::ScratchProfile scratch;
-  ManualQueues work;
+  kit::ManualQueues work;
   kit::FakeOutput output;
   for (const double time : impossible)
     EXPECT_DEATH(
@@ -299,9 +297,9 @@ TEST(SessionNotification, SubmittingAnnouncesTheGradeAndThenTheRecord) {
 
 TEST(SessionLifetime, ARenderThatReturnsLateFindsNobody) {
   Rig rig;
-  while (ManualQueues::runOne(rig.work.background)) {
+  while (kit::ManualQueues::runOne(rig.work.background)) {
   }
   rig.session.reset();
-  while (ManualQueues::runOne(rig.work.main)) {
+  while (kit::ManualQueues::runOne(rig.work.main)) {
   }
 }

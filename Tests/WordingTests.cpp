@@ -39,6 +39,8 @@ TEST(Wording, JoinsTheVerdictInAFixedOrder) {
   const Trial trial{.drill = Drill::frequency, .targetFreq = 3150};
   EXPECT_EQ(Wording::verdictDetail(Drills::grade(1000, trial)),
             "you 1k Hz   ·   actual 3.15k Hz   ·   1.66 oct off");
+  EXPECT_EQ(Wording::announcement(Drills::grade(1000, trial)),
+            "MISS, you 1k Hz, actual 3.15k Hz, 1.66 oct off");
   EXPECT_EQ(Wording::verdict(true), "HIT");
   EXPECT_EQ(Wording::verdict(false), "MISS");
 }

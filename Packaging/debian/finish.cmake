@@ -1,15 +1,16 @@
-# Turns the installed tree that CPack has staged into what Debian wants beyond it: compressed
-# manuals and changelogs. Bytes do not depend on the time.
+# Turns the tree that CPack has staged into what Debian wants: a stripped program, compressed
+# manuals and changelogs.
 
-file(GLOB stages ${CPACK_TEMPORARY_INSTALL_DIRECTORY} ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*)
-foreach(stage ${stages})
-  set(share ${stage}${CPACK_PACKAGING_INSTALL_PREFIX}/share)
-  if(EXISTS ${share}/doc/velto)
-    file(COPY_FILE ${CPACK_VELTO_SOURCE}/Packaging/debian/changelog
-      ${share}/doc/velto/changelog.Debian)
-    execute_process(
-      COMMAND gzip -9nf ${share}/doc/velto/changelog ${share}/doc/velto/changelog.Debian
-        ${share}/man/man1/velto.1
-      COMMAND_ERROR_IS_FATAL ANY)
-  endif()
-endforeach()
+set(prefix ${CPACK_TEMPORARY_INSTALL_DIRECTORY}${CPACK_PACKAGING_INSTALL_PREFIX})
+set(doc ${prefix}/share/doc/velto)
+set(debian ${CPACK_VELTO_SOURCE}/Packaging/debian)
+
+execute_process(
+  COMMAND strip --strip-unneeded --remove-section=.comment --remove-section=.note ${prefix}/bin/velto
+  COMMAND_ERROR_IS_FATAL ANY)
+file(COPY_FILE ${debian}/changelog ${doc}/changelog.Debian)
+execute_process(
+  COMMAND gzip -9nf ${doc}/changelog ${doc}/changelog.Debian ${prefix}/share/man/man1/velto.1
+  COMMAND_ERROR_IS_FATAL ANY)
+file(MAKE_DIRECTORY ${prefix}/share/lintian/overrides)
+file(COPY_FILE ${debian}/lintian-overrides ${prefix}/share/lintian/overrides/velto)

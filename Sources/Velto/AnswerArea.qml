@@ -23,8 +23,8 @@ Item {
         answerable: !area.session.graded
         lo: 40
         hi: 16000
-        value: area.session.answer > 0 ? area.session.answer : undefined
-        truth: area.session.graded && area.session.truth > 0 ? area.session.truth : undefined
+        value: visible && area.session.answer > 0 ? area.session.answer : undefined
+        truth: visible && area.session.graded && area.session.truth > 0 ? area.session.truth : undefined
         onPicked: value => area.session.answer = value
     }
 
@@ -39,8 +39,8 @@ Item {
         lower: 0
         upper: isLevel ? 7 : 14
         step: isLevel ? 0.05 : 0.5
-        value: area.session.answer
-        truth: area.session.graded && area.session.truth > 0 ? area.session.truth : undefined
+        value: visible ? area.session.answer : undefined
+        truth: visible && area.session.graded && area.session.truth > 0 ? area.session.truth : undefined
         onPicked: value => area.session.answer = value
     }
 
@@ -51,8 +51,8 @@ Item {
         enabled: visible
         answerable: !area.session.graded
         slotCount: area.session.slotTitles.length
-        value: area.session.answer >= 0 ? Math.trunc(area.session.answer) : undefined
-        truth: area.session.graded ? area.session.truth : undefined
+        value: visible && area.session.answer >= 0 ? Math.trunc(area.session.answer) : undefined
+        truth: visible && area.session.graded ? area.session.truth : undefined
         onPicked: value => area.session.answer = value
     }
 

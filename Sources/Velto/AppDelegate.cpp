@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "CapsLock.h"
 #include "Fonts.h"
 #include "Theme.h"
 
@@ -28,14 +29,6 @@ constexpr std::chrono::milliseconds soundInterval{500};
 
 double secondsSince1970() {
   return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
-}
-
-// Qt's modifiers do not tell caps lock; under X it is the lock bit of the native ones. Num lock has
-// a bit of its own there and does not count.
-bool capsLockIsOn(const QKeyEvent& event) {
-  constexpr quint32 xLockMask = 1U << 1;
-  return QGuiApplication::platformName() == QLatin1String("xcb") &&
-         (event.nativeModifiers() & xLockMask) != 0;
 }
 
 } // namespace
@@ -71,7 +64,7 @@ bool AppDelegate::applicationDidFinishLaunching() {
     return false;
   }
   installLifecycle();
-  followSound();
+  installSoundTimer();
   if (options_.shotPath)
     scheduleShot(QString::fromStdString(*options_.shotPath));
   return true;
@@ -158,7 +151,7 @@ void AppDelegate::resume() {
 }
 
 // No event tells that sound can be had again, so it is looked for.
-void AppDelegate::followSound() {
+void AppDelegate::installSoundTimer() {
   soundTimer_.setInterval(soundInterval);
   connect(&soundTimer_, &QTimer::timeout, this,
           [this] { session_.followSound(std::chrono::steady_clock::now()); });

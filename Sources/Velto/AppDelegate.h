@@ -48,7 +48,7 @@ private:
   void followExposure();
   void suspend();
   void resume();
-  void followSound();
+  void installSoundTimer();
   void scheduleShot(const QString& path);
   // Both are the ends of the scripted run: false, or a status that is not 0, when it failed.
   [[nodiscard]] bool submitScripted(double answer);

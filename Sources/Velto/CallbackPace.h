@@ -11,8 +11,8 @@ namespace velto {
 // How often an output asked for frames, and how often they came too late.
 struct CallbackCounts {
   std::uint64_t all = 0;
-  std::uint64_t late = 0;   // among all: next to nothing was left to play
-  std::uint64_t missed = 0; // among late: nothing was left, the listener heard a gap
+  std::uint64_t late = 0;   // among all: little was left to play, or nothing
+  std::uint64_t missed = 0; // among late: nothing was left for sure, the listener heard a gap
 
   bool operator==(const CallbackCounts&) const = default;
 };
@@ -20,12 +20,13 @@ struct CallbackCounts {
 // Counts late and missed callbacks by their distance in time; the sound library tells of none.
 //
 // A callback fills the output's buffer, so what is in it lasts from then for as long as the buffer
-// is: the latency that was asked for (1920 frames, 40 ms), or the largest block that was ever asked
-// for if that is more. The frames of the next callback must be there before that. From the
-// beginning of one callback to the end of the next,
-// - more than three quarters of the buffer (30 ms) make it late: PulseAudio keeps a quarter of the
-//   latency in the sink, so that the stream itself has run dry;
-// - more than the whole of it (40 ms) make it missed.
+// is: the latency that was asked for (`outputLatencyFrames`, 60 ms), or the largest block that was
+// ever asked for if that is more. The frames of the next callback must be there before that. From
+// the beginning of one callback to the end of the next,
+// - more than three quarters of the buffer (45 ms) make it late: PulseAudio keeps the last quarter
+//   in the sink, so the stream itself had run dry. The listener hears a gap only if the callback
+//   before was held up as well;
+// - more than the whole of it (60 ms) make it missed: there was a gap.
 //
 // The first distance of a stream is not judged: the output begins to play some time after its first
 // block has come.

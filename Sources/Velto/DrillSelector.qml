@@ -64,6 +64,7 @@ Row {
 
                 Label {
                     objectName: "drillLabel" + chip.index
+                    partOfName: true
                     text: chip.modelData
                     size: 12
                     font.weight: chip.current ? Font.DemiBold : Font.Normal

@@ -6,6 +6,7 @@ Text {
     property bool mono: false
     property real size: 12 // points
     property real tracking: 0 // points
+    property bool partOfName: false // of the control that it stands in, which tells it
 
     color: Theme.palette.ink
     font.family: mono ? Fonts.mono : Fonts.system
@@ -16,4 +17,5 @@ Text {
 
     Accessible.role: Accessible.StaticText
     Accessible.name: text
+    Accessible.ignored: partOfName || text === ""
 }

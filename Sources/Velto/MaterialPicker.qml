@@ -43,6 +43,7 @@ Row {
 
             Label {
                 objectName: "materialLabel" + button.index
+                partOfName: true
                 anchors.centerIn: parent
                 text: button.modelData
                 size: 11

@@ -144,6 +144,10 @@ QString PracticeModel::verdictDetail() const {
   return session_.grade() ? text(Wording::verdictDetail(*session_.grade())) : QString();
 }
 
+QString PracticeModel::announcement() const {
+  return session_.grade() ? text(Wording::announcement(*session_.grade())) : QString();
+}
+
 void PracticeModel::select(int slot) {
   session_.select(slot);
 }

@@ -41,6 +41,7 @@ class PracticeModel : public QObject {
   Q_PROPERTY(bool correct READ correct NOTIFY changed FINAL)
   Q_PROPERTY(QString verdict READ verdict NOTIFY changed FINAL)
   Q_PROPERTY(QString verdictDetail READ verdictDetail NOTIFY changed FINAL)
+  Q_PROPERTY(QString announcement READ announcement NOTIFY changed FINAL) // both, as read out
 
 public:
   // The drills' indices, for QML.
@@ -72,6 +73,7 @@ public:
   [[nodiscard]] bool correct() const;
   [[nodiscard]] QString verdict() const;
   [[nodiscard]] QString verdictDetail() const;
+  [[nodiscard]] QString announcement() const;
 
   Q_INVOKABLE void select(int slot);
   // What the primary button does: the next trial once graded, else the grade.

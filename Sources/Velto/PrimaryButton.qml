@@ -33,6 +33,7 @@ Pressable {
         id: label
 
         objectName: "primaryButtonLabel"
+        partOfName: true
         anchors.centerIn: parent
         size: 13
         font.weight: Font.DemiBold

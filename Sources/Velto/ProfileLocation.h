@@ -17,6 +17,7 @@ struct Environment {
   [[nodiscard]] static Environment ofProcess();
 };
 
+// The folder of a profile file. Nothing here looks at the disk.
 struct ProfileLocation {
   std::filesystem::path directory;
   std::optional<std::filesystem::path> earlierFile; // where an older version kept its file

@@ -1,5 +1,6 @@
 #include "Progress.h"
 
+#include "Answering.h"
 #include "Numbers.h"
 
 #include <algorithm>
@@ -42,6 +43,19 @@ Progress::Bar Progress::bar(const BandStat& band) {
   return {.height = 12 + 22 * weakness, .weakness = weakness};
 }
 
+std::string Progress::mapDescription(std::span<const BandStat> bands) {
+  std::string text;
+  for (const BandStat& band : bands) {
+    if (band.attempts == 0)
+      continue;
+    const double centre = Bands::centres[static_cast<std::size_t>(band.index)];
+    text.append(text.empty() ? "" : ", ").append(FrequencyScale::spoken(centre));
+    text.append(" ").append(Numbers::fixed(band.meanErrorOct, 2));
+    text.append(" oct over ").append(std::to_string(band.attempts));
+  }
+  return text.empty() ? "no answers yet" : text;
+}
+
 std::vector<Progress::CurvePoint> Progress::curve(std::span<const double> difficulties,
                                                   double width, double height) {
   std::vector<CurvePoint> points;
@@ -52,6 +66,16 @@ std::vector<Progress::CurvePoint> Progress::curve(std::span<const double> diffic
     points.push_back(
         {width * static_cast<double>(points.size()) / last, (1 - difficulty / 100) * height});
   return points;
+}
+
+std::string Progress::curveDescription(std::span<const double> difficulties) {
+  if (difficulties.size() < 2)
+    return "too few answers to draw it";
+  const auto [lowest, highest] = std::minmax_element(difficulties.begin(), difficulties.end());
+  const auto rounded = [](double difficulty) { return Numbers::fixed(difficulty, 0); };
+  return "difficulty over " + std::to_string(difficulties.size()) + " answers: from " +
+         rounded(difficulties.front()) + " to " + rounded(difficulties.back()) + ", lowest " +
+         rounded(*lowest) + ", highest " + rounded(*highest);
 }
 
 } // namespace velto

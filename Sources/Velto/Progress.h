@@ -32,11 +32,17 @@ struct Bar {
   bool operator==(const Bar&) const = default;
 };
 
+// Points up to 34; a band without answers has the lowest bar.
 [[nodiscard]] Bar bar(const BandStat& band);
 
 // The bands whose labels stand under the map.
 inline constexpr std::array<std::size_t, 5> labelledBands{0, 8, 14, 20, 26};
 
+// The map in words: "40 Hz 0.42 oct over 7, 3.15 kHz 0.10 oct over 12", the mean errors of the
+// bands that have answers.
+[[nodiscard]] std::string mapDescription(std::span<const BandStat> bands);
+
+// From the left and top edge.
 struct CurvePoint {
   double x = 0;
   double y = 0;
@@ -48,5 +54,8 @@ struct CurvePoint {
 // of `height`. No points for fewer than two difficulties.
 [[nodiscard]] std::vector<CurvePoint> curve(std::span<const double> difficulties, double width,
                                             double height);
+
+// The curve in words: "difficulty over 12 answers: from 20 to 43, lowest 18, highest 45".
+[[nodiscard]] std::string curveDescription(std::span<const double> difficulties);
 
 } // namespace velto::Progress

@@ -54,6 +54,15 @@ QString ProgressModel::weakestText() const {
   return QString::fromStdString(Progress::weakest(session_.profile().stats().weakest));
 }
 
+QString ProgressModel::mapDescription() const {
+  return QString::fromStdString(Progress::mapDescription(session_.profile().stats().bands));
+}
+
+QString ProgressModel::curveDescription() const {
+  return QString::fromStdString(
+      Progress::curveDescription(session_.profile().curve(session_.drill())));
+}
+
 QStringList ProgressModel::bandLabels() {
   QStringList labels;
   for (const std::size_t band : Progress::labelledBands)

@@ -26,6 +26,9 @@ class ProgressModel : public QObject {
   Q_PROPERTY(QList<double> weaknesses READ weaknesses NOTIFY changed FINAL)
   Q_PROPERTY(int weakestBand READ weakestBand NOTIFY changed FINAL) // -1: none
   Q_PROPERTY(QString weakestText READ weakestText NOTIFY changed FINAL)
+  // The map and the curve in words.
+  Q_PROPERTY(QString mapDescription READ mapDescription NOTIFY changed FINAL)
+  Q_PROPERTY(QString curveDescription READ curveDescription NOTIFY changed FINAL)
   Q_PROPERTY(QStringList bandLabels READ bandLabels CONSTANT FINAL)
   Q_PROPERTY(QString curveTitle READ curveTitle NOTIFY changed FINAL)
   Q_PROPERTY(QList<double> curve READ curve NOTIFY changed FINAL) // difficulties, oldest first
@@ -42,6 +45,8 @@ public:
   [[nodiscard]] QList<double> weaknesses() const;
   [[nodiscard]] int weakestBand() const;
   [[nodiscard]] QString weakestText() const;
+  [[nodiscard]] QString mapDescription() const;
+  [[nodiscard]] QString curveDescription() const;
   [[nodiscard]] static QStringList bandLabels();
   [[nodiscard]] QString curveTitle() const;
   [[nodiscard]] QList<double> curve() const;

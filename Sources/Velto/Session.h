@@ -26,6 +26,7 @@ struct WorkQueues {
   std::function<void(Work)> main;       // runs work on the main thread, in the order of the calls
 };
 
+// Trouble with playback is the player's to report; trouble with the file is never reported.
 class Session {
 public:
   // The length of a rendered trial.

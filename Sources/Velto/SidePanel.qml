@@ -57,6 +57,8 @@ Item {
             objectName: "sparkline"
             width: parent.width
             difficulties: panel.progress.curve
+            title: panel.progress.curveTitle
+            description: panel.progress.curveDescription
         }
     }
 

@@ -68,6 +68,7 @@ Item {
                         id: number
 
                         objectName: "slotNumber" + slot.index
+                        partOfName: true
                         anchors.horizontalCenter: parent.horizontalCenter
                         text: slot.index + 1
                         mono: true
@@ -91,6 +92,7 @@ Item {
                         id: caption
 
                         objectName: "slotCaption" + slot.index
+                        partOfName: true
                         anchors.horizontalCenter: parent.horizontalCenter
                         text: !slot.known ? "?" : slot.flipped ? "FLIPPED" : "in phase"
                         mono: true

@@ -7,9 +7,15 @@ Item {
     id: sparkline
 
     property list<double> difficulties
+    property string title
+    property string description // the curve in words
     readonly property bool drawn: difficulties.length > 1
 
     implicitHeight: 64
+
+    Accessible.role: Accessible.Chart
+    Accessible.name: title
+    Accessible.description: description
 
     Repeater {
         model: sparkline.drawn ? [0.25, 0.5, 0.75] : []

@@ -62,6 +62,7 @@ Item {
 
                     Label {
                         objectName: "slotLabel" + slot.index
+                        partOfName: true
                         anchors.centerIn: parent
                         text: slot.modelData
                         size: 15

@@ -28,6 +28,10 @@ Item {
         continuous: true
         color: Palettes.faded(verdict.gradeColor, verdict.session.correct ? 0.1 : 0.08)
 
+        // A notification that comes into sight is what screen readers speak on their own.
+        Accessible.role: Accessible.Notification
+        Accessible.name: verdict.session.announcement
+
         Row {
             x: 12
             height: parent.height
@@ -44,6 +48,7 @@ Item {
 
             Label {
                 objectName: "verdictWord"
+                partOfName: true
                 height: parent.height
                 text: verdict.session.verdict
                 size: 12
@@ -54,6 +59,7 @@ Item {
 
             Label {
                 objectName: "verdictDetail"
+                partOfName: true
                 height: parent.height
                 text: verdict.session.verdictDetail
                 size: 12

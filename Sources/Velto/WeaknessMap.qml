@@ -14,6 +14,10 @@ Column {
         width: parent.width
         height: 50
 
+        Accessible.role: Accessible.Chart
+        Accessible.name: "Weakness map"
+        Accessible.description: map.progress.mapDescription
+
         Repeater {
             id: bars
 

@@ -4,6 +4,17 @@
 
 namespace velto {
 
+namespace {
+
+std::string detail(const Drills::Grade& grade, std::string_view separator) {
+  std::string text = "you " + grade.answerText;
+  text.append(separator).append("actual ").append(grade.truthText);
+  text.append(separator).append(grade.errorText);
+  return text;
+}
+
+} // namespace
+
 std::string_view Wording::title(Drill drill) {
   switch (drill) {
   case Drill::frequency:
@@ -55,11 +66,11 @@ std::string_view Wording::verdict(bool correct) {
 }
 
 std::string Wording::verdictDetail(const Drills::Grade& grade) {
-  constexpr std::string_view separator = "   ·   ";
-  std::string text = "you " + grade.answerText;
-  text.append(separator).append("actual ").append(grade.truthText);
-  text.append(separator).append(grade.errorText);
-  return text;
+  return detail(grade, "   ·   ");
+}
+
+std::string Wording::announcement(const Drills::Grade& grade) {
+  return std::string(verdict(grade.correct)) + ", " + detail(grade, ", ");
 }
 
 } // namespace velto

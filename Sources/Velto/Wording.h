@@ -21,5 +21,7 @@ namespace velto::Wording {
 [[nodiscard]] std::string_view verdict(bool correct);
 // "you 1k Hz   ·   actual 3.15k Hz   ·   1.66 oct off"
 [[nodiscard]] std::string verdictDetail(const Drills::Grade& grade);
+// "MISS, you 1k Hz, actual 3.15k Hz, 1.66 oct off": the whole verdict, as it is read out.
+[[nodiscard]] std::string announcement(const Drills::Grade& grade);
 
 } // namespace velto::Wording

@@ -127,12 +127,12 @@ private:
       output_.closed_.notify_all();
     }
 
-    bool failed() const override {
+    [[nodiscard]] bool failed() const override {
       const std::lock_guard lock(output_.mutex_);
       return output_.failed_;
     }
 
-    std::size_t latencyFrames() const override { return output_.latencyFrames_; }
+    [[nodiscard]] std::size_t latencyFrames() const override { return output_.latencyFrames_; }
 
   private:
     FakeOutput& output_;
@@ -188,8 +188,10 @@ public:
       thread_.join();
   }
 
-  bool failed() const override { return false; }
-  std::size_t latencyFrames() const override { return std::numeric_limits<std::size_t>::max(); }
+  [[nodiscard]] bool failed() const override { return false; }
+  [[nodiscard]] std::size_t latencyFrames() const override {
+    return std::numeric_limits<std::size_t>::max();
+  }
 
   // Whether any device ever rendered something beyond full scale, or no number.
   [[nodiscard]] static bool wasWild() { return wild_.load(); }
