@@ -26,8 +26,8 @@ public:
     return std::nullopt;
   }
   void stop() override {}
-  bool failed() const override { return false; }
-  std::size_t latencyFrames() const override { return 1920; }
+  [[nodiscard]] bool failed() const override { return false; }
+  [[nodiscard]] std::size_t latencyFrames() const override { return 1920; }
 
 private:
   Renderer*& renderer_;

@@ -112,7 +112,7 @@ struct Played {
     }
   }
 
-  LoopWatch watch() const {
+  [[nodiscard]] LoopWatch watch() const {
     LoopWatch watch(slots, 0, 3840);
     watch.expectSwitch(2);
     watch.expectSwitch(1);

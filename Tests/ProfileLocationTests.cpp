@@ -18,8 +18,8 @@ Environment environment(const Variables& variables, const std::optional<std::str
 }
 
 ProfileLocation resolve(const Variables& variables,
-                        std::optional<std::string> accountHome = std::nullopt) {
-  return ProfileLocation::resolve(environment(variables, std::move(accountHome)));
+                        const std::optional<std::string>& accountHome = std::nullopt) {
+  return ProfileLocation::resolve(environment(variables, accountHome));
 }
 
 ProfileLocation inData(const std::string& data) {

@@ -140,12 +140,14 @@ bool CallbackWatch::seesEverySystemCall() {
 using namespace velto::kit;
 
 // A function that is counted and passed through: kind, result, name, parameters, arguments.
+// NOLINTBEGIN(bugprone-macro-parentheses): the lists bring theirs
 #define VELTO_COUNTED(kind, result, name, parameters, arguments)                                   \
   result name parameters {                                                                         \
     static constinit std::atomic<void*> known{nullptr};                                            \
     count(kind);                                                                                   \
     return reinterpret_cast<decltype(&::name)>(next(#name, known)) arguments;                      \
   }
+// NOLINTEND(bugprone-macro-parentheses)
 
 extern "C" {
 

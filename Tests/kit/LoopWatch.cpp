@@ -109,14 +109,16 @@ void LoopWatch::searchThread(Frame frame) {
 
 // Where the window begins.
 const LoopWatch::Place* LoopWatch::placeOfWindow() const {
-  const auto candidates = std::ranges::equal_range(places_, bitsOf(window_[0]), {}, &Place::bits);
-  for (const Place& place : candidates) {
+  const std::uint64_t bits = bitsOf(window_[0]);
+  auto place = std::lower_bound(places_.begin(), places_.end(), bits,
+                                [](const Place& a, std::uint64_t b) { return a.bits < b; });
+  for (; place != places_.end() && place->bits == bits; ++place) {
     std::size_t same = 1;
     while (same < windowFrames &&
-           window_[same] == at(place.slot, (place.position + same) % length_))
+           window_[same] == at(place->slot, (place->position + same) % length_))
       ++same;
     if (same == windowFrames)
-      return &place;
+      return &*place;
   }
   return nullptr;
 }
