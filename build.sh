@@ -63,7 +63,11 @@ deskPackages=(
 )
 
 testPackages=(
+  at-spi2-core
   clang
+  dbus-daemon
+  grim
+  libatspi2.0-dev
   libclang-rt-14-dev
   libgtest-dev
   librapidcheck-dev
@@ -74,7 +78,10 @@ testPackages=(
   python3-fonttools
   qml6-module-qtquick-window
   qml6-module-qttest
+  qt6-wayland
+  sway
   valgrind
+  wtype
 )
 
 benchPackages=(
