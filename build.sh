@@ -75,7 +75,11 @@ deskPackages=(
 )
 
 testPackages=(
+  at-spi2-core
   clang
+  dbus-daemon
+  grim
+  libatspi2.0-dev
   libclang-rt-14-dev
   libgtest-dev
   librapidcheck-dev
@@ -86,7 +90,10 @@ testPackages=(
   python3-fonttools
   qml6-module-qtquick-window
   qml6-module-qttest
+  qt6-wayland
+  sway
   valgrind
+  wtype
 )
 
 docsPackages=(
