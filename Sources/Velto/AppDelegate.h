@@ -47,7 +47,6 @@ private:
   [[nodiscard]] bool isRepeatedReturn(const QKeyEvent& event) const;
   void openWindow();
   void followDesktop();
-  void followScale();
   void installLifecycle();
   void followExposure();
   void suspend();
@@ -63,7 +62,6 @@ private:
   ProgressModel progress_;
   std::unique_ptr<QQuickView> window_;
   bool exposed_ = false;
-  double pixelRatio_ = 1;                 // of the screen
   std::optional<quint64> returnReleased_; // when Return was last released, ms
   Qt::WindowStates windowStates_;
 };
