@@ -16,7 +16,14 @@ Usage: ./build.sh [COMMAND]
       --long        the long tests instead of the default ones
       --matrix      the tests across compilers and architectures
       --asan        built with the address and undefined-behaviour sanitizers
-      --tsan        built with the thread sanitizer
+      --tsan        the tests of what has threads, built with the thread sanitizer
+      --coverage    count the lines that the tests run; fails below 95 % of the core's
+  lint              run the formatters and the checkers over the sources
+      --fix         let the formatters rewrite the sources
+      --quick       of tests and benchmarks, only those that the last commit changed get clang-tidy
+  docs              make the manual of the libraries, build/docs/html/index.html
+  package           build a Debian package, in build-package/
+      --check       and check it: linters, and a bare Debian 12 to install it into (as root)
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
                     go to the benchmarks, for example --benchmark_filter=render
   help              this text
@@ -54,6 +61,11 @@ runPackages=(
   qml6-module-qtquick
 )
 
+packagePackages=(
+  dpkg-dev
+  file
+)
+
 deskPackages=(
   openbox
   pulseaudio
@@ -84,15 +96,45 @@ testPackages=(
   wtype
 )
 
+docsPackages=(
+  doxygen
+)
+
+lintPackages=(
+  clang-format-14
+  clang-tidy-14
+  doxygen
+  flake8
+  qt6-declarative-dev-tools
+  shellcheck
+)
+
 benchPackages=(
   libbenchmark-dev
   valgrind
 )
 
+coveragePackages=(
+  gcovr
+)
+
 matrixPackages=(
   clang
   g++-aarch64-linux-gnu
+  g++-mingw-w64-x86-64-posix
+  googletest
   qemu-user
+  wine64
+)
+
+# For the checks of the package.
+checkPackages=(
+  appstream
+  debootstrap
+  desktop-file-utils
+  librsvg2-bin
+  lintian
+  mandoc
 )
 
 # Installs those of the named packages that are missing. Where there is no apt-get, and where its
@@ -265,13 +307,16 @@ trial() {
 
 runTests() {
   local preset=release folder=$root/build label=default
-  local -a extra=() packages=() wrapper=()
+  local -a extra=() packages=() wrapper=() targets=()
   while (($# > 0)); do
     case $1 in
       --long) label=long ;;
       --matrix) label=matrix packages=("${matrixPackages[@]}") ;;
       --asan) preset=asan-ubsan folder=$root/build-asan-ubsan ;;
-      --tsan) preset=tsan folder=$root/build-tsan ;;
+      --tsan) preset=tsan folder=$root/build-tsan label=threads ;;
+      --coverage)
+        preset=coverage folder=$root/build-coverage label=lines packages=("${coveragePackages[@]}")
+        ;;
       *) extra+=("$1") ;;
     esac
     shift
@@ -279,32 +324,113 @@ runTests() {
   provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
     "${packages[@]}"
   configure "$preset" "$folder" VELTO_BUILD_TESTS=ON
-  compile "$folder"
+  case $label in threads | lines) targets=(--target "velto_${label}_tests") ;; esac
+  compile "$folder" "${targets[@]}"
 
-  if [[ $preset != release ]]; then
-    # The options of the caller come last and win.
-    export ASAN_OPTIONS="strict_string_checks=1:detect_stack_use_after_return=1:${ASAN_OPTIONS-}"
-    export UBSAN_OPTIONS="print_stacktrace=1:${UBSAN_OPTIONS-}"
-    export TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1:${TSAN_OPTIONS-}"
-    # Their shadow memory collides with the wide address randomisation of newer kernels.
-    if setarch -R true 2>/dev/null; then wrapper=(setarch -R); fi
-  fi
+  case $preset in
+    asan-ubsan | tsan)
+      sanitizerOptions
+      # Their shadow memory collides with the wide address randomisation of newer kernels.
+      if setarch -R true 2>/dev/null; then wrapper=(setarch -R); fi
+      ;;
+    coverage) find "$folder" -name '*.gcda' -delete ;;
+  esac
   say "Testing: $label tests, $preset"
   local log=$folder/tests.log status=0
   "${wrapper[@]}" ctest --test-dir "$folder" -L "^$label\$" --no-tests=error --no-label-summary \
     --output-on-failure -j2 --output-log "$log" "${extra[@]}" || status=$?
+  if [[ $preset == coverage ]]; then coverage "$folder" || status=1; fi
   # The verdict is the last line, for whoever reads only that.
   grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+$' "$log" | tail -n 1 || true
   exit "$status"
 }
 
+# Each file of suppressions names libraries that are built without the sanitizer, with the reason.
+# The options of the caller come last and win.
+sanitizerOptions() {
+  local files=$root/Tests/sanitizers
+  local strict=strict_string_checks=1:detect_stack_use_after_return=1
+  export ASAN_OPTIONS="suppressions=$files/addresses.supp:$strict:${ASAN_OPTIONS-}"
+  export LSAN_OPTIONS="suppressions=$files/leaks.supp:print_suppressions=0:${LSAN_OPTIONS-}"
+  export UBSAN_OPTIONS="print_stacktrace=1:${UBSAN_OPTIONS-}"
+  strict=halt_on_error=1:second_deadlock_stack=1
+  export TSAN_OPTIONS="suppressions=$files/threads.supp:$strict:${TSAN_OPTIONS-}"
+}
+
+# Lists the lines that no test ran, then holds the core against its share: build folder.
+coverage() {
+  local -a report=(gcovr --root "$root/Sources/Velto" --object-directory "$1/Sources/Velto"
+    --exclude-throw-branches)
+  say 'Lines that the tests run'
+  "${report[@]}" --sort-percentage
+  say 'The core'
+  "${report[@]}" --fail-under-line 95 "$1/Sources/Velto/CMakeFiles/velto_core.dir"
+}
+
+# --- Lint -----------------------------------------------------------------------------------------
+
+lint() {
+  local quick=false option
+  for option in "$@"; do
+    case $option in
+      --fix) ;;
+      --quick) quick=true ;;
+      *) fail "lint takes no '$option'; try ./build.sh help" 2 ;;
+    esac
+  done
+  provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
+    "${lintPackages[@]}"
+  configure release "$root/build" VELTO_BUILD_TESTS=ON
+  local -a folders=("$root/build")
+  if ! $quick; then
+    provide "${benchPackages[@]}"
+    configureBench
+    folders+=("$root/build-bench")
+  fi
+  exec "$root/Tests/lint/lint" "$@" "${folders[@]}"
+}
+
+# --- Docs -----------------------------------------------------------------------------------------
+
+docs() {
+  provide "${docsPackages[@]}"
+  mkdir -p "$root/build/docs"
+  (cd "$root" && doxygen Documentation/Doxyfile)
+  say 'The manual: build/docs/html/index.html'
+}
+
+# --- Package --------------------------------------------------------------------------------------
+
+package() {
+  local folder=$root/build-package check=false
+  if [[ ${1-} == --check ]]; then check=true; shift; fi
+  (($# == 0)) || fail "package takes no '$1'; try ./build.sh help" 2
+  provide "${buildPackages[@]}" "${packagePackages[@]}"
+  configure release "$folder" VELTO_BUILD_TESTS=OFF \
+    CMAKE_CXX_FLAGS='-fstack-protector-strong -D_FORTIFY_SOURCE=2' \
+    CMAKE_EXE_LINKER_FLAGS=-Wl,-z,relro,-z,now
+  compile "$folder"
+  rm -f "$folder"/velto_*.deb
+  (cd "$folder" && cpack -G DEB)
+  local package
+  package=$(compgen -G "$folder/velto_*.deb")
+  say "The package: $package"
+  $check || return 0
+  provide "${checkPackages[@]}" "${deskPackages[@]}"
+  "$root/Tests/package/check-package" "$package" "$folder/velto.png"
+}
+
 # --- Bench ----------------------------------------------------------------------------------------
+
+configureBench() {
+  configure release "$root/build-bench" CMAKE_BUILD_TYPE=Release VELTO_BUILD_TESTS=OFF \
+    VELTO_BUILD_BENCHMARKS=ON
+}
 
 bench() {
   local folder=$root/build-bench
   provide "${buildPackages[@]}" "${benchPackages[@]}"
-  configure release "$folder" CMAKE_BUILD_TYPE=Release VELTO_BUILD_TESTS=OFF \
-    VELTO_BUILD_BENCHMARKS=ON
+  configureBench
   compile "$folder" --target velto_benchmarks velto_render_once
   "$folder/bin/velto_benchmarks" "$@"
   say 'Instructions of one render'
@@ -319,6 +445,9 @@ case $command in
   build) (($# == 0)) || fail "build takes no '$1'; try ./build.sh help" 2; build ;;
   run) run "$@" ;;
   test) runTests "$@" ;;
+  lint) lint "$@" ;;
+  docs) (($# == 0)) || fail "docs takes no '$1'; try ./build.sh help" 2; docs ;;
+  package) package "$@" ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;

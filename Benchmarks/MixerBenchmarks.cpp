@@ -1,66 +1,87 @@
-// One block of the mixer, as the sound output asks for it, beside a plain copy of as many samples.
+// One block of the device callback, as the sound output asks for it, from the engine's clock to the
+// headroom, beside a plain copy of as many samples.
 
+#include "AudioEngine.h"
 #include "LiteralTrial.h"
-#include "Mixer.h"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
 namespace velto::benchmarks {
 namespace {
 
-constexpr std::size_t blockFrames = 512;
+constexpr std::size_t blockFrames = 480; // what PulseAudio asks for, 10 ms
 
-// A mixer that plays the slots of a polarity trial: three voices.
-class PlayingMixer {
+// An output that asks when the benchmark says so.
+class PulledDevice final : public OutputDevice {
 public:
-  PlayingMixer() {
-    const auto slots = Drills::render(trialOf(Drill::polarity), trialSeconds);
-    std::copy(slots.begin(), slots.end(), playback_.slots.begin());
-    mixer_.publish({.playback = &playback_, .generation = 1, .ramp = 1, .chosen = 0});
+  explicit PulledDevice(Renderer*& renderer) : renderer_(renderer) {}
+
+  std::optional<std::string> start(Renderer& renderer) override {
+    renderer_ = &renderer;
+    return std::nullopt;
   }
-  void render() { mixer_.render(block_.data(), blockFrames); }
-  void skipCrossfade() {
-    for (std::uint64_t frame = 0; frame < 2 * Mixer::rampFrames; frame += blockFrames)
-      render();
-  }
-  void crossfade(std::uint32_t ramp) {
-    mixer_.publish({.playback = &playback_, .generation = 1, .ramp = ramp, .chosen = ramp % 2});
-  }
-  [[nodiscard]] const std::vector<float>& block() const { return block_; }
+  void stop() override {}
+  [[nodiscard]] bool failed() const override { return false; }
+  [[nodiscard]] std::size_t latencyFrames() const override { return 1920; }
 
 private:
-  Playback playback_;
-  Mixer mixer_;
-  std::vector<float> block_ = std::vector<float>(2 * blockFrames);
+  Renderer*& renderer_;
 };
 
-void steady(benchmark::State& state) {
-  const auto playing = std::make_unique<PlayingMixer>();
-  playing->skipCrossfade();
-  for (auto _ : state) {
-    playing->render();
-    benchmark::DoNotOptimize(playing->block().front());
+// An engine that plays the slots of a polarity trial: three voices.
+class PlayingEngine {
+public:
+  PlayingEngine() : engine_([this] { return std::make_unique<PulledDevice>(renderer_); }) {
+    if (engine_.start())
+      std::abort();
+    engine_.play(Drills::render(trialOf(Drill::polarity), trialSeconds), 0, 0);
+    for (std::uint64_t frame = 0; frame < 2 * Mixer::rampFrames; frame += blockFrames)
+      callback();
   }
-}
-BENCHMARK(steady)->Name("mixer/512 frames, one voice heard");
+  void callback() {
+    fillOutput(*renderer_, block_.data(), blockFrames);
+    benchmark::DoNotOptimize(block_.front());
+  }
+  [[nodiscard]] Engine& engine() { return engine_; }
 
-// A crossfade takes 14 blocks: each of the first ten starts anew, so that all voices move.
+private:
+  std::vector<float> block_ = std::vector<float>(2 * blockFrames);
+  Renderer* renderer_ = nullptr;
+  Engine engine_;
+};
+
+void resting(benchmark::State& state) {
+  PlayingEngine playing;
+  for (auto _ : state)
+    playing.callback();
+}
+BENCHMARK(resting)->Name("callback/480 frames, one voice heard");
+
+// A crossfade takes 15 blocks: each of the first ten starts anew, so that all voices move.
 void crossfading(benchmark::State& state) {
-  const auto playing = std::make_unique<PlayingMixer>();
-  playing->skipCrossfade();
-  std::uint32_t block = 0;
+  PlayingEngine playing;
+  std::int64_t block = 0;
   for (auto _ : state) {
     if (block++ % 10 == 0)
-      playing->crossfade(2 + block / 10);
-    playing->render();
-    benchmark::DoNotOptimize(playing->block().front());
+      playing.engine().crossfadeTo(block / 10 % 2);
+    playing.callback();
   }
 }
-BENCHMARK(crossfading)->Name("mixer/512 frames, crossfading");
+BENCHMARK(crossfading)->Name("callback/480 frames, crossfading");
+
+// No more blocks than the ring of the tap has room for: the benchmark asks faster than it is read.
+void tapped(benchmark::State& state) {
+  PlayingEngine playing;
+  playing.engine().installTap(4096, [](const TapBuffer&) {});
+  for (auto _ : state)
+    playing.callback();
+}
+BENCHMARK(tapped)->Name("callback/480 frames, one voice heard, with a tap")->Iterations(90);
 
 void copying(benchmark::State& state) {
   const std::vector<float> from(2 * blockFrames, 0.5F);
@@ -71,7 +92,7 @@ void copying(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(copying)->Name("mixer/floor: a copy");
+BENCHMARK(copying)->Name("callback/floor: a copy");
 
 } // namespace
 } // namespace velto::benchmarks

@@ -130,9 +130,9 @@ TEST(FrequencyScale, NamesItsUnit) {
 TEST(DecibelScale, KeysMoveByAStepAPageOrToTheEnds) {
   const struct {
     DecibelScale scale;
-    double from;
-    Move move;
-    double to;
+    double from = 0;
+    Move move = Move::left;
+    double to = 0;
   } cases[] = {{levelScale, 2, Move::right, 2.05},    {levelScale, 2, Move::down, 1.95},
                {levelScale, 2, Move::pageUp, 3},      {levelScale, 2, Move::pageDown, 1},
                {levelScale, 2, Move::toStart, 0},     {levelScale, 2, Move::toEnd, 7},

@@ -55,11 +55,58 @@ TEST(Attenuation, TakesSamplesThatAreNoNumbers) {
   EXPECT_TRUE(sameBits(attenuated(x, reductionDB), literally(x, reductionDB)));
 }
 
+TEST(Attenuation, TakesHugeAndTinySamplesAndReductions) {
+  const float huge = std::numeric_limits<float>::max();
+  const float tiny = std::numeric_limits<float>::denorm_min();
+  const float infinity = std::numeric_limits<float>::infinity();
+  const Samples x{huge, -huge, 1.0f, -1.0f, 1e-30f, -1e-30f, tiny, -tiny, infinity, -infinity};
+  for (double reductionDB = 0; reductionDB < 5900; reductionDB += 0.25) {
+    const std::vector<double> reductions(x.size(), reductionDB);
+    ASSERT_TRUE(sameBits(attenuated(x, reductions), literally(x, reductions))) << reductionDB;
+  }
+}
+
+// Results near the middle between two floats, on both sides and for both signs, by reductions that
+// bring a sample there: there the quick power alone would round either way.
+TEST(Attenuation, RoundsAsThePowerNearTheMiddleBetweenTwoFloats) {
+  Xorshift64 generator(11);
+  Samples x;
+  std::vector<double> reductionDB;
+  for (int i = 0; i < 20000; ++i) {
+    const auto result = static_cast<float>(0.1 + 0.9 * generator.nextUnit());
+    const double middle =
+        (static_cast<double>(result) + static_cast<double>(std::nextafter(result, 2.0f))) / 2;
+    const auto sample = static_cast<float>(1 + generator.nextUnit());
+    const double off = (generator.nextUnit() - 0.5) * 1e-12;
+    x.push_back(i % 2 == 0 ? sample : -sample);
+    reductionDB.push_back(-20 * std::log10(middle / static_cast<double>(sample) * (1 + off)));
+  }
+  EXPECT_TRUE(sameBits(attenuated(x, reductionDB), literally(x, reductionDB)));
+}
+
 TEST(Attenuation, TakesAnyLength) {
   for (const std::size_t count : {0U, 1U, 255U, 256U, 257U, 600U}) {
-    const Samples x(count, 0.7f);
-    const std::vector<double> reductionDB(count, 2.5);
+    Samples x(count);
+    std::vector<double> reductionDB(count);
+    for (std::size_t i = 0; i < count; ++i) {
+      x[i] = 0.7f + 1e-4f * static_cast<float>(i);
+      reductionDB[i] = 2.5 + 0.01 * static_cast<double>(i);
+    }
     EXPECT_TRUE(sameBits(attenuated(x, reductionDB), literally(x, reductionDB))) << count;
+  }
+}
+
+// At each place of a block a result that the quick power cannot decide.
+TEST(Attenuation, DecidesAtEveryPlaceOfABlock) {
+  const float sample = 1.25f;
+  const float result = 0.5f;
+  const double middle =
+      (static_cast<double>(result) + static_cast<double>(std::nextafter(result, 2.0f))) / 2;
+  const double toMiddleDB = -20 * std::log10(middle / static_cast<double>(sample));
+  for (const double offDB : {-2e-13, 0.0, 2e-13}) {
+    const Samples x(600, sample);
+    const std::vector<double> reductionDB(x.size(), toMiddleDB + offDB);
+    EXPECT_TRUE(sameBits(attenuated(x, reductionDB), literally(x, reductionDB))) << offDB;
   }
 }
 

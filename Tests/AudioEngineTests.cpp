@@ -1,11 +1,13 @@
 #include "AudioEngine.h"
 
+#include "kit/Eventually.h"
 #include "kit/FakeOutput.h"
 #include "kit/Slots.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <memory>
 #include <thread>
@@ -15,6 +17,7 @@ namespace velto {
 namespace {
 
 using kit::constantSlot;
+using kit::eventually;
 using kit::FakeOutput;
 using kit::noiseSlot;
 using namespace std::chrono_literals;
@@ -150,6 +153,129 @@ TEST(Engine, aFailedDeviceThatCannotBeReplacedLeavesTheEngineStopped) {
   EXPECT_FALSE(output.isOpen());
 }
 
+// --- Openings that nobody waits for ---
+
+TEST(EngineInBackground, aStartAsksForTheDeviceAndTheNextOneTakesIt) {
+  FakeOutput output;
+  Engine engine(output.factory(), 1s);
+  std::atomic<int> ends{0};
+  engine.whenOpeningEnds([&ends] { ++ends; });
+  EXPECT_EQ(engine.output(), Engine::Output::closed);
+  output.hold();
+  EXPECT_FALSE(engine.startAtOnce());
+  EXPECT_FALSE(engine.isRunning());
+  EXPECT_EQ(engine.output(), Engine::Output::opening);
+  EXPECT_FALSE(engine.startAtOnce()); // the same opening
+  output.letGo();
+  ASSERT_TRUE(eventually([&ends] { return ends == 1; }));
+  EXPECT_EQ(engine.output(), Engine::Output::open);
+  EXPECT_FALSE(engine.isRunning());
+  EXPECT_TRUE(engine.startAtOnce());
+  EXPECT_TRUE(engine.isRunning());
+  engine.play({constantSlot(10, 1, 1)}, 0, 0);
+  (void)leftOf(output, 7200);
+  EXPECT_EQ(leftOf(output, 1), std::vector<float>{1});
+  EXPECT_EQ(output.opened(), 1);
+  EXPECT_EQ(ends, 1);
+}
+
+TEST(EngineInBackground, aFailureIsKeptUntilTheDeviceIsAskedForAgain) {
+  FakeOutput output;
+  Engine engine(output.factory(), atOnce);
+  std::atomic<int> ends{0};
+  engine.whenOpeningEnds([&ends] { ++ends; });
+  output.refuse("out of order");
+  EXPECT_FALSE(engine.startAtOnce());
+  ASSERT_TRUE(eventually([&ends] { return ends == 1; }));
+  EXPECT_EQ(engine.output(), Engine::Output::closed);
+  EXPECT_EQ(engine.error(), "out of order");
+  output.hold();
+  EXPECT_FALSE(engine.startAtOnce());
+  EXPECT_EQ(engine.error(), std::nullopt);
+  output.letGo();
+  ASSERT_TRUE(eventually([&ends] { return ends == 2; }));
+  EXPECT_EQ(engine.error(), "out of order");
+}
+
+TEST(EngineInBackground, aBrokenDeviceIsReplaced) {
+  FakeOutput output;
+  Engine engine(output.factory(), 1s);
+  EXPECT_FALSE(engine.start());
+  output.fail();
+  EXPECT_EQ(engine.output(), Engine::Output::closed);
+  EXPECT_FALSE(engine.startAtOnce());
+  EXPECT_TRUE(eventually([&] { return engine.output() == Engine::Output::open; }));
+  EXPECT_EQ(output.opened(), 2);
+}
+
+TEST(EngineInBackground, aStopCallsTheOpeningOffAndTheDeviceClosesAgain) {
+  FakeOutput output;
+  Engine engine(output.factory(), atOnce);
+  std::atomic<int> ends{0};
+  engine.whenOpeningEnds([&ends] { ++ends; });
+  output.hold();
+  EXPECT_FALSE(engine.startAtOnce());
+  ASSERT_TRUE(eventually([&output] { return output.held() == 1; }));
+  engine.stop();
+  EXPECT_EQ(engine.output(), Engine::Output::closed);
+  output.letGo();
+  ASSERT_TRUE(eventually([&output] { return output.opened() == 1 && !output.isOpen(); }));
+  EXPECT_EQ(ends, 0);
+}
+
+// A server that does not answer holds up a closing, then an opening, and nobody else.
+TEST(EngineInBackground, noCallButStartWaitsForADeviceThatDoesNotAnswer) {
+  FakeOutput output;
+  Engine engine(output.factory(), atOnce);
+  EXPECT_FALSE(engine.start());
+  engine.play({constantSlot(10, 1, 1)}, 0, 0);
+  output.hold();
+  engine.stop();
+  ASSERT_TRUE(eventually([&output] { return output.held() == 1; }));
+  for (int round = 0; round < 3; ++round) {
+    EXPECT_FALSE(engine.startAtOnce());
+    EXPECT_EQ(engine.output(), Engine::Output::opening);
+    EXPECT_FALSE(engine.isRunning());
+    EXPECT_EQ(engine.volume(0), 0.0F);
+    engine.installTap(480, [](const TapBuffer&) {});
+    engine.removeTap();
+    engine.stop();
+  }
+  EXPECT_FALSE(engine.startAtOnce());
+  output.letGo();
+  EXPECT_TRUE(eventually([&engine] { return engine.output() == Engine::Output::open; }));
+  EXPECT_EQ(output.opened(), 2);
+}
+
+TEST(EngineInBackground, itsEndDoesNotWaitForeverForADeviceThatDoesNotClose) {
+  FakeOutput output;
+  auto slot = noiseSlot(1000, 1);
+  const std::weak_ptr<const void> watched = slot.l.owner();
+  {
+    Engine engine(output.factory(), atOnce);
+    EXPECT_FALSE(engine.start());
+    engine.play({std::move(slot)}, 0, 0);
+    slot = {};
+    output.hold();
+  }
+  EXPECT_TRUE(output.isOpen());
+  // The device may still ask for frames, and gets them.
+  EXPECT_FALSE(watched.expired());
+  EXPECT_EQ(leftOf(output, 480).size(), 480U);
+  output.letGo();
+  EXPECT_TRUE(output.waitUntilClosed());
+  EXPECT_TRUE(eventually([&watched] { return watched.expired(); }));
+}
+
+TEST(Engine, countsItsCallbacks) {
+  FakeOutput output;
+  Engine engine(output.factory(), atOnce);
+  EXPECT_EQ(engine.callbackCounts(), CallbackCounts{});
+  EXPECT_FALSE(engine.start());
+  (void)leftOf(output, 4800);
+  EXPECT_EQ(engine.callbackCounts().all, 10U);
+}
+
 // The delay counts up to the listener, so the device's own latency is taken off.
 TEST(Engine, theFirstFrameLeavesTheDeviceAfterTheDelay) {
   for (const auto& [latency, expected] :
@@ -211,9 +337,9 @@ TEST(Engine, closingFreesAllBuffers) {
   (void)leftOf(output, 480);
   engine.stop();
   EXPECT_TRUE(output.waitUntilClosed());
-  // The device is closed a moment before the buffers go; the engine's lock covers both.
   EXPECT_FALSE(engine.isRunning());
-  EXPECT_TRUE(watched.expired());
+  // The device is closed a moment before the buffers go.
+  EXPECT_TRUE(eventually([&watched] { return watched.expired(); }));
 }
 
 TEST(Engine, itsEndFreesAllBuffers) {

@@ -299,6 +299,35 @@ TEST(Measure, NormalizeRoundsTheGainToAFloatFirst) {
   EXPECT_NE(static_cast<double>(gain), std::pow(10.0, (-20 - level) / 20));
 }
 
+TEST(Measure, LevelsOfHugeAndInfiniteSamplesAreTheModels) {
+  const float infinite = std::numeric_limits<float>::infinity();
+  const float huge = std::numeric_limits<float>::max();
+  const float tiny = std::numeric_limits<float>::denorm_min();
+  const std::vector<Samples> buffers{{0.5f, infinite, -0.25f},
+                                     {-infinite},
+                                     {infinite, -infinite},
+                                     {huge, -huge},
+                                     {huge, tiny},
+                                     {tiny, -tiny}};
+  for (const Samples& x : buffers) {
+    EXPECT_TRUE(sameBits(Measure::rmsDB(x), literal::rmsDB(x))) << x[0];
+    EXPECT_TRUE(sameBits(Measure::peakDB(x), literal::peakDB(x))) << x[0];
+    for (const double target : {-20.0, 0.0, 700.0})
+      EXPECT_TRUE(sameBits(Measure::normalizeRMS(x, target), literal::normalizeRMS(x, target)))
+          << x[0] << " " << target;
+  }
+}
+
+// A buffer that has no level is left alone: a gain computed from one would turn it into zeros and
+// NaN.
+TEST(Measure, NormalizeLeavesABufferWithoutALevelAlone) {
+  const float infinite = std::numeric_limits<float>::infinity();
+  const float noNumber = std::numeric_limits<float>::quiet_NaN();
+  for (const Samples& x : {Samples{0.5f, infinite}, Samples{-infinite, 1.0f, 0.0f},
+                           Samples{0.5f, noNumber, -0.25f}, Samples{noNumber, infinite}})
+    EXPECT_TRUE(sameBits(Measure::normalizeRMS(x, -20), x)) << x[0] << " " << x[1];
+}
+
 TEST(Measure, MagnitudeOfASineIsHalfItsAmplitude) {
   for (const double freq : {125.0, 1000.0, 3150.0, 12500.0})
     EXPECT_NEAR(Measure::magnitudeAt(sine(freq, 0.8, 48000), freq, rate), 0.4, 1e-4) << freq;

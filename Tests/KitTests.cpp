@@ -1,11 +1,20 @@
+#include "Player.h"
 #include "kit/Alignment.h"
+#include "kit/FakeOutput.h"
+#include "kit/Footprint.h"
+#include "kit/LoopWatch.h"
 #include "kit/Slots.h"
 #include "kit/Spectrum.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <cstdio>
 #include <limits>
+#include <string>
+#include <thread>
 #include <vector>
 
 namespace velto::kit {
@@ -85,6 +94,124 @@ TEST(Spectrum, theResidualIsTheLevelOfTheDifference) {
   const std::vector<float> a{0.5F, -0.5F}, b{0.25F, -0.25F};
   EXPECT_NEAR(residualDB(a, b), 20 * std::log10(0.25), 1e-9);
   EXPECT_EQ(residualDB(a, a), -std::numeric_limits<double>::infinity());
+}
+
+// What a player puts out over two switches, as rendered, in blocks of odd sizes.
+struct Played {
+  std::vector<Slot> slots{noiseSlot(4000, 1), noiseSlot(4000, 2), noiseSlot(4000, 3)};
+  Recording recording;
+
+  Played() {
+    FakeOutput output;
+    Player player(output.factory());
+    player.load(slots, 0);
+    for (const std::int64_t next : {2, 1, -1}) {
+      recording.append(output.pull(30000, 441));
+      if (next >= 0)
+        player.switchTo(next);
+    }
+  }
+
+  [[nodiscard]] LoopWatch watch() const {
+    LoopWatch watch(slots, 0, 3840);
+    watch.expectSwitch(2);
+    watch.expectSwitch(1);
+    std::vector<float> samples;
+    for (std::size_t i = 0; i < recording.frames(); ++i)
+      samples.insert(samples.end(), {recording.l[i], recording.r[i]});
+    watch.take(samples);
+    return watch;
+  }
+
+  Played& cut(std::size_t begin, std::size_t frames) {
+    for (auto* channel : {&recording.l, &recording.r})
+      channel->erase(channel->begin() + static_cast<std::ptrdiff_t>(begin),
+                     channel->begin() + static_cast<std::ptrdiff_t>(begin + frames));
+    return *this;
+  }
+
+  Played& insert(std::size_t begin, std::size_t frames, float value) {
+    for (auto* channel : {&recording.l, &recording.r})
+      channel->insert(channel->begin() + static_cast<std::ptrdiff_t>(begin), frames, value);
+    return *this;
+  }
+};
+
+std::string onlyBreak(const LoopWatch& watch) {
+  EXPECT_EQ(watch.breaks().size(), 1U);
+  EXPECT_EQ(watch.switches(), 2U);
+  return watch.breaks().empty() ? "" : watch.breaks().front();
+}
+
+TEST(LoopWatch, followsAPlayerThroughItsSwitches) {
+  const LoopWatch watch = Played().watch();
+  EXPECT_TRUE(watch.breaks().empty());
+  EXPECT_EQ(watch.frames(), 90000U);
+  EXPECT_EQ(watch.switches(), 2U);
+  EXPECT_EQ(watch.pendingSwitches(), 0U);
+  // The voices begin 3840 frames after the load, at gain 0; they are 3360 from the rise's end.
+  EXPECT_EQ(watch.fadedFrames(), 3359U + 2 * 7200);
+  EXPECT_EQ(watch.exactFrames() + watch.fadedFrames(), 90000U - 3841);
+}
+
+TEST(LoopWatch, seesLostDoubledAndStrangeFrames) {
+  Played played;
+  EXPECT_EQ(onlyBreak(Played().cut(20000, 480).watch()), "frame 20000: 480 frames are missing");
+  EXPECT_EQ(onlyBreak(Played().cut(20000, 1).watch()), "frame 20000: 1 frames are missing");
+  EXPECT_EQ(onlyBreak(Played().insert(20000, 480, 0).watch()),
+            "frame 20000: 480 frames are too many, silence for 480");
+  EXPECT_EQ(onlyBreak(Played().cut(20000, 100).insert(20000, 100, 0).watch()),
+            "frame 20000: the phase is kept, silence for 100");
+  EXPECT_EQ(onlyBreak(Played().insert(20000, 7, 0.25F).watch()),
+            "frame 20000: 7 frames are too many, strange ones for 7");
+  played.recording.r[25000] = std::nextafter(played.recording.r[25000], 2.0F);
+  EXPECT_EQ(onlyBreak(played.watch()), "frame 25000: the phase is kept, strange ones for 1");
+}
+
+TEST(LoopWatch, seesAFrameLostInACrossfade) {
+  EXPECT_EQ(onlyBreak(Played().cut(33000, 1).watch()).substr(0, 33),
+            "frame 33000: 1 frames are missing");
+}
+
+TEST(LoopWatch, seesSlotsThatDriftApart) {
+  Played played;
+  std::vector<float> l(played.slots[2].l->begin(), played.slots[2].l->end());
+  std::vector<float> r(played.slots[2].r->begin(), played.slots[2].r->end());
+  std::rotate(l.begin(), l.begin() + 1, l.end());
+  std::rotate(r.begin(), r.begin() + 1, r.end());
+  played.slots[2] = slotOf(l, r);
+  EXPECT_FALSE(played.watch().breaks().empty());
+}
+
+TEST(LoopWatch, seesASwitchThatNobodyAskedFor) {
+  const Played played;
+  LoopWatch watch(played.slots, 0, 3840);
+  std::vector<float> samples;
+  for (std::size_t i = 0; i < played.recording.frames(); ++i)
+    samples.insert(samples.end(), {played.recording.l[i], played.recording.r[i]});
+  watch.take(samples);
+  ASSERT_EQ(watch.breaks().size(), 2U);
+  EXPECT_NE(watch.breaks()[0].find("slot 2 was not asked for"), std::string::npos);
+}
+
+TEST(Footprint, countsHandlesThreadsAndMemory) {
+  const Footprint before = Footprint::ofThisProcess();
+  EXPECT_GT(before.residentMegabytes, 1);
+  EXPECT_GE(before.handles, 3U);
+  std::FILE* file = std::tmpfile();
+  ASSERT_NE(file, nullptr);
+  EXPECT_EQ(Footprint::ofThisProcess().handles, before.handles + 1);
+  std::fclose(file);
+  EXPECT_EQ(Footprint::ofThisProcess().handles, before.handles);
+  std::atomic<bool> ending = false;
+  std::thread thread([&] { ending.wait(false); });
+  EXPECT_EQ(Footprint::ofThisProcess().threads, before.threads + 1);
+  ending = true;
+  ending.notify_all();
+  thread.join();
+  const std::vector<char> ballast(32'000'000, 1);
+  EXPECT_GT(Footprint::ofThisProcess().residentMegabytes, before.residentMegabytes + 30)
+      << ballast[7];
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 // beside it. Asserts nothing.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
+#include "kit/Footprint.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
 
@@ -35,13 +36,6 @@ void report(const std::string& what, std::vector<double> values, const std::stri
             << " runs)\n";
 }
 
-double residentMegabytes(pid_t pid) {
-  std::ifstream file("/proc/" + std::to_string(pid) + "/statm");
-  double size = 0, resident = 0;
-  file >> size >> resident;
-  return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
-}
-
 // Processor time of all its threads, in ticks.
 long ticks(pid_t pid) {
   std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
@@ -73,72 +67,79 @@ double firstFrame(Desktop& desktop) {
   return milliseconds(Clock::now() - program.startTime());
 }
 
+// A slot switch: each frame of the loop comes back 153600 frames later unless the slot changed.
+double slotSwitch(Desktop& desktop, Recorder& recorder) {
+  recorder.waitForMore(153600 + 24000);
+  std::size_t at = recorder.frames();
+  const auto pressed = Clock::now();
+  desktop.press(Keys::space);
+  static_cast<void>(untilChange(
+      recorder,
+      [&](const Recording& sound) {
+        while (at < sound.frames() && sound.l[at] == sound.l[at - 153600])
+          ++at;
+        return at < sound.frames();
+      },
+      pressed));
+  return milliseconds(recorder.arrival(at) - pressed);
+}
+
+double nextTrial(Desktop& desktop, Recorder& recorder) {
+  const std::size_t begin = recorder.frames();
+  const auto pressed = Clock::now();
+  desktop.press(Keys::n);
+  std::size_t first = 0;
+  static_cast<void>(untilChange(
+      recorder,
+      [&](const Recording& sound) {
+        const std::size_t silence = firstSilence(sound, begin, 2400);
+        first = firstSound(sound, silence);
+        return first < sound.frames();
+      },
+      pressed));
+  const double duration = milliseconds(recorder.arrival(first) - pressed);
+  recorder.waitForMore(24000);
+  return duration;
+}
+
+template <typename Measure>
+std::vector<double> repeated(int times, Measure measure) {
+  std::vector<double> figures;
+  for (int i = 0; i < times; ++i)
+    figures.push_back(measure());
+  return figures;
+}
+
+void reportLoad(Desktop& desktop, Recorder& recorder, ProgramRunner& program, WindowId window) {
+  const auto perSecond = static_cast<double>(sysconf(_SC_CLK_TCK));
+  long before = ticks(program.pid());
+  recorder.waitForMore(std::size_t{20} * 48000);
+  const auto used = static_cast<double>(ticks(program.pid()) - before);
+  std::cout << "processor while playing: " << Numbers::fixed(100 * used / perSecond / 20, 2)
+            << " % of a core over 20 s\nresident while playing: "
+            << Numbers::fixed(Footprint::of(program.pid()).residentMegabytes, 1) << " MB\n";
+  desktop.minimise(window);
+  recorder.waitForMore(std::size_t{2} * 48000);
+  before = ticks(program.pid());
+  recorder.waitForMore(std::size_t{10} * 48000);
+  std::cout << "processor while suspended: " << ticks(program.pid()) - before
+            << " ticks over 10 s\n";
+}
+
 void run() {
   Desktop desktop;
-  std::vector<double> frames;
-  for (int i = 0; i < 12; ++i)
-    frames.push_back(firstFrame(desktop));
-  report("first frame after exec", frames, "ms");
+  report("first frame after exec", repeated(12, [&] { return firstFrame(desktop); }), "ms");
 
   Recorder recorder;
   ProgramRunner program(VELTO_PROGRAM, {"--drill", "level", "--appearance", "light"});
   const WindowId window = desktop.waitForWindow("MORLA Velto", program.pid());
   desktop.waitForActive(window);
   recorder.waitForMore(48000);
-
-  // A slot switch: each frame of the loop comes back 153600 frames later unless the slot changed.
-  std::vector<double> switches;
-  for (int i = 0; i < 10; ++i) {
-    recorder.waitForMore(153600 + 24000);
-    const std::size_t begin = recorder.frames();
-    const auto pressed = Clock::now();
-    desktop.press(Keys::space);
-    std::size_t at = begin;
-    static_cast<void>(untilChange(
-        recorder,
-        [&](const Recording& sound) {
-          while (at < sound.frames() && sound.l[at] == sound.l[at - 153600])
-            ++at;
-          return at < sound.frames();
-        },
-        pressed));
-    switches.push_back(milliseconds(recorder.arrival(at) - pressed));
-  }
-  report("slot key to the first changed frame in the recording", switches, "ms");
-
-  std::vector<double> trials;
-  for (int i = 0; i < 10; ++i) {
-    const std::size_t begin = recorder.frames();
-    const auto pressed = Clock::now();
-    desktop.press(Keys::n);
-    std::size_t first = 0;
-    static_cast<void>(untilChange(
-        recorder,
-        [&](const Recording& sound) {
-          const std::size_t silence = firstSilence(sound, begin, 2400);
-          first = firstSound(sound, silence);
-          return first < sound.frames();
-        },
-        pressed));
-    trials.push_back(milliseconds(recorder.arrival(first) - pressed));
-    recorder.waitForMore(24000);
-  }
-  report("n to the first frame of the next trial in the recording", trials, "ms");
-
-  const auto perSecond = static_cast<double>(sysconf(_SC_CLK_TCK));
-  long before = ticks(program.pid());
-  recorder.waitForMore(20 * 48000);
-  std::cout << "processor while playing: "
-            << Numbers::fixed(
-                   100 * static_cast<double>(ticks(program.pid()) - before) / perSecond / 20, 2)
-            << " % of a core over 20 s\nresident while playing: "
-            << Numbers::fixed(residentMegabytes(program.pid()), 1) << " MB\n";
-  desktop.minimise(window);
-  recorder.waitForMore(2 * 48000);
-  before = ticks(program.pid());
-  recorder.waitForMore(10 * 48000);
-  std::cout << "processor while suspended: " << ticks(program.pid()) - before
-            << " ticks over 10 s\n";
+  report("slot key to the first changed frame in the recording",
+         repeated(10, [&] { return slotSwitch(desktop, recorder); }), "ms");
+  report("n to the first frame of the next trial in the recording",
+         repeated(10, [&] { return nextTrial(desktop, recorder); }), "ms");
+  reportLoad(desktop, recorder, program, window);
 }
 
 } // namespace

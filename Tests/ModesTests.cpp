@@ -63,7 +63,9 @@ const Mode probe{{"--probe"}, "Velto DSP probe — all measurements", 0};
 const Mode brandCheck{{"--brand-check"}, "── brand\n", 1}; // there is no master copy
 const Mode bench{{"--bench"}, "per-trial render cost", 0};
 const Mode selfTest{{"--audio-selftest"}, "FAIL  engine did not start\n", 1};
-const std::vector<Mode> reporting{probe, brandCheck, bench, selfTest};
+const Mode help{{"--help"}, "Usage: velto [SWITCH]...\n", 0};
+const Mode version{{"--version"}, "velto " VELTO_VERSION "\n", 0};
+const std::vector<Mode> reporting{help, version, probe, brandCheck, bench, selfTest};
 
 TEST(Modes, runWithNothingAround) {
   for (const Mode& mode : reporting) {
@@ -76,6 +78,16 @@ TEST(Modes, runWithNothingAround) {
   EXPECT_EQ(run({"--bench"}).error, "");
 }
 
+TEST(Modes, tellWhereTheRecordLiesWithoutMakingIt) {
+  const ScratchFolder folder;
+  const std::string home = folder.path().string();
+  const ChildResult result = run({"--help"}, {.environment = {{"HOME", home}}});
+  EXPECT_TRUE(endsWith(result.out, "\n  " + home + "/.local/share/MORLA Velto/profile.json\n"));
+  EXPECT_EQ(result.error, "");
+  EXPECT_TRUE(fs::is_empty(folder.path()));
+  EXPECT_EQ(run({"--version"}).out, version.begin);
+}
+
 TEST(Modes, theSelfTestFailsWithItsOwnLineWhereNoEngineStarts) {
   const ChildResult result = run({"--audio-selftest"});
   EXPECT_EQ(result.status, 1);
@@ -86,7 +98,7 @@ TEST(Modes, theSelfTestFailsWithItsOwnLineWhereNoEngineStarts) {
 
 TEST(Modes, withoutFontsMakeNoApplication) {
   // No application can be made with that.
-  for (const Mode& mode : {probe, bench, selfTest})
+  for (const Mode& mode : {help, version, probe, bench, selfTest})
     EXPECT_EQ(run(mode.switches, {.environment = {{"QT_QPA_PLATFORM", "none such"}}}).status,
               mode.status);
   EXPECT_EQ(run({"--seed-demo"}, {.environment = {{"QT_QPA_PLATFORM", "none such"}}}).status, 0);
@@ -107,7 +119,7 @@ TEST(Modes, printTheSameInALocaleWithADecimalComma) {
 // Whoever asked learns that the answer did not arrive.
 TEST(Modes, failWithOneLineWhereTheirOutputGoesNowhere) {
   for (const Stream stream : {Stream::readerGone, Stream::fullDisk, Stream::closed})
-    for (const Mode& mode : {probe, bench, brandCheck}) {
+    for (const Mode& mode : {help, version, probe, bench, brandCheck}) {
       const ChildResult result = run(mode.switches, {.out = stream});
       EXPECT_EQ(result.status, 1) << mode.switches[0];
       EXPECT_TRUE(result.error.starts_with("Velto: the report cannot be written: "))
@@ -193,7 +205,8 @@ TEST(SeedDemo, fillsTheFolderThatIsNamed) {
 // ---- Which switch decides ----
 
 // The modes that end at once, in the order in which they decide.
-const std::vector<Mode> deciding{probe, brandCheck, bench, selfTest, {{"--seed-demo"}, "", 0}};
+const std::vector<Mode> deciding{
+    help, version, probe, brandCheck, bench, selfTest, {{"--seed-demo"}, "", 0}};
 
 TEST(Dispatch, theFirstModeOfTheListDecidesInWhateverOrderTheSwitchesStand) {
   for (std::size_t first = 0; first < deciding.size(); ++first)
@@ -227,8 +240,9 @@ TEST(Dispatch, aPlaybackBenchWithoutValueIsIgnored) {
 
 TEST(Dispatch, anythingElseStartsTheWindowAndSaysThatThereIsNoDisplay) {
   for (const Words& switches :
-       {Words{}, Words{"--Probe"}, Words{"--probe=1"}, Words{"-probe"}, Words{"probe"}, Words{""},
-        Words{"--shot"}, Words{"--drill"}, Words{"--answer"}, Words{"--appearance"},
+       {Words{}, Words{"--Probe"}, Words{"--probe=1"}, Words{"-h"}, Words{"help"}, Words{"-probe"},
+        Words{"probe"}, Words{""}, Words{"--shot"}, Words{"--drill"}, Words{"--answer"},
+        Words{"--appearance"},
         Words{"--drill", "polarity", "--answer", "3", "--appearance", "Light", "--shot"}}) {
     const ChildResult result = run(switches);
     EXPECT_EQ(result.status, 1);

@@ -29,10 +29,7 @@ constexpr std::int64_t smallest = std::numeric_limits<std::int64_t>::min();
 // The process in a locale with a decimal comma, and back.
 class CommaLocale {
 public:
-  CommaLocale() {
-    setenv("LOCPATH", VELTO_TEST_LOCALES, 1);
-    active_ = std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
-  }
+  CommaLocale() : active_(enter()) {}
   ~CommaLocale() {
     std::setlocale(LC_ALL, "C");
     unsetenv("LOCPATH");
@@ -41,7 +38,7 @@ public:
   CommaLocale& operator=(const CommaLocale&) = delete;
 
   // Whether the C library now really writes a comma.
-  bool active() const { return active_ && print("%.1f", 0.5) == "0,5"; }
+  [[nodiscard]] bool active() const { return active_ && print("%.1f", 0.5) == "0,5"; }
 
   template <typename... Values>
   static std::string print(const char* format, Values... values) {
@@ -51,6 +48,11 @@ public:
   }
 
 private:
+  static bool enter() {
+    setenv("LOCPATH", VELTO_TEST_LOCALES, 1);
+    return std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
+  }
+
   bool active_ = false;
 };
 
@@ -172,6 +174,8 @@ TEST(Numbers, MagnitudesBeyondADoubleBecomeInfinityOrZero) {
     double value;
   } rows[] = {
       {"1e400", infinity},
+      {"1e+400", infinity},
+      {"-0.001e+999", -infinity}, // below 1 but for the exponent
       {"-1e400", -infinity},
       {"1.7976931348623159e308", infinity},
       {"1e99999999999999999999", infinity},

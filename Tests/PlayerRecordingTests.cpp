@@ -3,6 +3,7 @@
 
 #include "Numbers.h"
 #include "kit/Alignment.h"
+#include "kit/Eventually.h"
 #include "kit/Recorder.h"
 #include "kit/Slots.h"
 #include "kit/Spectrum.h"
@@ -32,6 +33,7 @@ namespace {
 
 using kit::asRendered;
 using kit::constantSlot;
+using kit::eventually;
 using kit::firstDifference;
 using kit::firstSilence;
 using kit::firstSound;
@@ -65,17 +67,6 @@ std::string streams() {
   return outputOf("pactl list short sink-inputs");
 }
 
-template <typename Condition>
-bool eventually(Condition condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end)
-      return false;
-    poll(nullptr, 0, 5);
-  }
-  return true;
-}
-
 double processorSeconds() {
   timespec now{};
   clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
@@ -100,7 +91,7 @@ double startGain(std::size_t lead, std::size_t i) {
   return lineAt(0, 1, lead + i);
 }
 
-constexpr std::size_t startLead = 3840; // 0.12 s less the device's latency
+constexpr std::size_t startLead = 5760 - outputLatencyFrames; // of 0.12 s
 
 class Recorded : public ::testing::Test {
 protected:
@@ -164,9 +155,81 @@ TEST_F(Recorded, forAMinuteOfSwitchingNoFrameIsLostOrDoubledAndAllSlotsKeepOnePh
   }
   EXPECT_EQ(frame, out.frames()) << "the recording ends otherwise than with the last slot";
   EXPECT_GT(compared + crossfaded, 60 * second);
+  EXPECT_EQ(player.engine().callbackCounts().missed, 0U) << "though no frame is lost";
   report("frames that are the current slot's, bit for bit", static_cast<double>(compared), 0, "");
   report("frames in crossfades, each as computed", static_cast<double>(crossfaded), 0, "");
   report("switches", static_cast<double>(played.size() - 1), 0, "");
+}
+
+// The process is held for longer than its output's buffer lasts.
+TEST_F(Recorded, aGapIsCountedAsAMissedCallback) {
+  const std::vector<Slot> slots{noiseSlot(loopFrames, 1)};
+  Recorder recorder;
+  Player player;
+  player.load(slots, 0);
+  recorder.waitForMore(second / 2);
+  const CallbackCounts before = player.engine().callbackCounts();
+  (void)outputOf("kill -STOP $PPID; sleep 0.1; kill -CONT $PPID");
+  recorder.waitForMore(second / 2);
+  const CallbackCounts after = player.engine().callbackCounts();
+  const Recording out = asRendered(recorder.stop());
+  const std::size_t start = firstSound(out, 0) - 1;
+  EXPECT_LT(firstDifference(out, start + ramp, out.frames(), slots[0], ramp), out.frames());
+  EXPECT_GE(after.missed, before.missed + 1);
+  EXPECT_GE(after.late, before.late + 1);
+}
+
+// As many busy loops as there are processors, at the priority of the player.
+class BusyProcessors {
+public:
+  BusyProcessors() {
+    for (unsigned i = 0; i < std::max(2U, std::thread::hardware_concurrency()); ++i)
+      loops_.emplace_back([](const std::stop_token& ending) {
+        while (!ending.stop_requested()) {
+        }
+      });
+  }
+
+private:
+  std::vector<std::jthread> loops_;
+};
+
+// The slots share their left channel, which no switch may change by a bit; the right one tells
+// which slots are heard.
+class Busy : public Recorded {};
+
+TEST_F(Busy, processorsLoseNoFrameInAMinuteOfFastSwitching) {
+  const Slot noise = noiseSlot(loopFrames, 1);
+  std::vector<Slot> slots;
+  for (const float level : {0.25F, 0.5F, -0.25F})
+    slots.push_back(kit::slotOf(*noise.l, Samples(loopFrames, level)));
+  Recorder recorder;
+  Player player;
+  player.load(slots, 0);
+  recorder.waitForMore(second); // before the fade-in is over switches would change its course
+  const BusyProcessors busy;
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  std::size_t switches = 0;
+  while (std::chrono::steady_clock::now() < end) {
+    player.switchTo(static_cast<std::int64_t>(++switches % 3));
+    std::this_thread::sleep_for(std::chrono::milliseconds(40 + switches * 37 % 160));
+  }
+  const CallbackCounts counts = player.engine().callbackCounts();
+  const Recording out = asRendered(recorder.stop());
+  const std::size_t start = firstSound(out, 0) - 1;
+  const Recording left{out.l, out.l};
+  const Slot leftTwice{noise.l, noise.l};
+  const std::size_t whole = firstDifference(left, start + ramp, left.frames(), leftTwice, ramp);
+  report("frames without a loss", static_cast<double>(whole - start), 0, "");
+  report("switches", static_cast<double>(switches), 0, "");
+  report("callbacks", static_cast<double>(counts.all), 0, "");
+  report("late", static_cast<double>(counts.late), 0, "");
+  report("missed", static_cast<double>(counts.missed), 0, "");
+  EXPECT_EQ(whole, left.frames());
+  EXPECT_GT(left.frames() - start, 59 * second);
+  const auto [lowest, highest] = std::minmax_element(out.r.begin(), out.r.end());
+  EXPECT_LT(*lowest, -0.2F);
+  EXPECT_GT(*highest, 0.45F);
 }
 
 TEST_F(Recorded, aSwitchIsAStraightLineOf150ms) {

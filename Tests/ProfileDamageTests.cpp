@@ -203,8 +203,8 @@ private:
 };
 
 std::string attemptTextOf(const std::string& file) {
-  const auto from = file.find("[") + 1;
-  return file.substr(from, file.find("]") - from);
+  const auto from = file.find('[') + 1;
+  return file.substr(from, file.find(']') - from);
 }
 
 TEST_F(ProfileSize, OfManyRows) {

@@ -9,7 +9,7 @@ namespace {
 
 using Variables = std::map<std::string, std::string>;
 
-Environment environment(const Variables& variables, std::optional<std::string> accountHome) {
+Environment environment(const Variables& variables, const std::optional<std::string>& accountHome) {
   return {[variables](const char* name) -> std::optional<std::string> {
             const auto found = variables.find(name);
             return found == variables.end() ? std::nullopt : std::optional(found->second);
@@ -18,8 +18,8 @@ Environment environment(const Variables& variables, std::optional<std::string> a
 }
 
 ProfileLocation resolve(const Variables& variables,
-                        std::optional<std::string> accountHome = std::nullopt) {
-  return ProfileLocation::resolve(environment(variables, std::move(accountHome)));
+                        const std::optional<std::string>& accountHome = std::nullopt) {
+  return ProfileLocation::resolve(environment(variables, accountHome));
 }
 
 ProfileLocation inData(const std::string& data) {

@@ -368,14 +368,19 @@ RC_GTEST_PROP(CompressorLaw, IsTheModelsToTheLastBit, ()) {
   require(sameBits(actual.grDB, expected.grDB));
 }
 
+void expectTheModels(double target, const Samples& x) {
+  const Drills::Compressed actual = Drills::compressorHitting(target, x);
+  const literal::Compressed expected = literal::compressorHitting(target, x);
+  EXPECT_TRUE(sameBits(actual.out, expected.out)) << x.size() << " frames, " << target << " dB";
+  EXPECT_TRUE(sameBits(actual.grDB, expected.grDB)) << x.size() << " frames, " << target << " dB";
+}
+
 TEST(Compressor, IsTheModelsToTheLastBitOverATrialsLength) {
   for (const Material material : Material::allCases) {
     const Samples x = source(material, 3.2, 1234);
     for (const double target : {0.8, 4.8, 12.0}) {
-      const Drills::Compressed actual = Drills::compressorHitting(target, x);
-      const literal::Compressed expected = literal::compressorHitting(target, x);
-      EXPECT_TRUE(sameBits(actual.out, expected.out)) << material << " " << target;
-      EXPECT_TRUE(sameBits(actual.grDB, expected.grDB)) << material << " " << target;
+      SCOPED_TRACE(material);
+      expectTheModels(target, x);
     }
   }
 }
@@ -392,12 +397,65 @@ TEST(Compressor, IsTheModelsToTheLastBitWhateverTheSamples) {
                                      {3e38f, -1.0f, 1e-38f, 0.0f, 1.0f}};
   for (const Samples& x : buffers) {
     for (const double target : {-1.0, 0.0, 1e-3, 6.0, 50.0, HUGE_VAL, -HUGE_VAL, noNumber}) {
-      const Drills::Compressed actual = Drills::compressorHitting(target, x);
-      const literal::Compressed expected = literal::compressorHitting(target, x);
-      EXPECT_TRUE(sameBits(actual.out, expected.out)) << x[0] << " " << target;
-      EXPECT_TRUE(sameBits(actual.grDB, expected.grDB)) << x[0] << " " << target;
+      SCOPED_TRACE(x[0]);
+      expectTheModels(target, x);
     }
   }
+}
+
+// Where the knee passes the detector's floor of -180 dB, samples below the floor count as the
+// floor: whether they are reduced changes there. The targets bring the threshold to all of it.
+TEST(Compressor, IsTheModelsAroundTheDetectorsFloor) {
+  for (const float peak : {3e-9f, 1e-8f, 5e-8f}) {
+    Samples x(400);
+    x[0] = peak;
+    x[200] = -peak;
+    x[201] = 1e-9f;
+    for (int i = 0; i < 60; ++i) {
+      expectTheModels(1e-4 * i, x);
+      expectTheModels(0.02 * i, x);
+    }
+    for (int i = 0; i < 60; ++i)
+      expectTheModels(0.5 * i, Samples(300, peak));
+  }
+}
+
+// Samples on both sides of the knee of each threshold that the search ends at when nothing hits
+// the target: one step below the peak, and 40 dB below it.
+TEST(Compressor, IsTheModelsAroundTheKnee) {
+  for (const double thresholdDB : {-40.0 / 4096, 40.0 / 4096 - 40}) {
+    Samples x;
+    for (const double kneeDB : {-3.0, 3.0})
+      for (int i = -200; i <= 200; ++i)
+        x.push_back(static_cast<float>(std::pow(10.0, (thresholdDB + kneeDB + 0.001 * i) / 20)));
+    for (float& sample : x)
+      sample = std::min(sample, 1.0f);
+    x.push_back(1);
+    expectTheModels(thresholdDB > -20 ? 0 : 1000, x);
+    std::ranges::reverse(x);
+    expectTheModels(thresholdDB > -20 ? 0 : 1000, x);
+  }
+}
+
+// A reduction that equals the target to the bit has hit it: the threshold does not go lower.
+TEST(Compressor, AReductionThatEqualsTheTargetHitsIt) {
+  const Samples x(1000, 1.0f);
+  const double attack = std::exp(-1 / (0.005 * rate));
+  // At the first threshold, -20 dB, a full-scale sample is to be reduced by 15 dB.
+  double reached = 0;
+  for (std::size_t i = 0; i < x.size(); ++i)
+    reached = 15 + attack * (reached - 15);
+  expectTheModels(reached, x);
+  expectTheModels(std::nextafter(reached, 100.0), x);
+  EXPECT_NE(Drills::compressorHitting(reached, x).grDB,
+            Drills::compressorHitting(std::nextafter(reached, 100.0), x).grDB);
+}
+
+// The output is computed in blocks of 512 frames, attenuated in blocks of 256.
+TEST(Compressor, IsTheModelsAtEveryBlockEdge) {
+  const Samples x = source(Material::drums, 0.04, 5);
+  for (const std::size_t frames : {1U, 2U, 255U, 256U, 257U, 511U, 512U, 513U, 1024U, 1025U})
+    expectTheModels(6, Samples(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(frames)));
 }
 
 TEST(Compressor, OfNothingIsNothing) {
@@ -460,7 +518,7 @@ TEST(Compressor, AttackAndReleaseAreOnePole) {
   EXPECT_NEAR(result.grDB, peak, 1e-9);
   for (const int i : {0, 1, 2400, 4799}) {
     const double reduction = peak * std::pow(release, i + 1);
-    const auto index = static_cast<std::size_t>(4800 + i);
+    const auto index = 4800 + static_cast<std::size_t>(i);
     EXPECT_NEAR(result.out[index] / x[index], std::pow(10, -reduction / 20), 1e-6) << i;
   }
 }

@@ -1,4 +1,5 @@
 #include "Report.h"
+#include "System.h"
 
 #include "kit/CapturedOutput.h"
 
@@ -46,7 +47,7 @@ TEST(ReportDeathTest, noFileTakesThePlaceOfAClosedStreamAndWritingThereStillFail
       {
         ::close(STDIN_FILENO);
         ::close(STDOUT_FILENO);
-        Report::prepareStreams();
+        System::prepareStreams();
         const int file = ::open("/", O_RDONLY);
         Report::line("for nobody");
         ::_exit(file > STDERR_FILENO && !Report::isComplete() ? 0 : 1);

@@ -29,9 +29,9 @@ QString numbered(const char* name, int index) {
 enum class State { rendering, ungraded, hit, miss };
 
 struct Wanted {
-  Drill drill;
-  int index;
-  State state;
+  Drill drill = Drill::frequency;
+  int index = 0;
+  State state = State::rendering;
   Hues hues;
 
   [[nodiscard]] bool graded() const { return state == State::hit || state == State::miss; }
@@ -315,6 +315,29 @@ void expectSlotChoices(Stage& stage, const Picture& picture, const Wanted& wante
   }
 }
 
+// The three buttons left of the primary one, which starts at `right`.
+void expectMaterials(Stage& stage, const Picture& picture, const Wanted& wanted, double right) {
+  const Hues& hues = wanted.hues;
+  const QColor clear(0, 0, 0, 0);
+  const char* materials[] = {"Pink", "Drums", "Pad"};
+  const int currentMaterial = wanted.index < 2 ? 0 : wanted.index - 1;
+  for (int i = 0; i < 3; ++i) {
+    const bool current = i == currentMaterial;
+    expectRect(stage.box(numbered("material", i)),
+               {right - 16 - 3 * 54 - 2 * 4 + i * 58, 244, 54, 28});
+    const QColor fill = current ? hues.selectedFill : clear;
+    expectBox(stage.item(numbered("materialBox", i)), picture,
+              {5, false, fill, current ? at(hues.ink, 0.55) : clear, 1.5, hues.surface, {6, 10}});
+    QQuickItem* title = stage.item(numbered("materialLabel", i));
+    expectText(title, picture,
+               {materials[i], sans, current ? semibold : regular, 11, 0, hues.ink,
+                over(fill, hues.surface)});
+    EXPECT_NEAR(Stage::box(title).center().x(), stage.box(numbered("material", i)).center().x(),
+                0.51);
+    EXPECT_NEAR(Stage::box(title).center().y(), 258, 0.51);
+  }
+}
+
 void expectTransport(Stage& stage, const Picture& picture, const Wanted& wanted) {
   const Hues& hues = wanted.hues;
   const int count = wanted.drill == Drill::polarity ? 3 : 2;
@@ -368,24 +391,7 @@ void expectTransport(Stage& stage, const Picture& picture, const Wanted& wanted)
   if (!wanted.graded()) {
     EXPECT_NEAR(button.width(), label->implicitWidth() + 40, 1.01);
   }
-
-  const char* materials[] = {"Pink", "Drums", "Pad"};
-  const int currentMaterial = wanted.index < 2 ? 0 : wanted.index - 1;
-  for (int i = 0; i < 3; ++i) {
-    const bool current = i == currentMaterial;
-    expectRect(stage.box(numbered("material", i)),
-               {button.left() - 16 - 3 * 54 - 2 * 4 + i * 58, 244, 54, 28});
-    const QColor fill = current ? hues.selectedFill : clear;
-    expectBox(stage.item(numbered("materialBox", i)), picture,
-              {5, false, fill, current ? at(hues.ink, 0.55) : clear, 1.5, hues.surface, {6, 10}});
-    QQuickItem* title = stage.item(numbered("materialLabel", i));
-    expectText(title, picture,
-               {materials[i], sans, current ? semibold : regular, 11, 0, hues.ink,
-                over(fill, hues.surface)});
-    EXPECT_NEAR(Stage::box(title).center().x(), stage.box(numbered("material", i)).center().x(),
-                0.51);
-    EXPECT_NEAR(Stage::box(title).center().y(), 258, 0.51);
-  }
+  expectMaterials(stage, picture, wanted, button.left());
 }
 
 void expectVerdict(Stage& stage, const Picture& picture, const Wanted& wanted) {

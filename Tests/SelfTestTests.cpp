@@ -107,8 +107,8 @@ public:
     if (thread_.joinable())
       thread_.join();
   }
-  bool failed() const override { return false; }
-  std::size_t latencyFrames() const override { return 1920; }
+  [[nodiscard]] bool failed() const override { return false; }
+  [[nodiscard]] std::size_t latencyFrames() const override { return 1920; }
 
 private:
   const int blocks_;

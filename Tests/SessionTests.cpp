@@ -1,14 +1,12 @@
 #include "Session.h"
 
 #include "kit/FakeOutput.h"
+#include "kit/ManualQueues.h"
 #include "kit/ScratchProfile.h"
 
 #include <gtest/gtest.h>
-#include <rapidcheck.h>
-#include <rapidcheck/gtest.h>
 
 #include <algorithm>
-#include <deque>
 #include <limits>
 #include <memory>
 #include <vector>
@@ -17,36 +15,12 @@ using namespace velto;
 
 namespace {
 
-// Queues that run their work when the test says so.
-struct ManualQueues {
-  std::deque<WorkQueues::Work> background, main;
-
-  WorkQueues queues() {
-    return {.background = [this](auto work) { background.push_back(std::move(work)); },
-            .main = [this](auto work) { main.push_back(std::move(work)); }};
-  }
-
-  static bool runOne(std::deque<WorkQueues::Work>& queue) {
-    if (queue.empty())
-      return false;
-    const auto work = std::move(queue.front());
-    queue.pop_front();
-    work();
-    return true;
-  }
-
-  void settle() {
-    while (runOne(background) || runOne(main)) {
-    }
-  }
-};
-
 constexpr double launchTime = 1'700'000'000.75;
 constexpr std::uint64_t launchCounter = 1'700'000'000;
 
 struct Rig {
   kit::ScratchProfile scratch;
-  ManualQueues work;
+  kit::ManualQueues work;
   kit::FakeOutput output;
   std::unique_ptr<Session> session;
 
@@ -101,8 +75,8 @@ TEST(SessionStart, SetsEachDrillsMaterialAndAnswer) {
 
 TEST(SessionStart, DropsTheRenderOfTheFirstTrial) {
   Rig rig;
-  ManualQueues::runOne(rig.work.background);
-  ManualQueues::runOne(rig.work.main);
+  kit::ManualQueues::runOne(rig.work.background);
+  kit::ManualQueues::runOne(rig.work.main);
   EXPECT_TRUE(rig->rendering());
   EXPECT_FALSE(rig->player().isPlaying());
   rig.settle();
@@ -117,7 +91,7 @@ TEST(SessionStartDeathTest, RefusesAClockThatShowsNoTime) {
   const double impossible[] = {-1.0, std::numeric_limits<double>::quiet_NaN(),
                                std::numeric_limits<double>::infinity(), 0x1p64};
   const kit::ScratchProfile scratch;
-  ManualQueues work;
+  kit::ManualQueues work;
   kit::FakeOutput output;
   for (const double time : impossible)
     EXPECT_DEATH(
@@ -323,137 +297,9 @@ TEST(SessionNotification, SubmittingAnnouncesTheGradeAndThenTheRecord) {
 
 TEST(SessionLifetime, ARenderThatReturnsLateFindsNobody) {
   Rig rig;
-  while (ManualQueues::runOne(rig.work.background)) {
+  while (kit::ManualQueues::runOne(rig.work.background)) {
   }
   rig.session.reset();
-  while (ManualQueues::runOne(rig.work.main)) {
-  }
-}
-
-// A second account of the session, by its rules.
-namespace {
-
-struct Model {
-  Drill drill = Drill::frequency;
-  Material material = Material::pinkNoise;
-  std::uint64_t counter = launchCounter + 81006;
-  std::int64_t slot = 0;
-  double answer = 1000;
-  bool rendering = true, graded = false, suspended = false, playing = false, haveSlots = false;
-  std::size_t recorded = 0;
-
-  std::int64_t slotCount() const { return drill == Drill::polarity ? 3 : 2; }
-
-  void newTrial() {
-    counter += 40503;
-    graded = false;
-    slot = 0;
-    rendering = true;
-    answer = drill == Drill::frequency  ? 1000
-             : drill == Drill::level    ? 2
-             : drill == Drill::dynamics ? 5
-                                        : -1;
-  }
-  void setDrill(Drill next) {
-    drill = next;
-    material = drill == Drill::dynamics   ? Material::drums
-               : drill == Drill::polarity ? Material::pad
-                                          : Material::pinkNoise;
-    newTrial();
-  }
-  bool canSubmit() const {
-    return !graded && !rendering && (drill != Drill::polarity || answer >= 0);
-  }
-  void settle() {
-    if (!rendering)
-      return;
-    rendering = false;
-    haveSlots = true;
-    slot = 0;
-    playing = playing || !suspended;
-  }
-};
-
-} // namespace
-
-RC_GTEST_PROP(SessionLaws, AnySequenceOfCallsFollowsTheRules, ()) {
-  Rig rig;
-  Model model;
-  const int length = *rc::gen::inRange(1, 25);
-  for (int i = 0; i < length; ++i) {
-    switch (*rc::gen::inRange(0, 9)) {
-    case 0:
-      rig->newTrial();
-      model.newTrial();
-      break;
-    case 1: {
-      const Drill drill = Drill::allCases[*rc::gen::inRange<std::size_t>(0, 4)];
-      rig->setDrill(drill);
-      model.setDrill(drill);
-      break;
-    }
-    case 2: {
-      const Material material = Material::allCases[*rc::gen::inRange<std::size_t>(0, 3)];
-      rig->setMaterial(material);
-      model.material = material;
-      model.newTrial();
-      break;
-    }
-    case 3: {
-      const auto slot = *rc::gen::inRange<std::int64_t>(0, 4);
-      rig->select(slot);
-      if (slot < model.slotCount())
-        model.slot = slot;
-      break;
-    }
-    case 4:
-      rig->cycleSlot();
-      model.slot = (model.slot + 1) % model.slotCount();
-      break;
-    case 5: {
-      const double answer = *rc::gen::inRange(-1, 3);
-      rig->setAnswer(answer);
-      model.answer = answer;
-      break;
-    }
-    case 6:
-      rig->submit();
-      if (model.canSubmit()) {
-        model.graded = true;
-        ++model.recorded;
-      }
-      break;
-    case 7:
-      rig.settle();
-      model.settle();
-      break;
-    case 8:
-      if (model.suspended) {
-        rig->resume();
-        model.playing = model.playing || model.haveSlots;
-      } else {
-        rig->setSuspended(true);
-        rig->player().stop();
-        model.playing = false;
-      }
-      model.suspended = !model.suspended;
-      break;
-    }
-    RC_ASSERT(rig->drill() == model.drill);
-    RC_ASSERT(rig->material() == model.material);
-    RC_ASSERT(rig->counter() == model.counter);
-    RC_ASSERT(rig->trial()->seed == model.counter);
-    RC_ASSERT(rig->trial()->drill == model.drill);
-    RC_ASSERT(rig->trial()->material == model.material);
-    RC_ASSERT(rig->trial()->difficulty == rig->profile().staircase(model.drill).difficulty ||
-              model.graded);
-    RC_ASSERT(rig->currentSlot() == model.slot);
-    RC_ASSERT(rig->answer() == model.answer);
-    RC_ASSERT(rig->rendering() == model.rendering);
-    RC_ASSERT(rig->grade().has_value() == model.graded);
-    RC_ASSERT(rig->canSubmit() == model.canSubmit());
-    RC_ASSERT(rig->suspended() == model.suspended);
-    RC_ASSERT(rig->player().isPlaying() == model.playing);
-    RC_ASSERT(rig->profile().attempts().size() == model.recorded);
+  while (kit::ManualQueues::runOne(rig.work.main)) {
   }
 }

@@ -252,7 +252,7 @@ TEST(Statistics, FollowTheTimeZoneAtEachCompute) {
 RC_GTEST_PROP(Statistics, AStreakIsTheLongestRunThatEndsTodayOrElseYesterday,
               (const std::set<std::int8_t>& daysAgo)) {
   std::set<std::int64_t> days;
-  for (const std::int64_t ago : daysAgo)
+  for (const std::int8_t ago : daysAgo)
     days.insert(20000 - ago);
   const auto runEndingAt = [&](std::int64_t last) {
     std::int64_t length = 0;

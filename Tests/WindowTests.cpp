@@ -147,7 +147,7 @@ public:
   }
 
   // Whether the loop at `place` began at 0 when sound began after the silence at `silentFrame`.
-  testing::AssertionResult beganAtZero(std::size_t silentFrame, const Place& place) {
+  testing::AssertionResult beganAtZero(std::size_t silentFrame, const Place& place) const {
     const std::size_t start = firstSound(asRendered(recorder.recording()), silentFrame);
     const std::size_t phase = (place.begin - start) % 153600;
     // The very first frames have a gain of next to nothing.

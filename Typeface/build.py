@@ -98,6 +98,80 @@ def charstring(shape, width):
     return T2CharString(program=program + ["endchar"])
 
 
+FONT_INFO = {
+    "version": VERSION,
+    "Notice": COPYRIGHT,
+    "FullName": f"{FAMILY} {STYLE}",
+    "FamilyName": FAMILY,
+    "Weight": STYLE,
+    "isFixedPitch": False,
+    "ItalicAngle": 0,
+    "UnderlinePosition": -92,
+    "UnderlineThickness": 84,
+}
+
+HINTING = {
+    "BlueValues": [
+        -measures.OVER, 0,
+        measures.XHEIGHT, measures.XHEIGHT + measures.OVER,
+        measures.CAP, measures.CAP + measures.OVER,
+    ],
+    "OtherBlues": [measures.DESCENT - measures.OVER, measures.DESCENT],
+    "BlueScale": 0.039625,
+    "BlueShift": 7,
+    "BlueFuzz": 0,
+    "StdHW": measures.CAPITAL.level,
+    "StdVW": measures.CAPITAL.upright,
+    "StemSnapH": [measures.SMALL.level, measures.FIGURE.level, measures.CAPITAL.level],
+    "StemSnapV": [
+        measures.SMALL.upright, measures.FIGURE.upright, measures.CAPITAL.upright,
+    ],
+    "defaultWidthX": DEFAULT_WIDTH,
+    "nominalWidthX": NOMINAL_WIDTH,
+}  # fmt: skip
+
+NAMES = {
+    "copyright": COPYRIGHT,
+    "familyName": FAMILY,
+    "styleName": STYLE,
+    "uniqueFontIdentifier": f"{VERSION};VLTO;{POSTSCRIPT_NAME}",
+    "fullName": f"{FAMILY} {STYLE}",
+    "version": f"Version {VERSION}",
+    "psName": POSTSCRIPT_NAME,
+    "manufacturer": "The Velto authors",
+    "designer": "The Velto authors",
+    "description": "The wordmark face of Velto: capitals, small letters and tabular "
+    "figures in the spirit of a mastering console's lettering.",
+    "licenseDescription": LICENSE,
+    "licenseInfoURL": LICENSE_URL,
+    "sampleText": "MORLA Velto",
+}
+
+OS2 = dict(
+    version=4,
+    usWeightClass=400,
+    usWidthClass=5,
+    fsType=0,
+    fsSelection=0x40 | 0x80,  # regular; the typographic line metrics hold
+    achVendID="VLTO",
+    sTypoAscender=measures.LINE_ASCENT,
+    sTypoDescender=measures.LINE_DESCENT,
+    sTypoLineGap=0,
+    usWinAscent=measures.LINE_ASCENT,
+    usWinDescent=-measures.LINE_DESCENT,
+    sxHeight=measures.XHEIGHT,
+    sCapHeight=measures.CAP,
+    usDefaultChar=0,
+    usBreakChar=0x20,
+    usMaxContext=2,
+    ySubscriptXSize=620, ySubscriptYSize=620, ySubscriptXOffset=0, ySubscriptYOffset=120,
+    ySuperscriptXSize=620, ySuperscriptYSize=620,
+    ySuperscriptXOffset=0, ySuperscriptYOffset=420,
+    yStrikeoutSize=84, yStrikeoutPosition=320,
+    ulCodePageRange1=1,
+)  # fmt: skip
+
+
 def build():
     """The font as a fontTools TTFont."""
     order = [".notdef"] + sorted(
@@ -112,38 +186,10 @@ def build():
     builder.setupCharacterMap({code: name for name, code in CODE_POINTS.items()})
     builder.setupCFF(
         POSTSCRIPT_NAME,
-        {
-            "version": VERSION,
-            "Notice": COPYRIGHT,
-            "FullName": f"{FAMILY} {STYLE}",
-            "FamilyName": FAMILY,
-            "Weight": STYLE,
-            "isFixedPitch": False,
-            "ItalicAngle": 0,
-            "UnderlinePosition": -92,
-            "UnderlineThickness": 84,
-        },
+        FONT_INFO,
         {name: charstring(shape, width) for name, (shape, width) in glyphs.items()},
-        {
-            "BlueValues": [
-                -measures.OVER, 0,
-                measures.XHEIGHT, measures.XHEIGHT + measures.OVER,
-                measures.CAP, measures.CAP + measures.OVER,
-            ],
-            "OtherBlues": [measures.DESCENT - measures.OVER, measures.DESCENT],
-            "BlueScale": 0.039625,
-            "BlueShift": 7,
-            "BlueFuzz": 0,
-            "StdHW": measures.CAPITAL.level,
-            "StdVW": measures.CAPITAL.upright,
-            "StemSnapH": [measures.SMALL.level, measures.FIGURE.level, measures.CAPITAL.level],
-            "StemSnapV": [
-                measures.SMALL.upright, measures.FIGURE.upright, measures.CAPITAL.upright,
-            ],
-            "defaultWidthX": DEFAULT_WIDTH,
-            "nominalWidthX": NOMINAL_WIDTH,
-        },
-    )  # fmt: skip
+        HINTING,
+    )
     builder.setupHorizontalMetrics(
         {
             name: (width, contour_bounds(shape)[0] if shape else 0)
@@ -153,48 +199,8 @@ def build():
     builder.setupHorizontalHeader(
         ascent=measures.LINE_ASCENT, descent=measures.LINE_DESCENT, lineGap=0
     )
-    builder.setupNameTable(
-        {
-            "copyright": COPYRIGHT,
-            "familyName": FAMILY,
-            "styleName": STYLE,
-            "uniqueFontIdentifier": f"{VERSION};VLTO;{POSTSCRIPT_NAME}",
-            "fullName": f"{FAMILY} {STYLE}",
-            "version": f"Version {VERSION}",
-            "psName": POSTSCRIPT_NAME,
-            "manufacturer": "The Velto authors",
-            "designer": "The Velto authors",
-            "description": "The wordmark face of Velto: capitals, small letters and tabular "
-            "figures in the spirit of a mastering console's lettering.",
-            "licenseDescription": LICENSE,
-            "licenseInfoURL": LICENSE_URL,
-            "sampleText": "MORLA Velto",
-        },
-        mac=False,
-    )
-    builder.setupOS2(
-        version=4,
-        usWeightClass=400,
-        usWidthClass=5,
-        fsType=0,
-        fsSelection=0x40 | 0x80,  # regular; the typographic line metrics hold
-        achVendID="VLTO",
-        sTypoAscender=measures.LINE_ASCENT,
-        sTypoDescender=measures.LINE_DESCENT,
-        sTypoLineGap=0,
-        usWinAscent=measures.LINE_ASCENT,
-        usWinDescent=-measures.LINE_DESCENT,
-        sxHeight=measures.XHEIGHT,
-        sCapHeight=measures.CAP,
-        usDefaultChar=0,
-        usBreakChar=0x20,
-        usMaxContext=2,
-        ySubscriptXSize=620, ySubscriptYSize=620, ySubscriptXOffset=0, ySubscriptYOffset=120,
-        ySuperscriptXSize=620, ySuperscriptYSize=620,
-        ySuperscriptXOffset=0, ySuperscriptYOffset=420,
-        yStrikeoutSize=84, yStrikeoutPosition=320,
-        ulCodePageRange1=1,
-    )  # fmt: skip
+    builder.setupNameTable(NAMES, mac=False)
+    builder.setupOS2(**OS2)
     builder.setupPost(keepGlyphNames=False, underlinePosition=-92, underlineThickness=84)
     font = builder.font
     font.recalcTimestamp = False

@@ -62,6 +62,7 @@ struct DecibelScale {
   double upper = 7;
   double step = 0.05;
 
+  // The place of `decibels` on a strip `width` points wide.
   [[nodiscard]] double position(double decibels, double width) const;
   // What a pointer at `x` answers: the multiple of `step` nearest to it, halves away from zero.
   [[nodiscard]] double valueAt(double x, double width) const;
@@ -107,6 +108,7 @@ struct ChipPlace {
   bool operator==(const ChipPlace&) const = default;
 };
 
+// Where the two chips go; that of a missing marker is of no meaning.
 struct ChipPlaces {
   ChipPlace answer;
   ChipPlace truth;

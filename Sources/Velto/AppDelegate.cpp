@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "CapsLock.h"
 #include "Fonts.h"
 #include "Theme.h"
 
@@ -14,6 +15,7 @@
 #include <QThreadPool>
 #include <QTimer>
 
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -23,18 +25,10 @@ namespace velto {
 namespace {
 
 constexpr QSize initialSize(1180, 386);
+constexpr std::chrono::milliseconds soundInterval{500};
 
 double secondsSince1970() {
   return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
-}
-
-// Qt's modifiers do not tell caps lock; under X and under Wayland it is the lock bit of the native
-// ones. Num lock has a bit of its own there and does not count.
-bool capsLockIsOn(const QKeyEvent& event) {
-  constexpr quint32 lockMask = 1U << 1;
-  const QString platform = QGuiApplication::platformName();
-  return (platform == QLatin1String("xcb") || platform.startsWith(QLatin1String("wayland"))) &&
-         (event.nativeModifiers() & lockMask) != 0;
 }
 
 } // namespace
@@ -49,9 +43,12 @@ WorkQueues qtWorkQueues() {
               }};
 }
 
-AppDelegate::AppDelegate(LaunchOptions options)
+AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
     : options_(std::move(options)),
-      session_(options_.drill, qtWorkQueues(), std::make_unique<Player>(), secondsSince1970()),
+      session_(options_.drill, qtWorkQueues(),
+               std::make_unique<Player>(std::move(makeDevice), Engine::defaultCloseDelay,
+                                        Player::Opening::inBackground),
+               secondsSince1970()),
       appearance_(options_.fixedDark), model_(session_), progress_(session_) {
   connect(&appearance_, &Appearance::darkChanged, this, &AppDelegate::followDesktop);
   connect(&appearance_, &Appearance::reducedMotionChanged, this, &AppDelegate::followDesktop);
@@ -70,6 +67,7 @@ bool AppDelegate::applicationDidFinishLaunching() {
     return false;
   }
   installLifecycle();
+  installSoundTimer();
   if (options_.shotPath)
     scheduleShot(QString::fromStdString(*options_.shotPath));
   return true;
@@ -133,7 +131,7 @@ void AppDelegate::limitSize() {
 void AppDelegate::installLifecycle() {
   connect(window_.get(), &QWindow::activeChanged, this, [this] {
     if (window_->isActive())
-      session_.resume();
+      resume();
     else
       suspend();
   });
@@ -144,7 +142,7 @@ void AppDelegate::installLifecycle() {
     if (isMinimized && !wasMinimized)
       suspend();
     else if (wasMinimized && !isMinimized)
-      session_.resume();
+      resume();
   });
 }
 
@@ -153,7 +151,7 @@ void AppDelegate::followExposure() {
     return;
   exposed_ = window_->isExposed();
   if (exposed_)
-    session_.resume();
+    resume();
   else
     suspend();
 }
@@ -163,6 +161,20 @@ void AppDelegate::suspend() {
     return;
   session_.setSuspended(true);
   session_.player().stop();
+  soundTimer_.stop();
+}
+
+void AppDelegate::resume() {
+  session_.resume();
+  soundTimer_.start();
+}
+
+// No event tells that sound can be had again, so it is looked for.
+void AppDelegate::installSoundTimer() {
+  soundTimer_.setInterval(soundInterval);
+  connect(&soundTimer_, &QTimer::timeout, this,
+          [this] { session_.followSound(std::chrono::steady_clock::now()); });
+  soundTimer_.start();
 }
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {

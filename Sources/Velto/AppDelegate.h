@@ -11,6 +11,7 @@
 #include <QKeyEvent>
 #include <QObject>
 #include <QQuickView>
+#include <QTimer>
 
 #include <memory>
 #include <optional>
@@ -25,8 +26,9 @@ class AppDelegate : public QObject {
   Q_OBJECT
 
 public:
-  // Makes the session, which starts the first trial.
-  explicit AppDelegate(LaunchOptions options);
+  // Makes the session, which starts the first trial and plays to the devices of `makeDevice`.
+  explicit AppDelegate(LaunchOptions options,
+                       OutputDeviceFactory makeDevice = makeDefaultOutputDevice);
   ~AppDelegate() override;
 
   // Registers the wordmark's face and opens the window. False, after a line on standard error, when
@@ -50,6 +52,8 @@ private:
   void installLifecycle();
   void followExposure();
   void suspend();
+  void resume();
+  void installSoundTimer();
   void scheduleShot(const QString& path);
   // Both are the ends of the scripted run: false, or a status that is not 0, when it failed.
   [[nodiscard]] bool submitScripted(double answer);
@@ -61,6 +65,7 @@ private:
   PracticeModel model_;
   ProgressModel progress_;
   std::unique_ptr<QQuickView> window_;
+  QTimer soundTimer_; // while not suspended
   bool exposed_ = false;
   std::optional<quint64> returnReleased_; // when Return was last released, ms
   Qt::WindowStates windowStates_;

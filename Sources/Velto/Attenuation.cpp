@@ -48,7 +48,7 @@ float attenuatedExactly(float x, double reductionDB) {
 void attenuateBlock(std::span<const float> x, std::span<const double> reductionDB,
                     std::span<float> out) {
   constexpr double octavesPerDB = 0.16609640474436813; // log2(10) / 20
-  std::array<float, blockFrames> otherEnd;
+  std::array<float, blockFrames> otherEnd; // NOLINT(*-member-init): each is written first
   for (std::size_t i = 0; i < x.size(); ++i) {
     const double product = static_cast<double>(x[i]) * quickExp2(-octavesPerDB * reductionDB[i]);
     out[i] = static_cast<float>(product * (1 - 2 * exp2Error));

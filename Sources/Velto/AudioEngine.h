@@ -2,36 +2,40 @@
 // that feeds it.
 #pragma once
 
+#include "CallbackPace.h"
 #include "Mixer.h"
 #include "OutputDevice.h"
 #include "OutputTap.h"
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 namespace velto {
 
-// Main thread only. Nothing here waits for the audio thread, and the audio thread waits for nobody.
+// Main thread only, but for what says otherwise. The audio thread waits for nobody.
 //
-// `stop` lets the sound fade before the device closes, so a helper thread closes it a little later;
-// a `start` that comes before goes on with the open device.
+// A helper thread opens and closes the device: either takes as long as the sound server lets it,
+// half a minute if that does not answer. Nothing here but `start` waits for that. `stop` lets the
+// sound fade before the device closes; a start that comes before goes on with the open device.
 class Engine {
 public:
   // How long after `stop` the device closes: longer than the fade and the device's latency.
   static constexpr std::chrono::milliseconds defaultCloseDelay{100};
 
+  // How long the end of an engine waits for a device that is to close.
+  static constexpr std::chrono::milliseconds endPatience{1000};
+
   // No device is made before `start`.
   explicit Engine(OutputDeviceFactory makeDevice,
                   std::chrono::milliseconds closeDelay = defaultCloseDelay);
-  // Stops, and returns when the device is closed.
+  // Stops, and returns when the device is closed. A device that does not close is left to the
+  // helper thread, with all that it may still touch.
   ~Engine();
 
   Engine(const Engine&) = delete;
@@ -40,6 +44,23 @@ public:
   // Opens the device, or goes on with the open one unless it has failed. Returns what went wrong,
   // or nothing; after an error the engine is stopped.
   [[nodiscard]] std::optional<std::string> start();
+
+  // The same without waiting: goes on with the open device and returns true, or lets one be opened
+  // and returns false, still stopped. When that has ended the function of `whenOpeningEnds` is
+  // called, and the next start finds a device, or `error` tells why there is none. `stop` calls it
+  // off.
+  [[nodiscard]] bool startAtOnce();
+
+  // Sets what is called, on another thread, at the end of an opening that nobody waits for. It must
+  // not call the engine.
+  void whenOpeningEnds(std::function<void()> call);
+
+  // The output as the next start will find it.
+  enum class Output { closed, opening, open };
+  [[nodiscard]] Output output() const;
+
+  // What went wrong with the last opening, unless another one has been asked for.
+  [[nodiscard]] std::optional<std::string> error() const;
 
   // Between `start` and `stop`, as long as the device has not failed.
   [[nodiscard]] bool isRunning() const;
@@ -59,6 +80,9 @@ public:
   // The volume of a voice, as of the last block; 0 while nothing plays.
   [[nodiscard]] float volume(std::size_t voice) const;
 
+  // How often the devices asked for frames so far, and how often too late. Any thread.
+  [[nodiscard]] CallbackCounts callbackCounts() const;
+
   // What the mixer puts out, whether it runs or not.
   [[nodiscard]] static BusFormat outputFormat();
 
@@ -72,33 +96,16 @@ public:
   void removeTap();
 
 private:
-  using Clock = std::chrono::steady_clock;
+  class Shared;
 
-  void retire();       // holds mutex_
-  void freeReleased(); // holds mutex_
-  void closeDevice();  // holds mutex_
-  void closeDevicesWhenDue();
+  [[nodiscard]] bool takeOpenDevice();
+  void askForDevice();
 
-  const OutputDeviceFactory makeDevice_;
-  const std::chrono::milliseconds closeDelay_;
-  Mixer mixer_;
-
-  // Main thread only.
+  const std::shared_ptr<Shared> shared_; // with the helper thread and the audio thread
   bool isStarted_ = false;
   Scene scene_; // the latest one handed over
   std::unique_ptr<OutputTap> tap_;
-
-  // Main thread and closing thread, under mutex_.
-  mutable std::mutex mutex_;
-  std::condition_variable wake_;
-  std::unique_ptr<OutputDevice> device_;
-  std::unique_ptr<const Playback> playback_; // what scene_ names
-  std::vector<std::pair<std::uint32_t, std::unique_ptr<const Playback>>> retired_; // by generation
-  std::vector<std::pair<std::uint32_t, std::unique_ptr<OutputTap>>> retiredTaps_;  // likewise
-  std::optional<Clock::time_point> closeAt_;
-  bool isEnding_ = false;
-
-  std::thread closer_; // last: it uses all of the above
+  std::thread helper_; // last: it uses shared_
 };
 
 // One of the voices of an engine.

@@ -1,5 +1,7 @@
 #include "Calendar.h"
 
+#include "System.h"
+
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
@@ -36,13 +38,13 @@ std::optional<LocalTime> localTime(std::int64_t moment) {
   if (moment < Limits::min() || moment > Limits::max())
     return std::nullopt;
   const auto time = static_cast<std::time_t>(moment);
-  std::tm fields{};
-  if (localtime_r(&time, &fields) == nullptr)
+  const auto fields = System::localTime(time);
+  if (!fields)
     return std::nullopt;
-  const std::int64_t day = civilDayNumber(std::int64_t{fields.tm_year} + 1900,
-                                          std::int64_t{fields.tm_mon} + 1, fields.tm_mday);
+  const std::int64_t day = civilDayNumber(std::int64_t{fields->tm_year} + 1900,
+                                          std::int64_t{fields->tm_mon} + 1, fields->tm_mday);
   const std::int64_t secondOfDay =
-      fields.tm_hour * std::int64_t{3600} + fields.tm_min * std::int64_t{60} + fields.tm_sec;
+      fields->tm_hour * std::int64_t{3600} + fields->tm_min * std::int64_t{60} + fields->tm_sec;
   return LocalTime{day, day * secondsInDay + secondOfDay - moment};
 }
 
@@ -61,7 +63,7 @@ std::int64_t reach(std::int64_t inside, std::int64_t limit, const LocalTime& loc
 } // namespace
 
 Calendar::Calendar() {
-  tzset();
+  System::readTimeZone();
 }
 
 std::optional<Calendar::Day> Calendar::day(Date date) {

@@ -18,7 +18,7 @@ namespace velto {
 // the environment; one object belongs to one thread.
 class Calendar {
 public:
-  using Day = std::int64_t;
+  using Day = std::int64_t; // since 1970-01-01
 
   Calendar();
 

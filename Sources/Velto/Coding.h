@@ -15,12 +15,14 @@
 
 namespace velto::Coding {
 
+// The JSON text of a value; none if one of its numbers is not finite.
 [[nodiscard]] std::optional<std::string> encode(const Trial& trial);
 [[nodiscard]] std::optional<std::string> encode(const Staircase& staircase);
 [[nodiscard]] std::optional<std::string> encode(const Attempt& attempt);
 [[nodiscard]] std::optional<std::string> encode(const BandRoll& roll);
 [[nodiscard]] std::optional<std::string> encode(const Stored& stored);
 
+// The value that the whole of `text` spells; none if it spells no such value.
 [[nodiscard]] std::optional<Trial> decodeTrial(std::string_view text);
 [[nodiscard]] std::optional<Staircase> decodeStaircase(std::string_view text);
 [[nodiscard]] std::optional<Attempt> decodeAttempt(std::string_view text);

@@ -75,8 +75,6 @@ private:
 // Whether the largest smoothed reduction at `thresholdDB` stays below the target. It only grows
 // from sample to sample, so the first that gets there decides.
 bool staysBelow(double targetGRdB, double thresholdDB, std::span<const float> x, Levels& levels) {
-  if (!(0 < targetGRdB))
-    return false;
   ReductionSmoother smoother;
   const float idle = idleBelow(thresholdDB);
   for (std::size_t i = 0; i < x.size(); ++i) {
@@ -109,7 +107,7 @@ double Drills::compressHitting(double targetGRdB, std::span<const float> x, std:
   const float idle = idleBelow(thresholdDB);
   ReductionSmoother smoother;
   double largest = 0;
-  std::array<double, 512> envelope;
+  std::array<double, 512> envelope{};
   for (std::size_t begin = 0; begin < x.size(); begin += envelope.size()) {
     const std::size_t count = std::min(envelope.size(), x.size() - begin);
     for (std::size_t i = 0; i < count; ++i) {

@@ -12,12 +12,10 @@ namespace {
 struct Prewarp {
   double cs, sn, alpha;
 
-  Prewarp(double f0, double q, double sampleRate) {
-    const double w0 = twoPi * f0 / sampleRate;
-    cs = std::cos(w0);
-    sn = std::sin(w0);
-    alpha = sn / (2 * q);
-  }
+  Prewarp(double f0, double q, double sampleRate) : Prewarp(twoPi * f0 / sampleRate, q) {}
+
+private:
+  Prewarp(double w0, double q) : cs(std::cos(w0)), sn(std::sin(w0)), alpha(sn / (2 * q)) {}
 };
 
 Biquad normalized(double b0, double b1, double b2, double a0, double a1, double a2) {

@@ -1,7 +1,8 @@
 // Second-order filter sections and level measurements.
 //
-// Samples are 32-bit floats; every sum, coefficient and state is a 64-bit float. Nothing here locks
-// or logs; all functions are pure and may run on any thread.
+// Samples are 32-bit floats, full scale is 1; every sum, coefficient and state is a 64-bit float.
+// Nothing here locks or logs, and only normalizeRMS allocates: what is called on one section or one
+// buffer by one thread is real-time safe. NaN goes in and out unnoticed.
 #pragma once
 
 #include <cstddef>
@@ -31,15 +32,21 @@ struct Biquad {
   double x1 = 0, x2 = 0;         // the previous two inputs
   double y1 = 0, y2 = 0;         // the previous two outputs, before rounding to 32 bits
 
-  // `f0` and `sampleRate` in Hz, 0 < f0 < sampleRate / 2; `q` > 0.
+  // The designs. `f0` and `sampleRate` in Hz, 0 < f0 < sampleRate / 2; `q` > 0. Other values are
+  // not checked and give a section of no use.
+
+  // Unity gain at 0 Hz, `q` (as a factor) at `f0`, 12 dB less an octave far above it.
   [[nodiscard]] static Biquad lowpass(double f0, double q, double sampleRate);
+  // Unity gain at half the sample rate, `q` (as a factor) at `f0`, 12 dB less an octave far below.
   [[nodiscard]] static Biquad highpass(double f0, double q, double sampleRate);
-  // Unity gain at `f0`.
+  // Unity gain at `f0`, and -3 dB at two frequencies f0 / q apart (less, near half the sample
+  // rate).
   [[nodiscard]] static Biquad bandpass(double f0, double q, double sampleRate);
-  // A gain of `gainDB` dB at `f0`, unity far from it.
+  // A gain of `gainDB` dB at `f0`, unity far from it, and half of `gainDB` at two frequencies about
+  // f0 / q apart. A gain of 0 dB changes nothing.
   [[nodiscard]] static Biquad peaking(double f0, double gainDB, double q, double sampleRate);
 
-  // One sample through the section. Real-time safe.
+  // One sample through the section.
   [[nodiscard]] float process(float sample) {
     const double x = static_cast<double>(sample);
     const double y = b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2;
@@ -50,7 +57,8 @@ struct Biquad {
     return static_cast<float>(y);
   }
 
-  // The magnitude of the section's response at `frequency` Hz, in dB; -360 dB at a perfect zero.
+  // The magnitude of the designed response at `frequency` Hz, in dB, whatever the state; -360 dB at
+  // a perfect zero. 0 <= frequency <= sampleRate / 2.
   [[nodiscard]] double responseDB(double frequency, double sampleRate) const;
 };
 
@@ -77,7 +85,7 @@ private:
 // Level of the largest absolute sample; -240 for silence and for an empty buffer.
 [[nodiscard]] double peakDB(std::span<const float> x);
 
-// The gain that takes an RMS level of `levelDB` to `targetDB`; 1 where a level is not finite.
+// The factor that takes an RMS level of `levelDB` to `targetDB`; 1 where `levelDB` is not finite.
 [[nodiscard]] float gainFrom(double levelDB, double targetDB);
 
 // Multiplies every sample by `gain`.
@@ -86,9 +94,9 @@ void scale(std::span<float> x, float gain);
 // `x` scaled to an RMS level of `targetDB`. Silence stays silent, an empty buffer empty.
 [[nodiscard]] Samples normalizeRMS(Samples x, double targetDB);
 
-// Amplitude at `freq` Hz by one Hann-windowed DFT bin. A sine of amplitude a at `freq` measures
-// about a / 2: the window's coherent gain stays in the figure, so compare ratios. `x` holds two
-// samples or more; an empty buffer gives 0.
+// Amplitude at `freq` Hz by one Hann-windowed DFT bin, 4 / x.size() of the sample rate wide between
+// its zeros. A sine of amplitude a at `freq` measures about a / 2: the window's coherent gain stays
+// in the figure, so compare ratios. `x` holds two samples or more; an empty buffer gives 0.
 [[nodiscard]] double magnitudeAt(std::span<const float> x, double freq, double sampleRate);
 
 } // namespace Measure

@@ -12,10 +12,12 @@ namespace velto {
 
 namespace {
 
-constexpr std::array<std::string_view, Drill::allCases.size()> drillNames{"frequency", "level",
-                                                                          "dynamics", "polarity"};
-constexpr std::array<std::string_view, Material::allCases.size()> materialNames{
-    "Pink noise", "Drum loop", "Synth pad"};
+constexpr auto drillNames =
+    std::to_array<std::string_view>({"frequency", "level", "dynamics", "polarity"});
+static_assert(drillNames.size() == Drill::allCases.size());
+constexpr auto materialNames =
+    std::to_array<std::string_view>({"Pink noise", "Drum loop", "Synth pad"});
+static_assert(materialNames.size() == Material::allCases.size());
 
 template <typename Enumeration, std::size_t N>
 std::optional<Enumeration> caseNamed(std::string_view name,

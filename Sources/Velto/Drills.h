@@ -1,6 +1,7 @@
 // What an exercise is: drills, trials, grading, the adaptive staircase, and the audio of a trial.
 //
-// Plain values and pure functions; everything may run on any thread.
+// Plain values and pure functions; everything may run on any thread. Nothing here is for the audio
+// thread but reading samples: values hold texts, rendering takes milliseconds and allocates.
 #pragma once
 
 #include "Compressor.h"
@@ -31,10 +32,12 @@ public:
     polarity   // which of three slots has its right channel flipped
   };
 
-  constexpr Drill(Case value) : value_(value) {} // NOLINT: a case is a drill
-  constexpr operator Case() const { return value_; }
+  constexpr Drill(Case value) : value_(value) {}     // NOLINT: a case is a drill
+  constexpr operator Case() const { return value_; } // NOLINT: and so that it can be switched over
 
+  // None for a text that is no drill's.
   [[nodiscard]] static std::optional<Drill> fromRawValue(std::string_view rawValue);
+  // "frequency", "level", "dynamics" or "polarity".
   [[nodiscard]] std::string_view rawValue() const;
   [[nodiscard]] std::string_view id() const { return rawValue(); }
 
@@ -53,12 +56,15 @@ class Material {
 public:
   enum Case : std::uint8_t { pinkNoise, drums, pad };
 
-  constexpr Material(Case value) : value_(value) {} // NOLINT: a case is a material
-  constexpr operator Case() const { return value_; }
+  constexpr Material(Case value) : value_(value) {}  // NOLINT: a case is a material
+  constexpr operator Case() const { return value_; } // NOLINT: and so that it can be switched over
 
+  // None for a text that is no material's.
   [[nodiscard]] static std::optional<Material> fromRawValue(std::string_view rawValue);
+  // "Pink noise", "Drum loop" or "Synth pad".
   [[nodiscard]] std::string_view rawValue() const;
 
+  // All materials, in the order in which they are shown.
   static const std::array<Material, 3> allCases;
 
 private:
@@ -76,10 +82,12 @@ inline constexpr std::array<double, 27> centres{
     40,   50,   63,   80,   100,  125,  160,  200,  250,  315,  400,   500,   630,  800,
     1000, 1250, 1600, 2000, 2500, 3150, 4000, 5000, 6300, 8000, 10000, 12500, 16000};
 
-// `frequency` in Hz as a short text without a unit: "315", "1.25k".
+// `frequency` in Hz as a short text without a unit: "315", "1.25k". From 1000 Hz on four
+// significant digits, below whole numbers.
 [[nodiscard]] std::string label(double frequency);
 
-// The index of the centre nearest to `frequency` on a logarithmic scale; the lower one of a tie.
+// The index of the centre nearest to `frequency` (Hz) on a logarithmic scale; the lower one of a
+// tie. 0 for what is not a positive finite number.
 [[nodiscard]] std::size_t nearestIndex(double frequency);
 
 } // namespace Bands
@@ -163,17 +171,25 @@ struct Grade {
   bool operator==(const Grade&) const = default;
 };
 
-// The trial of a seed: the same arguments always give the same trial. A `difficulty` outside 0 to
-// 100 is kept in the trial but acts as the nearest end.
+// The trial of a seed: the same arguments always give the same trial, bit for bit. A `difficulty`
+// outside 0 to 100 is kept in the trial but acts as the nearest end. From difficulty 0 to 100:
+// - frequency: boosts of 12 down to 3 dB with a Q of 2 up to 5, on any band;
+// - level: 45 to 100 % of 6 down to 0.4 dB, in steps of 0.05 dB;
+// - dynamics: 40 to 100 % of 12 down to 2 dB, in steps of 0.1 dB;
+// - polarity: any of three slots, at a correlation of 1 down to 0.35.
 [[nodiscard]] Trial makeTrial(double difficulty, Material material, std::uint64_t seed,
                               Drill drill);
 
 // Grades `answer`: Hz (frequency), dB (level, dynamics), or a slot index (polarity; truncated
-// toward zero, and one that is not finite stops the process).
+// toward zero, and one that is not finite stops the process). A hit is within a third of an octave,
+// 0.75 dB or 2 dB, bounds included, or the flipped slot.
 [[nodiscard]] Grade grade(double answer, const Trial& trial);
 
-// The slots of `trial`, in slot order: three for polarity, two for the others. `seconds` is finite
-// and not negative; 0 gives empty buffers.
+// The slots of `trial`, in slot order: three for polarity, two for the others, each of
+// Signals::frameCount(seconds) frames at 48000 Hz. The first slot is the material at an RMS level
+// of -20 dB; so are boosted and compressed ones, a louder one is `targetLevelDB` above. Samples may
+// lie beyond full scale. `seconds` is finite and not negative, else the process stops; 0 gives
+// empty buffers.
 [[nodiscard]] std::vector<Slot> render(const Trial& trial, double seconds);
 
 } // namespace Drills

@@ -6,7 +6,7 @@
 
 namespace velto {
 
-// One value for each frame of a voice.
+// One value for each frame of a voice at 48000 Hz.
 struct DrumVoices {
   std::vector<double> kick;
   std::vector<double> snareTone, snareEnvelope;

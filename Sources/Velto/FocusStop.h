@@ -57,7 +57,7 @@ private:
 
 // The focus stop of a scale, as assistive technology wants a slider to be: it reads `value`, and
 // writing it asks for another answer. Main thread only.
-class ScaleHandle : public FocusStop {
+class ScaleHandle : public velto::FocusStop {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(double answer READ value WRITE setAnswer NOTIFY valueChanged FINAL)

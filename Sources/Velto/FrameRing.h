@@ -12,12 +12,13 @@ namespace velto {
 // touched, at construction. A block that does not fit is dropped whole and counted.
 class FrameRing {
 public:
+  // Holds up to `capacityFrames` frames, one or more.
   explicit FrameRing(std::size_t capacityFrames);
 
   FrameRing(const FrameRing&) = delete;
   FrameRing& operator=(const FrameRing&) = delete;
 
-  // Writer only. Real-time safe.
+  // Copies `frames` stereo frames in. Writer only. Real-time safe.
   void write(const float* interleaved, std::size_t frames) noexcept;
 
   // Reader only: the oldest `frames` frames, or nothing and false while there are fewer. Real-time

@@ -8,6 +8,8 @@
 
 namespace velto::JSON {
 
+// One text. The caller keeps the order: a key before each value in an object, as many ends as
+// begins; none of that is checked. One object belongs to one thread.
 class Writer {
 public:
   void reserve(std::size_t bytes) { text_.reserve(bytes); }

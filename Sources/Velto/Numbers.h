@@ -13,8 +13,8 @@ namespace velto {
 
 namespace Numbers {
 
-// `value` with exactly `decimals` digits after the point, as printf("%.*f") writes it in the C
-// locale. Any thread.
+// `value` with exactly `decimals` digits (0 or more) after the point, as printf("%.*f") writes it
+// in the C locale. Any thread.
 [[nodiscard]] std::string fixed(double value, int decimals);
 
 // `value` with at most `digits` significant digits, as printf("%.*g") writes it in the C locale.

@@ -11,9 +11,6 @@ namespace velto {
 
 namespace {
 
-// 40 ms. A quarter of it drops out when both cores are busy.
-constexpr std::uint32_t latency = 1920;
-
 std::string withCode(std::string text, int code) {
   return std::move(text) + " (cubeb error " + std::to_string(code) + ")";
 }
@@ -44,10 +41,10 @@ public:
     context_ = nullptr;
   }
 
-  bool failed() const override { return failed_.load(std::memory_order_relaxed); }
+  [[nodiscard]] bool failed() const override { return failed_.load(std::memory_order_relaxed); }
 
   // Never asked from the library: after an error its answer would be an abort.
-  std::size_t latencyFrames() const override { return latency; }
+  [[nodiscard]] std::size_t latencyFrames() const override { return outputLatencyFrames; }
 
 private:
   std::optional<std::string> open() {
@@ -59,8 +56,9 @@ private:
     format.channels = 2;
     format.layout = CUBEB_LAYOUT_STEREO;
     format.prefs = CUBEB_STREAM_PREF_NONE;
-    if (const int code = cubeb_stream_init(context_, &stream_, "Velto", nullptr, nullptr, nullptr,
-                                           &format, latency, render, stateChanged, this);
+    if (const int code =
+            cubeb_stream_init(context_, &stream_, "Velto", nullptr, nullptr, nullptr, &format,
+                              outputLatencyFrames, render, stateChanged, this);
         code != CUBEB_OK)
       return withCode("the sound output cannot be opened", code);
     if (const int code = cubeb_stream_start(stream_); code != CUBEB_OK)
@@ -70,10 +68,8 @@ private:
 
   // Audio thread.
   static long render(cubeb_stream*, void* device, const void*, void* output, long frames) {
-    const std::span samples(static_cast<float*>(output), 2 * static_cast<std::size_t>(frames));
-    static_cast<CubebDevice*>(device)->renderer_->render(samples.data(), samples.size() / 2);
-    for (float& sample : samples)
-      sample *= outputHeadroom;
+    fillOutput(*static_cast<CubebDevice*>(device)->renderer_, static_cast<float*>(output),
+               static_cast<std::size_t>(frames));
     return frames;
   }
 
@@ -90,6 +86,12 @@ private:
 };
 
 } // namespace
+
+void fillOutput(Renderer& renderer, float* interleaved, std::size_t frames) noexcept {
+  renderer.render(interleaved, frames);
+  for (float& sample : std::span(interleaved, 2 * frames))
+    sample *= outputHeadroom;
+}
 
 std::unique_ptr<OutputDevice> makeDefaultOutputDevice() {
   return std::make_unique<CubebDevice>();

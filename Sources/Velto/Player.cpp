@@ -23,22 +23,34 @@ void checkPlayable(const Slot& slot) {
 
 } // namespace
 
-Player::Player(OutputDeviceFactory makeDevice, std::chrono::milliseconds closeDelay)
-    : engine_(std::move(makeDevice), closeDelay), nodes_{PlayerNode(engine_, 0),
-                                                         PlayerNode(engine_, 1),
-                                                         PlayerNode(engine_, 2)} {}
+Player::Player(OutputDeviceFactory makeDevice, std::chrono::milliseconds closeDelay,
+               Opening opening)
+    : engine_(std::move(makeDevice), closeDelay),
+      opening_(opening), nodes_{PlayerNode(engine_, 0), PlayerNode(engine_, 1),
+                                PlayerNode(engine_, 2)} {}
 
 void Player::load(std::span<const Slot> slots, std::int64_t startAt) {
   const auto playable = slots.first(std::min(slots.size(), nodeCount));
   std::for_each(playable.begin(), playable.end(), checkPlayable);
   stop();
-  if (const auto error = engine_.start()) {
-    std::cerr << "Velto: engine start failed - " + *error + "\n";
+  if (!startEngine())
     return;
-  }
   engine_.play({playable.begin(), playable.end()}, startAt, startDelaySeconds);
   current_ = startAt;
   isPlaying_ = true;
+}
+
+bool Player::startEngine() {
+  if (opening_ == Opening::inBackground)
+    return engine_.startAtOnce();
+  const auto error = engine_.start();
+  if (error)
+    reportFailure(*error);
+  return !error;
+}
+
+void Player::reportFailure(const std::string& reason) {
+  std::cerr << "Velto: engine start failed - " + reason + "\n";
 }
 
 void Player::switchTo(std::int64_t slot) {

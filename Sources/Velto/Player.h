@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 
 namespace velto {
 
@@ -20,13 +21,21 @@ public:
   static constexpr std::size_t nodeCount = Playback::maxSlots;
   static constexpr double startDelaySeconds = 0.12; // from `load` to the first sound
 
-  // As the engine's.
+  // How `load` treats an output that is not open yet.
+  enum class Opening {
+    awaited,      // waits for it, and says so if that fails
+    inBackground, // lets it be opened and leaves the player idle: the caller loads again when the
+                  // engine says that it is open, and speaks if it is not
+  };
+
+  // The first two as the engine's.
   explicit Player(OutputDeviceFactory makeDevice = makeDefaultOutputDevice,
-                  std::chrono::milliseconds closeDelay = Engine::defaultCloseDelay);
+                  std::chrono::milliseconds closeDelay = Engine::defaultCloseDelay,
+                  Opening opening = Opening::awaited);
 
   // Stops, then plays `slots` (the first three of them) in loops that all start at one moment, with
   // slot `startAt` audible; with none audible if there is no such slot. If the engine does not
-  // start it says so in one line on standard error, and the player stays idle. A slot without
+  // start the player stays idle; where it waits for that it reports the failure. A slot without
   // buffers, or with a left and a right one of different lengths, is a programming error: the
   // process stops.
   void load(std::span<const Slot> slots, std::int64_t startAt);
@@ -37,6 +46,9 @@ public:
 
   // Silences and stops everything. `current` keeps its value.
   void stop();
+
+  // Says in one line on standard error why there is no sound.
+  static void reportFailure(const std::string& reason);
 
   // Proves that what a player plays comes out of its engine's mixer at the expected level: plays a
   // fixed trial aloud for 1.2 s, reports on standard output, and returns whether it passed.
@@ -50,7 +62,10 @@ public:
   [[nodiscard]] const std::array<PlayerNode, nodeCount>& nodes() const { return nodes_; }
 
 private:
+  [[nodiscard]] bool startEngine();
+
   Engine engine_;
+  const Opening opening_;
   std::array<PlayerNode, nodeCount> nodes_;
   std::int64_t current_ = 0;
   bool isPlaying_ = false;

@@ -1,9 +1,7 @@
 #include "ProfileLocation.h"
 
 #include "Numbers.h"
-
-#include <pwd.h>
-#include <unistd.h>
+#include "System.h"
 
 #include <cstdlib>
 #include <vector>
@@ -17,13 +15,6 @@ using Path = std::filesystem::path;
 std::optional<std::string> variableOfProcess(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? std::nullopt : std::optional<std::string>(value);
-}
-
-std::optional<std::string> homeOfAccount() {
-  const passwd* account = getpwuid(getuid());
-  if (account == nullptr || account->pw_dir == nullptr)
-    return std::nullopt;
-  return account->pw_dir;
 }
 
 std::optional<Path> absolutePath(const std::optional<std::string>& text) {
@@ -46,16 +37,23 @@ std::optional<Path> dataDirectory(const Environment& environment) {
 } // namespace
 
 Environment Environment::ofProcess() {
-  return {variableOfProcess, homeOfAccount};
+  return {variableOfProcess, System::accountHome};
+}
+
+std::optional<ProfileLocation> ProfileLocation::find(const Environment& environment) {
+  if (const auto directory = environment.variable("VELTO_PROFILE_DIR"))
+    return ProfileLocation{*directory, std::nullopt};
+  const auto data = dataDirectory(environment);
+  if (!data)
+    return std::nullopt;
+  return ProfileLocation{*data / "MORLA Velto", *data / "Velto" / "profile.json"};
 }
 
 ProfileLocation ProfileLocation::resolve(const Environment& environment) {
-  if (const auto directory = environment.variable("VELTO_PROFILE_DIR"))
-    return {*directory, std::nullopt};
-  const auto data = dataDirectory(environment);
-  if (!data)
+  auto location = find(environment);
+  if (!location)
     fatalError("no directory for the user's data: neither XDG_DATA_HOME nor a home is known");
-  return {*data / "MORLA Velto", *data / "Velto" / "profile.json"};
+  return *std::move(location);
 }
 
 } // namespace velto

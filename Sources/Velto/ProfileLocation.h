@@ -17,13 +17,16 @@ struct Environment {
   [[nodiscard]] static Environment ofProcess();
 };
 
+// The folder of a profile file. Nothing here looks at the disk.
 struct ProfileLocation {
   std::filesystem::path directory;
   std::optional<std::filesystem::path> earlierFile; // where an older version kept its file
 
   // VELTO_PROFILE_DIR if it is set (empty: the current folder), else "MORLA Velto" in the user's
   // data directory: XDG_DATA_HOME, or .local/share in HOME or in the account's home. Relative
-  // values of those three are as good as none. Without any of them the process stops.
+  // values of those three are as good as none. None without any of them.
+  [[nodiscard]] static std::optional<ProfileLocation> find(const Environment& environment);
+  // The same; without a place the process stops.
   [[nodiscard]] static ProfileLocation resolve(const Environment& environment);
 
   [[nodiscard]] std::filesystem::path file() const { return directory / "profile.json"; }

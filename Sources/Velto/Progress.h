@@ -32,6 +32,7 @@ struct Bar {
   bool operator==(const Bar&) const = default;
 };
 
+// Points up to 34; a band without answers has the lowest bar.
 [[nodiscard]] Bar bar(const BandStat& band);
 
 // The bands whose labels stand under the map.
@@ -41,6 +42,7 @@ inline constexpr std::array<std::size_t, 5> labelledBands{0, 8, 14, 20, 26};
 // bands that have answers.
 [[nodiscard]] std::string mapDescription(std::span<const BandStat> bands);
 
+// From the left and top edge.
 struct CurvePoint {
   double x = 0;
   double y = 0;

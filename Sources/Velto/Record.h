@@ -37,8 +37,8 @@ struct Attempt {
 // the share of hits over roll-up and rows are those over all answers ever given.
 struct BandRoll {
   std::int64_t attempts = 0;
-  std::int64_t hits = 0;
-  double errorSum = 0; // octaves
+  std::int64_t hits = 0; // of those
+  double errorSum = 0;   // octaves
 
   // Adds one answer in this band. The counters saturate.
   void add(const Attempt& attempt);

@@ -9,11 +9,6 @@
 
 namespace velto::Report {
 
-// Once, before anything is opened or printed. A reader that goes away then makes a write fail
-// instead of ending the process, and where a standard stream is closed no file that is opened later
-// takes its place.
-void prepareStreams();
-
 // Writes `text` and a line feed to standard output in one piece and unbuffered, so that it stays in
 // order with what others print. The first failure is told on standard error; later lines are tried
 // all the same.

@@ -59,7 +59,7 @@ Q_SIGNALS:
   void axisChanged();
 };
 
-class FrequencyScaleModel : public ScaleModel {
+class FrequencyScaleModel : public velto::ScaleModel {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(double lo MEMBER lo_ NOTIFY axisChanged FINAL) // Hz
@@ -87,7 +87,7 @@ private:
   double hi_ = 16000;
 };
 
-class DecibelScaleModel : public ScaleModel {
+class DecibelScaleModel : public velto::ScaleModel {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(double lower MEMBER lower_ NOTIFY axisChanged FINAL) // dB

@@ -2,6 +2,7 @@
 
 #include "Numbers.h"
 
+#include <chrono>
 #include <utility>
 
 namespace velto {
@@ -50,6 +51,7 @@ Session::Session(Drill drill, WorkQueues queues, std::unique_ptr<Player> player,
                  double secondsSince1970)
     : player_(std::move(player)), counter_(wholeSeconds(secondsSince1970)),
       queues_(std::move(queues)), self_(std::make_shared<Session*>(this)) {
+  followOpenings();
   setDrill(drill);
   newTrial();
 }
@@ -138,6 +140,44 @@ void Session::resume() {
   suspended_ = false;
   if (!slots_.empty())
     player_->load(slots_, currentSlot_);
+}
+
+void Session::followOpenings() {
+  player_->engine().whenOpeningEnds([main = queues_.main, self = std::weak_ptr(self_)] {
+    main([self] {
+      if (const auto session = self.lock())
+        (*session)->followSound(std::chrono::steady_clock::now());
+    });
+  });
+}
+
+void Session::followSound(SoundRecovery::Time now) {
+  if (suspended_ || slots_.empty())
+    return recovery_.rest();
+  const SoundRecovery::Step step = recovery_.next(sound(), now);
+  if (step.report)
+    Player::reportFailure(player_->engine().error().value_or("the sound server does not answer"));
+  if (!step.load)
+    return;
+  player_->load(slots_, currentSlot_);
+  if (player_->isPlaying())
+    (void)recovery_.next(sound(), now);
+}
+
+SoundRecovery::Sound Session::sound() const {
+  using enum SoundRecovery::Sound;
+  const Engine& engine = player_->engine();
+  if (player_->isPlaying() && engine.isRunning())
+    return plays;
+  switch (engine.output()) {
+  case Engine::Output::open:
+    return ready;
+  case Engine::Output::opening:
+    return opening;
+  case Engine::Output::closed:
+    break;
+  }
+  return engine.error() ? refused : lost;
 }
 
 } // namespace velto

@@ -9,6 +9,7 @@
 #include "Player.h"
 #include "Profile.h"
 #include "Publisher.h"
+#include "SoundRecovery.h"
 
 #include <cstdint>
 #include <functional>
@@ -25,6 +26,7 @@ struct WorkQueues {
   std::function<void(Work)> main;       // runs work on the main thread, in the order of the calls
 };
 
+// Trouble with playback is the player's to report; trouble with the file is never reported.
 class Session {
 public:
   // The length of a rendered trial.
@@ -78,11 +80,18 @@ public:
   void submit();
   // Ends a suspension and plays the slots again from the current one.
   void resume();
+  // Looks after the sound: loads the slots again, from the current one, when the output has been
+  // opened or should be tried again, and reports an outage once. Nothing while suspended. For a
+  // player that opens its output in the background; called at least every second, and by the
+  // session itself when an opening has ended.
+  void followSound(SoundRecovery::Time now);
 
 private:
   template <typename Field, typename Value>
   void assign(Field& field, Value&& value);
   void takeRender(std::uint64_t seed, std::vector<Slot> slots);
+  void followOpenings();
+  [[nodiscard]] SoundRecovery::Sound sound() const;
 
   Drill drill_ = Drill::frequency;
   Material material_ = Material::pinkNoise;
@@ -97,6 +106,7 @@ private:
   std::uint64_t counter_;
   std::vector<Slot> slots_;
   bool suspended_ = false;
+  SoundRecovery recovery_;
 
   WorkQueues queues_;
   std::shared_ptr<Session*> self_; // lets late work find out that the session is gone

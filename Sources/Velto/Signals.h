@@ -1,7 +1,9 @@
 // The seeded generator and the source materials that trials are played on.
 //
 // Everything is computed from a duration and a 64-bit seed, bit for bit the same on every call, and
-// leaves with an RMS level of -20 dB. All functions are pure and may run on any thread.
+// leaves with an RMS level of -20 dB; its peaks may lie above full scale. All functions are pure
+// and may run on any thread. None is meant for the audio thread: those that return samples
+// allocate, and the first drums make tables (DrumVoices).
 #pragma once
 
 #include "DSP.h"
@@ -50,32 +52,40 @@ private:
 namespace Signals {
 
 // The number of frames that `seconds` take at 48000 Hz, truncated. A negative or non-finite
-// duration is a programming error: the process stops.
+// duration is a programming error: the process stops. This holds for every duration below; 0 gives
+// an empty buffer.
 [[nodiscard]] std::size_t frameCount(double seconds);
 
-// Pink noise: Paul Kellet's refined filter over the generator's noise.
+// Pink noise, 3 dB less an octave from about 10 Hz up: Paul Kellet's refined filter, as he
+// published it on the music-dsp list, over the generator's noise. It keeps some of that noise's
+// mean.
 [[nodiscard]] Samples pink(double seconds, std::uint64_t seed);
 
-// A bar of eighth notes at 100 beats per minute (kick, snare, hi-hat) that repeats.
+// A bar of eighth notes at 100 beats per minute (kick, snare, hi-hat) that repeats: 2.4 s a bar. It
+// may end anywhere in the bar.
 [[nodiscard]] Samples drums(double seconds, std::uint64_t seed);
 
 // A sustained A major chord of twelve sawtooth oscillators through a low-pass filter, faded over
 // 10 ms at both ends.
 [[nodiscard]] Samples pad(double seconds, std::uint64_t seed);
 
-// A stereo pair (left, right) made from `mono`: left is `mono` itself, right is mixed with
-// low-passed noise down to about the given `correlation` (1 = identical) at the level of `mono`.
+// A stereo pair (left, right) made from `mono`: left is `mono` itself, right is `correlation` parts
+// of it mixed with 1 - `correlation` parts of noise below 6 kHz, at the level of `mono`. 0 to 1: at
+// 1 both are the same but for rounding. Drums and pad then measure a correlation of
+// c / sqrt(c^2 + (1 - c)^2), pink noise more, because its mean is that of the noise.
 [[nodiscard]] std::pair<Samples, Samples> stereoise(std::span<const float> mono, double correlation,
                                                     std::uint64_t seed);
 
 // The same materials before their level is set, in a buffer that the caller provides: each fills
-// all of `out` and returns the gain that takes it to -20 dB.
+// all of `out` and returns the factor that takes it to -20 dB.
 [[nodiscard]] float fillPink(std::span<float> out, std::uint64_t seed);
+// As fillPink().
 [[nodiscard]] float fillDrums(std::span<float> out, std::uint64_t seed);
+// As fillPink().
 [[nodiscard]] float fillPad(std::span<float> out, std::uint64_t seed);
 
-// The right channel of stereoise() before its level is set: fills `out`, as long as `mono`, and
-// returns the gain that takes it to the level of `mono`, which is `levelDB`.
+// The right channel of stereoise() before its level is set: fills `out`, as long as `mono` and
+// apart from it, and returns the factor that takes it to the level of `mono`, which is `levelDB`.
 [[nodiscard]] float fillDecorrelated(std::span<float> out, std::span<const float> mono,
                                      double levelDB, double correlation, std::uint64_t seed);
 

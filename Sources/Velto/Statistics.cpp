@@ -83,7 +83,7 @@ std::optional<BandStat> weakestOf(std::span<const BandStat> bands) {
 
 // The newest answers of one drill, newest first: as many as a curve has points.
 struct Newest {
-  std::array<const Attempt*, Statistics::curveLength> rows;
+  std::array<const Attempt*, Statistics::curveLength> rows{};
   std::size_t count = 0;
 };
 using NewestByDrill = std::array<Newest, Drill::allCases.size()>;

@@ -24,6 +24,7 @@ struct BandStat {
   bool operator==(const BandStat&) const = default;
 };
 
+// All that is shown of the record. A drill without answers is in none of the maps.
 struct Stats {
   std::vector<BandStat> bands;     // one for each band, in order; none before the first compute
   std::optional<BandStat> weakest; // largest mean error among bands with enough answers
@@ -38,13 +39,13 @@ struct Stats {
 
 namespace Statistics {
 
-inline constexpr std::int64_t answersToNameABand = 3;
-inline constexpr std::size_t accuracyWindow = 30; // newest answers of a drill
-inline constexpr std::size_t curveLength = 60;    // newest answers of a drill
+inline constexpr std::int64_t answersToNameABand = 3; // that a band needs to be the weakest
+inline constexpr std::size_t accuracyWindow = 30;     // newest answers of a drill
+inline constexpr std::size_t curveLength = 60;        // newest answers of a drill
 
-// The statistics at the moment `now`, in one pass over `attempts`. Days are those of the time zone
-// in force (the variable TZ, else the system's), which is read anew; not to be called while another
-// thread changes the environment.
+// The statistics at the moment `now`, in one pass over `attempts`, which are oldest first. A date
+// that lies on no day counts for none. Days are those of the time zone in force (the variable TZ,
+// else the system's), which is read anew. Any thread, while no other changes the environment.
 [[nodiscard]] Stats compute(std::span<const Attempt> attempts,
                             const std::map<std::int64_t, BandRoll>& lifetime, Date now);
 

@@ -72,7 +72,7 @@ class Theme : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("Theme is attached to items")
-  QML_ATTACHED(Theme)
+  QML_ATTACHED(velto::Theme)
   Q_PROPERTY(velto::Palette palette READ palette WRITE setPalette NOTIFY paletteChanged FINAL)
 
 public:

@@ -5,13 +5,16 @@
 #include "BrandCheck.h"
 #include "DemoData.h"
 #include "Graphics.h"
+#include "Help.h"
 #include "LaunchOptions.h"
 #include "PlaybackBench.h"
 #include "Player.h"
 #include "Probe.h"
 #include "Report.h"
+#include "System.h"
 
 #include <QGuiApplication>
+#include <QIcon>
 #include <QtQml/QQmlExtensionPlugin>
 
 #include <cstdio>
@@ -33,12 +36,22 @@ void reportMessages(QtMsgType type, const QMessageLogContext&, const QString& te
     std::fprintf(stderr, "Velto: %s\n", text.toUtf8().constData());
 }
 
+// Qt tells the icon under X; under Wayland the desktop finds it by the desktop file's name.
+QIcon windowIcon() {
+  QIcon icon;
+  for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
+    icon.addFile(QStringLiteral(":/icons/%1x%1/apps/" VELTO_ID ".png").arg(size));
+  return icon;
+}
+
 int runWindow(int argc, char** argv, const LaunchOptions& options) {
   qInstallMessageHandler(reportMessages);
   Graphics::prepare();
   QGuiApplication application(argc, argv);
   QGuiApplication::setApplicationName(QStringLiteral("velto"));
   QGuiApplication::setApplicationDisplayName(QStringLiteral("MORLA Velto"));
+  QGuiApplication::setDesktopFileName(QStringLiteral(VELTO_ID));
+  QGuiApplication::setWindowIcon(windowIcon());
 
   AppDelegate delegate(options);
   if (!delegate.applicationDidFinishLaunching())
@@ -61,11 +74,20 @@ int statusOf(bool passed) {
 
 } // namespace
 
-// The first switch of this list that is given decides, wherever it stands. Modes without a window
-// need no display, and all but the brand check make no application.
+// The first switch of this list that is given decides, wherever it stands: who asks for help gets
+// it and nothing else happens. Modes without a window need no display, and all but the brand check
+// make no application.
 int main(int argc, char** argv) {
-  Report::prepareStreams();
+  System::prepareStreams();
   const Arguments arguments(std::vector<std::string>(argv, argv + argc));
+  if (arguments.has("--help")) {
+    Report::line(Help::text(Environment::ofProcess()));
+    return statusOf(true);
+  }
+  if (arguments.has("--version")) {
+    Report::line(Help::version());
+    return statusOf(true);
+  }
   if (arguments.has("--probe"))
     return statusOf(Probe::run());
   if (const auto load = arguments.valueOf("--bench-audio"))

@@ -43,10 +43,10 @@ void goOn(Staircase staircase) {
     require(trial.targetGRdB >= 0 && trial.targetGRdB <= 12, "a reduction out of range");
   }
   for (const bool correct : {true, false, true, true}) {
+    const bool isSecond = staircase.consecutiveCorrect >= 1;
     staircase.record(correct);
-    const bool moved = staircase.consecutiveCorrect == 0;
     require(correct || staircase.difficulty >= 0, "a move down left the scale");
-    require(!correct || !moved || staircase.difficulty <= 100, "a move up left the scale");
+    require(!correct || !isSecond || staircase.difficulty <= 100, "a move up left the scale");
   }
 }
 

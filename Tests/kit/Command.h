@@ -20,7 +20,7 @@ struct CommandResult {
   std::FILE* pipe = ::popen(command.c_str(), "r");
   if (pipe == nullptr)
     return result;
-  std::array<char, 4096> block;
+  std::array<char, 4096> block{};
   while (const std::size_t count = std::fread(block.data(), 1, block.size(), pipe))
     result.output.append(block.data(), count);
   const int status = ::pclose(pipe);

@@ -66,6 +66,23 @@ public:
     failed_ = true;
   }
 
+  // Lets openings and closings wait until `letGo`, as a server that does not answer does.
+  void hold() {
+    const std::lock_guard lock(mutex_);
+    isHeld_ = true;
+  }
+  void letGo() {
+    const std::lock_guard lock(mutex_);
+    isHeld_ = false;
+    released_.notify_all();
+  }
+
+  // How many openings and closings wait.
+  [[nodiscard]] int held() const {
+    const std::lock_guard lock(mutex_);
+    return held_;
+  }
+
   [[nodiscard]] bool isOpen() const {
     const std::lock_guard lock(mutex_);
     return renderer_ != nullptr;
@@ -93,7 +110,8 @@ private:
     explicit Device(FakeOutput& output) : output_(output) {}
 
     std::optional<std::string> start(Renderer& renderer) override {
-      const std::lock_guard lock(output_.mutex_);
+      std::unique_lock lock(output_.mutex_);
+      output_.waitForRelease(lock);
       if (output_.refusal_)
         return output_.refusal_;
       output_.renderer_ = &renderer;
@@ -103,31 +121,41 @@ private:
     }
 
     void stop() override {
-      const std::lock_guard lock(output_.mutex_);
+      std::unique_lock lock(output_.mutex_);
+      output_.waitForRelease(lock);
       output_.renderer_ = nullptr;
       output_.closed_.notify_all();
     }
 
-    bool failed() const override {
+    [[nodiscard]] bool failed() const override {
       const std::lock_guard lock(output_.mutex_);
       return output_.failed_;
     }
 
-    std::size_t latencyFrames() const override { return output_.latencyFrames_; }
+    [[nodiscard]] std::size_t latencyFrames() const override { return output_.latencyFrames_; }
 
   private:
     FakeOutput& output_;
   };
+
+  void waitForRelease(std::unique_lock<std::mutex>& lock) {
+    ++held_;
+    released_.wait(lock, [this] { return !isHeld_; });
+    --held_;
+  }
 
   static constexpr float untouched = 12345.0F;
 
   const std::size_t latencyFrames_;
   mutable std::mutex mutex_;
   std::condition_variable closed_;
+  std::condition_variable released_;
   Renderer* renderer_ = nullptr;
   std::optional<std::string> refusal_;
   bool failed_ = false;
   bool overran_ = false;
+  bool isHeld_ = false;
+  int held_ = 0;
   int opened_ = 0;
 };
 
@@ -135,6 +163,8 @@ private:
 // anybody: what orders its accesses is the code under test alone.
 class RacingDevice final : public OutputDevice {
 public:
+  // With a pause between its blocks it leaves the processor to others.
+  explicit RacingDevice(std::chrono::microseconds pause = {}) : pause_(pause) {}
   ~RacingDevice() override { stop(); }
 
   std::optional<std::string> start(Renderer& renderer) override {
@@ -145,6 +175,8 @@ public:
         for (const float sample : block)
           if (!(sample >= -limit && sample <= limit))
             wild_.store(true, std::memory_order_relaxed);
+        if (pause_.count() > 0)
+          std::this_thread::sleep_for(pause_);
       }
     });
     return std::nullopt;
@@ -156,8 +188,10 @@ public:
       thread_.join();
   }
 
-  bool failed() const override { return false; }
-  std::size_t latencyFrames() const override { return std::numeric_limits<std::size_t>::max(); }
+  [[nodiscard]] bool failed() const override { return false; }
+  [[nodiscard]] std::size_t latencyFrames() const override {
+    return std::numeric_limits<std::size_t>::max();
+  }
 
   // Whether any device ever rendered something beyond full scale, or no number.
   [[nodiscard]] static bool wasWild() { return wild_.load(); }
@@ -166,6 +200,7 @@ private:
   static constexpr float limit = 2.0F;
   static inline std::atomic<bool> wild_{false};
 
+  const std::chrono::microseconds pause_;
   std::thread thread_;
   std::atomic<bool> stopping_{false};
 };

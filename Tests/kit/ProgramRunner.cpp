@@ -79,6 +79,7 @@ ProgramRunner::ProgramRunner(const std::string& program, std::vector<std::string
   pidFd_ = static_cast<int>(syscall(SYS_pidfd_open, pid_, 0));
 }
 
+// NOLINTNEXTLINE(bugprone-exception-escape): as declared
 ProgramRunner::~ProgramRunner() {
   if (!status_) {
     kill(pid_, SIGTERM);

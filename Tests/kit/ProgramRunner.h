@@ -35,6 +35,7 @@ public:
 
   explicit ProgramRunner(const std::string& program, std::vector<std::string> arguments = {},
                          const Environment& changes = {});
+  // NOLINTNEXTLINE(bugprone-exception-escape): a program that cannot be waited for ends the test
   ~ProgramRunner();
   ProgramRunner(const ProgramRunner&) = delete;
   ProgramRunner& operator=(const ProgramRunner&) = delete;

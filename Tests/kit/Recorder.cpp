@@ -1,16 +1,7 @@
 #include "Recorder.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <csignal>
-#include <cstring>
-#include <fcntl.h>
-#include <spawn.h>
 #include <stdexcept>
-#include <sys/wait.h>
-#include <system_error>
-#include <unistd.h>
 
 namespace velto::kit {
 
@@ -19,44 +10,9 @@ namespace {
 // What no healthy server ever needs.
 constexpr std::chrono::seconds patience{20};
 
-void check(int error, const char* what) {
-  if (error != 0)
-    throw std::runtime_error(std::string(what) + ": " + std::generic_category().message(error));
-}
-
-pid_t spawn(std::vector<std::string> words, int output) {
-  std::vector<char*> arguments;
-  for (std::string& word : words)
-    arguments.push_back(word.data());
-  arguments.push_back(nullptr);
-  posix_spawn_file_actions_t actions;
-  check(posix_spawn_file_actions_init(&actions), "posix_spawn_file_actions_init");
-  posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-  pid_t child = -1;
-  const int error =
-      posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  check(error, arguments[0]);
-  return child;
-}
-
 } // namespace
 
-Recorder::Recorder(const std::string& source) {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0)
-    check(errno, "pipe");
-  pipe_ = ends[0];
-  try {
-    child_ = spawn({"parec", "-d", source, "--raw", "--format=float32le", "--rate=48000",
-                    "--channels=2", "--latency-msec=20"},
-                   ends[1]);
-  } catch (...) {
-    close(ends[0]);
-    close(ends[1]);
-    throw;
-  }
-  close(ends[1]);
+Recorder::Recorder(const std::string& source) : stream_(source) {
   reader_ = std::thread([this] { read(); });
   try {
     waitForMore(1);
@@ -100,36 +56,23 @@ Recorder::Clock::time_point Recorder::arrival(std::size_t frame) const {
 }
 
 Recording Recorder::stop() {
-  kill(child_, SIGTERM);
+  stream_.end();
   reader_.join();
-  while (waitpid(child_, nullptr, 0) < 0 && errno == EINTR) {
-  }
-  close(pipe_);
   return Recording::fromInterleaved(samples_);
 }
 
 void Recorder::read() {
-  std::vector<char> bytes;
-  std::array<char, 65536> block{};
-  while (true) {
-    const ssize_t count = ::read(pipe_, block.data(), block.size());
-    if (count < 0 && errno == EINTR)
-      continue;
+  std::vector<float> block;
+  while (stream_.read(block)) {
     const std::lock_guard lock(mutex_);
-    if (count <= 0) {
-      ended_ = true;
-      more_.notify_all();
-      return;
-    }
-    bytes.insert(bytes.end(), block.begin(), block.begin() + count);
-    const std::size_t whole = bytes.size() / sizeof(float);
-    const std::size_t before = samples_.size();
-    samples_.resize(before + whole);
-    std::memcpy(samples_.data() + before, bytes.data(), whole * sizeof(float));
-    bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(whole * sizeof(float)));
+    samples_.insert(samples_.end(), block.begin(), block.end());
+    block.clear();
     reads_.emplace_back(samples_.size() / 2, Clock::now());
     more_.notify_all();
   }
+  const std::lock_guard lock(mutex_);
+  ended_ = true;
+  more_.notify_all();
 }
 
 } // namespace velto::kit

@@ -2,22 +2,21 @@
 #pragma once
 
 #include "Recording.h"
+#include "SinkStream.h"
 
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <mutex>
 #include <string>
-#include <sys/types.h>
 #include <thread>
 #include <utility>
 #include <vector>
 
 namespace velto::kit {
 
-// Records the monitor of a sink, through `parec` in a process of its own, from construction to
-// `stop`. The recorded frames are the test's clock: waiting for them waits for the sink's real
-// time.
+// Records the monitor of a sink from construction to `stop`. The recorded frames are the test's
+// clock: waiting for them waits for the sink's real time.
 //
 // All functions are called by one thread. What goes wrong is thrown as a std::runtime_error.
 class Recorder {
@@ -49,8 +48,7 @@ public:
 private:
   void read();
 
-  pid_t child_ = -1;
-  int pipe_ = -1;
+  SinkStream stream_;
   mutable std::mutex mutex_;
   std::condition_variable more_;
   std::vector<float> samples_;                                   // under mutex_; interleaved

@@ -2,7 +2,9 @@
 // renders that arrive when the test says so.
 #pragma once
 
+#include "Answers.h"
 #include "FakeOutput.h"
+#include "ManualQueues.h"
 #include "ScratchProfile.h"
 
 #include "Drills.h"
@@ -18,42 +20,11 @@
 #include <QtTest/QTest>
 
 #include <cmath>
-#include <deque>
 #include <memory>
 #include <stdexcept>
 #include <string>
 
 namespace velto::kit {
-
-// The answer that is exactly right, in the unit of the session's answer.
-[[nodiscard]] inline double truthOf(const Trial& trial) {
-  switch (trial.drill) {
-  case Drill::frequency:
-    return trial.targetFreq;
-  case Drill::level:
-    return trial.targetLevelDB;
-  case Drill::dynamics:
-    return trial.targetGRdB;
-  case Drill::polarity:
-    break;
-  }
-  return static_cast<double>(trial.oddSlot);
-}
-
-// An answer that a listener can give and that is a miss.
-[[nodiscard]] inline double missOf(const Trial& trial) {
-  switch (trial.drill) {
-  case Drill::frequency:
-    return trial.targetFreq < 800 ? 4000 : 250;
-  case Drill::level:
-    return trial.targetLevelDB < 3.5 ? trial.targetLevelDB + 2 : trial.targetLevelDB - 2;
-  case Drill::dynamics:
-    return trial.targetGRdB < 7 ? 12.5 : 2.5;
-  case Drill::polarity:
-    break;
-  }
-  return static_cast<double>((trial.oddSlot + 1) % 3);
-}
 
 // Main thread only; needs a QGuiApplication. One at a time, for its scratch profile.
 class Stage {
@@ -61,10 +32,7 @@ public:
   static constexpr double launchTime = 1'700'000'000;
 
   explicit Stage(Drill drill = Drill::frequency, bool dark = true, QSize size = {1180, 386})
-      : session(drill,
-                {.background = [this](auto work) { background_.push_back(std::move(work)); },
-                 .main = [this](auto work) { main_.push_back(std::move(work)); }},
-                std::make_unique<Player>(output_.factory()), launchTime),
+      : session(drill, work_.queues(), std::make_unique<Player>(output_.factory()), launchTime),
         model(session), progress(session) {
     view.engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
     view.setResizeMode(QQuickView::SizeRootObjectToView);
@@ -83,10 +51,7 @@ public:
   }
 
   // Lets every render arrive.
-  void settle() {
-    while (runOne(background_) || runOne(main_)) {
-    }
-  }
+  void settle() { work_.settle(); }
 
   // Renders, answers and submits.
   void grade(bool hit) {
@@ -143,18 +108,9 @@ public:
   }
 
 private:
-  static bool runOne(std::deque<WorkQueues::Work>& queue) {
-    if (queue.empty())
-      return false;
-    const auto work = std::move(queue.front());
-    queue.pop_front();
-    work();
-    return true;
-  }
-
   ScratchProfile scratch_;
   FakeOutput output_;
-  std::deque<WorkQueues::Work> background_, main_;
+  ManualQueues work_;
 
 public:
   Session session;

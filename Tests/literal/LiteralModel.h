@@ -17,7 +17,7 @@ using Samples = std::vector<float>;
 // Filters and measurement
 
 struct Biquad {
-  double b0, b1, b2, a1, a2;
+  double b0 = 0, b1 = 0, b2 = 0, a1 = 0, a2 = 0;
   double x1 = 0, x2 = 0, y1 = 0, y2 = 0;
 
   float process(float x);

@@ -1,0 +1,46 @@
+#include "CallbackPace.h"
+
+#include "DSP.h"
+
+#include <algorithm>
+
+namespace velto {
+
+namespace {
+
+// Whoever calls is the only one who writes.
+void increment(std::atomic<std::uint64_t>& count) {
+  count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+}
+
+} // namespace
+
+void CallbackPace::begin(std::size_t bufferFrames) {
+  bufferFrames_ = bufferFrames;
+  callbacks_ = 0;
+}
+
+void CallbackPace::note(Time begin, Time end, std::size_t frames) noexcept {
+  bufferFrames_ = std::max<std::uint64_t>(bufferFrames_, frames);
+  increment(all_);
+  if (++callbacks_ > 2) {
+    const double played = sampleRateHz * std::chrono::duration<double>(end - lastBegin_).count();
+    const auto buffer = static_cast<double>(bufferFrames_);
+    if (played > 0.75 * buffer)
+      increment(late_);
+    if (played > buffer)
+      increment(missed_);
+  }
+  lastBegin_ = begin;
+}
+
+CallbackCounts CallbackPace::counts() const {
+  // In this order a reader never sees more missed than late ones, or more late ones than all.
+  CallbackCounts counts;
+  counts.missed = missed_.load(std::memory_order_relaxed);
+  counts.late = late_.load(std::memory_order_relaxed);
+  counts.all = all_.load(std::memory_order_relaxed);
+  return counts;
+}
+
+} // namespace velto

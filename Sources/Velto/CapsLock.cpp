@@ -1,0 +1,16 @@
+#include "CapsLock.h"
+
+#include <QGuiApplication>
+
+namespace velto {
+
+// Under X and under Wayland it is the lock bit of the native modifiers. Num lock has a bit of its
+// own there and does not count.
+bool capsLockIsOn(const QKeyEvent& event) {
+  constexpr quint32 lockMask = 1U << 1;
+  const QString platform = QGuiApplication::platformName();
+  return (platform == QLatin1String("xcb") || platform.startsWith(QLatin1String("wayland"))) &&
+         (event.nativeModifiers() & lockMask) != 0;
+}
+
+} // namespace velto

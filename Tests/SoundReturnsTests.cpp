@@ -1,0 +1,271 @@
+// The real program while sound comes and goes: run on a private desk with a display, where each
+// test starts and ends sound servers of its own.
+#include "kit/Alignment.h"
+#include "kit/Desktop.h"
+#include "kit/Eventually.h"
+#include "kit/ProfileReader.h"
+#include "kit/ProgramRunner.h"
+#include "kit/Recorder.h"
+#include "kit/SoundServer.h"
+
+#include "Drills.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <fstream>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <unistd.h>
+
+namespace velto::kit {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* refused = "the sound output cannot be opened (cubeb error -1)";
+constexpr const char* silent = "the sound server does not answer";
+
+std::string line(const std::string& reason) {
+  return "Velto: engine start failed - " + reason + "\n";
+}
+
+std::int64_t secondsNow() {
+  return std::chrono::duration_cast<std::chrono::seconds>(
+             std::chrono::system_clock::now().time_since_epoch())
+      .count();
+}
+
+// The program with its window in front, in the level drill.
+class Practice {
+public:
+  Practice()
+      : startedAfter_(secondsNow()), program(VELTO_PROGRAM, {"--drill", "level"}),
+        window(desktop.waitForWindow("MORLA Velto", program.pid())), startedBefore_(secondsNow()) {
+    desktop.waitForActive(window);
+  }
+
+  // Whether slot `slot` of trial `number`, from 0, comes to be heard, bit for bit.
+  [[nodiscard]] bool hears(Recorder& recorder, std::size_t slot, std::size_t number = 0) const {
+    for (int round = 0; round < 200; ++round) {
+      recorder.waitForMore(4800);
+      const Recording sound = asRendered(recorder.recording());
+      if (sound.frames() < 2400)
+        continue;
+      for (std::int64_t second = startedAfter_; second <= startedBefore_; ++second) {
+        const auto seed = static_cast<std::uint64_t>(second) + (2 + number) * 40503;
+        const auto slots =
+            Drills::render(Drills::makeTrial(20, Material::pinkNoise, seed, Drill::level), 3.2);
+        if (loopPhase(sound, sound.frames() - 2400, 2400, slots[slot]))
+          return true;
+      }
+    }
+    return false;
+  }
+
+  // Whether it comes to have said exactly this on standard error.
+  [[nodiscard]] bool says(const std::string& text) const {
+    return eventually([&] { return program.errors() == text; });
+  }
+
+  // Whether its window still takes an answer.
+  [[nodiscard]] bool reacts(std::size_t attempts) {
+    desktop.press(Keys::returnKey);
+    return waitForAttempts(program.profileFile(), attempts).attempts.size() == attempts;
+  }
+
+  // Whether it ends when its window is closed.
+  [[nodiscard]] bool ends() {
+    desktop.close(window);
+    return program.waitForExit() == 0;
+  }
+
+  // How long its threads have run so far, in all.
+  [[nodiscard]] double processorSeconds() const {
+    std::ifstream file("/proc/" + std::to_string(program.pid()) + "/stat");
+    std::stringstream text;
+    text << file.rdbuf();
+    std::istringstream fields(text.str().substr(text.str().rfind(')') + 2));
+    std::string skipped;
+    for (int i = 0; i < 11; ++i)
+      fields >> skipped;
+    double user = 0, system = 0;
+    fields >> user >> system;
+    return (user + system) / static_cast<double>(::sysconf(_SC_CLK_TCK));
+  }
+
+private:
+  std::int64_t startedAfter_;
+
+public:
+  Desktop desktop;
+  ProgramRunner program;
+  WindowId window;
+
+private:
+  std::int64_t startedBefore_;
+};
+
+std::string streams() {
+  return pactl("list short sink-inputs");
+}
+
+// Whether no stream is there for longer than a try would take to come.
+bool staysSilent() {
+  const auto end = std::chrono::steady_clock::now() + 2200ms;
+  while (std::chrono::steady_clock::now() < end) {
+    if (!streams().empty())
+      return false;
+    std::this_thread::sleep_for(100ms);
+  }
+  return true;
+}
+
+TEST(SoundReturns, whenAServerStartsAfterTheProgram) {
+  Practice practice;
+  ASSERT_TRUE(practice.says(line(refused)));
+  practice.desktop.press(Keys::two);
+  const double before = practice.processorSeconds();
+  std::this_thread::sleep_for(5s);
+  const double used = practice.processorSeconds() - before;
+  std::cout << "  processor use in an outage: " << used / 5 * 100 << " % of a core\n";
+  EXPECT_LT(used, 0.25) << "of 5 s";
+  EXPECT_TRUE(practice.reacts(1));
+  const SoundServer server;
+  Recorder recorder;
+  EXPECT_TRUE(practice.hears(recorder, 1));
+  EXPECT_EQ(practice.program.errors(), line(refused));
+  EXPECT_TRUE(practice.ends());
+}
+
+TEST(SoundReturns, whenTheServerDiesAndComesBackTimeAndAgain) {
+  std::optional<SoundServer> server(std::in_place);
+  Practice practice;
+  std::string said;
+  for (int round = 0; round < 2; ++round) {
+    server->kill();
+    said += line(refused);
+    ASSERT_TRUE(practice.says(said));
+    practice.desktop.press(round == 0 ? Keys::two : Keys::one);
+    server.emplace();
+    Recorder recorder;
+    EXPECT_TRUE(practice.hears(recorder, round == 0 ? 1 : 0));
+  }
+  // The next trial does not wait for the next try.
+  server->kill();
+  said += line(refused);
+  ASSERT_TRUE(practice.says(said));
+  std::this_thread::sleep_for(1100ms);
+  server.emplace();
+  practice.desktop.press(Keys::n);
+  Recorder recorder;
+  EXPECT_TRUE(practice.hears(recorder, 0, 1));
+  EXPECT_EQ(practice.program.errors(), said);
+}
+
+TEST(SoundReturns, onlyWithTheWindowWhenThatIsAway) {
+  std::optional<SoundServer> server(std::in_place);
+  Practice practice;
+  ASSERT_TRUE(eventually([] { return !streams().empty(); }));
+  practice.desktop.press(Keys::two);
+  server->kill();
+  ASSERT_TRUE(practice.says(line(refused)));
+  practice.desktop.minimise(practice.window);
+  practice.desktop.waitUntil([&] { return !practice.desktop.isViewable(practice.window); },
+                             "the window is away");
+  server.emplace();
+  EXPECT_TRUE(staysSilent());
+  practice.desktop.activate(practice.window);
+  Recorder recorder;
+  EXPECT_TRUE(practice.hears(recorder, 1));
+  EXPECT_EQ(practice.program.errors(), line(refused));
+}
+
+TEST(SoundReturns, whenTheLastSinkGoesAndAnotherComes) {
+  const SoundServer server;
+  Practice practice;
+  ASSERT_TRUE(eventually([] { return !streams().empty(); }));
+  practice.desktop.press(Keys::two);
+  pactl("unload-module module-null-sink");
+  ASSERT_TRUE(practice.says(line(refused)));
+  EXPECT_TRUE(practice.reacts(1));
+  pactl("load-module module-null-sink sink_name=new norewinds=1 format=float32le");
+  Recorder recorder("new.monitor");
+  EXPECT_TRUE(practice.hears(recorder, 1));
+  EXPECT_EQ(practice.program.errors(), line(refused));
+}
+
+TEST(SoundReturns, onTheSinkThatBecomesTheDefaultOneOrIsLeft) {
+  const SoundServer server;
+  Practice practice;
+  ASSERT_TRUE(eventually([] { return !streams().empty(); }));
+  practice.desktop.press(Keys::two);
+  pactl("load-module module-null-sink sink_name=new norewinds=1 format=float32le");
+  {
+    Recorder recorder("new.monitor");
+    pactl("set-default-sink new");
+    EXPECT_TRUE(practice.hears(recorder, 1));
+  }
+  practice.desktop.press(Keys::one);
+  Recorder recorder("velto_sink.monitor");
+  pactl("unload-module $(pactl list short modules | grep sink_name=new | cut -f1)");
+  EXPECT_TRUE(practice.hears(recorder, 0));
+  EXPECT_EQ(practice.program.errors(), "");
+}
+
+// The server resamples and mixes down: what is heard is the level, without a gap.
+TEST(SoundReturns, onSinksOfAnotherRateAndOfOneChannel) {
+  const SoundServer server;
+  std::optional<Practice> practice;
+  for (const std::string format : {"rate=44100", "channels=1", "rate=44100 channels=1"}) {
+    const std::string name = "odd" + std::to_string(format.size());
+    pactl("load-module module-null-sink norewinds=1 sink_name=" + name + " " + format);
+    pactl("set-default-sink " + name);
+    if (!practice) // opens the first one, and is moved to the others
+      practice.emplace();
+    ASSERT_TRUE(eventually([] { return !streams().empty(); }));
+    Recorder recorder(name + ".monitor");
+    recorder.waitForMore(28800);
+    const Recording sound = recorder.stop();
+    const std::size_t begin = sound.frames() - 14400;
+    const double level = Measure::rmsDB(std::span(sound.l).subspan(begin));
+    EXPECT_NEAR(level, -26, 2) << format; // pink noise at -20 dB, and the headroom
+    EXPECT_EQ(firstSilence(sound, begin, 48), sound.frames()) << format;
+  }
+  EXPECT_EQ(practice->program.errors(), "");
+  EXPECT_TRUE(practice->ends());
+}
+
+TEST(SoundReturns, whenAServerThatDidNotAnswerDoes) {
+  SoundServer server;
+  server.freeze();
+  Practice practice;
+  practice.desktop.press(Keys::two);
+  EXPECT_TRUE(practice.reacts(1));
+  ASSERT_TRUE(practice.says(line(silent)));
+  server.thaw();
+  Recorder recorder;
+  EXPECT_TRUE(practice.hears(recorder, 1));
+  EXPECT_EQ(practice.program.errors(), line(silent));
+}
+
+TEST(SoundReturns, neverHoldsUpTheWindowOfAProgramWhoseServerFreezes) {
+  SoundServer server;
+  Practice practice;
+  ASSERT_TRUE(eventually([] { return !streams().empty(); }));
+  server.freeze();
+  EXPECT_TRUE(practice.reacts(1));
+  practice.desktop.press(Keys::n);
+  practice.desktop.minimise(practice.window); // closes the output, in vain
+  practice.desktop.activate(practice.window);
+  practice.desktop.waitForActive(practice.window);
+  EXPECT_TRUE(practice.reacts(2));
+  EXPECT_TRUE(practice.ends());
+}
+
+} // namespace
+} // namespace velto::kit

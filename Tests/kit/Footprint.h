@@ -1,0 +1,47 @@
+// What a process holds of the machine.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <unistd.h>
+
+namespace velto::kit {
+
+struct Footprint {
+  double residentMegabytes = 0; // 10^6 bytes
+  std::size_t handles = 0;      // open files
+  std::size_t threads = 0;
+
+  // Of the process `pid`. All of it is 0 if there is none.
+  [[nodiscard]] static Footprint of(pid_t pid) {
+    const std::filesystem::path folder = "/proc/" + std::to_string(pid);
+    Footprint footprint;
+    std::ifstream file(folder / "statm");
+    double size = 0, resident = 0;
+    file >> size >> resident;
+    file.close();
+    footprint.residentMegabytes = resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
+    footprint.handles = entries(folder / "fd");
+    footprint.threads = entries(folder / "task");
+    // Reading the folder took a handle itself.
+    if (pid == getpid())
+      --footprint.handles;
+    return footprint;
+  }
+
+  [[nodiscard]] static Footprint ofThisProcess() { return of(getpid()); }
+
+private:
+  [[nodiscard]] static std::size_t entries(const std::filesystem::path& folder) {
+    std::error_code gone;
+    std::size_t count = 0;
+    for (std::filesystem::directory_iterator entry(folder, gone), end; !gone && entry != end;
+         entry.increment(gone))
+      ++count;
+    return count;
+  }
+};
+
+} // namespace velto::kit

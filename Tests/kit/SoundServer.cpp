@@ -1,0 +1,71 @@
+#include "SoundServer.h"
+
+#include "Eventually.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <spawn.h>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace velto::kit {
+
+SoundServer::SoundServer() {
+  const char* desk = std::getenv("VELTO_DESK");
+  if (desk == nullptr)
+    throw std::runtime_error("run on a private desk");
+  const std::string folder = std::string(desk) + "/pulse";
+  const std::string script = folder + "/default.pa";
+  const std::string log = std::string(desk) + "/logs/pulseaudio";
+  ::setenv("PULSE_CONFIG", (folder + "/daemon.conf").c_str(), 1);
+  std::array<const char*, 6> words{"pulseaudio", "--daemonize=no", "--log-target=stderr",
+                                   "-nF",        script.c_str(),   nullptr};
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, log.c_str(),
+                                   O_WRONLY | O_CREAT | O_APPEND, 0600);
+  const int error = posix_spawnp(&pid_, words[0], &actions, nullptr,
+                                 const_cast<char* const*>(words.data()), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  ::unsetenv("PULSE_CONFIG");
+  if (error != 0)
+    throw std::runtime_error("pulseaudio cannot be started");
+  if (!eventually([] { return pactl("list short sinks").find("velto_sink") != std::string::npos; }))
+    throw std::runtime_error("pulseaudio does not answer");
+}
+
+void SoundServer::kill() {
+  if (pid_ < 0)
+    return;
+  ::kill(pid_, SIGKILL);
+  while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
+  }
+  pid_ = -1;
+}
+
+void SoundServer::freeze() {
+  ::kill(pid_, SIGSTOP);
+}
+
+void SoundServer::thaw() {
+  ::kill(pid_, SIGCONT);
+}
+
+std::string pactl(const std::string& arguments) {
+  std::string text;
+  std::FILE* pipe = ::popen(("pactl " + arguments + " 2>/dev/null").c_str(), "r");
+  if (pipe == nullptr)
+    throw std::runtime_error("pactl cannot be run");
+  std::array<char, 4096> block{};
+  while (const std::size_t count = std::fread(block.data(), 1, block.size(), pipe))
+    text.append(block.data(), count);
+  ::pclose(pipe);
+  return text;
+}
+
+} // namespace velto::kit

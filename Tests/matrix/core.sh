@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Read by the comparisons, which set `root`: what velto_core is built from.
+# shellcheck disable=SC2154
+
+# The flags that exactness rests on, as the project states them.
+mapfile -t flags < <(grep -oE -- '-ffp-contract=off|-fno-tree-slp-vectorize' "$root/CMakeLists.txt")
+if ((${#flags[@]} != 2)); then
+  echo "CMakeLists.txt does not state the two flags."
+  exit 1
+fi
+
+mapfile -t core < <(sed -n '/^add_library(velto_core/,/)$/p' "$root/Sources/Velto/CMakeLists.txt" \
+  | grep -oE '[A-Za-z]+\.cpp' | sed "s#^#$root/Sources/Velto/#")
+if ((${#core[@]} == 0)); then
+  echo "Sources/Velto/CMakeLists.txt does not list velto_core."
+  exit 1
+fi
