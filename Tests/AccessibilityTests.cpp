@@ -165,6 +165,7 @@ TEST(ScreenReaderAlone, PractisesATrialOfEachDrill) {
   EXPECT_GE(reader.eventCount("object:property-change:accessible-value"), 5U);
   EXPECT_GE(reader.eventCount("object:property-change:accessible-description"), 5U);
   EXPECT_GE(reader.eventCount("object:state-changed:checked"), 8U);
+  EXPECT_GE(reader.eventCount("object:state-changed:sensitive"), 2U);
   EXPECT_EQ(practice.program.errors().find("qrc:"), std::string::npos);
 }
 

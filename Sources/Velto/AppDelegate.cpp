@@ -98,7 +98,6 @@ void AppDelegate::openWindow() {
     const QRect available = screen->availableGeometry();
     window_->setPosition(available.center() - QRect(QPoint(), window_->size()).center());
   }
-  pixelRatio_ = window_->screen() == nullptr ? 1 : window_->screen()->devicePixelRatio();
   window_->installEventFilter(this);
   window_->show();
   window_->raise();
@@ -127,16 +126,6 @@ void AppDelegate::limitSize() {
   window_->setMinimumSize({smallest("minimumWidth", initialSize.width()),
                            smallest("minimumHeight", initialSize.height())});
   window_->resize(window_->size().expandedTo(window_->minimumSize()));
-}
-
-void AppDelegate::followScale() {
-  QScreen* screen = window_->screen();
-  if (screen == nullptr || screen->devicePixelRatio() == pixelRatio_)
-    return;
-  pixelRatio_ = screen->devicePixelRatio();
-  // Under Wayland Qt 6.4 does not tell the items that their screen's scale has changed: texts and
-  // painted items would be drawn as before and enlarged. This signal does.
-  Q_EMIT screen->physicalDotsPerInchChanged(screen->physicalDotsPerInch());
 }
 
 void AppDelegate::installLifecycle() {
@@ -200,10 +189,8 @@ bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::KeyPress)
     return handleKey(static_cast<const QKeyEvent&>(*event));
   const bool handled = QObject::eventFilter(watched, event);
-  if (event->type() == QEvent::Expose) {
+  if (event->type() == QEvent::Expose)
     followExposure();
-    followScale();
-  }
   return handled;
 }
 

@@ -49,7 +49,6 @@ private:
   [[nodiscard]] bool isRepeatedReturn(const QKeyEvent& event) const;
   void openWindow();
   void followDesktop();
-  void followScale();
   void installLifecycle();
   void followExposure();
   void suspend();
@@ -68,7 +67,6 @@ private:
   std::unique_ptr<QQuickView> window_;
   QTimer soundTimer_; // while not suspended
   bool exposed_ = false;
-  double pixelRatio_ = 1;                 // of the screen
   std::optional<quint64> returnReleased_; // when Return was last released, ms
   Qt::WindowStates windowStates_;
 };

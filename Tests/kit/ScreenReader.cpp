@@ -14,12 +14,11 @@ namespace velto::kit {
 namespace {
 
 // What screen readers ask for.
-constexpr std::array eventTypes{"object:state-changed:showing",
-                                "object:state-changed:focused",
-                                "object:state-changed:checked",
-                                "object:property-change:accessible-name",
-                                "object:property-change:accessible-description",
-                                "object:property-change:accessible-value"};
+constexpr std::array eventTypes{
+    "object:state-changed:showing",           "object:state-changed:focused",
+    "object:state-changed:checked",           "object:state-changed:sensitive",
+    "object:property-change:accessible-name", "object:property-change:accessible-description",
+    "object:property-change:accessible-value"};
 
 struct Unref {
   void operator()(void* object) const { g_object_unref(object); }
