@@ -75,7 +75,11 @@ deskPackages=(
 )
 
 testPackages=(
+  at-spi2-core
   clang
+  dbus-daemon
+  grim
+  libatspi2.0-dev
   libclang-rt-14-dev
   libgtest-dev
   librapidcheck-dev
@@ -86,7 +90,10 @@ testPackages=(
   python3-fonttools
   qml6-module-qtquick-window
   qml6-module-qttest
+  qt6-wayland
+  sway
   valgrind
+  wtype
 )
 
 docsPackages=(
@@ -342,10 +349,12 @@ runTests() {
 # The options of the caller come last and win.
 sanitizerOptions() {
   local files=$root/Tests/sanitizers
-  export ASAN_OPTIONS="strict_string_checks=1:detect_stack_use_after_return=1:${ASAN_OPTIONS-}"
+  local strict=strict_string_checks=1:detect_stack_use_after_return=1
+  export ASAN_OPTIONS="suppressions=$files/addresses.supp:$strict:${ASAN_OPTIONS-}"
   export LSAN_OPTIONS="suppressions=$files/leaks.supp:print_suppressions=0:${LSAN_OPTIONS-}"
   export UBSAN_OPTIONS="print_stacktrace=1:${UBSAN_OPTIONS-}"
-  export TSAN_OPTIONS="suppressions=$files/threads.supp:halt_on_error=1:second_deadlock_stack=1:${TSAN_OPTIONS-}"
+  strict=halt_on_error=1:second_deadlock_stack=1
+  export TSAN_OPTIONS="suppressions=$files/threads.supp:$strict:${TSAN_OPTIONS-}"
 }
 
 # Lists the lines that no test ran, then holds the core against its share: build folder.

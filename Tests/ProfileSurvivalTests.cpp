@@ -111,13 +111,25 @@ int killsAtEachSize() {
   return kills == nullptr ? 20 : std::atoi(kills);
 }
 
-class KilledAt : public ProfileSurvival, public ::testing::WithParamInterface<int> {};
+class KilledAt : public ProfileSurvival, public ::testing::WithParamInterface<int> {
+protected:
+  // How long it takes here and now to record an answer, in microseconds.
+  int answerTime() {
+    using std::chrono::steady_clock;
+    Profile profile(location());
+    const auto begin = steady_clock::now();
+    recordNumbered(profile, answersIn(profile));
+    const auto time = steady_clock::now() - begin;
+    return static_cast<int>(std::chrono::duration_cast<std::chrono::microseconds>(time).count());
+  }
+};
 
 // Each kill leaves its file to the next program; after some it starts anew from this size.
 TEST_P(KilledAt, ARandomMomentLosesAtMostTheAnswerBeingSaved) {
   constexpr int killsInARow = 5;
   std::minstd_rand random(std::random_device{}());
-  std::uniform_int_distribution<int> microseconds(0, 6000);
+  restart(GetParam());
+  std::uniform_int_distribution<int> microseconds(0, 2 * answerTime());
   std::int64_t cutShort = 0;
   for (int kill = 0; kill < killsAtEachSize(); ++kill) {
     if (kill % killsInARow == 0)

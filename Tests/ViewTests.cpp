@@ -261,3 +261,17 @@ TEST(Background, IsNotWhatAStripOrAButtonIsDraggedBy) {
       }
     }
 }
+
+TEST(Motion, FadesTheAnswerAreaUnlessItIsReduced) {
+  for (const bool reduced : {false, true}) {
+    Hands hands;
+    hands.settle();
+    (void)hands.picture(); // at rest
+    hands.root()->setProperty("reducedMotion", reduced);
+    const auto* veil = hands.root()->findChild<QQuickItem*>(QStringLiteral("veil"));
+    EXPECT_EQ(veil->opacity(), 0);
+    hands.session.newTrial();
+    EXPECT_EQ(veil->opacity(), reduced ? 0.6 : 0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return std::abs(veil->opacity() - 0.6) < 1e-9; }));
+  }
+}

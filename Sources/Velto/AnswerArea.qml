@@ -6,6 +6,7 @@ Item {
     id: area
 
     required property PracticeModel session
+    property bool reducedMotion: false
 
     implicitHeight: 88
 
@@ -67,6 +68,8 @@ Item {
         opacity: area.session.rendering ? 1 - 0.4 : 0
 
         Behavior on opacity  {
+            enabled: !area.reducedMotion
+
             NumberAnimation {
                 duration: 150
                 easing.type: Easing.OutCubic

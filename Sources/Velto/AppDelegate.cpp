@@ -49,7 +49,10 @@ AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
                std::make_unique<Player>(std::move(makeDevice), Engine::defaultCloseDelay,
                                         Player::Opening::inBackground),
                secondsSince1970()),
-      appearance_(options_.fixedDark), model_(session_), progress_(session_) {}
+      appearance_(options_.fixedDark), model_(session_), progress_(session_) {
+  connect(&appearance_, &Appearance::darkChanged, this, &AppDelegate::followDesktop);
+  connect(&appearance_, &Appearance::reducedMotionChanged, this, &AppDelegate::followDesktop);
+}
 
 AppDelegate::~AppDelegate() {
   // Renders still under way hand their results to the event loop.
@@ -76,37 +79,64 @@ void AppDelegate::openWindow() {
   window_->setTitle(QStringLiteral("MORLA Velto"));
   window_->setResizeMode(QQuickView::SizeRootObjectToView);
 
-  const auto applyAppearance = [this] {
-    const bool dark = appearance_.dark();
-    window_->setColor((dark ? Palette::dark() : Palette::light()).bg);
-    if (QQuickItem* root = window_->rootObject())
-      root->setProperty("dark", dark);
-  };
-  connect(&appearance_, &Appearance::darkChanged, window_.get(), applyAppearance);
-  applyAppearance();
-
   window_->setInitialProperties({{QStringLiteral("session"), QVariant::fromValue(&model_)},
                                  {QStringLiteral("progress"), QVariant::fromValue(&progress_)},
                                  {QStringLiteral("dark"), appearance_.dark()}});
+  followDesktop();
   window_->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Velto/ContentView.qml")));
   QQuickItem* root = window_->rootObject();
   if (root == nullptr)
     return;
   connect(root, SIGNAL(moveRequested()), window_.get(), SLOT(startSystemMove()));
 
-  const auto ceiling = [root](const char* property) {
-    return static_cast<int>(std::ceil(root->property(property).toDouble()));
-  };
-  window_->setMinimumSize({ceiling("minimumWidth"), ceiling("minimumHeight")});
-  window_->resize(initialSize.expandedTo(window_->minimumSize()));
+  followDesktop();
+  connect(root, SIGNAL(minimumWidthChanged()), this, SLOT(limitSize()));
+  connect(root, SIGNAL(minimumHeightChanged()), this, SLOT(limitSize()));
+  window_->resize(initialSize);
+  limitSize();
   if (const QScreen* screen = window_->screen()) {
     const QRect available = screen->availableGeometry();
     window_->setPosition(available.center() - QRect(QPoint(), window_->size()).center());
   }
+  pixelRatio_ = window_->screen() == nullptr ? 1 : window_->screen()->devicePixelRatio();
   window_->installEventFilter(this);
   window_->show();
   window_->raise();
   window_->requestActivate();
+}
+
+void AppDelegate::followDesktop() {
+  if (!window_)
+    return;
+  window_->setColor((appearance_.dark() ? Palette::dark() : Palette::light()).bg);
+  QQuickItem* root = window_->rootObject();
+  if (root == nullptr)
+    return;
+  root->setProperty("dark", appearance_.dark());
+  root->setProperty("reducedMotion", appearance_.reducedMotion());
+}
+
+void AppDelegate::limitSize() {
+  // Window managers count sizes up from the smallest one, in steps of whole points and whole pixels
+  // at once. The initial size is to be one of them at every usual scale.
+  const auto smallest = [root = window_->rootObject()](const char* property, int initial) {
+    constexpr double step = 4; // points
+    const double spare = initial - root->property(property).toDouble();
+    return initial - static_cast<int>(std::floor(spare / step) * step);
+  };
+  window_->setMinimumSize({smallest("minimumWidth", initialSize.width()),
+                           smallest("minimumHeight", initialSize.height())});
+  window_->resize(window_->size().expandedTo(window_->minimumSize()));
+}
+
+void AppDelegate::followScale() {
+  QScreen* screen = window_->screen();
+  if (screen == nullptr || screen->devicePixelRatio() == pixelRatio_)
+    return;
+  pixelRatio_ = screen->devicePixelRatio();
+  // Under Wayland Qt 6.4 does not tell the items that their screen's scale has changed: texts and
+  // painted items would be drawn as before and enlarged. This signal does.
+  Q_EMIT screen->physicalDotsPerInchChanged(screen->physicalDotsPerInch());
 }
 
 void AppDelegate::installLifecycle() {
@@ -170,8 +200,10 @@ bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::KeyPress)
     return handleKey(static_cast<const QKeyEvent&>(*event));
   const bool handled = QObject::eventFilter(watched, event);
-  if (event->type() == QEvent::Expose)
+  if (event->type() == QEvent::Expose) {
     followExposure();
+    followScale();
+  }
   return handled;
 }
 

@@ -38,12 +38,18 @@ public:
   [[nodiscard]] Session& session() { return session_; }
   [[nodiscard]] QQuickView* window() { return window_.get(); }
 
+private Q_SLOTS:
+  // The window is never smaller than its content.
+  void limitSize();
+
 private:
   bool eventFilter(QObject* watched, QEvent* event) override;
   bool handleKey(const QKeyEvent& event);
   void noteRelease(const QKeyEvent& event);
   [[nodiscard]] bool isRepeatedReturn(const QKeyEvent& event) const;
   void openWindow();
+  void followDesktop();
+  void followScale();
   void installLifecycle();
   void followExposure();
   void suspend();
@@ -62,6 +68,7 @@ private:
   std::unique_ptr<QQuickView> window_;
   QTimer soundTimer_; // while not suspended
   bool exposed_ = false;
+  double pixelRatio_ = 1;                 // of the screen
   std::optional<quint64> returnReleased_; // when Return was last released, ms
   Qt::WindowStates windowStates_;
 };

@@ -11,6 +11,9 @@ namespace {
 
 const QString appearanceSpace = QStringLiteral("org.freedesktop.appearance");
 const QString colorSchemeKey = QStringLiteral("color-scheme");
+const QString reducedMotionKey = QStringLiteral("reduced-motion");
+const QString interfaceSpace = QStringLiteral("org.gnome.desktop.interface");
+const QString animationsKey = QStringLiteral("enable-animations");
 
 bool paletteIsDark() {
   const QPalette palette = QGuiApplication::palette();
@@ -22,15 +25,13 @@ bool paletteIsDark() {
 
 Appearance::Appearance(std::optional<bool> fixedDark, QObject* parent)
     : QObject(parent), fixedDark_(fixedDark) {
+  connect(&portal_, &Portal::settingChanged, this, &Appearance::receive);
+  portal_.request(appearanceSpace, reducedMotionKey);
+  portal_.request(interfaceSpace, animationsKey);
   if (fixedDark_) {
     dark_ = *fixedDark_;
     return;
   }
-  connect(&portal_, &Portal::settingChanged, this,
-          [this](const QString& space, const QString& key, const QVariant& value) {
-            if (space == appearanceSpace && key == colorSchemeKey)
-              follow(value);
-          });
   QCoreApplication::instance()->installEventFilter(this);
   follow(portal_.read(appearanceSpace, colorSchemeKey));
 }
@@ -39,6 +40,18 @@ bool Appearance::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::ApplicationPaletteChange)
     follow(colorScheme_);
   return QObject::eventFilter(watched, event);
+}
+
+void Appearance::receive(const QString& space, const QString& key, const QVariant& value) {
+  const bool reduced = reducedMotion();
+  if (space == appearanceSpace && key == colorSchemeKey && !fixedDark_)
+    follow(value);
+  else if (space == appearanceSpace && key == reducedMotionKey)
+    motionUnwanted_ = value.toUInt() == 1;
+  else if (space == interfaceSpace && key == animationsKey)
+    animationsOff_ = !value.toBool();
+  if (reducedMotion() != reduced)
+    Q_EMIT reducedMotionChanged();
 }
 
 void Appearance::follow(const QVariant& colorScheme) {

@@ -4,12 +4,13 @@
 
 namespace velto {
 
-// Under X it is the lock bit of the native modifiers. Num lock has a bit of its own there and does
-// not count.
+// Under X and under Wayland it is the lock bit of the native modifiers. Num lock has a bit of its
+// own there and does not count.
 bool capsLockIsOn(const QKeyEvent& event) {
-  constexpr quint32 xLockMask = 1U << 1;
-  return QGuiApplication::platformName() == QLatin1String("xcb") &&
-         (event.nativeModifiers() & xLockMask) != 0;
+  constexpr quint32 lockMask = 1U << 1;
+  const QString platform = QGuiApplication::platformName();
+  return (platform == QLatin1String("xcb") || platform.startsWith(QLatin1String("wayland"))) &&
+         (event.nativeModifiers() & lockMask) != 0;
 }
 
 } // namespace velto

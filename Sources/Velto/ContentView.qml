@@ -8,6 +8,7 @@ Item {
     required property PracticeModel session
     required property ProgressModel progress
     required property bool dark
+    property bool reducedMotion: false
     readonly property real minimumWidth: main.minimumWidth + divider.width + side.width
     readonly property real minimumHeight: main.minimumHeight
 
@@ -51,6 +52,7 @@ Item {
 
                 width: parent.width
                 session: root.session
+                reducedMotion: root.reducedMotion
             }
         }
     }

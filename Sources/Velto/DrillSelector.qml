@@ -25,7 +25,7 @@ Row {
 
             objectName: "drill" + index
             // As wide as the chosen chip is, so that no choice moves the others.
-            implicitWidth: Math.ceil(metrics.advanceWidth(modelData)) + content.titleLeft + 24
+            implicitWidth: metrics.widthOf(modelData) + content.titleLeft + 24
             implicitHeight: content.implicitHeight + 12
             ringRadius: 6
             name: modelData
@@ -72,7 +72,7 @@ Row {
                 }
             }
 
-            FontMetrics {
+            TextMeasure {
                 id: metrics
 
                 font.family: Fonts.system

@@ -1,5 +1,7 @@
 #include "FocusStop.h"
 
+#include "ButtonAccess.h"
+
 #include <QKeyEvent>
 
 #include <optional>
@@ -37,6 +39,11 @@ std::optional<Move> moveOf(const QKeyEvent& event) {
 
 FocusStop::FocusStop(QQuickItem* parent) : QQuickItem(parent) {
   setActiveFocusOnTab(true);
+  ButtonAccess::install();
+  connect(this, &QQuickItem::enabledChanged, this, [this] {
+    if (isButton_)
+      ButtonAccess::tellEnabled(*this);
+  });
 }
 
 int FocusStop::movedChoice(int chosen, int count, int key) {

@@ -16,6 +16,8 @@ class FocusStop : public QQuickItem {
   QML_ELEMENT
   // The corners of what the focus ring goes round, in points.
   Q_PROPERTY(double ringRadius MEMBER ringRadius_ NOTIFY ringRadiusChanged FINAL)
+  // Whether assistive technology gets it as a ButtonAccess.
+  Q_PROPERTY(bool isButton MEMBER isButton_ NOTIFY isButtonChanged FINAL)
 
 public:
   // Move for QML.
@@ -34,6 +36,7 @@ public:
   explicit FocusStop(QQuickItem* parent = nullptr);
 
   [[nodiscard]] double ringRadius() const { return ringRadius_; }
+  [[nodiscard]] bool isButton() const { return isButton_; }
 
   // See Answering::movedChoice; `key` is a Key.
   [[nodiscard]] Q_INVOKABLE static int movedChoice(int chosen, int count, int key);
@@ -42,12 +45,14 @@ Q_SIGNALS:
   // A key was pressed here; `key` is a Key.
   void moved(int key);
   void ringRadiusChanged();
+  void isButtonChanged();
 
 protected:
   void keyPressEvent(QKeyEvent* event) override;
 
 private:
   double ringRadius_ = 0;
+  bool isButton_ = false;
 };
 
 // The focus stop of a scale, as assistive technology wants a slider to be: it reads `value`, and

@@ -1,8 +1,9 @@
 #include "Fonts.h"
 
-#include "Portal.h"
 #include "Resources.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QFontDatabase>
 #include <QFontInfo>
 
@@ -16,11 +17,13 @@ bool faceExists() {
   return QFontDatabase::hasFamily(QString::fromLatin1(BrandType::family));
 }
 
+const QString portalSpace = QStringLiteral("org.gnome.desktop.interface");
+const QString systemKey = QStringLiteral("font-name");
+const QString monoKey = QStringLiteral("monospace-font-name");
+
 // "Cantarell 11" or "JetBrains Mono Medium 10,5": the family, without what follows it.
-QString portalFamily(const Portal& portal, const QString& key) {
-  QStringList words = portal.read(QStringLiteral("org.gnome.desktop.interface"), key)
-                          .toString()
-                          .split(QLatin1Char(' '), Qt::SkipEmptyParts);
+QString portalFamily(const QString& setting) {
+  QStringList words = setting.split(QLatin1Char(' '), Qt::SkipEmptyParts);
   while (!words.isEmpty()) {
     const QString family = words.join(QLatin1Char(' '));
     if (QFontDatabase::hasFamily(family))
@@ -37,12 +40,11 @@ bool isGenericAlias(const QString& family) {
   return aliases.contains(family, Qt::CaseInsensitive);
 }
 
-QString familyFor(QFontDatabase::SystemFont role, const Portal& portal, const QString& portalKey,
-                  const QString& fallback) {
+QString familyFor(QFontDatabase::SystemFont role, const QString& setting, const QString& fallback) {
   const QString themed = QFontDatabase::systemFont(role).family();
   if (!isGenericAlias(themed))
     return themed;
-  const QString fromPortal = portalFamily(portal, portalKey);
+  const QString fromPortal = portalFamily(setting);
   return fromPortal.isEmpty() ? fallback : fromPortal;
 }
 
@@ -67,11 +69,39 @@ bool BrandType::registered() {
 }
 
 Fonts::Fonts(QObject* parent) : QObject(parent) {
-  const Portal portal;
-  system_ = familyFor(QFontDatabase::GeneralFont, portal, QStringLiteral("font-name"),
-                      QStringLiteral("Inter"));
-  mono_ = familyFor(QFontDatabase::FixedFont, portal, QStringLiteral("monospace-font-name"),
-                    QStringLiteral("JetBrains Mono"));
+  connect(&portal_, &Portal::settingChanged, this, &Fonts::receive);
+  QCoreApplication::instance()->installEventFilter(this);
+  portalSystem_ = portal_.read(portalSpace, systemKey).toString();
+  portalMono_ = portal_.read(portalSpace, monoKey).toString();
+  choose();
+}
+
+bool Fonts::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::ApplicationFontChange)
+    choose();
+  return QObject::eventFilter(watched, event);
+}
+
+void Fonts::receive(const QString& space, const QString& key, const QVariant& value) {
+  if (space != portalSpace)
+    return;
+  if (key == systemKey)
+    portalSystem_ = value.toString();
+  else if (key == monoKey)
+    portalMono_ = value.toString();
+  choose();
+}
+
+void Fonts::choose() {
+  const QString system =
+      familyFor(QFontDatabase::GeneralFont, portalSystem_, QStringLiteral("Inter"));
+  const QString mono =
+      familyFor(QFontDatabase::FixedFont, portalMono_, QStringLiteral("JetBrains Mono"));
+  if (system == system_ && mono == mono_)
+    return;
+  system_ = system;
+  mono_ = mono;
+  Q_EMIT changed();
 }
 
 } // namespace velto

@@ -1,6 +1,8 @@
 // The faces that the interface is set in.
 #pragma once
 
+#include "Portal.h"
+
 #include <QObject>
 #include <QString>
 #include <QtQml/qqmlregistration.h>
@@ -24,14 +26,14 @@ void registerFace();
 
 } // namespace BrandType
 
-// The families of the desktop's fonts: those that the platform theme names, else those of the
-// portal's font settings, else Inter and JetBrains Mono.
+// The families of the desktop's fonts, live: those that the platform theme names, else those of the
+// portal's font settings, else Inter and JetBrains Mono. Main thread only.
 class Fonts : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_SINGLETON
-  Q_PROPERTY(QString system READ system CONSTANT FINAL)
-  Q_PROPERTY(QString mono READ mono CONSTANT FINAL)
+  Q_PROPERTY(QString system READ system NOTIFY changed FINAL)
+  Q_PROPERTY(QString mono READ mono NOTIFY changed FINAL)
   Q_PROPERTY(QString brand READ brand CONSTANT FINAL)
   Q_PROPERTY(bool brandRegistered READ brandRegistered CONSTANT FINAL)
 
@@ -43,7 +45,17 @@ public:
   [[nodiscard]] static QString brand() { return QString::fromLatin1(BrandType::family); }
   [[nodiscard]] static bool brandRegistered() { return BrandType::registered(); }
 
+Q_SIGNALS:
+  void changed();
+
 private:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+  void receive(const QString& space, const QString& key, const QVariant& value);
+  void choose();
+
+  Portal portal_;
+  QString portalSystem_; // as the portal's settings have them
+  QString portalMono_;
   QString system_;
   QString mono_;
 };

@@ -3,6 +3,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusMetaType>
+#include <QDBusPendingCallWatcher>
 
 namespace velto {
 
@@ -20,6 +21,12 @@ QVariant unwrapped(QVariant value) {
   return value;
 }
 
+QDBusMessage readCall(const QString& space, const QString& key) {
+  auto call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
+  call << space << key;
+  return call;
+}
+
 } // namespace
 
 Portal::Portal(QObject* parent) : QObject(parent) {
@@ -34,12 +41,23 @@ QVariant Portal::read(const QString& space, const QString& key) const {
   const QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected())
     return {};
-  auto call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
-  call << space << key;
-  const QDBusMessage reply = bus.call(call, QDBus::Block, timeoutMilliseconds);
+  const QDBusMessage reply = bus.call(readCall(space, key), QDBus::Block, timeoutMilliseconds);
   if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
     return {};
   return unwrapped(reply.arguments().constFirst());
+}
+
+void Portal::request(const QString& space, const QString& key) {
+  const QDBusConnection bus = QDBusConnection::sessionBus();
+  if (!bus.isConnected())
+    return;
+  auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(readCall(space, key)), this);
+  connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, space, key] {
+    const QDBusMessage reply = watcher->reply();
+    if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
+      Q_EMIT settingChanged(space, key, unwrapped(reply.arguments().constFirst()));
+    watcher->deleteLater();
+  });
 }
 
 void Portal::receive(const QString& space, const QString& key, const QDBusVariant& value) {

@@ -20,6 +20,9 @@ public:
   // the portal, 200 ms at most.
   [[nodiscard]] QVariant read(const QString& space, const QString& key) const;
 
+  // Asks for the value without waiting: it comes as settingChanged, where there is one.
+  void request(const QString& space, const QString& key);
+
 Q_SIGNALS:
   void settingChanged(const QString& space, const QString& key, const QVariant& value);
 

@@ -9,14 +9,10 @@ Pressable {
     // Texts that the button may show: it is as wide as the widest needs.
     property list<string> texts: [text]
 
-    implicitWidth: {
-        let widest = 0;
-        for (const candidate of texts)
-            widest = Math.max(widest, metrics.advanceWidth(candidate));
-        return Math.ceil(widest) + 40;
-    }
+    implicitWidth: metrics.widestOf(texts) + 40
     implicitHeight: 36
     ringRadius: 7
+    isButton: true
     name: text
 
     RoundedBox {
@@ -40,7 +36,7 @@ Pressable {
         color: control.enabled ? Theme.palette.bg : Theme.palette.muted
     }
 
-    FontMetrics {
+    TextMeasure {
         id: metrics
 
         font: label.font

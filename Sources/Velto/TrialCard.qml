@@ -6,14 +6,10 @@ Item {
     id: card
 
     required property PracticeModel session
+    property bool reducedMotion: false
     // What the rows of every drill need.
     readonly property real minimumWidth: 40 + Math.max(widestPrompt + 20 + pill.implicitWidth, transport.minimumWidth)
-    readonly property real widestPrompt: {
-        let widest = 0;
-        for (const text of session.prompts)
-            widest = Math.max(widest, metrics.advanceWidth(text));
-        return Math.ceil(widest);
-    }
+    readonly property real widestPrompt: metrics.widestOf(session.prompts)
 
     implicitHeight: rows.implicitHeight + 40
 
@@ -27,7 +23,7 @@ Item {
         strokeWidth: 1
     }
 
-    FontMetrics {
+    TextMeasure {
         id: metrics
 
         font: prompt.font
@@ -68,6 +64,7 @@ Item {
             objectName: "answerArea"
             width: parent.width
             session: card.session
+            reducedMotion: card.reducedMotion
         }
 
         Transport {

@@ -55,7 +55,8 @@ struct Desktop::Connection {
                                                    const std::string& name) const {
     const std::string bytes = property(window, name);
     std::vector<std::uint32_t> values(bytes.size() / sizeof(std::uint32_t));
-    std::memcpy(values.data(), bytes.data(), values.size() * sizeof(std::uint32_t));
+    if (!values.empty())
+      std::memcpy(values.data(), bytes.data(), values.size() * sizeof(std::uint32_t));
     return values;
   }
 

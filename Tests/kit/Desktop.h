@@ -18,7 +18,9 @@ using WindowId = std::uint32_t;
 namespace Keys {
 inline constexpr std::uint32_t space = 0x20, one = 0x31, two = 0x32, three = 0x33, four = 0x34;
 inline constexpr std::uint32_t zero = 0x30, a = 0x61, n = 0x6e, x = 0x78;
-inline constexpr std::uint32_t returnKey = 0xff0d, escape = 0xff1b, tab = 0xff09, left = 0xff51;
+inline constexpr std::uint32_t returnKey = 0xff0d, escape = 0xff1b, tab = 0xff09;
+inline constexpr std::uint32_t left = 0xff51, up = 0xff52, right = 0xff53, down = 0xff54;
+inline constexpr std::uint32_t home = 0xff50, end = 0xff57, pageUp = 0xff55, pageDown = 0xff56;
 inline constexpr std::uint32_t keypadEnter = 0xff8d, keypadOne = 0xffb1, keypadTwo = 0xffb2;
 inline constexpr std::uint32_t function1 = 0xffbe, help = 0xff6a;
 inline constexpr std::uint32_t shift = 0xffe1, control = 0xffe3, alt = 0xffe9, super = 0xffeb;

@@ -1,0 +1,91 @@
+#include "ButtonAccess.h"
+
+#include "FocusStop.h"
+
+#include <QQuickWindow>
+
+namespace velto {
+
+namespace {
+
+QAccessibleInterface* makeButton(const QString& className, QObject* object) {
+  if (className != QLatin1String("velto::FocusStop"))
+    return nullptr;
+  auto* stop = qobject_cast<FocusStop*>(object);
+  return stop != nullptr && stop->isButton() ? new ButtonAccess(*stop) : nullptr;
+}
+
+} // namespace
+
+void ButtonAccess::install() {
+  static const bool installed = [] {
+    QAccessible::installFactory(&makeButton);
+    return true;
+  }();
+  static_cast<void>(installed);
+}
+
+void ButtonAccess::tellEnabled(FocusStop& button) {
+  QAccessible::State changed;
+  changed.disabled = true;
+  QAccessibleStateChangeEvent event(&button, changed);
+  QAccessible::updateAccessibility(&event);
+}
+
+ButtonAccess::ButtonAccess(FocusStop& button) : QAccessibleObject(&button) {}
+
+FocusStop& ButtonAccess::button() const {
+  return *static_cast<FocusStop*>(object());
+}
+
+QAccessibleInterface* ButtonAccess::parent() const {
+  // The nearest item that is told of; of the others there is no interface.
+  for (QQuickItem* item = button().parentItem(); item != nullptr; item = item->parentItem())
+    if (QAccessibleInterface* found = QAccessible::queryAccessibleInterface(item))
+      return found;
+  return QAccessible::queryAccessibleInterface(window());
+}
+
+QWindow* ButtonAccess::window() const {
+  return button().window();
+}
+
+QRect ButtonAccess::rect() const {
+  const QRectF box = button().mapRectToScene(button().boundingRect());
+  return window() == nullptr
+             ? QRect()
+             : QRect(window()->mapToGlobal(box.topLeft().toPoint()), box.size().toSize());
+}
+
+QString ButtonAccess::text(QAccessible::Text kind) const {
+  return kind == QAccessible::Name ? button().property("name").toString() : QString();
+}
+
+QAccessible::State ButtonAccess::state() const {
+  QAccessible::State state;
+  state.disabled = !button().isEnabled();
+  state.invisible = !button().isVisible() || window() == nullptr || !window()->isVisible();
+  state.focusable = button().isEnabled();
+  state.focused = button().hasActiveFocus();
+  return state;
+}
+
+void* ButtonAccess::interface_cast(QAccessible::InterfaceType type) {
+  return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this)
+                                              : nullptr;
+}
+
+QStringList ButtonAccess::actionNames() const {
+  return {pressAction(), setFocusAction()};
+}
+
+void ButtonAccess::doAction(const QString& action) {
+  if (!button().isEnabled())
+    return;
+  if (action == pressAction())
+    QMetaObject::invokeMethod(&button(), "activated");
+  else if (action == setFocusAction())
+    button().forceActiveFocus(Qt::OtherFocusReason);
+}
+
+} // namespace velto

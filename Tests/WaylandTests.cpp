@@ -1,0 +1,259 @@
+// The real window under a Wayland compositor: what is drawn, the keys, and what follows the desktop
+// and the focus. Run on a private desk with a display, a compositor beside it, and a session bus.
+#include "kit/Command.h"
+#include "kit/FakePortal.h"
+#include "kit/ProfileReader.h"
+#include "kit/ProgramRunner.h"
+#include "kit/Recorder.h"
+
+#include "kit/Alignment.h"
+
+#include "Drills.h"
+
+#include <nlohmann/json.hpp>
+
+#include <QImage>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace velto::kit {
+namespace {
+
+constexpr std::size_t second = 48000; // frames
+
+std::string run(const std::string& command) {
+  const CommandResult result = runCommand(command + " 2>&1");
+  if (result.status != 0)
+    throw std::runtime_error(command + ": " + result.output);
+  return result.output;
+}
+
+void waitUntil(const std::function<bool()>& condition, const std::string& what) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(15);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end)
+      throw std::runtime_error("waited in vain until " + what);
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+}
+
+// The window of a process in the compositor's tree.
+std::optional<nlohmann::json> findWindow(const nlohmann::json& node, pid_t pid) {
+  if (node.value("pid", 0) == pid && node.contains("app_id"))
+    return node;
+  for (const char* list : {"nodes", "floating_nodes"})
+    for (const auto& child : node.value(list, nlohmann::json::array()))
+      if (auto found = findWindow(child, pid))
+        return found;
+  return std::nullopt;
+}
+
+class Window {
+public:
+  // Without `audible` it finds no sound server.
+  explicit Window(std::vector<std::string> arguments, bool audible = true)
+      : program(VELTO_PROGRAM, std::move(arguments), environment(audible)) {
+    waitUntil([this] { return node() && node()->value("focused", false); }, "the window opens");
+  }
+
+  [[nodiscard]] std::optional<nlohmann::json> node() const {
+    return findWindow(nlohmann::json::parse(run("swaymsg -r -t get_tree")), program.pid());
+  }
+  void focus() const { run("swaymsg '[pid=" + std::to_string(program.pid()) + "] focus'"); }
+
+  // What the screen shows of it, in pixels.
+  [[nodiscard]] QImage picture() const {
+    const auto rect = node().value()["rect"];
+    const auto number = [&](const char* name) { return std::to_string(rect[name].get<int>()); };
+    const std::string file = (program.scratch() / "screen.png").string();
+    run("grim -g '" + number("x") + "," + number("y") + " " + number("width") + "x" +
+        number("height") + "' " + file);
+    return QImage(QString::fromStdString(file)).convertToFormat(QImage::Format_RGB32);
+  }
+
+  // Away from where it was opened: an output that shows things larger shows less of them.
+  void moveIntoSight() const {
+    run("swaymsg '[pid=" + std::to_string(program.pid()) + "] move absolute position 20 20'");
+    waitUntil([this] { return node().value()["rect"]["x"] == 20; }, "the window moves");
+  }
+
+  // Once the primary button is enabled: in the dark palette's ink.
+  void waitUntilRendered(int scale = 1) const {
+    waitUntil(
+        [&] {
+          const QImage seen = picture();
+          const QPoint button(710 * scale, 246 * scale);
+          return seen.valid(button) && seen.pixel(button) == qRgb(0xF0, 0xF1, 0xF4);
+        },
+        "the trial is rendered");
+  }
+
+  // The picture that is still the same after a while.
+  [[nodiscard]] QImage pictureAtRest() const {
+    QImage last;
+    waitUntil(
+        [&] {
+          const QImage before = std::exchange(last, picture());
+          std::this_thread::sleep_for(std::chrono::milliseconds(200));
+          return last == before;
+        },
+        "nothing moves");
+    return last;
+  }
+
+  void waitForGround(QRgb color) const {
+    waitUntil([&] { return picture().pixel(4, 4) == color; }, "the ground changes");
+  }
+
+private:
+  static ProgramRunner::Environment environment(bool audible) {
+    ProgramRunner::Environment changes{{"QT_QPA_PLATFORM", "wayland"}};
+    if (!audible)
+      changes.emplace("PULSE_SERVER", "unix:/nowhere");
+    return changes;
+  }
+
+public:
+  ProgramRunner program;
+};
+
+class OutputScale {
+public:
+  explicit OutputScale(int scale) { set(scale); }
+  ~OutputScale() { set(1); }
+  OutputScale(const OutputScale&) = delete;
+  OutputScale& operator=(const OutputScale&) = delete;
+
+private:
+  static void set(int scale) {
+    static_cast<void>(runCommand("swaymsg -q output HEADLESS-1 scale " + std::to_string(scale)));
+  }
+};
+
+// What the program itself draws.
+QImage shot(const std::string& platform) {
+  const ScratchFolder folder;
+  const std::string file = (folder.path() / "shot.png").string();
+  ProgramRunner program(VELTO_PROGRAM, {"--appearance", "dark", "--shot", file},
+                        {{"QT_QPA_PLATFORM", platform}});
+  if (program.waitForExit() != 0)
+    throw std::runtime_error("no picture: " + program.errors());
+  return QImage(QString::fromStdString(file)).convertToFormat(QImage::Format_RGB32);
+}
+
+// The trial that the program made first, by the second in which it started.
+bool isVerdictOn(const ReadAttempt& attempt, Drill drill, double answer, std::int64_t after,
+                 std::int64_t before) {
+  for (auto start = after; start <= before; ++start) {
+    const auto trial = Drills::makeTrial(20, Material::pinkNoise,
+                                         static_cast<std::uint64_t>(start) + 2 * 40503, drill);
+    if (std::abs(Drills::grade(answer, trial).error - attempt.error) < 1e-9)
+      return true;
+  }
+  return false;
+}
+
+std::int64_t secondsNow() {
+  return std::chrono::duration_cast<std::chrono::seconds>(
+             std::chrono::system_clock::now().time_since_epoch())
+      .count();
+}
+
+bool isSilent(Recorder& recorder) {
+  recorder.waitForMore(second / 10);
+  const Recording sound = recorder.recording();
+  return firstSound(sound, sound.frames() - second / 10) == sound.frames();
+}
+
+} // namespace
+
+TEST(Wayland, showsWhatXShows) {
+  const QImage wanted = shot("xcb");
+  ASSERT_EQ(wanted.size(), QSize(1180, 386));
+  EXPECT_EQ(shot("wayland"), wanted) << "the program's own picture";
+  Window window({"--appearance", "dark"});
+  waitUntil([&] { return window.picture() == wanted; }, "the screen shows the same");
+}
+
+TEST(Wayland, followsTheScaleOfItsOutput) {
+  Window window({"--appearance", "dark"});
+  const OutputScale twice(2); // while the window is open
+  window.moveIntoSight();
+  const QImage wanted = [] { // as it looks where it is opened
+    Window opened({"--appearance", "dark"});
+    opened.moveIntoSight();
+    opened.waitUntilRendered(2);
+    return opened.pictureAtRest();
+  }();
+  EXPECT_EQ(wanted.size(), QSize(2360, 772));
+  waitUntil([&] { return window.picture() == wanted; }, "the screen shows it at 2x");
+}
+
+TEST(Wayland, followsLightAndDark) {
+  FakePortal portal;
+  const auto space = QStringLiteral("org.freedesktop.appearance");
+  const auto key = QStringLiteral("color-scheme");
+  portal.set(space, key, 1U);
+  Window window({});
+  window.waitForGround(qRgb(0x0B, 0x0C, 0x0F));
+  portal.set(space, key, 2U);
+  window.waitForGround(qRgb(0xFA, 0xF3, 0xEF));
+  portal.set(space, key, 1U);
+  window.waitForGround(qRgb(0x0B, 0x0C, 0x0F));
+}
+
+TEST(Wayland, takesKeysAndCapsLockBlocksAllButReturn) {
+  const std::int64_t after = secondsNow();
+  Window window({"--drill", "level", "--appearance", "dark"});
+  const std::int64_t before = secondsNow();
+  window.waitUntilRendered();
+  // Blocked: a new trial would change what is graded.
+  run("wtype -M capslock -k n -k space -m capslock");
+  run("wtype -k Tab -k Tab");
+  run("wtype -k Right -k Right -k Next -k Up"); // 2.05, 2.10, 1.10, 1.15 dB
+  run("wtype -M capslock -k Return -m capslock");
+  const ReadProfile profile = waitForAttempts(window.program.profileFile(), 1);
+  EXPECT_TRUE(isVerdictOn(profile.attempts[0], Drill::level, 1.15, after, before));
+  const QImage graded = window.pictureAtRest();
+  run("wtype -k n");
+  waitUntil([&] { return window.picture() != graded; }, "n starts the next trial");
+  EXPECT_EQ(window.program.errors().find("qrc:"), std::string::npos);
+}
+
+TEST(Wayland, isSilentWhileAnotherWindowHasTheFocusOrItIsOutOfSight) {
+  Recorder recorder;
+  Window window({"--appearance", "dark"});
+  waitUntil([&] { return !isSilent(recorder); }, "it plays");
+  {
+    Window other({"--appearance", "light"}, false);
+    waitUntil([&] { return isSilent(recorder); }, "it is silent behind another window");
+    recorder.waitForMore(second / 2);
+    EXPECT_TRUE(isSilent(recorder));
+    window.focus();
+    waitUntil([&] { return !isSilent(recorder); }, "it plays again");
+  }
+  run("swaymsg workspace 2");
+  waitUntil([&] { return isSilent(recorder); }, "it is silent on another workspace");
+  run("swaymsg workspace 1");
+  window.focus();
+  waitUntil([&] { return !isSilent(recorder); }, "it plays again");
+}
+
+} // namespace velto::kit
+
+int main(int argc, char** argv) {
+  const QCoreApplication application(argc, argv);
+  testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
