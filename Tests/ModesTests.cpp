@@ -1,6 +1,7 @@
 // The program's modes without a window, run as its users run them.
 #include "kit/CapturedOutput.h"
 #include "kit/ChildProcess.h"
+#include "kit/StallWatch.h"
 
 #include "RecordTesting.h"
 

@@ -1,10 +1,12 @@
 // Somebody practises on the real program and goes by ear: run on a private desk. VELTO_PROGRAM
 // names the program, VELTO_ROBOT_TRIALS the number of trials a drill.
+#include "kit/Alignment.h"
 #include "kit/Desktop.h"
 #include "kit/Listener.h"
 #include "kit/ProfileReader.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
+#include "kit/StallWatch.h"
 
 #include "kit/Alignment.h"
 

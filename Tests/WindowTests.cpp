@@ -6,6 +6,7 @@
 #include "kit/ProfileReader.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
+#include "kit/StallWatch.h"
 
 #include "Drills.h"
 

@@ -4,7 +4,8 @@
 #
 # Registers a test that runs on a private desk; see `desk --help` for what it finds there.
 #   DISPLAY  with an X server and a window manager
-#   SOUND    with a sound server. Such tests never run side by side (resource lock "sound").
+#   SOUND    with a sound server. Such tests never run side by side (resource lock "sound"), and are
+#            tried again where the machine stood still (`calm`).
 #   LOCALE   registers name.comma too: the same under a locale whose decimal separator is a comma
 #   LONG, MATRIX  label "long" or "matrix" in place of "default"
 #   SERIAL   nothing else runs meanwhile
@@ -12,6 +13,7 @@
 # A target named as the command must be defined before.
 
 set(VELTO_DESK ${CMAKE_CURRENT_LIST_DIR}/desk CACHE INTERNAL "Runs a command on a private desk")
+set(VELTO_CALM ${CMAKE_CURRENT_LIST_DIR}/calm CACHE INTERNAL "Gives real time another try")
 set(VELTO_DESK_LOCALES ${PROJECT_BINARY_DIR}/locales CACHE INTERNAL "Locales compiled for tests")
 
 function(velto_desk_test)
@@ -59,11 +61,16 @@ function(velto_desk_test)
     list(PREPEND command env ${arg_ENVIRONMENT})
   endif()
 
-  add_test(NAME ${arg_NAME} COMMAND ${VELTO_DESK} ${switches} -- ${command})
+  set(calm "")
+  if(arg_SOUND)
+    set(calm ${VELTO_CALM})
+    math(EXPR timeout "3 * ${timeout}")
+  endif()
+  add_test(NAME ${arg_NAME} COMMAND ${calm} ${VELTO_DESK} ${switches} -- ${command})
   set(tests ${arg_NAME})
   if(arg_LOCALE)
     add_test(NAME ${arg_NAME}.comma
-      COMMAND ${VELTO_DESK} ${switches} --locale de_DE.UTF-8 -- ${command})
+      COMMAND ${calm} ${VELTO_DESK} ${switches} --locale de_DE.UTF-8 -- ${command})
     list(APPEND tests ${arg_NAME}.comma)
     set_tests_properties(${arg_NAME}.comma PROPERTIES
       FIXTURES_REQUIRED commaLocale ENVIRONMENT "VELTO_DESK_LOCALES=${VELTO_DESK_LOCALES}")
