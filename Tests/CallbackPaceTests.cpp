@@ -69,10 +69,13 @@ TEST(CallbackPace, whatTheCallbackItselfTakesCountsToo) {
   stream.settle();
   stream.callback(10ms, 480, 25ms);
   EXPECT_EQ(stream.pace.counts(), counts(3, 1, 0));
-  stream.callback(25ms, 480, 0us); // in time since the last one began
+  stream.callback(25ms); // in time since the last one began
   EXPECT_EQ(stream.pace.counts(), counts(4, 1, 0));
+  stream.callback(10ms, 480, 25ms);
+  stream.callback(31ms); // late since then, though the last one ended 6 ms ago
+  EXPECT_EQ(stream.pace.counts(), counts(6, 3, 0));
   stream.callback(10ms, 480, 31ms);
-  EXPECT_EQ(stream.pace.counts(), counts(5, 2, 1));
+  EXPECT_EQ(stream.pace.counts(), counts(7, 4, 1));
 }
 
 TEST(CallbackPace, anOutputThatAsksForMoreHasALargerBuffer) {

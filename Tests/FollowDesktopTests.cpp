@@ -33,7 +33,7 @@ constexpr std::uint32_t darkGround = 0x0B0C0F, lightGround = 0xFAF3EF;
 
 class Window {
 public:
-  explicit Window(ProgramRunner::Environment environment = {}, double scale = 1)
+  explicit Window(const ProgramRunner::Environment& environment = {}, double scale = 1)
       : program_(VELTO_PROGRAM, {"--drill", "level"}, environment),
         window_(desktop.waitForWindow("MORLA Velto", program_.pid())), scale_(scale) {
     desktop.waitForActive(window_);

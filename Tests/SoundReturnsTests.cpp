@@ -260,7 +260,8 @@ TEST(SoundReturns, neverHoldsUpTheWindowOfAProgramWhoseServerFreezes) {
   server.freeze();
   EXPECT_TRUE(practice.reacts(1));
   practice.desktop.press(Keys::n);
-  practice.desktop.minimise(practice.window); // closes the output, in vain
+  practice.desktop.minimise(practice.window);
+  std::this_thread::sleep_for(300ms); // the output is being closed, in vain
   practice.desktop.activate(practice.window);
   practice.desktop.waitForActive(practice.window);
   EXPECT_TRUE(practice.reacts(2));

@@ -66,7 +66,12 @@ bool handOverSystemCalls() {
   struct sigaction action = {};
   action.sa_sigaction = takeSystemCall;
   action.sa_flags = SA_SIGINFO;
+  // The sound library's threads block all signals; a blocked SIGSYS would end the process.
+  sigset_t own;
+  sigemptyset(&own);
+  sigaddset(&own, SIGSYS);
   return ::sigaction(SIGSYS, &action, nullptr) == 0 &&
+         ::pthread_sigmask(SIG_UNBLOCK, &own, nullptr) == 0 &&
          ::prctl(setSyscallUserDispatch, 1, 0, 0, &dispatch) == 0;
 }
 
