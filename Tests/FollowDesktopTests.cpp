@@ -46,7 +46,8 @@ public:
   [[nodiscard]] std::uint32_t ground() { return desktop.picture(window_, {4, 4, 1, 1}).at(0); }
   [[nodiscard]] WindowGeometry geometry() { return desktop.geometry(window_); }
 
-  // What is still the same after a while.
+  // What is still the same after a while: where another window has been, its picture may stay until
+  // this one is painted again.
   [[nodiscard]] std::vector<std::uint32_t> pixelsAtRest() {
     std::vector<std::uint32_t> last;
     desktop.waitUntil(
@@ -103,10 +104,10 @@ TEST(FollowsTheDesktop, fromDarkToLightAndBackWhileItIsOpen) {
   portal.set(appearance, "color-scheme", 2U);
   window.waitForGround(lightGround);
   const auto light = pixelsFromTheStart(0x1B1D22);
-  window.desktop.waitUntil([&] { return window.pixels() == light; },
+  window.desktop.waitUntil([&] { return window.pixelsAtRest() == light; },
                            "nothing of the dark palette is left");
   portal.set(appearance, "color-scheme", 1U);
-  window.desktop.waitUntil([&] { return window.pixels() == dark; }, "all is dark again");
+  window.desktop.waitUntil([&] { return window.pixelsAtRest() == dark; }, "all is dark again");
 }
 
 TEST(FollowsTheDesktop, fromOneFontToAnotherWhileItIsOpen) {
@@ -119,13 +120,13 @@ TEST(FollowsTheDesktop, fromOneFontToAnotherWhileItIsOpen) {
   portal.set(interface, "font-name", "DejaVu Sans 11");
   portal.set(interface, "monospace-font-name", "DejaVu Sans Mono 10");
   const auto wanted = pixelsFromTheStart(0xF0F1F4);
-  window.desktop.waitUntil([&] { return window.pixels() == wanted; },
+  window.desktop.waitUntil([&] { return window.pixelsAtRest() == wanted; },
                            "it looks like one that was started with those fonts");
   EXPECT_NE(wanted, before);
   if (window.geometry().width == small.width) { // it has not had to grow
     portal.set(interface, "font-name", "");
     portal.set(interface, "monospace-font-name", "");
-    window.desktop.waitUntil([&] { return window.pixels() == before; }, "the fonts are back");
+    window.desktop.waitUntil([&] { return window.pixelsAtRest() == before; }, "the fonts are back");
   }
 }
 
