@@ -5,9 +5,6 @@
 
 #ifdef VELTO_WATCHES_CALLBACKS
 #include "kit/CallbackWatch.h"
-#include "kit/Eventually.h"
-#include "kit/Slots.h"
-#include "kit/StallWatch.h"
 #endif
 #include "kit/Eventually.h"
 #include "kit/Slots.h"

@@ -2,7 +2,7 @@
 // unless set), switches slots every few seconds, and holds every frame that the sink plays against
 // what it was told. Run on a private desk, by hand for an hour:
 //
-//   Tests/desk/desk --no-display -- env VELTO_PLAYBACK_SECONDS=3600 build/bin/velto_long_playback
+//   Tests/desk/desk --no-display --buffer 1000 -- build/bin/velto_long_playback
 //
 // Prints what it measured; its status is 0 if no frame was lost, doubled or strange, memory stayed
 // within 2 MB, and no handle or thread was left behind.

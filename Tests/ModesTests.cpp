@@ -1,7 +1,6 @@
 // The program's modes without a window, run as its users run them.
 #include "kit/CapturedOutput.h"
 #include "kit/ChildProcess.h"
-#include "kit/StallWatch.h"
 
 #include "RecordTesting.h"
 

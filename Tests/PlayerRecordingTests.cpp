@@ -7,7 +7,6 @@
 #include "kit/Recorder.h"
 #include "kit/Slots.h"
 #include "kit/Spectrum.h"
-#include "kit/StallWatch.h"
 
 #include <gtest/gtest.h>
 
@@ -107,7 +106,6 @@ protected:
 TEST_F(Recorded, forAMinuteOfSwitchingNoFrameIsLostOrDoubledAndAllSlotsKeepOnePhase) {
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1), noiseSlot(loopFrames, 2),
                                 noiseSlot(loopFrames, 3)};
-  const kit::StallWatch machine;
   Recorder recorder;
   Player player;
   player.load(slots, 0);
@@ -122,9 +120,7 @@ TEST_F(Recorded, forAMinuteOfSwitchingNoFrameIsLostOrDoubledAndAllSlotsKeepOnePh
     player.switchTo(static_cast<std::int64_t>(played.back()));
   }
   recorder.waitForMore(second);
-  // A machine that stands still lets the server put silence between two frames.
-  const auto [out, gaps] = kit::withoutGaps(asRendered(recorder.stop()), 480);
-  EXPECT_TRUE(gaps == 0 || machine.hasStalled()) << gaps << " gaps, and the machine was never late";
+  const Recording out = asRendered(recorder.stop());
 
   // The first frame of the loops comes at gain 0; the one after it is heard.
   const std::size_t start = firstSound(out, 0) - 1;
@@ -159,15 +155,17 @@ TEST_F(Recorded, forAMinuteOfSwitchingNoFrameIsLostOrDoubledAndAllSlotsKeepOnePh
   }
   EXPECT_EQ(frame, out.frames()) << "the recording ends otherwise than with the last slot";
   EXPECT_GT(compared + crossfaded, 60 * second);
-  EXPECT_TRUE(gaps > 0 || player.engine().callbackCounts().missed == 0) << "though no gap is heard";
-  report("gaps where the machine stood still", static_cast<double>(gaps), 0, "");
+  EXPECT_EQ(player.engine().callbackCounts().missed, 0U) << "though no frame is lost";
   report("frames that are the current slot's, bit for bit", static_cast<double>(compared), 0, "");
   report("frames in crossfades, each as computed", static_cast<double>(crossfaded), 0, "");
   report("switches", static_cast<double>(played.size() - 1), 0, "");
 }
 
+// With no more in store at the server than the program asks for.
+class Prompt : public Recorded {};
+
 // The process is held for longer than its output's buffer lasts.
-TEST_F(Recorded, aGapIsCountedAsAMissedCallback) {
+TEST_F(Prompt, aGapIsCountedAsAMissedCallback) {
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1)};
   Recorder recorder;
   Player player;
@@ -201,9 +199,7 @@ private:
 
 // The slots share their left channel, which no switch may change by a bit; the right one tells
 // which slots are heard.
-class Busy : public Recorded {};
-
-TEST_F(Busy, processorsLoseNoFrameInAMinuteOfFastSwitching) {
+TEST_F(Prompt, busyProcessorsLoseNoFrameInAMinuteOfFastSwitching) {
   const Slot noise = noiseSlot(loopFrames, 1);
   std::vector<Slot> slots;
   for (const float level : {0.25F, 0.5F, -0.25F})

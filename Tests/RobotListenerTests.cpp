@@ -6,9 +6,6 @@
 #include "kit/ProfileReader.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
-#include "kit/StallWatch.h"
-
-#include "kit/Alignment.h"
 
 #include "Answering.h"
 #include "Numbers.h"
@@ -31,6 +28,9 @@ namespace {
 constexpr std::size_t loopFrames = 153600; // a trial lasts 3.2 s
 // From a key press to a slot that is heard alone: the way to the sink, and a crossfade of 150 ms.
 constexpr std::size_t settleFrames = 28800;
+
+// From "n" to the next trial's first slot, heard alone.
+constexpr std::size_t nextTrialFrames = 48000;
 
 // The answer area of a window 1180 points wide.
 constexpr int stripLeft = 40, stripWidth = 739, stripMiddle = 172;
@@ -55,25 +55,20 @@ public:
     if (geometry.width != 1180 || geometry.height != 386)
       throw std::runtime_error("the window has another size");
     desktop_.waitForActive(window_);
-    waitForSound(0);
+    waitForSound();
   }
 
   // Starts the next trial, as a listener who does not want the current one does, or has answered
-  // it.
+  // it. What plays may have rests of its own: only its end and a pause later is it the new one.
   void nextTrial() {
-    // The old trial plays on until the new one is ready; then there is a pause.
     recorder_ = std::make_unique<Recorder>();
     desktop_.press(Keys::n);
+    slot_ = 0;
+    settled_ = nextTrialFrames;
+    recorder_->waitForMore(settled_);
     constexpr std::size_t pause = 2400;
-    for (;;) {
-      recorder_->waitForMore(960);
-      const Recording soFar = recorder_->recording();
-      const std::size_t silence = firstSilence(soFar, 0, pause);
-      if (silence < soFar.frames())
-        return waitForSound(silence);
-      if (soFar.frames() > 480000)
-        throw std::runtime_error("the next trial does not come");
-    }
+    if (firstSilence(recorder_->recording(), 0, pause) > settled_ - pause)
+      throw std::runtime_error("the next trial does not come");
   }
 
   // Switches to a slot and lets the crossfade pass.
@@ -110,11 +105,11 @@ public:
   [[nodiscard]] std::string errors() const { return program_.errors(); }
 
 private:
-  void waitForSound(std::size_t begin) {
+  void waitForSound() {
     for (;;) {
       recorder_->waitForMore(480);
       const Recording soFar = recorder_->recording();
-      const std::size_t sound = firstSound(soFar, begin);
+      const std::size_t sound = firstSound(soFar, 0);
       slot_ = 0;
       settled_ = sound + 9600;
       if (sound < soFar.frames())

@@ -6,7 +6,6 @@
 #include "kit/ProfileReader.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
-#include "kit/StallWatch.h"
 
 #include "Drills.h"
 

@@ -60,27 +60,4 @@ std::size_t firstSilence(const Recording& recording, std::size_t begin, std::siz
   return recording.frames();
 }
 
-std::pair<Recording, std::size_t> withoutGaps(const Recording& recording, std::size_t least) {
-  Recording joined;
-  std::size_t gaps = 0, frame = 0;
-  const auto append = [&](std::size_t end) {
-    for (; frame < end; ++frame) {
-      joined.l.push_back(recording.l[frame]);
-      joined.r.push_back(recording.r[frame]);
-    }
-  };
-  append(firstSound(recording, 0));
-  for (;;) {
-    const std::size_t silence = firstSilence(recording, frame, least);
-    const std::size_t sound = firstSound(recording, silence);
-    if (sound == recording.frames())
-      break;
-    append(silence);
-    frame = sound;
-    ++gaps;
-  }
-  append(recording.frames());
-  return {joined, gaps};
-}
-
 } // namespace velto::kit

@@ -28,9 +28,4 @@ namespace velto::kit {
 [[nodiscard]] std::size_t firstSilence(const Recording& recording, std::size_t begin,
                                        std::size_t count);
 
-// A recording without the stretches of `least` and more zero frames between its first and its last
-// sound, and how many they were: what a server that got no sound in time puts in its place.
-[[nodiscard]] std::pair<Recording, std::size_t> withoutGaps(const Recording& recording,
-                                                            std::size_t least);
-
 } // namespace velto::kit
