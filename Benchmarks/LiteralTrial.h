@@ -9,12 +9,9 @@ namespace velto::benchmarks {
 inline constexpr double trialSeconds = 3.2;
 inline constexpr std::size_t trialFrames = 153600;
 
-// A trial of middling difficulty on the material that the drill is measured with.
+// A trial of middling difficulty.
 [[nodiscard]] inline Trial trialOf(Drill drill) {
-  const Material material = drill == Drill::dynamics   ? Material::drums
-                            : drill == Drill::polarity ? Material::pad
-                                                       : Material::pinkNoise;
-  return Drills::makeTrial(50, material, 4242, drill);
+  return Drills::makeTrial(50, Drills::defaultMaterial(drill), 4242, drill);
 }
 
 [[nodiscard]] inline literal::Trial literalTrialOf(Drill drill) {

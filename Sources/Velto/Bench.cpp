@@ -27,23 +27,10 @@ std::string figure(double value, std::size_t width, int decimals) {
 
 // ---- Rendering ----
 
-Material materialFor(Drill drill) {
-  switch (drill) {
-  case Drill::frequency:
-  case Drill::level:
-    return Material::pinkNoise;
-  case Drill::dynamics:
-    return Material::drums;
-  case Drill::polarity:
-    return Material::pad;
-  }
-  fatalError("an unknown drill");
-}
-
 void timeRendering(Drill drill) {
   constexpr int runs = 10;
   constexpr double seconds = 3.2;
-  const Trial trial = Drills::makeTrial(50, materialFor(drill), 4242, drill);
+  const Trial trial = Drills::makeTrial(50, Drills::defaultMaterial(drill), 4242, drill);
   double total = 0;
   double best = 0;
   for (int run = 0; run < runs; ++run) {

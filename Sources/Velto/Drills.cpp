@@ -15,9 +15,14 @@ namespace {
 constexpr auto drillNames =
     std::to_array<std::string_view>({"frequency", "level", "dynamics", "polarity"});
 static_assert(drillNames.size() == Drill::allCases.size());
+constexpr auto defaultMaterials = std::to_array<Material>(
+    {Material::pinkNoise, Material::pinkNoise, Material::drums, Material::pad});
+static_assert(defaultMaterials.size() == Drill::allCases.size());
 constexpr auto materialNames =
     std::to_array<std::string_view>({"Pink noise", "Drum loop", "Synth pad"});
 static_assert(materialNames.size() == Material::allCases.size());
+constexpr auto materialShortNames = std::to_array<std::string_view>({"Pink", "Drums", "Pad"});
+static_assert(materialShortNames.size() == Material::allCases.size());
 
 template <typename Enumeration, std::size_t N>
 std::optional<Enumeration> caseNamed(std::string_view name,
@@ -65,6 +70,10 @@ std::string_view Material::rawValue() const {
   return materialNames[value_];
 }
 
+std::string_view Material::shortName() const {
+  return materialShortNames[value_];
+}
+
 std::string Bands::label(double frequency) {
   if (frequency >= 1000)
     return Numbers::general(frequency / 1000, 4) + "k";
@@ -88,6 +97,10 @@ SharedSamples::SharedSamples(Samples samples) {
   auto owner = std::make_shared<const Samples>(std::move(samples));
   samples_ = *owner;
   owner_ = std::move(owner);
+}
+
+Material Drills::defaultMaterial(Drill drill) {
+  return defaultMaterials[drill];
 }
 
 Trial Drills::makeTrial(double difficulty, Material material, std::uint64_t seed, Drill drill) {

@@ -63,6 +63,8 @@ public:
   [[nodiscard]] static std::optional<Material> fromRawValue(std::string_view rawValue);
   // "Pink noise", "Drum loop" or "Synth pad".
   [[nodiscard]] std::string_view rawValue() const;
+  // "Pink", "Drums" or "Pad": for a button.
+  [[nodiscard]] std::string_view shortName() const;
 
   // All materials, in the order in which they are shown.
   static const std::array<Material, 3> allCases;
@@ -170,6 +172,9 @@ struct Grade {
 
   bool operator==(const Grade&) const = default;
 };
+
+// The material that a drill starts with.
+[[nodiscard]] Material defaultMaterial(Drill drill);
 
 // The trial of a seed: the same arguments always give the same trial, bit for bit. A `difficulty`
 // outside 0 to 100 is kept in the trial but acts as the nearest end. From difficulty 0 to 100:

@@ -130,18 +130,6 @@ void checkTargetBand() {
                fixed(difference, 3) + " dB overall");
 }
 
-std::string shortName(Material material) {
-  switch (material) {
-  case Material::pinkNoise:
-    return "Pink";
-  case Material::drums:
-    return "Drums";
-  case Material::pad:
-    return "Pad";
-  }
-  fatalError("an unknown material");
-}
-
 // ---- Level ----
 
 double renderedLevelDB(double targetDB) {
@@ -201,8 +189,8 @@ void ProbeGates::frequency() {
   for (const Material material : Material::allCases) {
     const SlotPair boosted = boostedPair(2000, 10, material);
     const double lift = boosted.liftDB(2000) - boosted.liftDB(250);
-    Probe::check(shortName(material) + ": +10 dB at 2 kHz survives", std::abs(lift - 10) < 0.5,
-                 fixed(lift, 2) + " dB");
+    Probe::check(std::string(material.shortName()) + ": +10 dB at 2 kHz survives",
+                 std::abs(lift - 10) < 0.5, fixed(lift, 2) + " dB");
   }
 }
 

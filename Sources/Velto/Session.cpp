@@ -25,19 +25,6 @@ double defaultAnswer(Drill drill) {
   fatalError("an unknown drill");
 }
 
-Material defaultMaterial(Drill drill) {
-  switch (drill) {
-  case Drill::frequency:
-  case Drill::level:
-    return Material::pinkNoise;
-  case Drill::dynamics:
-    return Material::drums;
-  case Drill::polarity:
-    return Material::pad;
-  }
-  fatalError("an unknown drill");
-}
-
 std::uint64_t wholeSeconds(double secondsSince1970) {
   // 2^64 is the first double above the range.
   if (!(secondsSince1970 >= 0 && secondsSince1970 < 0x1p64))
@@ -67,7 +54,7 @@ void Session::assign(Field& field, Value&& value) {
 
 void Session::setDrill(Drill drill) {
   assign(drill_, drill);
-  assign(material_, defaultMaterial(drill));
+  assign(material_, Drills::defaultMaterial(drill));
   newTrial();
 }
 

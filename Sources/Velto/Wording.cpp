@@ -44,15 +44,7 @@ std::string_view Wording::prompt(Drill drill) {
 }
 
 std::string_view Wording::title(Material material) {
-  switch (material) {
-  case Material::pinkNoise:
-    return "Pink";
-  case Material::drums:
-    return "Drums";
-  case Material::pad:
-    return "Pad";
-  }
-  fatalError("an unknown material");
+  return material.shortName();
 }
 
 std::string Wording::slotTitle(Drill drill, std::int64_t index) {
