@@ -1,10 +1,9 @@
 #include "JSONReader.h"
 
 #include "Numbers.h"
+#include "System.h"
 
 #include <nlohmann/json.hpp>
-
-#include <locale.h>
 
 #include <cstddef>
 #include <string>
@@ -14,24 +13,6 @@
 namespace velto::JSON {
 
 namespace {
-
-// While it lives, this thread reads numbers in the C locale, whatever the process has set: the
-// parser asks the locale for its decimal point.
-class CLocale {
-public:
-  CLocale() : previous_(uselocale(classic())) {}
-  CLocale(const CLocale&) = delete;
-  CLocale& operator=(const CLocale&) = delete;
-  ~CLocale() { uselocale(previous_); }
-
-private:
-  static locale_t classic() {
-    static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
-    return locale;
-  }
-
-  locale_t previous_;
-};
 
 template <typename To, typename From>
 std::optional<To> ifInRange(From value) {
@@ -150,9 +131,13 @@ bool read(std::string_view text, Reader& root) {
   // The parser takes a zero byte for the end of its input and would ignore what follows.
   if (text.find('\0') != text.npos)
     return false;
-  const CLocale cLocale;
-  Dispatcher dispatcher(root);
-  return nlohmann::json::sax_parse(text.begin(), text.end(), &dispatcher);
+  bool accepted = false;
+  // The parser asks the locale for its decimal point.
+  System::runInCLocale([&] {
+    Dispatcher dispatcher(root);
+    accepted = nlohmann::json::sax_parse(text.begin(), text.end(), &dispatcher);
+  });
+  return accepted;
 }
 
 } // namespace velto::JSON

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <locale.h>
 #include <poll.h>
 #include <pwd.h>
 #include <system_error>
@@ -13,6 +14,23 @@
 namespace velto {
 
 namespace {
+
+// The C locale for this thread, while it lives.
+class CLocale {
+public:
+  CLocale() : previous_(uselocale(classic())) {}
+  CLocale(const CLocale&) = delete;
+  CLocale& operator=(const CLocale&) = delete;
+  ~CLocale() { uselocale(previous_); }
+
+private:
+  static locale_t classic() {
+    static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
+    return locale;
+  }
+
+  locale_t previous_;
+};
 
 // Whether the write may be tried again. A reader that has set its end not to block is waited for.
 bool canRetry(int error) {
@@ -66,6 +84,11 @@ std::optional<std::tm> System::localTime(std::time_t time) {
   if (localtime_r(&time, &fields) == nullptr)
     return std::nullopt;
   return fields;
+}
+
+void System::runInCLocale(const std::function<void()>& work) {
+  const CLocale cLocale;
+  work();
 }
 
 void System::prepareStreams() {

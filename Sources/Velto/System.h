@@ -6,6 +6,7 @@
 
 #include <ctime>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,6 +27,9 @@ void setVariable(const char* name, const std::optional<std::string>& value);
 void readTimeZone();
 // What calendar and clock show there at `time`; none where the year does not fit. Any thread.
 [[nodiscard]] std::optional<std::tm> localTime(std::time_t time);
+
+// Runs `work` with the C locale for this thread, whatever the process has set. Any thread.
+void runInCLocale(const std::function<void()>& work);
 
 // Once, before anything is opened or printed. A reader that goes away then makes a write fail
 // instead of ending the process, and where a standard stream is closed no file that is opened later
