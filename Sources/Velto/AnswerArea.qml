@@ -8,12 +8,12 @@ Item {
     required property PracticeModel session
     property bool reducedMotion: false
 
-    implicitHeight: 88
+    implicitHeight: AnswerLayout.areaHeight
 
     // The pickers belong to no drag of the background, not even between the slots.
     MouseArea {
         width: parent.width
-        height: 76
+        height: AnswerLayout.stripHeight
     }
 
     FrequencyPicker {

@@ -25,8 +25,8 @@ struct ScaleTick {
 
 namespace Answering {
 
-// The height of every strip.
-inline constexpr double stripHeight = 76;
+inline constexpr double stripHeight = 76; // of every strip
+inline constexpr double areaHeight = 88;  // of a strip and what stands under it
 
 } // namespace Answering
 

@@ -33,13 +33,12 @@ Row {
             chosen: selector.session.drill
             onPicked: index => selector.session.drill = index
 
-            RoundedBox {
+            ChoiceBox {
                 objectName: "drillBox" + chip.index
                 anchors.fill: parent
-                radius: 6
-                color: chip.current ? Theme.palette.selectedFill : "transparent"
-                strokeColor: chip.current ? Palettes.faded(Theme.palette.ink, 0.55) : "transparent"
-                strokeWidth: 1.5
+                radius: chip.ringRadius
+                current: chip.current
+                framed: false
             }
 
             Row {

@@ -16,8 +16,7 @@ Item {
         objectName: "wordmark"
         text: "MORLA Velto"
         size: 22
-        font.family: Fonts.brandRegistered ? Fonts.brand : Fonts.system
-        font.weight: Fonts.brandRegistered ? Font.Normal : Font.DemiBold
+        brand: true
     }
 
     Label {

@@ -32,13 +32,12 @@ Row {
             chosen: picker.session.material
             onPicked: index => picker.session.material = index
 
-            RoundedBox {
+            ChoiceBox {
                 objectName: "materialBox" + button.index
                 anchors.fill: parent
-                radius: 5
-                color: button.current ? Theme.palette.selectedFill : "transparent"
-                strokeColor: button.current ? Palettes.faded(Theme.palette.ink, 0.55) : "transparent"
-                strokeWidth: 1.5
+                radius: button.ringRadius
+                current: button.current
+                framed: false
             }
 
             Label {

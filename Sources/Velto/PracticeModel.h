@@ -26,8 +26,8 @@ class PracticeModel : public QObject {
   Q_PROPERTY(QStringList prompts READ prompts CONSTANT FINAL) // of all drills
 
   Q_PROPERTY(bool hasTrial READ hasTrial NOTIFY changed FINAL)
-  Q_PROPERTY(
-      QStringList slotTitles READ slotTitles NOTIFY changed FINAL)   // one per slot of the trial
+  // One per slot of the trial.
+  Q_PROPERTY(QStringList slotTitles READ slotTitles NOTIFY changed FINAL)
   Q_PROPERTY(double difficulty READ difficulty NOTIFY changed FINAL) // 0 to 100
   Q_PROPERTY(int currentSlot READ currentSlot NOTIFY changed FINAL)
   Q_PROPERTY(bool rendering READ rendering NOTIFY changed FINAL)

@@ -18,7 +18,7 @@ Item {
         objectName: marker.objectName + "Bar"
         x: marker.barLeft - marker.x
         width: 2
-        height: 76
+        height: AnswerLayout.stripHeight
         color: marker.color
     }
 
@@ -27,7 +27,7 @@ Item {
         x: marker.chipPlace.x - marker.x
         y: marker.chipPlace.y
         width: marker.chipWidth
-        height: 20
+        height: AnswerLayout.chipHeight
         radius: 5
         strokeColor: Palettes.faded(marker.color, 0.35)
         strokeWidth: 1

@@ -26,12 +26,12 @@ Item {
     // One point in whole device pixels, so that all ticks look alike.
     readonly property real hairline: Math.round(pixelRatio) / pixelRatio
 
-    implicitHeight: 88
+    implicitHeight: AnswerLayout.areaHeight
 
     RoundedBox {
         objectName: "strip"
         width: parent.width
-        height: 76
+        height: AnswerLayout.stripHeight
         radius: 6
         color: Theme.palette.soft
         strokeColor: Theme.palette.line
@@ -51,7 +51,7 @@ Item {
             Rectangle {
                 objectName: "tick" + tick.index
                 x: strip.scaleModel.tickLeft(tick.position, width, strip.width, strip.pixelRatio)
-                y: 76 - height
+                y: AnswerLayout.stripHeight - height
                 width: strip.hairline
                 height: tick.modelData.height
                 color: tick.modelData.major ? Theme.palette.muted : Palettes.faded(Theme.palette.faint, strip.minorOpacity)
@@ -61,7 +61,7 @@ Item {
                 objectName: "tickLabel" + tick.index
                 visible: text !== ""
                 x: tick.position - strip.scaleModel.labelOffset
-                y: 80
+                y: AnswerLayout.stripHeight + 4
                 text: tick.modelData.label
                 size: 9
                 color: Theme.palette.muted
@@ -99,7 +99,7 @@ Item {
 
         objectName: "handle"
         width: parent.width
-        height: 76
+        height: AnswerLayout.stripHeight
         ringRadius: 6
         answer: strip.value ?? minimumValue
         minimumValue: strip.scaleModel.lowest

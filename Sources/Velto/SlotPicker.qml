@@ -16,7 +16,7 @@ Item {
 
     readonly property real gap: 10
 
-    implicitHeight: 88
+    implicitHeight: AnswerLayout.areaHeight
 
     Accessible.role: Accessible.Grouping
     Accessible.name: "Flipped slot"
@@ -41,7 +41,7 @@ Item {
                 objectName: "slotChoice" + index
                 x: picker.leftOf(index)
                 width: picker.leftOf(index + 1) - picker.gap - x
-                height: 76
+                height: AnswerLayout.stripHeight
                 ringRadius: 8
                 name: "Slot " + (index + 1)
                 choices: buttons
@@ -51,13 +51,12 @@ Item {
 
                 Accessible.description: known ? caption.text : ""
 
-                RoundedBox {
+                ChoiceBox {
                     objectName: "slotChoiceBox" + slot.index
                     anchors.fill: parent
-                    radius: 8
-                    color: slot.current || slot.flipped ? Theme.palette.selectedFill : Theme.palette.surface
-                    strokeColor: slot.flipped ? Theme.palette.good : slot.current ? Palettes.faded(Theme.palette.ink, 0.55) : Theme.palette.line
-                    strokeWidth: slot.flipped || slot.current ? 1.5 : 1
+                    radius: slot.ringRadius
+                    current: slot.current
+                    correct: slot.flipped
                 }
 
                 Column {

@@ -25,8 +25,7 @@ Item {
         height: 24
         text: stat.value
         size: 19
-        font.family: Fonts.brandRegistered ? Fonts.brand : Fonts.system
-        font.weight: Fonts.brandRegistered ? Font.Normal : Font.DemiBold
+        brand: true
     }
 
     Label {

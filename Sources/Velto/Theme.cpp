@@ -15,11 +15,6 @@ QColor rgb(QRgb value) {
   return QColor::fromRgb(value);
 }
 
-QColor faded(QColor color, float opacity) {
-  color.setAlphaF(opacity);
-  return color;
-}
-
 } // namespace
 
 const Palette& Palette::dark() {
@@ -53,7 +48,8 @@ const Palette& Palette::light() {
       .ink = rgb(0x1B1D22),
       .muted = rgb(0x6F665D),
       .faint = rgb(0x9A8F84),
-      .line = faded(rgb(0x1B1D22), 0.12F), // the ink, where the dark palette has an opaque grey
+      .line = Palettes::faded(rgb(0x1B1D22),
+                              0.12), // the ink, where the dark palette has an opaque grey
       .identity = rgb(0xD6342A),
       .signal = rgb(0x007A97),
       .control = rgb(0x8A8078),

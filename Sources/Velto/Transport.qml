@@ -51,13 +51,11 @@ Item {
                     chosen: transport.session.currentSlot
                     onPicked: index => transport.session.select(index)
 
-                    RoundedBox {
+                    ChoiceBox {
                         objectName: "slotBox" + slot.index
                         anchors.fill: parent
-                        radius: 7
-                        color: slot.current ? Theme.palette.selectedFill : Theme.palette.surface
-                        strokeColor: slot.current ? Palettes.faded(Theme.palette.ink, 0.55) : Theme.palette.line
-                        strokeWidth: slot.current ? 1.5 : 1
+                        radius: slot.ringRadius
+                        current: slot.current
                     }
 
                     Label {

@@ -21,7 +21,7 @@ Column {
         Repeater {
             id: bars
 
-            model: 27
+            model: map.progress.barHeights.length
 
             // Sides on whole points, so that they are sharp; the gaps stay 2 points wide.
             RoundedBox {
@@ -47,7 +47,7 @@ Column {
         Repeater {
             id: labels
 
-            readonly property real gap: (map.width - total) / 4
+            readonly property real gap: (map.width - total) / (map.progress.bandLabels.length - 1)
             readonly property real total: {
                 let sum = 0;
                 for (let i = 0; i < count; ++i)
