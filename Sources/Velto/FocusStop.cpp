@@ -57,11 +57,4 @@ void FocusStop::keyPressEvent(QKeyEvent* event) {
     Q_EMIT moved(static_cast<int>(*move));
 }
 
-void ScaleHandle::setAnswer(double answer) {
-  if (answer_ == answer)
-    return;
-  answer_ = answer;
-  Q_EMIT valueChanged();
-}
-
 } // namespace velto

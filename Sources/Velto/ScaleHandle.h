@@ -1,0 +1,41 @@
+// What the keyboard and assistive technology hold of a scale.
+#pragma once
+
+#include "FocusStop.h"
+
+#include <QtQml/qqmlregistration.h>
+
+namespace velto {
+
+// The focus stop of a scale, as assistive technology wants a slider to be: it reads `value`, and
+// writing it asks for another answer. Main thread only.
+class ScaleHandle : public velto::FocusStop {
+  Q_OBJECT
+  QML_ELEMENT
+  Q_PROPERTY(double answer READ value WRITE setAnswer NOTIFY valueChanged FINAL)
+  Q_PROPERTY(double value READ value WRITE ask NOTIFY valueChanged FINAL)
+  Q_PROPERTY(double minimumValue MEMBER minimumValue_ NOTIFY rangeChanged FINAL)
+  Q_PROPERTY(double maximumValue MEMBER maximumValue_ NOTIFY rangeChanged FINAL)
+  Q_PROPERTY(double stepSize MEMBER stepSize_ NOTIFY rangeChanged FINAL) // 0: the steps differ
+
+public:
+  using FocusStop::FocusStop;
+
+  [[nodiscard]] double value() const { return answer_; }
+  void setAnswer(double answer);
+  void ask(double value) { Q_EMIT asked(value); }
+
+Q_SIGNALS:
+  void valueChanged();
+  void rangeChanged();
+  // `value` is wanted as the answer; it may be any number.
+  void asked(double value);
+
+private:
+  double answer_ = 0;
+  double minimumValue_ = 0;
+  double maximumValue_ = 0;
+  double stepSize_ = 0;
+};
+
+} // namespace velto
