@@ -26,7 +26,8 @@ struct WorkQueues {
   std::function<void(Work)> main;       // runs work on the main thread, in the order of the calls
 };
 
-// Trouble with playback is the player's to report; trouble with the file is never reported.
+// Trouble with the file is never reported. Trouble with playback is: by the player, or by
+// followSound() where the player opens its output in the background.
 class Session {
 public:
   // The length of a rendered trial.
@@ -70,7 +71,7 @@ public:
   // Discards the trial and starts a new one. The player goes on with the old audio until the new
   // one is rendered.
   void newTrial();
-  // Makes slot `slot` (from 0) the one that is heard; nothing when the trial has no such slot.
+  // Makes slot `slot` (0 or more) the one that is heard; nothing when the trial has fewer slots.
   void select(std::int64_t slot);
   // Goes to the next slot, from the last one to the first.
   void cycleSlot();
