@@ -1,6 +1,7 @@
 // Practising without seeing the window: from another process over the accessibility bus, and by the
 // keyboard alone, with a screen reader that listens. Run on a private desk with a session bus.
 #include "kit/Desktop.h"
+#include "kit/Launch.h"
 #include "kit/ProfileReader.h"
 #include "kit/ProgramRunner.h"
 #include "kit/ScreenReader.h"
@@ -10,9 +11,9 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <initializer_list>
 #include <set>
 #include <string>
 #include <vector>
@@ -20,22 +21,15 @@
 namespace velto::kit {
 namespace {
 
-std::int64_t secondsNow() {
-  return std::chrono::duration_cast<std::chrono::seconds>(
-             std::chrono::system_clock::now().time_since_epoch())
-      .count();
-}
-
-// The program with a screen reader at it, and the trials that it must have made: they follow from
-// the second in which it started.
+// The program with a screen reader at it, and the trials that it must have made.
 class Practice {
 public:
   Practice()
-      : startedAfter_(secondsNow()), program(VELTO_PROGRAM, {"--drill", "frequency"},
-                                             {{"QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1"}}),
+      : program(VELTO_PROGRAM, {"--drill", "frequency"},
+                {{"QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1"}}),
         window(desktop.waitForWindow("MORLA Velto", program.pid())) {
     desktop.waitForActive(window);
-    startedBefore_ = secondsNow();
+    launch_.hasHappened();
     reader.read(program.pid());
     waitUntilRendered();
   }
@@ -54,13 +48,9 @@ public:
     reader.waitUntil([&] { return reader.announcements().size() == answered_; },
                      "the verdict is announced");
     const std::string announced = reader.announcements().back();
-    const Material material = drill == Drill::polarity   ? Material::pad
-                              : drill == Drill::dynamics ? Material::drums
-                                                         : Material::pinkNoise;
     bool found = false;
-    for (auto second = startedAfter_; second <= startedBefore_; ++second) {
-      const auto seed = static_cast<std::uint64_t>(second) + (2 + number) * 40503;
-      const auto grade = Drills::grade(answer, Drills::makeTrial(20, material, seed, drill));
+    for (const Trial& trial : launch_.trials(drill, number)) {
+      const auto grade = Drills::grade(answer, trial);
       if (Wording::announcement(grade) != announced)
         continue;
       found = true;
@@ -73,7 +63,7 @@ public:
   }
 
 private:
-  std::int64_t startedAfter_ = 0, startedBefore_ = 0;
+  Launch launch_;
   std::size_t answered_ = 0;
 
 public:
@@ -83,82 +73,196 @@ public:
   WindowId window = 0;
 };
 
+// Over the accessibility bus alone.
+class BusHands {
+public:
+  explicit BusHands(Practice& practice) : practice_(practice), reader_(practice.reader) {}
+
+  void practiseFrequency() {
+    AccessibleObject scale = reader_.object("slider", "Frequency");
+    EXPECT_EQ(scale.value, 1000);
+    EXPECT_EQ(scale.lowest, 40);
+    EXPECT_EQ(scale.highest, 16000);
+    EXPECT_EQ(scale.description, "1 kHz");
+    reader_.act("slider", "Frequency", "Increase");
+    EXPECT_EQ(value("Frequency"), 1250);
+    reader_.act("slider", "Frequency", "Decrease");
+    reader_.act("slider", "Frequency", "Decrease");
+    EXPECT_EQ(value("Frequency"), 800);
+    reader_.setValue("slider", "Frequency", 3300); // the nearest band answers
+    scale = reader_.object("slider", "Frequency");
+    EXPECT_EQ(scale.value, 3150);
+    EXPECT_EQ(scale.description, "3.15 kHz");
+    EXPECT_FALSE(scale.is("read-only"));
+    submit();
+    practice_.expectVerdict(Drill::frequency, 0, 3150);
+    scale = reader_.object("slider", "Frequency");
+    EXPECT_TRUE(scale.is("read-only"));
+    EXPECT_TRUE(scale.description.starts_with("3.15 kHz, actual ")) << scale.description;
+    reader_.act("slider", "Frequency", "Increase");
+    reader_.setValue("slider", "Frequency", 40);
+    EXPECT_EQ(value("Frequency"), 3150) << "graded";
+  }
+
+  void practiseLevel() {
+    goTo("Level", "B is louder than A. By how much?");
+    const AccessibleObject scale = reader_.object("slider", "Decibels");
+    EXPECT_EQ(scale.highest, 7);
+    EXPECT_NEAR(scale.step, 0.05, 1e-12);
+    reader_.setValue("slider", "Decibels", 3.01);
+    reader_.act("slider", "Decibels", "Increase");
+    EXPECT_NEAR(value("Decibels"), 3.05, 1e-9);
+    EXPECT_EQ(reader_.object("slider", "Decibels").description, "3.05 dB");
+    submit();
+    practice_.expectVerdict(Drill::level, 1, 3.05);
+  }
+
+  void practiseDynamics() {
+    goTo("Dynamics", "B is compressed, loudness-matched. How much gain reduction?");
+    EXPECT_EQ(reader_.object("slider", "Decibels").highest, 14);
+    reader_.act("radio button", "Play B", "Press");
+    EXPECT_TRUE(reader_.object("radio button", "Play B").is("checked"));
+    EXPECT_FALSE(reader_.object("radio button", "Play A").is("checked"));
+    reader_.act("slider", "Decibels", "Decrease");
+    submit();
+    practice_.expectVerdict(Drill::dynamics, 2, 4.5);
+  }
+
+  void practisePolarity() {
+    goTo("Polarity", "One of the three has a flipped channel. Which?");
+    EXPECT_FALSE(reader_.object("push button", "Submit").is("sensitive")) << "no answer yet";
+    submit();
+    reader_.act("radio button", "Slot 3", "Press");
+    reader_.act("radio button", "Slot 2", "Press");
+    EXPECT_TRUE(reader_.object("radio button", "Slot 2").is("checked"));
+    EXPECT_FALSE(reader_.object("radio button", "Slot 3").is("checked"));
+    EXPECT_TRUE(reader_.object("push button", "Submit").is("sensitive"));
+    submit();
+    practice_.expectVerdict(Drill::polarity, 3, 1);
+    reader_.act("radio button", "Slot 1", "Press");
+    EXPECT_FALSE(reader_.object("radio button", "Slot 1").is("checked")) << "graded";
+    std::multiset<std::string> captions;
+    for (const std::string slot : {"Slot 1", "Slot 2", "Slot 3"})
+      captions.insert(reader_.object("radio button", slot).description);
+    EXPECT_EQ(captions, (std::multiset<std::string>{"FLIPPED", "in phase", "in phase"}));
+  }
+
+private:
+  [[nodiscard]] double value(const std::string& name) {
+    return reader_.object("slider", name).value;
+  }
+  void submit() { reader_.act("push button", "Submit", "Press"); }
+  void goTo(const std::string& drill, const std::string& prompt) {
+    reader_.act("radio button", drill, "Press");
+    reader_.waitUntil([&] { return reader_.shows("label", prompt); }, "the drill is " + drill);
+    practice_.waitUntilRendered();
+    EXPECT_TRUE(reader_.object("radio button", drill).is("checked"));
+    EXPECT_FALSE(reader_.object("radio button", "Frequency").is("checked"));
+  }
+
+  Practice& practice_;
+  ScreenReader& reader_;
+};
+
+// By the keyboard alone; the screen reader tells what has become of it.
+class KeyboardHands {
+public:
+  explicit KeyboardHands(Practice& practice)
+      : practice_(practice), desktop_(practice.desktop), reader_(practice.reader) {}
+
+  void practiseFrequency() {
+    tabTo("radio button", "Frequency");
+    tabTo("slider", "Frequency");
+    press({Keys::right, Keys::up, Keys::pageDown, Keys::left});
+    waitForValue("630 Hz");      // 1000, 1250, 1600, 800, 630
+    desktop_.press(Keys::space); // switches, and nothing else
+    reader_.waitUntil([&] { return reader_.object("radio button", "Play B").is("checked"); },
+                      "B is played");
+    desktop_.press(Keys::returnKey);
+    practice_.expectVerdict(Drill::frequency, 0, 630);
+    EXPECT_EQ(reader_.focus().name, "Frequency") << "the focus stays";
+  }
+
+  void practiseLevel() {
+    nextDrill("Frequency", "Level");
+    tabTo("slider", "Decibels");
+    press({Keys::end, Keys::pageDown, Keys::down});
+    waitForValue("5.95 dB");
+    desktop_.press(Keys::returnKey);
+    practice_.expectVerdict(Drill::level, 1, 5.95);
+  }
+
+  void practiseDynamics() {
+    nextDrill("Level", "Dynamics");
+    tabTo("slider", "Decibels");
+    press({Keys::home, Keys::pageUp, Keys::right});
+    waitForValue("2.50 dB");
+    desktop_.press(Keys::returnKey);
+    practice_.expectVerdict(Drill::dynamics, 2, 2.5);
+  }
+
+  void practisePolarity() {
+    nextDrill("Dynamics", "Polarity");
+    tabTo("radio button", "Slot 1");
+    press({Keys::right, Keys::right});
+    reader_.waitUntil(
+        [&] { return reader_.focus().name == "Slot 2" && reader_.focus().is("checked"); },
+        "slot 2 is chosen");
+    desktop_.press(Keys::three); // plays the third, and chooses nothing
+    desktop_.press(Keys::returnKey);
+    practice_.expectVerdict(Drill::polarity, 3, 1);
+    EXPECT_TRUE(reader_.object("radio button", "Play 3").is("checked"));
+  }
+
+private:
+  void press(std::initializer_list<std::uint32_t> keys) {
+    for (const std::uint32_t key : keys)
+      desktop_.press(key);
+  }
+  void waitForFocus(const std::string& role, const std::string& name) {
+    reader_.waitUntil(
+        [&] {
+          const AccessibleObject focus = reader_.focus();
+          return focus.role == role && focus.name == name;
+        },
+        "the focus is on the " + role + " " + name);
+  }
+  void tabTo(const std::string& role, const std::string& name) {
+    desktop_.press(Keys::tab);
+    waitForFocus(role, name);
+  }
+  // From the picker back to the drills, and on to the next one.
+  void nextDrill(const std::string& from, const std::string& to) {
+    desktop_.press(Keys::tab, {Keys::shift});
+    waitForFocus("radio button", from);
+    desktop_.press(Keys::right);
+    waitForFocus("radio button", to);
+    practice_.waitUntilRendered();
+  }
+  void waitForValue(const std::string& description) {
+    reader_.waitUntil([&] { return reader_.focus().description == description; },
+                      "the answer is " + description);
+  }
+
+  Practice& practice_;
+  Desktop& desktop_;
+  ScreenReader& reader_;
+};
+
+template <typename Hands>
+void practiseEachDrill(Hands hands) {
+  hands.practiseFrequency();
+  hands.practiseLevel();
+  hands.practiseDynamics();
+  hands.practisePolarity();
+}
+
 } // namespace
 
 TEST(ScreenReaderAlone, PractisesATrialOfEachDrill) {
   Practice practice;
+  practiseEachDrill(BusHands(practice));
   ScreenReader& reader = practice.reader;
-  const auto value = [&](const std::string& name) { return reader.object("slider", name).value; };
-  const auto submit = [&] { reader.act("push button", "Submit", "Press"); };
-  const auto goTo = [&](const std::string& drill, const std::string& prompt) {
-    reader.act("radio button", drill, "Press");
-    reader.waitUntil([&] { return reader.shows("label", prompt); }, "the drill is " + drill);
-    practice.waitUntilRendered();
-    EXPECT_TRUE(reader.object("radio button", drill).is("checked"));
-    EXPECT_FALSE(reader.object("radio button", "Frequency").is("checked"));
-  };
-
-  AccessibleObject scale = reader.object("slider", "Frequency");
-  EXPECT_EQ(scale.value, 1000);
-  EXPECT_EQ(scale.lowest, 40);
-  EXPECT_EQ(scale.highest, 16000);
-  EXPECT_EQ(scale.description, "1 kHz");
-  reader.act("slider", "Frequency", "Increase");
-  EXPECT_EQ(value("Frequency"), 1250);
-  reader.act("slider", "Frequency", "Decrease");
-  reader.act("slider", "Frequency", "Decrease");
-  EXPECT_EQ(value("Frequency"), 800);
-  reader.setValue("slider", "Frequency", 3300); // the nearest band answers
-  scale = reader.object("slider", "Frequency");
-  EXPECT_EQ(scale.value, 3150);
-  EXPECT_EQ(scale.description, "3.15 kHz");
-  EXPECT_FALSE(scale.is("read-only"));
-  submit();
-  practice.expectVerdict(Drill::frequency, 0, 3150);
-  scale = reader.object("slider", "Frequency");
-  EXPECT_TRUE(scale.is("read-only"));
-  EXPECT_TRUE(scale.description.starts_with("3.15 kHz, actual ")) << scale.description;
-  reader.act("slider", "Frequency", "Increase");
-  reader.setValue("slider", "Frequency", 40);
-  EXPECT_EQ(value("Frequency"), 3150) << "graded";
-
-  goTo("Level", "B is louder than A. By how much?");
-  scale = reader.object("slider", "Decibels");
-  EXPECT_EQ(scale.highest, 7);
-  EXPECT_NEAR(scale.step, 0.05, 1e-12);
-  reader.setValue("slider", "Decibels", 3.01);
-  reader.act("slider", "Decibels", "Increase");
-  EXPECT_NEAR(value("Decibels"), 3.05, 1e-9);
-  EXPECT_EQ(reader.object("slider", "Decibels").description, "3.05 dB");
-  submit();
-  practice.expectVerdict(Drill::level, 1, 3.05);
-
-  goTo("Dynamics", "B is compressed, loudness-matched. How much gain reduction?");
-  EXPECT_EQ(reader.object("slider", "Decibels").highest, 14);
-  reader.act("radio button", "Play B", "Press");
-  EXPECT_TRUE(reader.object("radio button", "Play B").is("checked"));
-  EXPECT_FALSE(reader.object("radio button", "Play A").is("checked"));
-  reader.act("slider", "Decibels", "Decrease");
-  submit();
-  practice.expectVerdict(Drill::dynamics, 2, 4.5);
-
-  goTo("Polarity", "One of the three has a flipped channel. Which?");
-  EXPECT_FALSE(reader.object("push button", "Submit").is("sensitive")) << "no answer yet";
-  submit();
-  reader.act("radio button", "Slot 3", "Press");
-  reader.act("radio button", "Slot 2", "Press");
-  EXPECT_TRUE(reader.object("radio button", "Slot 2").is("checked"));
-  EXPECT_FALSE(reader.object("radio button", "Slot 3").is("checked"));
-  EXPECT_TRUE(reader.object("push button", "Submit").is("sensitive"));
-  submit();
-  practice.expectVerdict(Drill::polarity, 3, 1);
-  reader.act("radio button", "Slot 1", "Press");
-  EXPECT_FALSE(reader.object("radio button", "Slot 1").is("checked")) << "graded";
-  std::multiset<std::string> captions;
-  for (const std::string slot : {"Slot 1", "Slot 2", "Slot 3"})
-    captions.insert(reader.object("radio button", slot).description);
-  EXPECT_EQ(captions, (std::multiset<std::string>{"FLIPPED", "in phase", "in phase"}));
-
   reader.act("radio button", "Drums", "Press");
   reader.waitUntil([&] { return reader.object("radio button", "Drums").is("checked"); },
                    "the material is drums");
@@ -205,69 +309,7 @@ TEST(ScreenReaderAlone, FindsANameAndARoleOnWhateverShows) {
 
 TEST(KeyboardAlone, PractisesATrialOfEachDrill) {
   Practice practice;
-  Desktop& desktop = practice.desktop;
-  ScreenReader& reader = practice.reader;
-  const auto tabTo = [&](const std::string& role, const std::string& name, bool back = false) {
-    if (back)
-      desktop.press(Keys::tab, {Keys::shift});
-    else
-      desktop.press(Keys::tab);
-    reader.waitUntil(
-        [&] {
-          const AccessibleObject focus = reader.focus();
-          return focus.role == role && focus.name == name;
-        },
-        "the focus is on the " + role + " " + name);
-  };
-  const auto nextDrill = [&](const std::string& from, const std::string& to) {
-    tabTo("radio button", from, true);
-    desktop.press(Keys::right);
-    reader.waitUntil([&] { return reader.focus().name == to; }, "the drill is " + to);
-    practice.waitUntilRendered();
-  };
-  const auto waitForValue = [&](const std::string& description) {
-    reader.waitUntil([&] { return reader.focus().description == description; },
-                     "the answer is " + description);
-  };
-
-  tabTo("radio button", "Frequency");
-  tabTo("slider", "Frequency");
-  for (const std::uint32_t key : {Keys::right, Keys::up, Keys::pageDown, Keys::left})
-    desktop.press(key);
-  waitForValue("630 Hz");     // 1000, 1250, 1600, 800, 630
-  desktop.press(Keys::space); // switches, and nothing else
-  reader.waitUntil([&] { return reader.object("radio button", "Play B").is("checked"); },
-                   "B is played");
-  desktop.press(Keys::returnKey);
-  practice.expectVerdict(Drill::frequency, 0, 630);
-  EXPECT_EQ(reader.focus().name, "Frequency") << "the focus stays";
-
-  nextDrill("Frequency", "Level");
-  tabTo("slider", "Decibels");
-  for (const std::uint32_t key : {Keys::end, Keys::pageDown, Keys::down})
-    desktop.press(key);
-  waitForValue("5.95 dB");
-  desktop.press(Keys::returnKey);
-  practice.expectVerdict(Drill::level, 1, 5.95);
-
-  nextDrill("Level", "Dynamics");
-  tabTo("slider", "Decibels");
-  for (const std::uint32_t key : {Keys::home, Keys::pageUp, Keys::right})
-    desktop.press(key);
-  waitForValue("2.50 dB");
-  desktop.press(Keys::returnKey);
-  practice.expectVerdict(Drill::dynamics, 2, 2.5);
-
-  nextDrill("Dynamics", "Polarity");
-  tabTo("radio button", "Slot 1");
-  desktop.press(Keys::right);
-  desktop.press(Keys::right);
-  reader.waitUntil([&] { return reader.focus().name == "Slot 2" && reader.focus().is("checked"); },
-                   "slot 2 is chosen");
-  desktop.press(Keys::three); // plays the third, and chooses nothing
-  desktop.press(Keys::returnKey);
-  practice.expectVerdict(Drill::polarity, 3, 1);
-  EXPECT_TRUE(reader.object("radio button", "Play 3").is("checked"));
+  practiseEachDrill(KeyboardHands(practice));
 }
 
 } // namespace velto::kit

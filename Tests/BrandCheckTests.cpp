@@ -1,11 +1,11 @@
 // Runs the program's check of the wordmark face in homes and build trees of the test's own.
 
 #include "kit/Command.h"
+#include "kit/Files.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -23,23 +23,20 @@ const fs::path face = program.parent_path() / "../share/velto/MORLADisplay-Regul
 class BrandCheck : public testing::Test {
 protected:
   void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "velto-test-XXXXXX").string();
-    folder_ = ::mkdtemp(pattern.data());
-    fs::create_directories(folder_ / "tree/bin");
-    fs::copy_file(program, folder_ / "tree/bin/velto");
+    fs::create_directories(folder() / "tree/bin");
+    fs::copy_file(program, folder() / "tree/bin/velto");
   }
-  void TearDown() override { fs::remove_all(folder_); }
 
   void shipFace() const {
     fs::create_directories(shippedFace().parent_path());
     fs::copy_file(face, shippedFace());
   }
   [[nodiscard]] fs::path shippedFace() const {
-    return folder_ / "tree/share/velto/MORLADisplay-Regular.otf";
+    return folder() / "tree/share/velto/MORLADisplay-Regular.otf";
   }
 
   [[nodiscard]] fs::path master() const {
-    return folder_ / "home/Projects/morla/company/morla-brand/type/MORLADisplay-Regular.otf";
+    return folder() / "home/Projects/morla/company/morla-brand/type/MORLADisplay-Regular.otf";
   }
   void layMaster() const {
     fs::create_directories(master().parent_path());
@@ -49,12 +46,14 @@ protected:
   // Without a display.
   [[nodiscard]] velto::kit::CommandResult check() const {
     return velto::kit::runCommand(
-        "env -u DISPLAY -u WAYLAND_DISPLAY HOME=" + (folder_ / "home").string() + " " +
-        (folder_ / "tree/bin/velto").string() + " --brand-check 2>&1");
+        "env -u DISPLAY -u WAYLAND_DISPLAY HOME=" + (folder() / "home").string() + " " +
+        (folder() / "tree/bin/velto").string() + " --brand-check 2>&1");
   }
 
 private:
-  fs::path folder_;
+  [[nodiscard]] const fs::path& folder() const { return scratch_.path(); }
+
+  velto::kit::ScratchFolder scratch_;
 };
 
 std::vector<std::string> lines(const std::string& text) {

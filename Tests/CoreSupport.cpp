@@ -156,18 +156,6 @@ literal::Samples literalSource(Material material, double seconds, std::uint64_t 
   std::abort();
 }
 
-Samples source(Material material, double seconds, std::uint64_t seed) {
-  switch (material) {
-  case Material::pinkNoise:
-    return Signals::pink(seconds, seed);
-  case Material::drums:
-    return Signals::drums(seconds, seed);
-  case Material::pad:
-    return Signals::pad(seconds, seed);
-  }
-  std::abort();
-}
-
 rc::Gen<std::uint64_t> anySeed() {
   const auto uniform = rc::gen::noShrink(rc::gen::resize(100, rc::gen::arbitrary<std::uint64_t>()));
   // 0 and the seed that replaces it; the seed that makes the decorrelator's seed 0; both ends.

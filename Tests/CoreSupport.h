@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Drills.h"
+#include "kit/Materials.h"
 #include "literal/LiteralModel.h"
 
 #include <gtest/gtest.h>
@@ -42,8 +43,7 @@ literal::Trial literalTrial(const Trial& trial);
 
 // The literal model's buffer of a material.
 literal::Samples literalSource(Material material, double seconds, std::uint64_t seed);
-// The program's buffer of a material.
-Samples source(Material material, double seconds, std::uint64_t seed);
+using kit::source;
 
 // Any seed, with those that are treated specially among them.
 rc::Gen<std::uint64_t> anySeed();

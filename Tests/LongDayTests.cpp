@@ -5,6 +5,7 @@
 #include "Numbers.h"
 #include "kit/Answers.h"
 #include "kit/FakeOutput.h"
+#include "kit/Files.h"
 #include "kit/Footprint.h"
 #include "kit/ScratchProfile.h"
 #include "kit/WorkerQueues.h"
@@ -17,9 +18,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <memory>
 #include <string>
 
@@ -76,10 +75,7 @@ protected:
     ASSERT_TRUE(std::ranges::any_of(sound.l, [](float sample) { return sample != 0; }));
   }
 
-  std::string file() const {
-    std::ifstream stream(scratch_.file(), std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-  }
+  std::string file() const { return kit::contentOf(scratch_.file()); }
 
   void count(const Trial& trial, bool hit) {
     ++answers_;

@@ -11,12 +11,9 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
-#include <fstream>
 #include <functional>
 #include <iostream>
-#include <sstream>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -34,20 +31,6 @@ void report(const std::string& what, std::vector<double> values, const std::stri
   std::cout << what << ": median " << Numbers::fixed(values[values.size() / 2], 1) << ", worst "
             << Numbers::fixed(values.back(), 1) << ' ' << unit << " (" << values.size()
             << " runs)\n";
-}
-
-// Processor time of all its threads, in ticks.
-long ticks(pid_t pid) {
-  std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
-  std::string text;
-  std::getline(file, text);
-  std::istringstream fields(text.substr(text.rfind(')') + 2));
-  std::string skipped;
-  for (int field = 3; field < 14; ++field)
-    fields >> skipped;
-  long user = 0, system = 0;
-  fields >> user >> system;
-  return user + system;
 }
 
 // The newest frame's arrival includes the recorder's own latency of about 20 ms.
@@ -110,20 +93,23 @@ std::vector<double> repeated(int times, Measure measure) {
   return figures;
 }
 
-void reportLoad(Desktop& desktop, Recorder& recorder, ProgramRunner& program, WindowId window) {
-  const auto perSecond = static_cast<double>(sysconf(_SC_CLK_TCK));
-  long before = ticks(program.pid());
-  recorder.waitForMore(std::size_t{20} * 48000);
-  const auto used = static_cast<double>(ticks(program.pid()) - before);
-  std::cout << "processor while playing: " << Numbers::fixed(100 * used / perSecond / 20, 2)
+// The processor time that the program takes while so many seconds are played.
+double processorSeconds(Recorder& recorder, const ProgramRunner& program, std::size_t seconds) {
+  const double before = Footprint::of(program.pid()).processorSeconds;
+  recorder.waitForMore(seconds * 48000);
+  return Footprint::of(program.pid()).processorSeconds - before;
+}
+
+void reportLoad(Desktop& desktop, Recorder& recorder, const ProgramRunner& program,
+                WindowId window) {
+  std::cout << "processor while playing: "
+            << Numbers::fixed(100 * processorSeconds(recorder, program, 20) / 20, 2)
             << " % of a core over 20 s\nresident while playing: "
             << Numbers::fixed(Footprint::of(program.pid()).residentMegabytes, 1) << " MB\n";
   desktop.minimise(window);
   recorder.waitForMore(std::size_t{2} * 48000);
-  before = ticks(program.pid());
-  recorder.waitForMore(std::size_t{10} * 48000);
-  std::cout << "processor while suspended: " << ticks(program.pid()) - before
-            << " ticks over 10 s\n";
+  std::cout << "processor while suspended: "
+            << Numbers::fixed(processorSeconds(recorder, program, 10), 2) << " s over 10 s\n";
 }
 
 void run() {

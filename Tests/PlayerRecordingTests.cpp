@@ -3,21 +3,20 @@
 
 #include "Numbers.h"
 #include "kit/Alignment.h"
+#include "kit/Command.h"
 #include "kit/Eventually.h"
 #include "kit/Recorder.h"
 #include "kit/Slots.h"
+#include "kit/SoundServer.h"
 #include "kit/Spectrum.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <fcntl.h>
 #include <iostream>
 #include <limits>
 #include <memory>
@@ -51,20 +50,8 @@ void report(std::string_view what, double value, int decimals, std::string_view 
   std::cout << "  " << what << ": " << Numbers::fixed(value, decimals) << ' ' << unit << '\n';
 }
 
-std::string outputOf(const std::string& command) {
-  std::string text;
-  std::FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr)
-    return text;
-  std::array<char, 4096> block{};
-  while (const std::size_t count = std::fread(block.data(), 1, block.size(), pipe))
-    text.append(block.data(), count);
-  pclose(pipe);
-  return text;
-}
-
 std::string streams() {
-  return outputOf("pactl list short sink-inputs");
+  return kit::pactl("list short sink-inputs");
 }
 
 double processorSeconds() {
@@ -172,7 +159,7 @@ TEST_F(Prompt, aGapIsCountedAsAMissedCallback) {
   player.load(slots, 0);
   recorder.waitForMore(second / 2);
   const CallbackCounts before = player.engine().callbackCounts();
-  (void)outputOf("kill -STOP $PPID; sleep 0.1; kill -CONT $PPID");
+  (void)kit::runCommand("kill -STOP $PPID; sleep 0.1; kill -CONT $PPID");
   recorder.waitForMore(second / 2);
   const CallbackCounts after = player.engine().callbackCounts();
   const Recording out = asRendered(recorder.stop());
@@ -486,7 +473,7 @@ TEST_F(LastOnItsDesk, aServerThatEndsWhilePlayingIsSurvived) {
   auto player = std::make_unique<Player>();
   player->load(slots, 0);
   ASSERT_TRUE(eventually([] { return !streams().empty(); }));
-  (void)outputOf("pactl exit");
+  (void)kit::runCommand("pactl exit");
   ASSERT_TRUE(eventually([&] { return !player->engine().isRunning(); }));
   EXPECT_TRUE(player->isPlaying());
   player->switchTo(1);

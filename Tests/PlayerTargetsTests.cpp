@@ -22,12 +22,7 @@ constexpr std::size_t settleFrames = 24000; // a crossfade and the way to the re
 
 Listener::Part listen(Recorder& recorder, std::size_t slot, std::size_t begin) {
   recorder.waitForMore(begin + loopFrames - recorder.frames());
-  const Recording all = recorder.recording();
-  const auto cut = [begin](const std::vector<float>& x) {
-    const auto from = x.begin() + static_cast<std::ptrdiff_t>(begin);
-    return std::vector<float>(from, from + loopFrames);
-  };
-  return {.slot = slot, .begin = begin, .sound = {cut(all.l), cut(all.r)}};
+  return {.slot = slot, .begin = begin, .sound = recorder.recording().part(begin, loopFrames)};
 }
 
 // The whole loop of A and of B, frame by frame at the same place.

@@ -333,90 +333,121 @@ TEST_F(PlayerDeathTest, aSlotWithChannelsOfDifferentLengthStopsTheProcess) {
   EXPECT_DEATH(load({Slot{}}, 0), "without buffers");
 }
 
+// A player, what it must be doing, and calls of any kind.
+class PlayerAndModel {
+public:
+  explicit PlayerAndModel(FakeOutput& output) : output_(output), player_(output.factory(), 1ms) {}
+
+  void callAnything() {
+    switch (*rc::gen::inRange(0, 6)) {
+    case 0:
+      return load();
+    case 1:
+      player_.stop();
+      isPlaying_ = false;
+      return;
+    case 2:
+      return switchToAny();
+    default:
+      return listen();
+    }
+  }
+
+  void requireState() {
+    RC_ASSERT(player_.current() == current_);
+    RC_ASSERT(player_.isPlaying() == isPlaying_);
+    RC_ASSERT(player_.engine().isRunning() == isPlaying_);
+    if (!isPlaying_)
+      for (const PlayerNode& node : player_.nodes())
+        RC_ASSERT(node.volume() == 0.0F);
+  }
+
+  void requireEnd() {
+    player_.stop();
+    slots_.clear();
+    RC_ASSERT(output_.waitUntilClosed() || output_.opened() == 0);
+    RC_ASSERT(!player_.engine().isRunning());
+    // The device is closed a moment before the buffers go.
+    for (const auto& samples : watched_)
+      RC_ASSERT(kit::eventually([&samples] { return samples.expired(); }));
+  }
+
+private:
+  void load() {
+    slots_.clear();
+    const auto count = *rc::gen::inRange<std::size_t>(0, 5);
+    for (std::size_t i = 0; i < count; ++i)
+      slots_.push_back(noiseSlot(*rc::gen::element<std::size_t>(0, 1, 777, 3000),
+                                 *rc::gen::inRange<std::uint32_t>(1, 1000)));
+    current_ = *rc::gen::inRange<std::int64_t>(-1, 5);
+    player_.load(slots_, current_);
+    for (const Slot& slot : slots_)
+      watched_.push_back(slot.l.owner());
+    isPlaying_ = true;
+    sinceLoad_ = sinceRamp_ = 0;
+  }
+
+  void switchToAny() {
+    const auto slot = *rc::gen::inRange<std::int64_t>(-1, 5);
+    player_.switchTo(slot);
+    if (isPlaying_ && slot < 3) {
+      current_ = slot;
+      sinceRamp_ = 0;
+    }
+  }
+
+  void listen() {
+    const auto frames = *rc::gen::inRange<std::size_t>(1, 9000);
+    const auto out = output_.pull(frames, *rc::gen::element<std::size_t>(1, 64, 441, 480, 1920));
+    if (!isPlaying_)
+      return;
+    RC_ASSERT(out.frames() == frames);
+    requireSound(out);
+    sinceLoad_ += frames;
+    sinceRamp_ += frames;
+    if (sinceRamp_ >= ramp)
+      for (std::size_t i = 0; i < 3; ++i)
+        RC_ASSERT(player_.nodes()[i].volume() ==
+                  (static_cast<std::int64_t>(i) == current_ ? 1.0F : 0.0F));
+  }
+
+  // Silence before the start, and the current slot from the end of its crossfade on.
+  void requireSound(const kit::Recording& out) const {
+    const bool isHeard =
+        current_ >= 0 && current_ < 3 && current_ < static_cast<std::int64_t>(slots_.size());
+    const Slot slot = isHeard ? slots_[static_cast<std::size_t>(current_)] : Slot{};
+    const bool hasFrames = isHeard && !slot.l->empty();
+    for (std::size_t i = 0; i < out.frames(); ++i) {
+      if (sinceLoad_ + i >= 240 && sinceLoad_ + i < startDelay)
+        RC_ASSERT(out.l[i] == 0);
+      if (sinceRamp_ + i < ramp || sinceLoad_ + i < ramp)
+        continue;
+      const auto position = sinceLoad_ + i - startDelay;
+      RC_ASSERT(out.l[i] == (hasFrames ? (*slot.l)[position % slot.l->size()] : 0));
+      RC_ASSERT(out.r[i] == (hasFrames ? (*slot.r)[position % slot.r->size()] : 0));
+    }
+  }
+
+  FakeOutput& output_;
+  Player player_;
+  std::vector<Slot> slots_;
+  std::int64_t current_ = 0;
+  bool isPlaying_ = false;
+  std::size_t sinceLoad_ = 0, sinceRamp_ = 0; // frames
+  std::vector<std::weak_ptr<const void>> watched_;
+};
+
 // Whatever a listener does, in any order and between blocks of any size: the state follows the
 // rules, the sound never jumps, and once at rest it is the current slot, bit for bit.
 RC_GTEST_PROP(Player, followsItsRulesForAnySequenceOfCalls, ()) {
   FakeOutput output;
   {
-    Player player(output.factory(), 1ms);
-    std::int64_t current = 0;
-    bool isPlaying = false;
-    std::vector<Slot> slots;
-    std::size_t sinceLoad = 0, sinceRamp = 0;
-    std::vector<std::weak_ptr<const void>> watched;
-
-    const auto count = *rc::gen::inRange(1, 20);
-    for (int call = 0; call < count; ++call) {
-      switch (*rc::gen::inRange(0, 6)) {
-      case 0: {
-        slots.clear();
-        const auto slotCount = *rc::gen::inRange<std::size_t>(0, 5);
-        for (std::size_t i = 0; i < slotCount; ++i)
-          slots.push_back(noiseSlot(*rc::gen::element<std::size_t>(0, 1, 777, 3000),
-                                    *rc::gen::inRange<std::uint32_t>(1, 1000)));
-        current = *rc::gen::inRange<std::int64_t>(-1, 5);
-        player.load(slots, current);
-        for (const Slot& slot : slots)
-          watched.push_back(slot.l.owner());
-        isPlaying = true;
-        sinceLoad = sinceRamp = 0;
-        break;
-      }
-      case 1: {
-        player.stop();
-        isPlaying = false;
-        break;
-      }
-      case 2: {
-        const auto slot = *rc::gen::inRange<std::int64_t>(-1, 5);
-        player.switchTo(slot);
-        if (isPlaying && slot < 3) {
-          current = slot;
-          sinceRamp = 0;
-        }
-        break;
-      }
-      default: {
-        const auto frames = *rc::gen::inRange<std::size_t>(1, 9000);
-        const auto out = output.pull(frames, *rc::gen::element<std::size_t>(1, 64, 441, 480, 1920));
-        if (isPlaying) {
-          RC_ASSERT(out.frames() == frames);
-          const bool isHeard =
-              current >= 0 && current < 3 && current < static_cast<std::int64_t>(slots.size());
-          for (std::size_t i = 0; i < frames; ++i) {
-            if (sinceLoad + i >= 240 && sinceLoad + i < startDelay)
-              RC_ASSERT(out.l[i] == 0);
-            if (sinceRamp + i < ramp || sinceLoad + i < ramp)
-              continue;
-            const Slot slot = isHeard ? slots[static_cast<std::size_t>(current)] : Slot{};
-            const bool hasFrames = isHeard && !slot.l->empty();
-            const auto position = sinceLoad + i - startDelay;
-            RC_ASSERT(out.l[i] == (hasFrames ? (*slot.l)[position % slot.l->size()] : 0));
-            RC_ASSERT(out.r[i] == (hasFrames ? (*slot.r)[position % slot.r->size()] : 0));
-          }
-          sinceLoad += frames;
-          sinceRamp += frames;
-          if (sinceRamp >= ramp)
-            for (std::size_t i = 0; i < 3; ++i)
-              RC_ASSERT(player.nodes()[i].volume() ==
-                        (static_cast<std::int64_t>(i) == current ? 1.0F : 0.0F));
-        }
-      }
-      }
-      RC_ASSERT(player.current() == current);
-      RC_ASSERT(player.isPlaying() == isPlaying);
-      RC_ASSERT(player.engine().isRunning() == isPlaying);
-      if (!isPlaying)
-        for (const PlayerNode& node : player.nodes())
-          RC_ASSERT(node.volume() == 0.0F);
+    PlayerAndModel player(output);
+    for (int calls = *rc::gen::inRange(1, 20); calls > 0; --calls) {
+      player.callAnything();
+      player.requireState();
     }
-    player.stop();
-    slots.clear();
-    RC_ASSERT(output.waitUntilClosed() || output.opened() == 0);
-    RC_ASSERT(!player.engine().isRunning());
-    // The device is closed a moment before the buffers go.
-    for (const auto& samples : watched)
-      RC_ASSERT(kit::eventually([&samples] { return samples.expired(); }));
+    player.requireEnd();
   }
   RC_ASSERT(!output.overran());
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Record.h"
+#include "kit/Files.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
@@ -14,8 +15,6 @@
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <limits>
 #include <optional>
 #include <stdexcept>
@@ -23,6 +22,10 @@
 #include <vector>
 
 namespace velto::testing {
+
+using kit::contentOf;
+using kit::put;
+using kit::ScratchFolder;
 
 // An environment variable that has another value, or none, for as long as this lives.
 class ScopedVariable {
@@ -66,39 +69,6 @@ private:
   std::optional<ScopedVariable> variable_;
 };
 
-// A fresh folder that vanishes with everything in it.
-class ScratchFolder {
-public:
-  explicit ScratchFolder(
-      const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
-    std::string name = (parent / "velto-test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr)
-      throw std::filesystem::filesystem_error("no scratch folder", std::error_code());
-    path_ = name;
-  }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-  ~ScratchFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-
-  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-
-private:
-  std::filesystem::path path_;
-};
-
-inline std::string contentOf(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-inline void put(const std::filesystem::path& path, const std::string& content) {
-  std::filesystem::create_directories(path.parent_path());
-  std::ofstream(path, std::ios::binary) << content;
-}
-
 // `text` with the one place where `from` stands changed to `to`.
 inline std::string changed(std::string text, const std::string& from, const std::string& to) {
   const auto position = text.find(from);
@@ -112,8 +82,7 @@ inline Date since1970(std::int64_t seconds) {
   return {static_cast<double>(seconds) - 978307200};
 }
 
-inline std::int64_t utcSeconds(int year, int month, int day, int hour = 0, int minute = 0,
-                               int second = 0) {
+inline std::tm fieldsOf(int year, int month, int day, int hour, int minute, int second) {
   std::tm fields{};
   fields.tm_year = year - 1900;
   fields.tm_mon = month - 1;
@@ -121,6 +90,12 @@ inline std::int64_t utcSeconds(int year, int month, int day, int hour = 0, int m
   fields.tm_hour = hour;
   fields.tm_min = minute;
   fields.tm_sec = second;
+  return fields;
+}
+
+inline std::int64_t utcSeconds(int year, int month, int day, int hour = 0, int minute = 0,
+                               int second = 0) {
+  auto fields = fieldsOf(year, month, day, hour, minute, second);
   return timegm(&fields);
 }
 
@@ -130,13 +105,7 @@ inline Date utc(int year, int month, int day, int hour = 0, int minute = 0, int 
 
 // A moment by the clock on the wall of the time zone in force.
 inline Date local(int year, int month, int day, int hour = 12, int minute = 0, int second = 0) {
-  std::tm fields{};
-  fields.tm_year = year - 1900;
-  fields.tm_mon = month - 1;
-  fields.tm_mday = day;
-  fields.tm_hour = hour;
-  fields.tm_min = minute;
-  fields.tm_sec = second;
+  auto fields = fieldsOf(year, month, day, hour, minute, second);
   fields.tm_isdst = -1;
   return since1970(mktime(&fields));
 }
@@ -183,13 +152,11 @@ inline rc::Gen<std::int64_t> anyInteger() {
 }
 
 inline rc::Gen<Drill> anyDrill() {
-  return rc::gen::element(Drill(Drill::frequency), Drill(Drill::level), Drill(Drill::dynamics),
-                          Drill(Drill::polarity));
+  return rc::gen::elementOf(Drill::allCases);
 }
 
 inline rc::Gen<Material> anyMaterial() {
-  return rc::gen::element(Material(Material::pinkNoise), Material(Material::drums),
-                          Material(Material::pad));
+  return rc::gen::elementOf(Material::allCases);
 }
 
 inline Attempt anyAttempt() {

@@ -7,6 +7,7 @@
 
 #include "Drills.h"
 #include "Signals.h"
+#include "kit/Materials.h"
 
 #include <bit>
 #include <cmath>
@@ -65,18 +66,6 @@ void hashTrial(const Trial& trial, double seconds, const std::string& title) {
   hash.print(title);
 }
 
-Samples materialSamples(Material material, double seconds, std::uint64_t seed) {
-  switch (material) {
-  case Material::pinkNoise:
-    return Signals::pink(seconds, seed);
-  case Material::drums:
-    return Signals::drums(seconds, seed);
-  case Material::pad:
-    return Signals::pad(seconds, seed);
-  }
-  return {};
-}
-
 void hashRenders(double seconds, std::string_view length) {
   for (int index = 0; index < seedCount; ++index) {
     const std::uint64_t seed = seedNumber(index);
@@ -88,7 +77,7 @@ void hashRenders(double seconds, std::string_view length) {
         hashTrial(Drills::makeTrial(difficulty, material, seed, drill), seconds,
                   std::string(drill.rawValue()) + ", " + tail);
 
-      const Samples mono = materialSamples(material, seconds, seed);
+      const Samples mono = kit::source(material, seconds, seed);
       Hash material1;
       material1.add(mono);
       material1.print("material, " + tail);

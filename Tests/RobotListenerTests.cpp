@@ -83,12 +83,9 @@ public:
     const std::size_t now = recorder_->frames();
     if (frame > now)
       recorder_->waitForMore(frame - now);
-    const Recording all = recorder_->recording();
-    const auto cut = [&](const std::vector<float>& x) {
-      return std::vector<float>(x.begin() + static_cast<std::ptrdiff_t>(settled_),
-                                x.begin() + static_cast<std::ptrdiff_t>(frame));
-    };
-    return {.slot = slot_, .begin = settled_, .sound = {cut(all.l), cut(all.r)}};
+    return {.slot = slot_,
+            .begin = settled_,
+            .sound = recorder_->recording().part(settled_, frame - settled_)};
   }
 
   [[nodiscard]] Listener::Part listenFor(std::size_t frames) {

@@ -1,12 +1,9 @@
 // What is seen: geometry, colours, faces and texts, from the live scene and from its picture. All
 // figures are typed here and none comes from the program.
 
-#include "kit/Seen.h"
+#include "kit/Snippet.h"
 
 #include "Fonts.h"
-#include "RoundedBox.h"
-
-#include <QQmlComponent>
 
 #include <vector>
 
@@ -209,21 +206,11 @@ void expectMarker(Stage& stage, const Picture& picture, const QString& name, dou
               {5, false, QColor(0, 0, 0, 0), at(color, 0.35), 1, hues.soft, {5.5, 10}});
 }
 
-void expectScale(Stage& stage, const Picture& picture, const Wanted& wanted) {
+// The ticks and their labels; those that a marker covers are not looked at, nor any while faded.
+void expectTicks(Stage& stage, const Picture& picture, const Wanted& wanted, double answer,
+                 double truth) {
   const Hues& hues = wanted.hues;
-  const double s = picture.scale();
-  const double fade = wanted.state == State::rendering ? 0.4 : 1;
-  const QRectF strip = stage.box("strip");
-  expectRect(strip, {40, 134, 739, 76});
-  const QColor faded = over(at(hues.soft, fade), hues.surface);
-  if (fade == 1)
-    expectBox(stage.item("strip"), picture,
-              {6, false, hues.soft, hues.line, 1, hues.surface, {7, 40}});
-  else
-    expectColor(picture.colorAt({47, 174}), faded, "the faded strip");
-
-  const double answer = positionOf(wanted.drill, stage.session.answer(), 739);
-  const double truth = positionOf(wanted.drill, truthOf(*stage.session.trial()), 739);
+  const bool faded = wanted.state == State::rendering;
   const double minorShare = wanted.drill == Drill::frequency ? 0.55 : 0.5;
   const auto ticks = ticksOf(wanted.drill);
   for (std::size_t i = 0; i < ticks.size(); ++i) {
@@ -235,9 +222,9 @@ void expectScale(Stage& stage, const Picture& picture, const Wanted& wanted) {
     EXPECT_DOUBLE_EQ(box.bottom(), 210);
     // The outermost ones are kept inside.
     const double inside = std::clamp(40 + x - 0.5, 40.0, 779 - box.width());
-    EXPECT_NEAR(box.left(), inside, 0.5 / s + 0.2);
+    EXPECT_NEAR(box.left(), inside, 0.5 / picture.scale() + 0.2);
     const bool covered = std::abs(x - answer) < 3 || (wanted.graded() && std::abs(x - truth) < 3);
-    if (!covered && fade == 1 && i > 0 && i + 1 < ticks.size())
+    if (!covered && !faded && i > 0 && i + 1 < ticks.size())
       expectTick(picture, box, tick.major ? hues.muted : at(hues.faint, minorShare), hues.soft);
 
     QQuickItem* label = stage.find(numbered("tickLabel", static_cast<int>(i)));
@@ -248,9 +235,25 @@ void expectScale(Stage& stage, const Picture& picture, const Wanted& wanted) {
     EXPECT_NEAR(Stage::box(label).left(), 40 + x - before, 1e-6);
     EXPECT_DOUBLE_EQ(Stage::box(label).top(), 134 + 80);
     EXPECT_LE(Stage::box(label).bottom(), 134 + 76 + 18);
-    if (fade == 1)
+    if (!faded)
       expectText(label, picture, {tick.label, sans, regular, 9, 0, hues.muted, hues.surface});
   }
+}
+
+void expectScale(Stage& stage, const Picture& picture, const Wanted& wanted) {
+  const Hues& hues = wanted.hues;
+  const double fade = wanted.state == State::rendering ? 0.4 : 1;
+  expectRect(stage.box("strip"), {40, 134, 739, 76});
+  if (fade == 1)
+    expectBox(stage.item("strip"), picture,
+              {6, false, hues.soft, hues.line, 1, hues.surface, {7, 40}});
+  else
+    expectColor(picture.colorAt({47, 174}), over(at(hues.soft, fade), hues.surface),
+                "the faded strip");
+
+  const double answer = positionOf(wanted.drill, stage.session.answer(), 739);
+  const double truth = positionOf(wanted.drill, truthOf(*stage.session.trial()), 739);
+  expectTicks(stage, picture, wanted, answer, truth);
 
   const bool near = std::abs(answer - truth) < 3;
   const QColor answerColor = wanted.graded() ? at(hues.signal, 0.45) : hues.signal;
@@ -462,39 +465,6 @@ void expectScene(Stage& stage, Drill drill, int index, State state, bool dark) {
   EXPECT_EQ(stage.find("slotChoice0") != nullptr, drill == Drill::polarity);
 }
 
-// A piece of interface of the test's own.
-struct Snippet {
-  QQuickView view;
-  QQuickItem* root = nullptr;
-
-  explicit Snippet(const QByteArray& qml, const QVariantMap& properties = {}) {
-    view.engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    view.setColor(QColor("#123456"));
-    auto* component = new QQmlComponent(view.engine(), &view);
-    component->setData("import QtQuick\nimport Velto\n" + qml, QUrl());
-    root = qobject_cast<QQuickItem*>(component->createWithInitialProperties(properties));
-    if (root == nullptr)
-      throw std::runtime_error(component->errorString().toStdString());
-    view.setContent(QUrl(), component, root);
-    view.show();
-  }
-
-  Picture picture() {
-    QCoreApplication::processEvents();
-    QImage image = view.grabWindow();
-    image.setDevicePixelRatio(view.effectiveDevicePixelRatio());
-    return Picture(image);
-  }
-  [[nodiscard]] QQuickItem* item(const QString& name) const {
-    if (root->objectName() == name)
-      return root;
-    QQuickItem* found = Stage::find(root, name);
-    if (found == nullptr)
-      throw std::runtime_error("nothing is shown by the name " + name.toStdString());
-    return found;
-  }
-};
-
 // All shown texts.
 void collectTexts(QQuickItem* from, std::vector<QQuickItem*>& texts) {
   for (QQuickItem* child : from->childItems())
@@ -642,256 +612,5 @@ TEST(DifficultyPill, ClampsItsBarAndRoundsHalvesToEven) {
     EXPECT_EQ(snippet.item("difficultyValue")->property("text").toString(), c.text);
     const QQuickItem* bar = snippet.root->findChild<QQuickItem*>("difficultyBar");
     EXPECT_NEAR(bar->width(), c.length, 1e-9);
-  }
-}
-
-// Markers
-
-TEST(Markers, KeepTheirChipsInsideClearOfBarsAndApartForAllBands) {
-  for (const double width : {560.0, 739.0, 1559.0}) {
-    Snippet snippet("FrequencyPicker { lo: 40; hi: 16000 }", {{"width", width}});
-    const auto ticks = ticksOf(Drill::frequency);
-    for (const Tick& answer : ticks)
-      for (const Tick& truth : ticks) {
-        snippet.root->setProperty("value", answer.value);
-        snippet.root->setProperty("truth", truth.value);
-        const QRectF a = Stage::box(snippet.item("answerMarkerChip"));
-        const QRectF t = Stage::box(snippet.item("truthMarkerChip"));
-        const QRectF aBar = Stage::box(snippet.item("answerMarkerBar"));
-        const QRectF tBar = Stage::box(snippet.item("truthMarkerBar"));
-        const QRectF strip(0, 0, width, 76);
-        ASSERT_TRUE(strip.contains(a) && strip.contains(t)) << answer.value << ' ' << truth.value;
-        ASSERT_FALSE(a.intersects(t)) << answer.value << ' ' << truth.value;
-        for (const QRectF& bar : {aBar, tBar}) {
-          ASSERT_FALSE(bar.intersects(a)) << answer.value << ' ' << truth.value;
-          ASSERT_FALSE(bar.intersects(t)) << answer.value << ' ' << truth.value;
-          ASSERT_TRUE(strip.contains(bar));
-        }
-      }
-  }
-}
-
-TEST(Markers, KeepTheirChipsInsideClearOfBarsAndApartForAllDecibels) {
-  for (const double upper : {7.0, 14.0}) {
-    Snippet snippet("DecibelPicker { width: 739; lower: 0 }", {{"upper", upper}});
-    for (int i = 0; i <= 56; ++i)
-      for (int j = 1; j <= 56; ++j) {
-        snippet.root->setProperty("value", upper * i / 56);
-        snippet.root->setProperty("truth", upper * j / 56);
-        const QRectF a = Stage::box(snippet.item("answerMarkerChip"));
-        const QRectF t = Stage::box(snippet.item("truthMarkerChip"));
-        const QRectF strip(0, 0, 739, 76);
-        ASSERT_TRUE(strip.contains(a) && strip.contains(t)) << i << ' ' << j;
-        ASSERT_FALSE(a.intersects(t)) << i << ' ' << j;
-        for (const char* name : {"answerMarkerBar", "truthMarkerBar"}) {
-          const QRectF bar = Stage::box(snippet.item(name));
-          ASSERT_FALSE(bar.intersects(a) || bar.intersects(t)) << i << ' ' << j;
-        }
-      }
-  }
-}
-
-TEST(Markers, AreAbsentWithoutAValue) {
-  Snippet snippet("FrequencyPicker { width: 739 }");
-  EXPECT_EQ(Stage::find(snippet.root, "answerMarker"), nullptr);
-  EXPECT_EQ(Stage::find(snippet.root, "truthMarker"), nullptr);
-  snippet.root->setProperty("value", 1000.0);
-  EXPECT_NE(Stage::find(snippet.root, "answerMarker"), nullptr);
-  snippet.root->setProperty("truth", 1000.0);
-  EXPECT_NE(Stage::find(snippet.root, "truthMarker"), nullptr);
-}
-
-// Palette
-
-TEST(PaletteEnvironment, DrawsDarkWhereNoPaletteIsSet) {
-  Snippet snippet("Panel { width: 200; height: 80 }");
-  expectColor(snippet.picture().colorAt({100, 60}), "#121318", "the panel");
-}
-
-TEST(PaletteEnvironment, FlipsEverythingBelowLive) {
-  Snippet snippet(R"(Item {
-    width: 400; height: 80
-    Theme.palette: Palettes.light
-    Panel { width: 200; height: 80 }
-    Item { x: 200; width: 200; height: 80
-      Panel { width: 200; height: 80; title: "deep" }
-    }
-  })");
-  const Picture light = snippet.picture();
-  expectColor(light.colorAt({100, 60}), "#FFFBF6", "the panel");
-  expectColor(light.colorAt({300, 60}), "#FFFBF6", "the deeper panel");
-  auto* theme = qobject_cast<Theme*>(qmlAttachedPropertiesObject<Theme>(snippet.root, true));
-  theme->setPalette(Palette::dark());
-  const Picture dark = snippet.picture();
-  expectColor(dark.colorAt({100, 60}), "#121318", "the panel");
-  expectColor(dark.colorAt({300, 60}), "#121318", "the deeper panel");
-  EXPECT_EQ(snippet.item("panelTitle")->property("color").value<QColor>(), QColor("#646975"));
-}
-
-TEST(PaletteEnvironment, TheNearestPaletteWins) {
-  Snippet snippet(R"(Item {
-    width: 400; height: 80
-    Theme.palette: Palettes.light
-    Panel { width: 200; height: 80 }
-    Item { x: 200; width: 200; height: 80
-      Theme.palette: Palettes.dark
-      Panel { width: 200; height: 80 }
-    }
-  })");
-  const Picture picture = snippet.picture();
-  expectColor(picture.colorAt({100, 60}), "#FFFBF6", "the outer panel");
-  expectColor(picture.colorAt({300, 60}), "#121318", "the inner panel");
-}
-
-TEST(PaletteEnvironment, FollowsAnItemToItsNewParent) {
-  Snippet snippet(R"(Item {
-    width: 400; height: 80
-    Item { objectName: "home"; width: 200; height: 80; Theme.palette: Palettes.light
-      Panel { objectName: "mover"; width: 200; height: 80 }
-    }
-    Item { objectName: "abroad"; x: 200; width: 200; height: 80 }
-  })");
-  expectColor(snippet.picture().colorAt({100, 60}), "#FFFBF6", "at home");
-  snippet.item("mover")->setParentItem(snippet.item("abroad"));
-  expectColor(snippet.picture().colorAt({300, 60}), "#121318", "abroad");
-}
-
-TEST(Palettes, AreTheTwoConstants) {
-  const auto same = [](const Palette& palette, const Hues& hues) {
-    EXPECT_EQ(palette.bg, hues.bg);
-    EXPECT_EQ(palette.surface, hues.surface);
-    EXPECT_EQ(palette.soft, hues.soft);
-    EXPECT_EQ(palette.ink, hues.ink);
-    EXPECT_EQ(palette.muted, hues.muted);
-    EXPECT_EQ(palette.faint, hues.faint);
-    EXPECT_EQ(palette.line.rgba(), hues.line.rgba());
-    EXPECT_EQ(palette.identity, hues.identity);
-    EXPECT_EQ(palette.signal, hues.signal);
-    EXPECT_EQ(palette.control, hues.control);
-    EXPECT_EQ(palette.selectedFill, hues.selectedFill);
-    EXPECT_EQ(palette.track, hues.track);
-    EXPECT_EQ(palette.good, hues.good);
-    EXPECT_EQ(palette.warn, hues.warn);
-    EXPECT_EQ(palette.bad, hues.bad);
-  };
-  same(Palette::dark(), darkHues);
-  same(Palette::light(), lightHues);
-  EXPECT_TRUE(Palette::dark().isDark);
-  EXPECT_FALSE(Palette::light().isDark);
-  EXPECT_EQ(&Palette::dark(), &Palette::dark());
-}
-
-TEST(Mix, BlendsByAFractionHeldToItsRange) {
-  const QColor from("#204060");
-  const QColor to("#E0A010");
-  EXPECT_LE(difference(mix(from, to, -0.5), from), 0);
-  EXPECT_LE(difference(mix(from, to, 0), from), 0);
-  EXPECT_LE(difference(mix(from, to, 1), to), 0);
-  EXPECT_LE(difference(mix(from, to, 2), to), 0);
-  const QColor grey = mix(QColor("#000000"), QColor("#FFFFFF"), 0.5);
-  for (const float channel : {grey.redF(), grey.greenF(), grey.blueF()})
-    EXPECT_NEAR(channel, 127.5 / 255, 1e-4);
-  EXPECT_EQ(grey.alphaF(), 1.0F);
-  const QColor third = mix(from, to, 0.25);
-  EXPECT_NEAR(third.redF() * 255, 0x20 + 0.25 * (0xE0 - 0x20), 0.01);
-  EXPECT_NEAR(third.greenF() * 255, 0x40 + 0.25 * (0xA0 - 0x40), 0.01);
-  EXPECT_NEAR(third.blueF() * 255, 0x60 + 0.25 * (0x10 - 0x60), 0.01);
-}
-
-TEST(Mix, IsOpaqueWhateverItsColoursAre) {
-  const QColor mixed = mix(QColor(10, 20, 30, 128), QColor(50, 60, 70, 128), 0.5);
-  EXPECT_EQ(mixed.alpha(), 255);
-  EXPECT_NEAR(mixed.redF() * 255, 30, 0.01);
-}
-
-TEST(MixDeathTest, StopsAtAColourThatIsNone) {
-  EXPECT_DEATH((void)mix(QColor(), QColor("#FFFFFF"), 0.5), "");
-  EXPECT_DEATH((void)mix(QColor("#FFFFFF"), QColor(), 0.5), "");
-}
-
-// Panel
-
-TEST(PanelView, HasItsTitlePaddingAndOutline) {
-  Snippet snippet(R"(Item { width: 300; height: 120; Theme.palette: Palettes.light
-    Panel { objectName: "panel"; width: 300; height: implicitHeight; title: "Weakness map"
-      Rectangle { objectName: "content"; width: 50; height: 30; color: "#336699" }
-    }
-  })");
-  const Picture picture = snippet.picture();
-  QQuickItem* title = snippet.item("panelTitle");
-  expectText(title, picture, {"WEAKNESS MAP", mono, medium, 10, 1.4, "#9A8F84", "#FFFBF6"});
-  EXPECT_EQ(Stage::box(title).topLeft(), QPointF(14, 14));
-  const QRectF content = Stage::box(snippet.item("content"));
-  EXPECT_EQ(content.topLeft(), QPointF(14, 14 + title->height() + 10));
-  EXPECT_DOUBLE_EQ(snippet.item("panel")->height(), content.bottom() + 14);
-  expectBox(snippet.item("panelBox"), picture,
-            {10, true, "#FFFBF6", lightHues.line, 1, "#123456", {200, 40}});
-  EXPECT_DOUBLE_EQ(snippet.item("panelBox")->width(), 300);
-}
-
-TEST(PanelView, HasNoTitleRowWithoutATitle) {
-  Snippet snippet(R"(Panel { width: 300; height: implicitHeight
-    Rectangle { objectName: "content"; width: 50; height: 30 }
-  })");
-  (void)snippet.picture();
-  EXPECT_EQ(Stage::find(snippet.root, "panelTitle"), nullptr);
-  EXPECT_EQ(Stage::box(snippet.item("content")).topLeft(), QPointF(14, 14));
-  EXPECT_DOUBLE_EQ(snippet.root->height(), 30 + 28);
-}
-
-// Outlines
-
-namespace {
-
-// 1 / the radius of the circle through three points.
-double curvature(QPointF a, QPointF b, QPointF c) {
-  const QPointF u = b - a, v = c - b, w = c - a;
-  const double area = std::abs(u.x() * v.y() - u.y() * v.x());
-  return 2 * area /
-         (std::hypot(u.x(), u.y()) * std::hypot(v.x(), v.y()) * std::hypot(w.x(), w.y()));
-}
-
-// The curvature along an outline at equal steps of its length, over `count` samples.
-std::vector<double> curvatures(const QPainterPath& path, int count) {
-  std::vector<QPointF> points;
-  for (int i = 0; i < count; ++i)
-    points.push_back(path.pointAtPercent(static_cast<double>(i) / count));
-  std::vector<double> result;
-  const auto n = points.size();
-  for (std::size_t i = 0; i < n; ++i)
-    result.push_back(curvature(points[(i + n - 1) % n], points[i], points[(i + 1) % n]));
-  return result;
-}
-
-double largestStep(const std::vector<double>& values) {
-  double largest = 0;
-  for (std::size_t i = 0; i < values.size(); ++i)
-    largest =
-        std::max(largest, std::abs(values[i] - values[(i + values.size() - 1) % values.size()]));
-  return largest;
-}
-
-} // namespace
-
-TEST(Outline, OfContinuousCornersHasNoJumpOfCurvature) {
-  // A corner of radius 1000 at steps of 30: an arc's curvature jumps to 1/1000 within one step.
-  const QRectF rect(0, 0, 6000, 4000);
-  const auto arc = curvatures(roundedOutline(rect, 1000, false), 600);
-  const auto smooth = curvatures(roundedOutline(rect, 1000, true), 120);
-  EXPECT_GT(largestStep(arc), 0.4 / 1000) << "what the test can tell";
-  EXPECT_LT(largestStep(smooth), 0.4 / 1000);
-  EXPECT_GT(*std::max_element(smooth.begin(), smooth.end()), 0.8 / 1000);
-}
-
-TEST(Outline, CutsAsMuchOffTheCornerWithEitherKind) {
-  const QRectF rect(0, 0, 600, 400);
-  for (const bool continuous : {false, true}) {
-    const QPainterPath path = roundedOutline(rect, 100, continuous);
-    const double cut = 100 * (1 - std::sqrt(0.5));
-    EXPECT_FALSE(path.contains(QPointF(cut - 1, cut - 1)));
-    EXPECT_TRUE(path.contains(QPointF(cut + 1, cut + 1)));
-    EXPECT_FALSE(path.contains(QPointF(600 - cut + 1, 400 - cut + 1)));
-    EXPECT_TRUE(path.contains(QPointF(600 - cut - 1, 400 - cut - 1)));
-    EXPECT_EQ(path.boundingRect(), rect);
   }
 }

@@ -30,8 +30,7 @@ constexpr Step nothing{}, load{.load = true, .report = false},
 
 } // namespace
 
-// --- When to try, and when to speak
-// ---------------------------------------------------------------
+// ---- When to try, and when to speak ----
 
 TEST(SoundRecovery, soundThatPlaysNeedsNothing) {
   SoundRecovery recovery;
@@ -119,8 +118,7 @@ RC_GTEST_PROP(SoundRecoveryLaws, neverTwoReportsWithoutSoundBetweenThemAndNeverA
   }
 }
 
-// --- A session whose output opens in the background
-// -----------------------------------------------
+// ---- A session whose output opens in the background ----
 
 namespace {
 

@@ -3,6 +3,8 @@
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
 #include "kit/Eventually.h"
+#include "kit/Footprint.h"
+#include "kit/Launch.h"
 #include "kit/ProfileReader.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
@@ -15,12 +17,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
-#include <fstream>
+#include <iostream>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <thread>
-#include <unistd.h>
 
 namespace velto::kit {
 namespace {
@@ -34,18 +34,13 @@ std::string line(const std::string& reason) {
   return "Velto: engine start failed - " + reason + "\n";
 }
 
-std::int64_t secondsNow() {
-  return std::chrono::duration_cast<std::chrono::seconds>(
-             std::chrono::system_clock::now().time_since_epoch())
-      .count();
-}
-
 // The program with its window in front, in the level drill.
 class Practice {
 public:
   Practice()
-      : startedAfter_(secondsNow()), program(VELTO_PROGRAM, {"--drill", "level"}),
-        window(desktop.waitForWindow("MORLA Velto", program.pid())), startedBefore_(secondsNow()) {
+      : program(VELTO_PROGRAM, {"--drill", "level"}),
+        window(desktop.waitForWindow("MORLA Velto", program.pid())) {
+    launch_.hasHappened();
     desktop.waitForActive(window);
   }
 
@@ -56,13 +51,9 @@ public:
       const Recording sound = asRendered(recorder.recording());
       if (sound.frames() < 2400)
         continue;
-      for (std::int64_t second = startedAfter_; second <= startedBefore_; ++second) {
-        const auto seed = static_cast<std::uint64_t>(second) + (2 + number) * 40503;
-        const auto slots =
-            Drills::render(Drills::makeTrial(20, Material::pinkNoise, seed, Drill::level), 3.2);
-        if (loopPhase(sound, sound.frames() - 2400, 2400, slots[slot]))
+      for (const Trial& trial : launch_.trials(Drill::level, number))
+        if (loopPhase(sound, sound.frames() - 2400, 2400, Drills::render(trial, 3.2)[slot]))
           return true;
-      }
     }
     return false;
   }
@@ -84,30 +75,13 @@ public:
     return program.waitForExit() == 0;
   }
 
-  // How long its threads have run so far, in all.
-  [[nodiscard]] double processorSeconds() const {
-    std::ifstream file("/proc/" + std::to_string(program.pid()) + "/stat");
-    std::stringstream text;
-    text << file.rdbuf();
-    std::istringstream fields(text.str().substr(text.str().rfind(')') + 2));
-    std::string skipped;
-    for (int i = 0; i < 11; ++i)
-      fields >> skipped;
-    double user = 0, system = 0;
-    fields >> user >> system;
-    return (user + system) / static_cast<double>(::sysconf(_SC_CLK_TCK));
-  }
-
 private:
-  std::int64_t startedAfter_;
+  Launch launch_;
 
 public:
   Desktop desktop;
   ProgramRunner program;
   WindowId window;
-
-private:
-  std::int64_t startedBefore_;
 };
 
 std::string streams() {
@@ -129,9 +103,10 @@ TEST(SoundReturns, whenAServerStartsAfterTheProgram) {
   Practice practice;
   ASSERT_TRUE(practice.says(line(refused)));
   practice.desktop.press(Keys::two);
-  const double before = practice.processorSeconds();
+  const pid_t pid = practice.program.pid();
+  const double before = Footprint::of(pid).processorSeconds;
   std::this_thread::sleep_for(5s);
-  const double used = practice.processorSeconds() - before;
+  const double used = Footprint::of(pid).processorSeconds - before;
   std::cout << "  processor use in an outage: " << used / 5 * 100 << " % of a core\n";
   EXPECT_LT(used, 0.25) << "of 5 s";
   EXPECT_TRUE(practice.reacts(1));

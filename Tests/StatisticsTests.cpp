@@ -269,31 +269,12 @@ RC_GTEST_PROP(Statistics, AStreakIsTheLongestRunThatEndsTodayOrElseYesterday,
 }
 
 // The same figures by other means: a pass for each figure, and days counted in UTC.
-RC_GTEST_PROP(Statistics, AgreeWithAPassForEachFigure, ()) {
-  const ScopedTimeZone zone("UTC");
-  const std::int64_t today = 20000;
-  std::vector<Attempt> rows;
-  const int count = *rc::gen::inRange(0, 200);
-  for (int i = 0; i < count; ++i) {
-    const auto drill = *anyDrill();
-    rows.push_back(row(
-        drill,
-        drill == Drill::frequency ? std::optional(*rc::gen::inRange<std::int64_t>(0, 27))
-                                  : std::nullopt,
-        *rc::gen::arbitrary<bool>(), *rc::gen::inRange(0, 64) / 64.0,
-        since1970(today * 86400 - *rc::gen::inRange(0, 9) * 86400 + *rc::gen::inRange(0, 86400))));
-    rows.back().difficulty = *rc::gen::inRange(0, 100);
-  }
-  Lifetime lifetime;
-  for (int i = *rc::gen::inRange(0, 27); i > 0; --i)
-    lifetime[*rc::gen::inRange<std::int64_t>(0, 27)] = {5, 2, *rc::gen::inRange(0, 640) / 64.0};
 
-  const Stats stats = Statistics::compute(rows, lifetime, since1970(today * 86400 + 7));
-
+void requireBands(const Stats& stats, const std::vector<Attempt>& rows, const Lifetime& lifetime) {
   RC_ASSERT(stats.bands.size() == 27U);
   double worst = -1;
   for (std::int64_t b = 0; b < 27; ++b) {
-    const BandRoll old = lifetime.contains(b) ? lifetime[b] : BandRoll{};
+    const BandRoll old = lifetime.contains(b) ? lifetime.at(b) : BandRoll{};
     const auto inBand = [&](const Attempt& a) { return a.bandIndex == b; };
     const auto hitInBand = [&](const Attempt& a) { return a.bandIndex == b && a.correct; };
     double errors = old.errorSum; // multiples of 1/64: exact in any order
@@ -315,30 +296,56 @@ RC_GTEST_PROP(Statistics, AgreeWithAPassForEachFigure, ()) {
   RC_ASSERT(stats.weakest.has_value() == (named != stats.bands.end()));
   if (stats.weakest)
     RC_ASSERT(*stats.weakest == *named);
+}
 
+void requireAccuracyAndCurve(const Stats& stats, const std::vector<Attempt>& rows, Drill drill) {
+  std::vector<Attempt> own;
+  std::copy_if(rows.begin(), rows.end(), std::back_inserter(own),
+               [&](const Attempt& a) { return a.drill == drill; });
+  const std::string name(drill.rawValue());
+  RC_ASSERT(stats.accuracy.contains(name) == !own.empty());
+  RC_ASSERT(stats.curves.contains(name) == !own.empty());
+  if (own.empty())
+    return;
+  const std::size_t window = std::min<std::size_t>(own.size(), 30);
+  int hits = 0;
+  for (std::size_t i = own.size() - window; i < own.size(); ++i)
+    hits += own[i].correct ? 1 : 0;
+  RC_ASSERT(stats.accuracy.at(name) == hits / static_cast<double>(window));
+  const auto& curve = stats.curves.at(name);
+  RC_ASSERT(curve.size() == std::min<std::size_t>(own.size(), 60));
+  for (std::size_t i = 0; i < curve.size(); ++i)
+    RC_ASSERT(curve[i] == own[own.size() - curve.size() + i].difficulty);
+}
+
+RC_GTEST_PROP(Statistics, AgreeWithAPassForEachFigure, ()) {
+  const ScopedTimeZone zone("UTC");
+  const std::int64_t today = 20000;
+  std::vector<Attempt> rows;
+  const int count = *rc::gen::inRange(0, 200);
+  for (int i = 0; i < count; ++i) {
+    const auto drill = *anyDrill();
+    rows.push_back(row(
+        drill,
+        drill == Drill::frequency ? std::optional(*rc::gen::inRange<std::int64_t>(0, 27))
+                                  : std::nullopt,
+        *rc::gen::arbitrary<bool>(), *rc::gen::inRange(0, 64) / 64.0,
+        since1970(today * 86400 - *rc::gen::inRange(0, 9) * 86400 + *rc::gen::inRange(0, 86400))));
+    rows.back().difficulty = *rc::gen::inRange(0, 100);
+  }
+  Lifetime lifetime;
+  for (int i = *rc::gen::inRange(0, 27); i > 0; --i)
+    lifetime[*rc::gen::inRange<std::int64_t>(0, 27)] = {5, 2, *rc::gen::inRange(0, 640) / 64.0};
+
+  const Stats stats = Statistics::compute(rows, lifetime, since1970(today * 86400 + 7));
+
+  requireBands(stats, rows, lifetime);
   RC_ASSERT(stats.todayCount == std::count_if(rows.begin(), rows.end(), [&](const Attempt& a) {
               return a.date.secondsSinceReferenceDate >=
                      since1970(today * 86400).secondsSinceReferenceDate;
             }));
-  for (const Drill drill : Drill::allCases) {
-    std::vector<Attempt> own;
-    std::copy_if(rows.begin(), rows.end(), std::back_inserter(own),
-                 [&](const Attempt& a) { return a.drill == drill; });
-    const std::string name(drill.rawValue());
-    RC_ASSERT(stats.accuracy.contains(name) == !own.empty());
-    RC_ASSERT(stats.curves.contains(name) == !own.empty());
-    if (own.empty())
-      continue;
-    const std::size_t window = std::min<std::size_t>(own.size(), 30);
-    int hits = 0;
-    for (std::size_t i = own.size() - window; i < own.size(); ++i)
-      hits += own[i].correct ? 1 : 0;
-    RC_ASSERT(stats.accuracy.at(name) == hits / static_cast<double>(window));
-    const auto& curve = stats.curves.at(name);
-    RC_ASSERT(curve.size() == std::min<std::size_t>(own.size(), 60));
-    for (std::size_t i = 0; i < curve.size(); ++i)
-      RC_ASSERT(curve[i] == own[own.size() - curve.size() + i].difficulty);
-  }
+  for (const Drill drill : Drill::allCases)
+    requireAccuracyAndCurve(stats, rows, drill);
 }
 
 } // namespace

@@ -1,12 +1,13 @@
 // The real window under a Wayland compositor: what is drawn, the keys, and what follows the desktop
 // and the focus. Run on a private desk with a display, a compositor beside it, and a session bus.
+#include "kit/Alignment.h"
 #include "kit/Command.h"
+#include "kit/Eventually.h"
 #include "kit/FakePortal.h"
+#include "kit/Launch.h"
 #include "kit/ProfileReader.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
-
-#include "kit/Alignment.h"
 
 #include "Drills.h"
 
@@ -16,14 +17,11 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace velto::kit {
@@ -36,15 +34,6 @@ std::string run(const std::string& command) {
   if (result.status != 0)
     throw std::runtime_error(command + ": " + result.output);
   return result.output;
-}
-
-void waitUntil(const std::function<bool()>& condition, const std::string& what) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(15);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end)
-      throw std::runtime_error("waited in vain until " + what);
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
 }
 
 // The window of a process in the compositor's tree.
@@ -142,24 +131,6 @@ private:
   ProgramRunner program_;
 };
 
-// The trial that the program made first, by the second in which it started.
-bool isVerdictOn(const ReadAttempt& attempt, Drill drill, double answer, std::int64_t after,
-                 std::int64_t before) {
-  for (auto start = after; start <= before; ++start) {
-    const auto trial = Drills::makeTrial(20, Material::pinkNoise,
-                                         static_cast<std::uint64_t>(start) + 2 * 40503, drill);
-    if (std::abs(Drills::grade(answer, trial).error - attempt.error) < 1e-9)
-      return true;
-  }
-  return false;
-}
-
-std::int64_t secondsNow() {
-  return std::chrono::duration_cast<std::chrono::seconds>(
-             std::chrono::system_clock::now().time_since_epoch())
-      .count();
-}
-
 bool isSilent(Recorder& recorder) {
   recorder.waitForMore(second / 10);
   const Recording sound = recorder.recording();
@@ -204,16 +175,19 @@ TEST(Wayland, followsLightAndDark) {
 }
 
 TEST(Wayland, takesKeysAndCapsLockBlocksAllButReturn) {
-  const std::int64_t after = secondsNow();
+  Launch launch;
   Window window({"--drill", "level", "--appearance", "dark"});
-  const std::int64_t before = secondsNow();
+  launch.hasHappened();
   window.waitUntilRendered();
   run("wtype -M capslock -k 2 -m capslock");
   run("wtype -k Tab -k Tab");
   run("wtype -k Right -k Right -k Next -k Up"); // 2.05, 2.10, 1.10, 1.15 dB
   run("wtype -M capslock -k Return -m capslock");
   const ReadProfile profile = waitForAttempts(window.program.profileFile(), 1);
-  EXPECT_TRUE(isVerdictOn(profile.attempts[0], Drill::level, 1.15, after, before));
+  const std::vector<Trial> trials = launch.trials(Drill::level);
+  EXPECT_TRUE(std::any_of(trials.begin(), trials.end(), [&](const Trial& trial) {
+    return std::abs(Drills::grade(1.15, trial).error - profile.attempts[0].error) < 1e-9;
+  }));
   constexpr QPoint besideB(110, 254), verdict(740, 312);
   constexpr QRgb surface = qRgb(0x12, 0x13, 0x18), selectedFill = qRgb(0x1D, 0x27, 0x33);
   waitUntil([&] { return window.picture().pixel(verdict) != surface; }, "the verdict shows");

@@ -3,6 +3,8 @@
 // recorded frame can be held against the slot that must be heard, bit for bit.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
+#include "kit/Files.h"
+#include "kit/Launch.h"
 #include "kit/ProfileReader.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
@@ -12,13 +14,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -38,31 +37,21 @@ struct Point {
 constexpr Point slotA{66, 258}, slotB{126, 258}, drums{593, 258}, submitButton{740, 258};
 constexpr Point polarityChip{745, 40}, background{400, 365};
 
-std::int64_t secondsNow() {
-  return std::chrono::duration_cast<std::chrono::seconds>(
-             std::chrono::system_clock::now().time_since_epoch())
-      .count();
-}
-
 // The program, its window, and what it must play.
 class Stage {
 public:
   explicit Stage(Drill drill = Drill::level, std::vector<std::string> arguments = {})
-      : drill_(drill), startedAfter_(secondsNow()),
+      : drill_(drill), material_(usualMaterial(drill)),
         program(VELTO_PROGRAM, withDrill(std::move(arguments))),
         window(desktop.waitForWindow("MORLA Velto", program.pid())) {
     desktop.waitForActive(window);
-    const std::int64_t startedBefore = secondsNow();
-    material_ = drill == Drill::polarity   ? Material::pad
-                : drill == Drill::dynamics ? Material::drums
-                                           : Material::pinkNoise;
+    launch_.hasHappened();
+    const std::vector<Trial> candidates = launch_.trials(drill);
     waitUntilPlaying([&](const Recording& sound, std::size_t begin) {
-      for (std::int64_t second = startedAfter_; second <= startedBefore; ++second) {
-        firstSeed_ = static_cast<std::uint64_t>(second) + 2 * 40503;
-        if (loopPhase(sound, begin, provenFrames, slots(0)[0]))
-          return true;
-      }
-      return false;
+      return std::any_of(candidates.begin(), candidates.end(), [&](const Trial& candidate) {
+        firstSeed_ = candidate.seed;
+        return loopPhase(sound, begin, provenFrames, slots(0)[0]).has_value();
+      });
     });
   }
 
@@ -72,7 +61,7 @@ public:
   }
 
   [[nodiscard]] Trial trial(std::size_t number) const {
-    return Drills::makeTrial(20, material_, firstSeed_ + number * 40503, drill_);
+    return Drills::makeTrial(20, material_, firstSeed_ + number * seedStep, drill_);
   }
 
   // The slots of the program's trial `number`, from 0.
@@ -177,8 +166,8 @@ private:
   }
 
   Drill drill_;
-  Material material_ = Material::pinkNoise;
-  std::int64_t startedAfter_ = 0;
+  Material material_;
+  Launch launch_;
   std::uint64_t firstSeed_ = 0;
 
 public:
@@ -402,16 +391,14 @@ TEST(Lifecycle, closingTheWindowEndsTheProgram) {
   EXPECT_EQ(stage.program.output(), "");
 }
 
-// --- Scripted runs
-// --------------------------------------------------------------------------------
+// ---- Scripted runs ----
 
 struct Png {
   std::uint32_t width = 0, height = 0;
 };
 
 std::optional<Png> readPng(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+  const std::string bytes = contentOf(file);
   if (bytes.size() < 24 || bytes.substr(1, 3) != "PNG")
     return std::nullopt;
   const auto number = [&](std::size_t at) {

@@ -35,8 +35,7 @@ void count(std::atomic<std::uint64_t>& offences) {
     offences.fetch_add(1, std::memory_order_relaxed);
 }
 
-// --- System calls, where the kernel hands them over
-// -----------------------------------------------
+// ---- System calls, where the kernel hands them over ----
 
 // What the kernel reads at each system call of this thread.
 enum : char { allow = 0, handOver = 1 }; // SYSCALL_DISPATCH_FILTER_ALLOW, _BLOCK
@@ -83,8 +82,7 @@ bool handOverSystemCalls() {
 
 #endif
 
-// --- The callback
-// ---------------------------------------------------------------------------------
+// ---- The callback ----
 
 struct Watched {
   cubeb_data_callback data;

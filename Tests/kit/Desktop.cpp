@@ -1,5 +1,7 @@
 #include "Desktop.h"
 
+#include "Eventually.h"
+
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>
 
@@ -144,12 +146,7 @@ Desktop::~Desktop() {
 }
 
 void Desktop::waitUntil(const std::function<bool()>& condition, const std::string& what) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end)
-      throw std::runtime_error("waited in vain until " + what);
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
-  }
+  kit::waitUntil(condition, what);
 }
 
 WindowId Desktop::waitForWindow(const std::string& title, pid_t pid) {

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <chrono>
+#include <stdexcept>
+#include <string>
 #include <thread>
 
 namespace velto::kit {
@@ -17,6 +19,14 @@ template <typename Condition>
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
   return true;
+}
+
+// Returns when `condition` holds. When it does not come to hold, a std::runtime_error says that it
+// was waited in vain until `what`.
+template <typename Condition>
+void waitUntil(Condition condition, const std::string& what) {
+  if (!eventually(condition))
+    throw std::runtime_error("waited in vain until " + what);
 }
 
 } // namespace velto::kit

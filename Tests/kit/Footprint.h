@@ -1,9 +1,13 @@
 // What a process holds of the machine.
 #pragma once
 
+#include "Files.h"
+
+#include <algorithm>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <unistd.h>
 
@@ -13,6 +17,7 @@ struct Footprint {
   double residentMegabytes = 0; // 10^6 bytes
   std::size_t handles = 0;      // open files
   std::size_t threads = 0;
+  double processorSeconds = 0; // that its threads have run so far, in all
 
   // Of the process `pid`. All of it is 0 if there is none.
   [[nodiscard]] static Footprint of(pid_t pid) {
@@ -25,6 +30,7 @@ struct Footprint {
     footprint.residentMegabytes = resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
     footprint.handles = entries(folder / "fd");
     footprint.threads = entries(folder / "task");
+    footprint.processorSeconds = processorSecondsIn(folder / "stat");
     // Reading the folder took a handle itself.
     if (pid == getpid())
       --footprint.handles;
@@ -34,6 +40,18 @@ struct Footprint {
   [[nodiscard]] static Footprint ofThisProcess() { return of(getpid()); }
 
 private:
+  [[nodiscard]] static double processorSecondsIn(const std::filesystem::path& stat) {
+    const std::string text = contentOf(stat);
+    // The name in brackets may hold spaces; the times are the 12th and 13th field behind it.
+    std::istringstream fields(text.substr(std::min(text.rfind(')') + 1, text.size())));
+    std::string skipped;
+    for (int field = 1; field < 12; ++field)
+      fields >> skipped;
+    double user = 0, system = 0;
+    fields >> user >> system;
+    return (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
+  }
+
   [[nodiscard]] static std::size_t entries(const std::filesystem::path& folder) {
     std::error_code gone;
     std::size_t count = 0;

@@ -19,14 +19,6 @@ double centreHz(std::size_t band) {
   return 1000 * std::pow(10, (static_cast<double>(band) - 14) / 10);
 }
 
-Recording cut(const Recording& recording, std::size_t begin, std::size_t count) {
-  const auto part = [&](const std::vector<float>& x) {
-    const auto from = x.begin() + static_cast<std::ptrdiff_t>(begin);
-    return std::vector<float>(from, from + static_cast<std::ptrdiff_t>(count));
-  };
-  return {part(recording.l), part(recording.r)};
-}
-
 std::array<double, bandCount> bandPowers(const Recording& recording) {
   const auto power = powerSpectrum(std::span(recording.l).first(spectrumFrames));
   std::array<double, bandCount> bands{};
@@ -90,14 +82,14 @@ std::pair<Recording, Recording> samePlace(const Part& a, const Part& b, std::siz
   for (const Stretch& stretch : stretches(a, b, loopFrames))
     if (stretch.frames > longest.frames)
       longest = stretch;
-  return {cut(a.sound, longest.inA, longest.frames), cut(b.sound, longest.inB, longest.frames)};
+  return {a.sound.part(longest.inA, longest.frames), b.sound.part(longest.inB, longest.frames)};
 }
 
 std::pair<Recording, Recording> everyPlace(const Part& a, const Part& b, std::size_t loopFrames) {
   std::pair<Recording, Recording> all;
   for (const Stretch& stretch : stretches(a, b, loopFrames)) {
-    all.first.append(cut(a.sound, stretch.inA, stretch.frames));
-    all.second.append(cut(b.sound, stretch.inB, stretch.frames));
+    all.first.append(a.sound.part(stretch.inA, stretch.frames));
+    all.second.append(b.sound.part(stretch.inB, stretch.frames));
   }
   return all;
 }

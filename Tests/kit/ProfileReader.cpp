@@ -1,11 +1,10 @@
 #include "ProfileReader.h"
 
+#include "Eventually.h"
+
 #include <nlohmann/json.hpp>
 
-#include <chrono>
 #include <fstream>
-#include <stdexcept>
-#include <thread>
 
 namespace velto::kit {
 
@@ -35,14 +34,14 @@ std::optional<ReadProfile> readProfile(const std::filesystem::path& file) {
 }
 
 ReadProfile waitForAttempts(const std::filesystem::path& file, std::size_t attempts) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-  while (std::chrono::steady_clock::now() < end) {
-    const auto profile = readProfile(file);
-    if (profile && profile->attempts.size() >= attempts)
-      return *profile;
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-  throw std::runtime_error("the answer does not reach the profile");
+  std::optional<ReadProfile> profile;
+  waitUntil(
+      [&] {
+        profile = readProfile(file);
+        return profile && profile->attempts.size() >= attempts;
+      },
+      "the answer reaches the profile");
+  return *profile;
 }
 
 } // namespace velto::kit

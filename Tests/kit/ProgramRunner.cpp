@@ -2,10 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
 #include <poll.h>
 #include <spawn.h>
 #include <stdexcept>
@@ -17,11 +14,6 @@
 namespace velto::kit {
 
 namespace {
-
-std::string contents(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 std::vector<std::string> environmentWith(const ProgramRunner::Environment& changes) {
   std::vector<std::string> entries;
@@ -45,18 +37,6 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 }
 
 } // namespace
-
-ScratchFolder::ScratchFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "velto-test-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr)
-    throw std::runtime_error("no scratch folder");
-  path_ = pattern;
-}
-
-ScratchFolder::~ScratchFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
 
 ProgramRunner::ProgramRunner(const std::string& program, std::vector<std::string> arguments,
                              const Environment& changes) {
@@ -112,11 +92,11 @@ void ProgramRunner::terminate() {
 }
 
 std::string ProgramRunner::errors() const {
-  return contents(scratch() / "errors");
+  return contentOf(scratch() / "errors");
 }
 
 std::string ProgramRunner::output() const {
-  return contents(scratch() / "output");
+  return contentOf(scratch() / "output");
 }
 
 bool ProgramRunner::reap(std::chrono::milliseconds patience) {

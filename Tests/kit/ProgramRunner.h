@@ -1,6 +1,8 @@
 // Runs a program as a child with a practice record of its own.
 #pragma once
 
+#include "Files.h"
+
 #include <chrono>
 #include <filesystem>
 #include <map>
@@ -10,20 +12,6 @@
 #include <vector>
 
 namespace velto::kit {
-
-// A folder that is removed with everything in it.
-class ScratchFolder {
-public:
-  ScratchFolder();
-  ~ScratchFolder();
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-
-private:
-  std::filesystem::path path_;
-};
 
 // A running program. Its profile folder, and whatever else it writes through `scratch`, lives as
 // long as this object; the process does not outlive it either: it is asked to end, then ended, and

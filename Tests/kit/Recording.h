@@ -17,6 +17,15 @@ struct Recording {
     r.insert(r.end(), more.r.begin(), more.r.end());
   }
 
+  // `count` of its frames from `begin` on.
+  [[nodiscard]] Recording part(std::size_t begin, std::size_t count) const {
+    const auto of = [&](const std::vector<float>& channel) {
+      const auto from = channel.begin() + static_cast<std::ptrdiff_t>(begin);
+      return std::vector<float>(from, from + static_cast<std::ptrdiff_t>(count));
+    };
+    return {of(l), of(r)};
+  }
+
   // An odd last sample is left out.
   [[nodiscard]] static Recording fromInterleaved(const std::vector<float>& samples) {
     Recording recording;

@@ -1,13 +1,13 @@
 #include "ScreenReader.h"
 
+#include "Eventually.h"
+
 #include <atspi/atspi.h>
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <map>
 #include <stdexcept>
-#include <thread>
 
 namespace velto::kit {
 
@@ -155,15 +155,12 @@ ScreenReader::~ScreenReader() {
 }
 
 void ScreenReader::waitUntil(const std::function<bool()>& condition, const std::string& what) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  for (;;) {
-    Bus::dispatch();
-    if (condition())
-      return;
-    if (std::chrono::steady_clock::now() > end)
-      throw std::runtime_error("waited in vain until " + what);
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
+  kit::waitUntil(
+      [&] {
+        Bus::dispatch();
+        return condition();
+      },
+      what);
 }
 
 void ScreenReader::read(pid_t pid) {

@@ -1,11 +1,11 @@
 #include "SoundServer.h"
 
+#include "Command.h"
 #include "Eventually.h"
 
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <spawn.h>
@@ -57,15 +57,7 @@ void SoundServer::thaw() {
 }
 
 std::string pactl(const std::string& arguments) {
-  std::string text;
-  std::FILE* pipe = ::popen(("pactl " + arguments + " 2>/dev/null").c_str(), "r");
-  if (pipe == nullptr)
-    throw std::runtime_error("pactl cannot be run");
-  std::array<char, 4096> block{};
-  while (const std::size_t count = std::fread(block.data(), 1, block.size(), pipe))
-    text.append(block.data(), count);
-  ::pclose(pipe);
-  return text;
+  return runCommand("pactl " + arguments + " 2>/dev/null").output;
 }
 
 } // namespace velto::kit

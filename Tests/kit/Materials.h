@@ -1,0 +1,24 @@
+// The program's buffer of a material, whichever it is.
+#pragma once
+
+#include "Drills.h"
+#include "Signals.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace velto::kit {
+
+[[nodiscard]] inline Samples source(Material material, double seconds, std::uint64_t seed) {
+  switch (material) {
+  case Material::pinkNoise:
+    return Signals::pink(seconds, seed);
+  case Material::drums:
+    return Signals::drums(seconds, seed);
+  case Material::pad:
+    return Signals::pad(seconds, seed);
+  }
+  std::abort();
+}
+
+} // namespace velto::kit
