@@ -133,10 +133,11 @@ public:
     for (std::size_t i = 0; i < oscillators_.size(); ++i) {
       if (i < sums.size())
         meanwhile(i);
-      if (oscillators_[i].mayWrap())
-        oscillators_[i].template addTo<true>(sums);
+      Oscillators& pair = oscillators_[i];
+      if (pair.mayWrap())
+        pair.addTo<true>(sums);
       else
-        oscillators_[i].template addTo<false>(sums);
+        pair.addTo<false>(sums);
     }
     for (Pair& sum : sums)
       sum /= static_cast<double>(voices);
