@@ -1,6 +1,6 @@
 # velto_desk_test(NAME name COMMAND target-or-program [argument...]
-#                 [DISPLAY] [SOUND [PROMPT]] [LOCALE] [LONG | MATRIX] [SERIAL]
-#                 [SCALE n] [SIZE WxHxD] [TIMEOUT seconds] [ENVIRONMENT name=value...])
+#                 [DISPLAY] [SOUND [PROMPT]] [LOCALE] [LONG] [SERIAL]
+#                 [SIZE WxHxD] [TIMEOUT seconds] [ENVIRONMENT name=value...])
 #
 # Registers a test that runs on a private desk; see `desk --help` for what it finds there.
 #   DISPLAY  with an X server and a window manager
@@ -8,19 +8,19 @@
 #            machine can stand still for 100 ms; what is played has 250 ms in store against that.
 #   PROMPT   with no more in store than the program asks for
 #   LOCALE   registers name.comma too: the same under a locale whose decimal separator is a comma
-#   LONG, MATRIX  label "long" or "matrix" in place of "default"
+#   LONG     label "long" in place of "default"
 #   SERIAL   nothing else runs meanwhile
-#   TIMEOUT  60 s unless given, 900 s for LONG and MATRIX
+#   TIMEOUT  60 s unless given, 900 s for LONG
 # A target named as the command must be defined before.
 
 set(VELTO_DESK ${CMAKE_CURRENT_LIST_DIR}/desk CACHE INTERNAL "Runs a command on a private desk")
 set(VELTO_DESK_LOCALES ${PROJECT_BINARY_DIR}/locales CACHE INTERNAL "Locales compiled for tests")
 
 function(velto_desk_test)
-  cmake_parse_arguments(PARSE_ARGV 0 arg "DISPLAY;SOUND;PROMPT;LOCALE;LONG;MATRIX;SERIAL"
-    "NAME;SCALE;SIZE;TIMEOUT" "COMMAND;ENVIRONMENT")
-  if(arg_UNPARSED_ARGUMENTS OR NOT arg_NAME OR NOT arg_COMMAND OR (arg_LONG AND arg_MATRIX))
-    message(FATAL_ERROR "velto_desk_test(${ARGN}): unknown, missing or contradicting arguments")
+  cmake_parse_arguments(PARSE_ARGV 0 arg "DISPLAY;SOUND;PROMPT;LOCALE;LONG;SERIAL"
+    "NAME;SIZE;TIMEOUT" "COMMAND;ENVIRONMENT")
+  if(arg_UNPARSED_ARGUMENTS OR NOT arg_NAME OR NOT arg_COMMAND)
+    message(FATAL_ERROR "velto_desk_test(${ARGN}): unknown or missing arguments")
   endif()
 
   set(switches "")
@@ -32,21 +32,15 @@ function(velto_desk_test)
   elseif(NOT arg_PROMPT)
     list(APPEND switches --buffer 250)
   endif()
-  if(arg_SCALE)
-    list(APPEND switches --scale ${arg_SCALE})
-  endif()
   if(arg_SIZE)
     list(APPEND switches --size ${arg_SIZE})
   endif()
 
   set(label default)
   set(timeout 60)
-  if(arg_LONG OR arg_MATRIX)
+  if(arg_LONG)
     set(timeout 900)
     set(label long)
-    if(arg_MATRIX)
-      set(label matrix)
-    endif()
   endif()
   if(arg_TIMEOUT)
     set(timeout ${arg_TIMEOUT})

@@ -21,8 +21,7 @@ inline constexpr std::uint32_t zero = 0x30, a = 0x61, n = 0x6e, x = 0x78;
 inline constexpr std::uint32_t returnKey = 0xff0d, escape = 0xff1b, tab = 0xff09;
 inline constexpr std::uint32_t left = 0xff51, up = 0xff52, right = 0xff53, down = 0xff54;
 inline constexpr std::uint32_t home = 0xff50, end = 0xff57, pageUp = 0xff55, pageDown = 0xff56;
-inline constexpr std::uint32_t keypadEnter = 0xff8d, keypadOne = 0xffb1, keypadTwo = 0xffb2;
-inline constexpr std::uint32_t function1 = 0xffbe, help = 0xff6a;
+inline constexpr std::uint32_t keypadTwo = 0xffb2, function1 = 0xffbe;
 inline constexpr std::uint32_t shift = 0xffe1, control = 0xffe3, alt = 0xffe9, super = 0xffeb;
 inline constexpr std::uint32_t capsLock = 0xffe5, numLock = 0xff7f;
 } // namespace Keys

@@ -42,19 +42,9 @@ public:
         &object_, [&] { object_.set(space, key, value); }, Qt::BlockingQueuedConnection);
   }
 
-  // How often it was asked for any value.
-  [[nodiscard]] int reads() {
-    int reads = 0;
-    QMetaObject::invokeMethod(
-        &object_, [&] { reads = object_.reads; }, Qt::BlockingQueuedConnection);
-    return reads;
-  }
-
 private:
   class Object : public QDBusVirtualObject {
   public:
-    int reads = 0;
-
     bool appear() {
       QDBusConnection bus = connection();
       return bus.registerVirtualObject(path, this) && bus.registerService(service);
@@ -77,7 +67,6 @@ private:
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
       if (message.interface() != interface || message.member() != QLatin1String("Read"))
         return false;
-      ++reads;
       const QVariantList arguments = message.arguments();
       const auto setting = settings_.find({arguments[0].toString(), arguments[1].toString()});
       if (setting == settings_.end())

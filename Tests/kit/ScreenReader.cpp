@@ -57,7 +57,6 @@ AccessibleObject describe(AtspiAccessible* object) {
     for (int i = 0; i < atspi_action_get_n_actions(action.get(), nullptr); ++i)
       described.actions.push_back(taken(atspi_action_get_action_name(action.get(), i, nullptr)));
   if (const Owned<AtspiValue> value{atspi_accessible_get_value_iface(object)}) {
-    described.hasValue = true;
     described.value = atspi_value_get_current_value(value.get(), nullptr);
     described.lowest = atspi_value_get_minimum_value(value.get(), nullptr);
     described.highest = atspi_value_get_maximum_value(value.get(), nullptr);

@@ -16,7 +16,6 @@ struct AccessibleObject {
   std::string name, description;
   std::vector<std::string> states;  // "showing", "checked"
   std::vector<std::string> actions; // "Press"
-  bool hasValue = false;
   double value = 0, lowest = 0, highest = 0, step = 0;
 
   [[nodiscard]] bool is(const std::string& state) const;
