@@ -48,8 +48,9 @@ public:
 
 private:
   static std::int64_t secondsNow() {
-    using namespace std::chrono;
-    return duration_cast<seconds>(system_clock::now().time_since_epoch()).count();
+    return std::chrono::duration_cast<std::chrono::seconds>(
+               std::chrono::system_clock::now().time_since_epoch())
+        .count();
   }
 
   std::int64_t earliest_ = secondsNow();
