@@ -60,7 +60,7 @@ std::string Help::text(const Environment& environment) {
   return "Usage: velto [SWITCH]...\n"
          "\n"
          "Trains your ears: which band is boosted, how much louder, how much compressed,\n"
-         "which channel is flipped. Without a switch it opens its window.\n"
+         "in which version a channel is flipped. Without a switch it opens its window.\n"
          "\n"
          "The window:\n" +
          linesOf(true) +
