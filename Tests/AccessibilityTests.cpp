@@ -203,6 +203,45 @@ TEST(ScreenReaderAlone, FindsANameAndARoleOnWhateverShows) {
   EXPECT_NE(map.description.find(" oct over 1"), std::string::npos) << map.description;
 }
 
+TEST(KeyboardAlone, FindsSpaceDigitsNAndReturnTheSameAtEveryStop) {
+  Practice practice;
+  Desktop& desktop = practice.desktop;
+  ScreenReader& reader = practice.reader;
+  const auto holds = [&](const char* name) {
+    return reader.object("radio button", name).is("checked");
+  };
+  const struct {
+    const char *role, *name;
+  } stops[] = {{"radio button", "Frequency"},
+               {"slider", "Frequency"},
+               {"radio button", "Play A"},
+               {"radio button", "Pink"},
+               {"push button", "Submit"}};
+  std::size_t answered = 0;
+  for (const auto& stop : stops) {
+    SCOPED_TRACE(stop.name);
+    const auto hasFocus = [&] {
+      const AccessibleObject focus = reader.focus();
+      return focus.role == stop.role && focus.name == stop.name;
+    };
+    desktop.press(Keys::tab);
+    reader.waitUntil(hasFocus, std::string("the focus is on ") + stop.name);
+    desktop.press(Keys::space);
+    reader.waitUntil([&] { return holds("Play B"); }, "space switches");
+    desktop.press(Keys::one);
+    reader.waitUntil([&] { return holds("Play A"); }, "1 picks A");
+    desktop.press(Keys::returnKey);
+    ++answered;
+    reader.waitUntil([&] { return reader.announcements().size() == answered; }, "Return submits");
+    desktop.press(Keys::n);
+    practice.waitUntilRendered();
+    reader.waitUntil(hasFocus, "the focus is where it was");
+    EXPECT_EQ(reader.object("slider", "Frequency").value, 1000);
+    EXPECT_TRUE(holds("Frequency"));
+    EXPECT_TRUE(holds("Pink"));
+  }
+}
+
 TEST(KeyboardAlone, PractisesATrialOfEachDrill) {
   Practice practice;
   Desktop& desktop = practice.desktop;

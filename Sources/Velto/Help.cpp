@@ -44,7 +44,7 @@ std::string linesOf(bool startsWindow) {
 std::string recordLine(const Environment& environment) {
   const auto location = ProfileLocation::find(environment);
   if (!location)
-    return "nowhere: neither XDG_DATA_HOME nor a home is known";
+    return std::string("nowhere: ") + ProfileLocation::noDirectory;
   std::error_code error;
   const auto absolute = std::filesystem::absolute(location->file(), error);
   return (error ? location->file() : absolute).string();
@@ -71,8 +71,9 @@ std::string Help::text(const Environment& environment) {
          "A switch that it does not know, or that lacks its value, is ignored. The status\n"
          "is 0 for done or passed, 1 for a failure.\n"
          "\n"
-         "The record of your answers is profile.json in the folder \"MORLA Velto\" of\n"
-         "XDG_DATA_HOME (by default ~/.local/share), or in the folder that\n"
+         "The record of your answers is profile.json in the folder \"MORLA Velto\" of\n" +
+         ProfileLocation::dataDirectoryInWords +
+         ", or in the folder that\n"
          "VELTO_PROFILE_DIR names. With the present environment that is\n"
          "  " +
          recordLine(environment);
