@@ -92,7 +92,9 @@ void RoundedBox::lay() {
 
 void RoundedBox::paint(QPainter& painter) const {
   painter.setRenderHint(QPainter::Antialiasing);
-  const QRectF bounds = bounds_.adjusted(0, insetTop_, 0, 0);
+  QRectF bounds = bounds_;
+  if (insetTop_ > 0) // what is left keeps its height
+    bounds.setTop(std::max(bounds.top(), bounds.bottom() - (height() - insetTop_)));
   if (color_.alpha() > 0)
     painter.fillPath(roundedOutline(bounds, radius_, continuous_), color_);
   if (strokeColor_.alpha() > 0 && strokeWidth_ > 0) {
