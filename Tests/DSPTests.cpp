@@ -232,6 +232,21 @@ RC_GTEST_PROP(BiquadLaw, DesignAndProcessingAreTheModelsToTheLastBit, ()) {
   require(sameBits(actualOut, expectedOut));
 }
 
+RC_GTEST_PROP(PairedBiquadLaw, TakesUpASectionAndGivesWhatItGives, ()) {
+  Biquad section =
+      design(*rc::gen::inRange(0, 4), *between(20, 23000), *between(-15, 15), *between(0.2, 8));
+  for (const float sample : *anyBuffer(5))
+    static_cast<void>(section.process(sample));
+  PairedBiquad paired(section);
+  const Samples x = *anyBuffer(300);
+  for (std::size_t i = 0; i + 1 < x.size(); i += 2) {
+    const float first = section.process(x[i]);
+    const SamplePair both = paired.process(pairAt(x, i));
+    require(sameBits(widened(both[0]), widened(first)));
+    require(sameBits(widened(both[1]), widened(section.process(x[i + 1]))));
+  }
+}
+
 RC_GTEST_PROP(BiquadLaw, ASineComesOutAtItsResponse, ()) {
   const int kind = *rc::gen::inRange(0, 4);
   Biquad filter = design(kind, *between(300, 9000), *between(-12, 12), *between(0.5, 3));
@@ -355,6 +370,16 @@ RC_GTEST_PROP(MeasureLaw, LevelsAreTheModelsToTheLastBit, ()) {
   require(sameBits(Measure::peakDB(x), literal::peakDB(x)));
   const double target = *between(-60, 6);
   require(sameBits(Measure::normalizeRMS(x, target), literal::normalizeRMS(x, target)));
+}
+
+RC_GTEST_PROP(MeasureLaw, PairsAreMeasuredAsOneSampleAfterTheOther, ()) {
+  const Samples x = *anyBuffer(300);
+  Measure::RunningRMS rms;
+  for (std::size_t i = 0; i + 1 < x.size(); i += 2)
+    rms.add(pairAt(x, i));
+  if (x.size() % 2 == 1)
+    rms.add(x.back());
+  require(sameBits(rms.levelDB(x.size()), Measure::rmsDB(x)));
 }
 
 RC_GTEST_PROP(MeasureLaw, MagnitudesAreTheModels, ()) {

@@ -80,6 +80,16 @@ TEST(Xorshift64, NoiseValuesReachFromMinusOneToThree) {
 
 // Durations
 
+RC_GTEST_PROP(Xorshift64Law, APairOfNoiseIsTwoDraws, (std::uint64_t seed)) {
+  Xorshift64 one(seed), paired(seed);
+  for (int i = 0; i < 20; ++i) {
+    const double first = one.nextNoise();
+    const Pair noise = paired.nextNoisePair();
+    require(sameBits(noise[0], first));
+    require(sameBits(noise[1], one.nextNoise()));
+  }
+}
+
 TEST(FrameCount, IsTheTruncatedProduct) {
   EXPECT_EQ(Signals::frameCount(0), 0u);
   EXPECT_EQ(Signals::frameCount(-0.0), 0u);

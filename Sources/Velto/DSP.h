@@ -5,6 +5,8 @@
 // buffer by one thread is real-time safe. NaN goes in and out unnoticed.
 #pragma once
 
+#include "Pair.h"
+
 #include <cstddef>
 #include <span>
 #include <vector>
@@ -62,6 +64,32 @@ struct Biquad {
   [[nodiscard]] double responseDB(double frequency, double sampleRate) const;
 };
 
+// A section that takes two successive samples at once, and gives what it would give for one after
+// the other: all that needs none of its outputs is computed for both together.
+class PairedBiquad {
+public:
+  // Begins with `section`'s state.
+  explicit PairedBiquad(const Biquad& section)
+      : section_(section), inputs_{section.x2, section.x1}, y1_(section.y1), y2_(section.y2) {}
+
+  [[nodiscard]] SamplePair process(SamplePair samples) {
+    const Pair x = widened(samples);
+    const Pair before = straddling(inputs_, x);
+    const Pair forward = section_.b0 * x + section_.b1 * before + section_.b2 * inputs_;
+    const double first = forward[0] - section_.a1 * y1_ - section_.a2 * y2_;
+    const double second = forward[1] - section_.a1 * first - section_.a2 * y1_;
+    inputs_ = x;
+    y2_ = first;
+    y1_ = second;
+    return rounded(Pair{first, second});
+  }
+
+private:
+  Biquad section_;
+  Pair inputs_; // the previous two, the older one first
+  double y1_, y2_;
+};
+
 // Levels in dB relative to full scale. Sums run from the first sample to the last.
 namespace Measure {
 
@@ -74,6 +102,13 @@ public:
   void add(float sample) {
     const double v = static_cast<double>(sample);
     sumOfSquares_ += v * v;
+  }
+  // One after the other.
+  void add(SamplePair samples) {
+    const Pair v = widened(samples);
+    const Pair squares = v * v;
+    sumOfSquares_ += squares[0];
+    sumOfSquares_ += squares[1];
   }
   // What rmsDB() says of the `count` samples that were added.
   [[nodiscard]] double levelDB(std::size_t count) const;

@@ -7,12 +7,30 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 
 namespace velto {
 
 namespace {
 
 constexpr double outputLevelDB = -20;
+
+// Fills `out` with what `next` returns, two samples a time, and returns its level in dB.
+template <typename Next>
+double fillPairs(std::span<float> out, Next next) {
+  Measure::RunningRMS rms;
+  std::size_t i = 0;
+  for (; i + 1 < out.size(); i += 2) {
+    const SamplePair samples = next();
+    setPair(out, i, samples);
+    rms.add(samples);
+  }
+  if (i < out.size()) {
+    out[i] = next()[0];
+    rms.add(out[i]);
+  }
+  return rms.levelDB(out.size());
+}
 
 // The part of `buffer` that a voice of `length` frames starting at `start` may write.
 std::span<float> voiceSpan(std::span<float> buffer, std::size_t start, std::size_t length) {
@@ -104,8 +122,18 @@ public:
 
   // The mean of the oscillators in the next frames.
   Block next() {
+    return next([](std::size_t) {});
+  }
+
+  // The same; on the way calls `meanwhile` with 0 up to blockFrames / 2 - 1. Sums and what waits
+  // for its own results, as a filter does, cost less in turns than one after the other.
+  template <typename Meanwhile>
+  Block next(Meanwhile meanwhile) {
     Block sums{};
-    for (Oscillators& pair : oscillators_) {
+    for (std::size_t i = 0; i < oscillators_.size(); ++i) {
+      if (i < sums.size())
+        meanwhile(i);
+      Oscillators& pair = oscillators_[i];
       if (pair.mayWrap())
         pair.addTo<true>(sums);
       else
@@ -188,18 +216,9 @@ Samples Signals::pad(double seconds, std::uint64_t seed) {
 float Signals::fillPink(std::span<float> out, std::uint64_t seed) {
   Xorshift64 generator(seed);
   PinkFilter filter;
-  Measure::RunningRMS rms;
-  for (std::size_t i = 0; i < out.size(); i += 2) {
-    const double first = generator.nextNoise();
-    const Pair pink = filter.next(Pair{first, generator.nextNoise()});
-    out[i] = static_cast<float>(pink[0]);
-    rms.add(out[i]);
-    if (i + 1 == out.size())
-      break;
-    out[i + 1] = static_cast<float>(pink[1]);
-    rms.add(out[i + 1]);
-  }
-  return Measure::gainFrom(rms.levelDB(out.size()), outputLevelDB);
+  const double levelDB =
+      fillPairs(out, [&] { return rounded(filter.next(generator.nextNoisePair())); });
+  return Measure::gainFrom(levelDB, outputLevelDB);
 }
 
 float Signals::fillDrums(std::span<float> out, std::uint64_t seed) {
@@ -229,12 +248,13 @@ float Signals::fillPad(std::span<float> out, std::uint64_t seed) {
 
   Xorshift64 generator(seed);
   SawtoothChord chord(generator);
-  Biquad filter = Biquad::lowpass(5200, 0.6, sampleRateHz);
+  PairedBiquad filter(Biquad::lowpass(5200, 0.6, sampleRateHz));
+  SawtoothChord::Block means = chord.next();
   for (std::size_t begin = 0; begin < out.size(); begin += SawtoothChord::blockFrames) {
-    const SawtoothChord::Block means = chord.next();
+    std::array<SamplePair, means.size()> filtered;
+    means = chord.next([&](std::size_t i) { filtered[i] = filter.process(rounded(means[i])); });
     const std::size_t count = std::min(SawtoothChord::blockFrames, out.size() - begin);
-    for (std::size_t i = 0; i < count; ++i)
-      out[begin + i] = filter.process(static_cast<float>(means[i / 2][i % 2]));
+    std::memcpy(&out[begin], filtered.data(), count * sizeof(float));
   }
 
   for (std::size_t i = 0; i < std::min(out.size(), fadeFrames); ++i) {
@@ -256,20 +276,23 @@ std::pair<Samples, Samples> Signals::stereoise(std::span<const float> mono, doub
 float Signals::fillDecorrelated(std::span<float> out, std::span<const float> mono, double levelDB,
                                 double correlation, std::uint64_t seed) {
   Xorshift64 generator(seed + 7717);
-  Biquad filter = Biquad::lowpass(6000, 0.7, sampleRateHz);
-  Measure::RunningRMS noiseRMS;
-  for (float& sample : out) {
-    sample = filter.process(static_cast<float>(generator.nextNoise()));
-    noiseRMS.add(sample);
-  }
-
-  const float noiseGain = Measure::gainFrom(noiseRMS.levelDB(out.size()), levelDB);
+  PairedBiquad filter(Biquad::lowpass(6000, 0.7, sampleRateHz));
+  const double noiseDB =
+      fillPairs(out, [&] { return filter.process(rounded(generator.nextNoisePair())); });
+  const float noiseGain = Measure::gainFrom(noiseDB, levelDB);
   const double noiseWeight = 1 - correlation >= 0 ? 1 - correlation : 0;
+  const auto mix = [=](auto source, auto noise) {
+    return rounded(correlation * widened(source) + noiseWeight * widened(noise * noiseGain));
+  };
   Measure::RunningRMS mixRMS;
-  for (std::size_t i = 0; i < out.size(); ++i) {
-    const float noise = out[i] * noiseGain;
-    out[i] = static_cast<float>(correlation * static_cast<double>(mono[i]) +
-                                noiseWeight * static_cast<double>(noise));
+  std::size_t i = 0;
+  for (; i + 1 < out.size(); i += 2) {
+    const SamplePair mixed = mix(pairAt(mono, i), pairAt(out, i));
+    setPair(out, i, mixed);
+    mixRMS.add(mixed);
+  }
+  if (i < out.size()) {
+    out[i] = mix(mono[i], out[i]);
     mixRMS.add(out[i]);
   }
   return Measure::gainFrom(mixRMS.levelDB(out.size()), levelDB);

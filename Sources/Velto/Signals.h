@@ -7,6 +7,7 @@
 #pragma once
 
 #include "DSP.h"
+#include "Pair.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -40,12 +41,20 @@ public:
 
   // The next noise value. It lies in [-1, 3) with a mean of +1: twice the usual scale, kept because
   // every material's sound depends on it.
-  constexpr double nextNoise() {
-    // 53 bits fit into a signed integer, which every processor converts at once.
-    return static_cast<double>(static_cast<std::int64_t>(next() >> 11)) * 0x1p-51 - 1;
+  constexpr double nextNoise() { return top53Bits() * 0x1p-51 - 1; }
+
+  // The next two.
+  Pair nextNoisePair() {
+    const double first = top53Bits();
+    return Pair{first, top53Bits()} * 0x1p-51 - 1;
   }
 
 private:
+  // They fit into a signed integer, which every processor converts at once.
+  constexpr double top53Bits() {
+    return static_cast<double>(static_cast<std::int64_t>(next() >> 11));
+  }
+
   std::uint64_t state_;
 };
 
