@@ -290,6 +290,17 @@ TEST(Focus, IsTakenByAClickWithoutARing) {
   EXPECT_EQ(other.ring(), nullptr) << "used by the mouse";
 }
 
+TEST(Focus, IsNotTakenByAClickOnADisabledButton) {
+  Keyboard keyboard(Drill::polarity);
+  keyboard.settle();
+  keyboard.click("slot1");
+  keyboard.click("primaryButton");
+  EXPECT_EQ(keyboard.focus(), "slot1");
+  keyboard.session.setAnswer(0);
+  keyboard.click("primaryButton");
+  EXPECT_EQ(keyboard.focus(), "primaryButton");
+}
+
 TEST(FocusRing, LeavesThePictureOfAMouseUserAlone) {
   for (const Drill drill : Drill::allCases) {
     Keyboard before(drill);
