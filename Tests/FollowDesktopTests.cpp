@@ -2,14 +2,18 @@
 // program under X, with a portal whose settings the test chooses; run on a private desk with a
 // session bus.
 #include "kit/Desktop.h"
+#include "kit/FakeOutput.h"
 #include "kit/FakePortal.h"
 #include "kit/GuiTesting.h"
 #include "kit/ProgramRunner.h"
+#include "kit/ScratchProfile.h"
 
+#include "AppDelegate.h"
 #include "Appearance.h"
 #include "Fonts.h"
 
 #include <QGuiApplication>
+#include <QQuickItem>
 #include <QtTest/QTest>
 
 #include <gtest/gtest.h>
@@ -169,6 +173,25 @@ TEST(Motion, isReducedWhereEitherSettingAsksForIt) {
     portal.set(appearance, "reduced-motion", 0U);
     expect(false);
   }
+}
+
+TEST(Motion, ofTheOpenWindowFollowsThePortal) {
+  FakePortal portal;
+  portal.set(appearance, "reduced-motion", 1U);
+  const ScratchProfile profile;
+  FakeOutput output;
+  AppDelegate delegate({}, output.factory());
+  ASSERT_TRUE(delegate.applicationDidFinishLaunching());
+  for (const uint reduced : {1U, 0U, 1U}) {
+    portal.set(appearance, "reduced-motion", reduced);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+          return delegate.window()->rootObject()->property("reducedMotion").toBool() ==
+                 (reduced == 1);
+        },
+        10000));
+  }
+  portal.set(appearance, "reduced-motion", 0U);
 }
 
 TEST(FontFamilies, followThePortal) {

@@ -90,6 +90,28 @@ TEST(Tab, PassesADisabledButtonBy) {
   EXPECT_EQ(keyboard.round(), (Stops{"drill3", "slotChoice0", "slot0", "material2"}));
 }
 
+TEST(Tab, LeavesTheButtonThatTheFocusIsOnWhenItIsDisabled) {
+  Keyboard keyboard(Drill::polarity);
+  keyboard.settle();
+  keyboard.session.setAnswer(2);
+  keyboard.focusOn("primaryButton");
+  keyboard.key(Qt::Key_Return);
+  keyboard.key(Qt::Key_Return);
+  keyboard.settle();
+  ASSERT_FALSE(keyboard.session.canSubmit());
+  EXPECT_EQ(keyboard.focus(), "primaryButton") << "the focus is nowhere else";
+  EXPECT_NE(keyboard.ring(), nullptr);
+  const auto before = keyboard.session.counter();
+  keyboard.key(Qt::Key_Return);
+  keyboard.click("primaryButton");
+  EXPECT_FALSE(keyboard.session.grade());
+  EXPECT_EQ(keyboard.session.counter(), before);
+  keyboard.backtab();
+  EXPECT_EQ(keyboard.focus(), "material2");
+  keyboard.tab();
+  EXPECT_EQ(keyboard.focus(), "drill3") << "passed by";
+}
+
 TEST(Tab, StopsAtWhatIsChosen) {
   Keyboard keyboard(Drill::polarity);
   keyboard.settle();
@@ -97,6 +119,24 @@ TEST(Tab, StopsAtWhatIsChosen) {
   keyboard.session.setAnswer(1);
   EXPECT_EQ(keyboard.round(),
             (Stops{"drill3", "slotChoice1", "slot2", "material2", "primaryButton"}));
+}
+
+TEST(Tab, StopsOnceAtAGroupWhoseChoiceWasMoved) {
+  Keyboard keyboard(Drill::polarity);
+  keyboard.focusOn("drill3");
+  for (const int key : {Qt::Key_Left, Qt::Key_Home, Qt::Key_End})
+    keyboard.key(key);
+  keyboard.focusOn("material2");
+  for (const int key : {Qt::Key_Left, Qt::Key_Left, Qt::Key_Right})
+    keyboard.key(key);
+  keyboard.settle();
+  keyboard.focusOn("slotChoice0");
+  for (const int key : {Qt::Key_Left, Qt::Key_Left})
+    keyboard.key(key);
+  keyboard.focusOn("slot0");
+  keyboard.key(Qt::Key_Right);
+  EXPECT_EQ(keyboard.round(),
+            (Stops{"material1", "primaryButton", "drill3", "slotChoice1", "slot1"}));
 }
 
 TEST(Arrows, ChooseAmongTheDrillsAndTheFocusFollows) {
@@ -248,6 +288,17 @@ TEST(Focus, IsTakenByAClickWithoutARing) {
   EXPECT_NE(other.ring(), nullptr) << "used by the keyboard";
   QTest::mouseClick(&other.view, Qt::LeftButton, {}, {400, 160});
   EXPECT_EQ(other.ring(), nullptr) << "used by the mouse";
+}
+
+TEST(Focus, IsNotTakenByAClickOnADisabledButton) {
+  Keyboard keyboard(Drill::polarity);
+  keyboard.settle();
+  keyboard.click("slot1");
+  keyboard.click("primaryButton");
+  EXPECT_EQ(keyboard.focus(), "slot1");
+  keyboard.session.setAnswer(0);
+  keyboard.click("primaryButton");
+  EXPECT_EQ(keyboard.focus(), "primaryButton");
 }
 
 TEST(FocusRing, LeavesThePictureOfAMouseUserAlone) {

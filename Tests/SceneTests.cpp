@@ -154,17 +154,20 @@ QString markerText(Drill drill, double value) {
          QStringLiteral(" Hz");
 }
 
-// The mean of a tick's colour over the pixels it covers is its own: even, and on whole pixels.
+// A tick covers whole pixels in its own colour, and nothing beside them.
 void expectTick(const Picture& picture, const QRectF& box, const QColor& color,
                 const QColor& ground) {
   const double s = picture.scale();
-  EXPECT_NEAR(box.left() * s, std::round(box.left() * s), 1e-6) << "not on a whole pixel";
+  constexpr double slack = 1e-3; // of a pixel: scene transforms are 32-bit
+  EXPECT_NEAR(box.left() * s, std::round(box.left() * s), slack) << "not on a whole pixel";
   const int width = static_cast<int>(std::round(s));
-  EXPECT_NEAR(box.width() * s, width, 1e-6);
+  EXPECT_NEAR(box.width() * s, width, slack);
   const int left = static_cast<int>(std::round(box.left() * s));
   const int y = static_cast<int>((box.top() + 4) * s);
   for (int i = 0; i < width; ++i)
     expectColor(picture.pixel(left + i, y), over(color, ground), "the tick");
+  for (const int beside : {left - 1, left + width})
+    expectColor(picture.pixel(beside, y), ground, "beside the tick");
 }
 
 void expectMarker(Stage& stage, const Picture& picture, const QString& name, double position,

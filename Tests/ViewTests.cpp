@@ -67,11 +67,11 @@ TEST(SlotChoice, IsNoneAtFirstThenWhatIsPressed) {
   Hands hands(Drill::polarity);
   hands.settle();
   EXPECT_EQ(hands.session.answer(), -1);
-  EXPECT_FALSE(hands.item("primaryButton")->isEnabled());
+  EXPECT_FALSE(hands.item("primaryButton")->property("available").toBool());
   for (const int i : {2, 0, 1}) {
     hands.click(QStringLiteral("slotChoice%1").arg(i));
     EXPECT_EQ(hands.session.answer(), i);
-    EXPECT_TRUE(hands.item("primaryButton")->isEnabled());
+    EXPECT_TRUE(hands.item("primaryButton")->property("available").toBool());
     const Picture picture(hands.picture());
     for (int j = 0; j < 3; ++j)
       expectColor(picture.colorAt(hands.box(QStringLiteral("slotChoice%1").arg(j)).topLeft() +
@@ -150,7 +150,7 @@ TEST(PrimaryButton, SubmitsThenStartsTheNextTrial) {
   hands.click(QStringLiteral("primaryButton"));
   EXPECT_TRUE(hands.session.grade());
   EXPECT_FALSE(hands.session.canSubmit());
-  EXPECT_TRUE(hands.item("primaryButton")->isEnabled());
+  EXPECT_TRUE(hands.item("primaryButton")->property("available").toBool());
   const auto before = hands.trials();
   hands.click(QStringLiteral("primaryButton"));
   EXPECT_FALSE(hands.session.grade());

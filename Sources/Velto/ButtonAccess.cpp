@@ -25,7 +25,7 @@ void ButtonAccess::install() {
   static_cast<void>(installed);
 }
 
-void ButtonAccess::tellEnabled(FocusStop& button) {
+void ButtonAccess::tellAvailable(FocusStop& button) {
   QAccessible::State changed;
   changed.disabled = true;
   QAccessibleStateChangeEvent event(&button, changed);
@@ -63,9 +63,9 @@ QString ButtonAccess::text(QAccessible::Text kind) const {
 
 QAccessible::State ButtonAccess::state() const {
   QAccessible::State state;
-  state.disabled = !button().isEnabled();
+  state.disabled = !button().isAvailable();
   state.invisible = !button().isVisible() || window() == nullptr || !window()->isVisible();
-  state.focusable = button().isEnabled();
+  state.focusable = button().isAvailable() || button().hasActiveFocus();
   state.focused = button().hasActiveFocus();
   return state;
 }
@@ -80,7 +80,7 @@ QStringList ButtonAccess::actionNames() const {
 }
 
 void ButtonAccess::doAction(const QString& action) {
-  if (!button().isEnabled())
+  if (!button().isAvailable())
     return;
   if (action == pressAction())
     QMetaObject::invokeMethod(&button(), "activated");

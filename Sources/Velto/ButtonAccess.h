@@ -7,15 +7,15 @@ namespace velto {
 
 class FocusStop;
 
-// Qt 6.4 does not tell assistive technology that an item is disabled; this does, for the focus
-// stops that are buttons. An own `name` and the signal `activated` are what the view's button gives
-// them. Main thread only.
+// Qt 6.4 does not tell assistive technology that an item is disabled; this tells that a button is
+// not available, for the focus stops that are buttons. An own `name` and the signal `activated` are
+// what the view's button gives them. Main thread only.
 class ButtonAccess : public QAccessibleObject, public QAccessibleActionInterface {
 public:
   // Makes it known to Qt; once is enough, more does no harm.
   static void install();
-  // Announces that the button has become enabled or disabled.
-  static void tellEnabled(FocusStop& button);
+  // Announces that the button has become available or ceased to be.
+  static void tellAvailable(FocusStop& button);
 
   explicit ButtonAccess(FocusStop& button);
 

@@ -2,6 +2,7 @@
 
 #include "Answering.h"
 #include "FocusStop.h"
+#include "PixelGrid.h"
 #include "RoundedBox.h"
 
 #include <QKeyEvent>
@@ -18,19 +19,6 @@ namespace {
 // A gap of a point between the control and a ring 2 points wide.
 constexpr double reach = 3;
 constexpr double thickness = 2;
-
-// The next length, from `points` on, that is whole in points and in device pixels. Qt gives a
-// painted item a picture of whole points and whole pixels, and would stretch it to any other size.
-double roomFor(double points, double devicePixelRatio) {
-  constexpr int patience = 20; // enough for every multiple of 5 %
-  const double least = std::ceil(points);
-  for (int more = 0; more < patience; ++more) {
-    const double pixels = (least + more) * devicePixelRatio;
-    if (std::abs(pixels - std::round(pixels)) < 1e-6)
-      return least + more;
-  }
-  return least;
-}
 
 bool movesFocus(int key) {
   switch (key) {
@@ -88,16 +76,8 @@ void FocusRing::follow() {
 }
 
 void FocusRing::surround(const FocusStop& stop) {
-  const double ratio = window()->effectiveDevicePixelRatio();
-  const QRectF box =
-      stop.mapRectToScene(stop.boundingRect()).adjusted(-reach, -reach, reach, reach);
-  const QPointF topLeft(Answering::snapped(box.left(), ratio),
-                        Answering::snapped(box.top(), ratio));
-  const QSizeF size(Answering::snapped(box.right(), ratio) - topLeft.x(),
-                    Answering::snapped(box.bottom(), ratio) - topLeft.y());
-  setPosition(topLeft);
-  setSize({roomFor(size.width(), ratio), roomFor(size.height(), ratio)});
-  const QRectF ring(QPointF(), size);
+  const QRectF ring = PixelGrid::cover(
+      *this, stop.mapRectToScene(stop.boundingRect()).adjusted(-reach, -reach, reach, reach));
   const double radius = stop.ringRadius() + reach;
   if (ring == ring_ && radius == radius_)
     return;

@@ -40,9 +40,9 @@ std::optional<Move> moveOf(const QKeyEvent& event) {
 FocusStop::FocusStop(QQuickItem* parent) : QQuickItem(parent) {
   setActiveFocusOnTab(true);
   ButtonAccess::install();
-  connect(this, &QQuickItem::enabledChanged, this, [this] {
+  connect(this, &FocusStop::availableChanged, this, [this] {
     if (isButton_)
-      ButtonAccess::tellEnabled(*this);
+      ButtonAccess::tellAvailable(*this);
   });
 }
 

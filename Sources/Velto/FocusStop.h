@@ -18,6 +18,9 @@ class FocusStop : public QQuickItem {
   Q_PROPERTY(double ringRadius MEMBER ringRadius_ NOTIFY ringRadiusChanged FINAL)
   // Whether assistive technology gets it as a ButtonAccess.
   Q_PROPERTY(bool isButton MEMBER isButton_ NOTIFY isButtonChanged FINAL)
+  // Whether pressing it does anything. A disabled item would lose the focus; this one keeps what
+  // it has until the listener moves on.
+  Q_PROPERTY(bool available MEMBER available_ NOTIFY availableChanged FINAL)
 
 public:
   // Move for QML.
@@ -37,6 +40,7 @@ public:
 
   [[nodiscard]] double ringRadius() const { return ringRadius_; }
   [[nodiscard]] bool isButton() const { return isButton_; }
+  [[nodiscard]] bool isAvailable() const { return available_ && isEnabled(); }
 
   // See Answering::movedChoice; `key` is a Key.
   [[nodiscard]] Q_INVOKABLE static int movedChoice(int chosen, int count, int key);
@@ -46,6 +50,7 @@ Q_SIGNALS:
   void moved(int key);
   void ringRadiusChanged();
   void isButtonChanged();
+  void availableChanged();
 
 protected:
   void keyPressEvent(QKeyEvent* event) override;
@@ -53,6 +58,7 @@ protected:
 private:
   double ringRadius_ = 0;
   bool isButton_ = false;
+  bool available_ = true;
 };
 
 } // namespace velto

@@ -22,7 +22,7 @@ constexpr std::array allSwitches{
     Help::Switch{"--brand-check", "", "check that the wordmark is drawn in its own face", false},
     Help::Switch{"--bench", "", "time the rendering and the statistics", false},
     Help::Switch{"--audio-selftest", "", "check that what is played reaches the output", false},
-    Help::Switch{"--seed-demo", "", "add made-up answers to the folder VELTO_PROFILE_DIR", false},
+    Help::Switch{"--seed-demo", "", "put made-up answers into VELTO_PROFILE_DIR, in place of its own", false},
 };
 
 std::string lineOf(const Help::Switch& one) {
@@ -44,7 +44,7 @@ std::string linesOf(bool startsWindow) {
 std::string recordLine(const Environment& environment) {
   const auto location = ProfileLocation::find(environment);
   if (!location)
-    return "nowhere: neither XDG_DATA_HOME nor a home is known";
+    return std::string("nowhere: ") + ProfileLocation::noDirectory;
   std::error_code error;
   const auto absolute = std::filesystem::absolute(location->file(), error);
   return (error ? location->file() : absolute).string();
@@ -60,7 +60,7 @@ std::string Help::text(const Environment& environment) {
   return "Usage: velto [SWITCH]...\n"
          "\n"
          "Trains your ears: which band is boosted, how much louder, how much compressed,\n"
-         "which channel is flipped. Without a switch it opens its window.\n"
+         "in which version a channel is flipped. Without a switch it opens its window.\n"
          "\n"
          "The window:\n" +
          linesOf(true) +
@@ -71,8 +71,9 @@ std::string Help::text(const Environment& environment) {
          "A switch that it does not know, or that lacks its value, is ignored. The status\n"
          "is 0 for done or passed, 1 for a failure.\n"
          "\n"
-         "The record of your answers is profile.json in the folder \"MORLA Velto\" of\n"
-         "XDG_DATA_HOME (by default ~/.local/share), or in the folder that\n"
+         "The record of your answers is profile.json in the folder \"MORLA Velto\" of\n" +
+         ProfileLocation::dataDirectoryInWords +
+         ", or in the folder that\n"
          "VELTO_PROFILE_DIR names. With the present environment that is\n"
          "  " +
          recordLine(environment);

@@ -6,13 +6,13 @@ FocusStop {
     id: control
 
     property string name
-    readonly property alias pressed: mouse.containsPress
+    readonly property bool pressed: available && mouse.containsPress
 
     signal activated
 
     Accessible.role: Accessible.Button
     Accessible.name: name
-    Accessible.onPressAction: if (enabled)
+    Accessible.onPressAction: if (enabled && available)
         activated()
 
     MouseArea {
@@ -20,6 +20,8 @@ FocusStop {
 
         anchors.fill: parent
         onClicked: {
+            if (!control.available)
+                return;
             control.forceActiveFocus(Qt.MouseFocusReason);
             control.activated();
         }

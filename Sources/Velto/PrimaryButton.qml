@@ -13,6 +13,7 @@ Pressable {
     implicitHeight: 36
     ringRadius: 7
     isButton: true
+    activeFocusOnTab: available || activeFocus
     name: text
 
     RoundedBox {
@@ -20,8 +21,8 @@ Pressable {
         anchors.fill: parent
         radius: 7
         continuous: true
-        color: !control.enabled ? Theme.palette.soft : control.pressed ? Palettes.faded(Theme.palette.ink, 0.7) : Theme.palette.ink
-        strokeColor: control.enabled ? "transparent" : Theme.palette.line
+        color: !control.available ? Theme.palette.soft : control.pressed ? Palettes.faded(Theme.palette.ink, 0.7) : Theme.palette.ink
+        strokeColor: control.available ? "transparent" : Theme.palette.line
         strokeWidth: 1
     }
 
@@ -33,7 +34,7 @@ Pressable {
         anchors.centerIn: parent
         size: 13
         font.weight: Font.DemiBold
-        color: control.enabled ? Theme.palette.bg : Theme.palette.muted
+        color: control.available ? Theme.palette.bg : Theme.palette.muted
     }
 
     TextMeasure {

@@ -52,7 +52,7 @@ std::optional<ProfileLocation> ProfileLocation::find(const Environment& environm
 ProfileLocation ProfileLocation::resolve(const Environment& environment) {
   auto location = find(environment);
   if (!location)
-    fatalError("no directory for the user's data: neither XDG_DATA_HOME nor a home is known");
+    fatalError(std::string("no directory for the user's data: ") + noDirectory);
   return *std::move(location);
 }
 

@@ -29,6 +29,10 @@ struct ProfileLocation {
   // The same; without a place the process stops.
   [[nodiscard]] static ProfileLocation resolve(const Environment& environment);
 
+  // For the listener: the user's data directory, and why there is none.
+  static constexpr const char* dataDirectoryInWords = "XDG_DATA_HOME (by default ~/.local/share)";
+  static constexpr const char* noDirectory = "neither XDG_DATA_HOME nor a home is known";
+
   [[nodiscard]] std::filesystem::path file() const { return directory / "profile.json"; }
 
   bool operator==(const ProfileLocation&) const = default;

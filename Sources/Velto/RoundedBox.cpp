@@ -1,7 +1,11 @@
 #include "RoundedBox.h"
 
+#include "PixelGrid.h"
+
 #include <QPainter>
 #include <QPen>
+#include <QQuickPaintedItem>
+#include <QQuickWindow>
 
 #include <algorithm>
 #include <array>
@@ -56,20 +60,46 @@ QPainterPath roundedOutline(const QRectF& rect, double radius, bool continuous) 
   return path;
 }
 
-RoundedBox::RoundedBox(QQuickItem* parent) : QQuickPaintedItem(parent) {
-  setAntialiasing(true);
-  connect(this, &RoundedBox::appearanceChanged, this, [this] { update(); });
+class RoundedBox::Picture : public QQuickPaintedItem {
+public:
+  explicit Picture(RoundedBox& box) : QQuickPaintedItem(&box), box_(box) { setAntialiasing(true); }
+  void paint(QPainter* painter) override { box_.paint(*painter); }
+
+private:
+  RoundedBox& box_;
+};
+
+RoundedBox::RoundedBox(QQuickItem* parent) : QQuickItem(parent), picture_(new Picture(*this)) {
+  connect(this, &RoundedBox::appearanceChanged, this, [this] { picture_->update(); });
 }
 
-void RoundedBox::paint(QPainter* painter) {
-  painter->setRenderHint(QPainter::Antialiasing);
-  // Qt gives a painted item room for whole points and would cut what reaches beyond.
-  const QRectF bounds(0, insetTop_, std::round(width()), std::round(height()) - insetTop_);
+void RoundedBox::itemChange(ItemChange change, const ItemChangeData& data) {
+  // Where the pixels are depends on everything around.
+  if (change == ItemSceneChange && data.window != nullptr)
+    connect(data.window, &QQuickWindow::afterAnimating, this, &RoundedBox::lay);
+  QQuickItem::itemChange(change, data);
+}
+
+void RoundedBox::lay() {
+  if (window() == nullptr || !isVisible())
+    return;
+  const QRectF bounds = PixelGrid::cover(*picture_, mapRectToScene(boundingRect()));
+  if (bounds == bounds_)
+    return;
+  bounds_ = bounds;
+  picture_->update();
+}
+
+void RoundedBox::paint(QPainter& painter) const {
+  painter.setRenderHint(QPainter::Antialiasing);
+  QRectF bounds = bounds_;
+  if (insetTop_ > 0) // what is left keeps its height
+    bounds.setTop(std::max(bounds.top(), bounds.bottom() - (height() - insetTop_)));
   if (color_.alpha() > 0)
-    painter->fillPath(roundedOutline(bounds, radius_, continuous_), color_);
+    painter.fillPath(roundedOutline(bounds, radius_, continuous_), color_);
   if (strokeColor_.alpha() > 0 && strokeWidth_ > 0) {
     const double inset = strokeWidth_ / 2;
-    painter->strokePath(
+    painter.strokePath(
         roundedOutline(bounds.adjusted(inset, inset, -inset, -inset), radius_ - inset, continuous_),
         QPen(strokeColor_, strokeWidth_, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
   }

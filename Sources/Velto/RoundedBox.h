@@ -3,7 +3,7 @@
 
 #include <QColor>
 #include <QPainterPath>
-#include <QQuickPaintedItem>
+#include <QQuickItem>
 #include <QtQml/qqmlregistration.h>
 
 namespace velto {
@@ -16,9 +16,9 @@ namespace velto {
 // the corner as the arc does. Radii that do not fit are reduced.
 [[nodiscard]] QPainterPath roundedOutline(const QRectF& rect, double radius, bool continuous);
 
-// Fills and then strokes one roundedOutline. The stroke lies inside the item's edges, its size
-// rounded to whole points. `insetTop` lowers the upper edge by any fraction of a point.
-class RoundedBox : public QQuickPaintedItem {
+// Fills and then strokes one roundedOutline. The stroke lies inside the item's edges, each moved to
+// the nearest device pixel. `insetTop` lowers the upper edge by any fraction of a point.
+class RoundedBox : public QQuickItem {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(QColor color MEMBER color_ NOTIFY appearanceChanged FINAL)
@@ -30,12 +30,20 @@ class RoundedBox : public QQuickPaintedItem {
 
 public:
   explicit RoundedBox(QQuickItem* parent = nullptr);
-  void paint(QPainter* painter) override;
 
 Q_SIGNALS:
   void appearanceChanged();
 
+protected:
+  void itemChange(ItemChange change, const ItemChangeData& data) override;
+
 private:
+  class Picture;
+  void lay();
+  void paint(QPainter& painter) const;
+
+  Picture* picture_; // the first child, below all others
+  QRectF bounds_;    // of the box in the picture, in points
   QColor color_ = Qt::transparent;
   QColor strokeColor_ = Qt::transparent;
   double strokeWidth_ = 1;

@@ -50,9 +50,13 @@ Item {
 
             Rectangle {
                 objectName: "tick" + tick.index
-                x: strip.scaleModel.tickLeft(tick.position, width, strip.width, strip.pixelRatio)
+                x: strip.scaleModel.tickLeft(tick.position, strip.hairline, strip.width, strip.pixelRatio)
                 y: AnswerLayout.stripHeight - height
-                width: strip.hairline
+                // A fraction of a point would be drawn as the next whole one.
+                width: 1
+                transform: Scale {
+                    xScale: strip.hairline
+                }
                 height: tick.modelData.height
                 color: tick.modelData.major ? Theme.palette.muted : Palettes.faded(Theme.palette.faint, strip.minorOpacity)
             }

@@ -251,7 +251,7 @@ float Signals::fillPad(std::span<float> out, std::uint64_t seed) {
   PairedBiquad filter(Biquad::lowpass(5200, 0.6, sampleRateHz));
   SawtoothChord::Block means = chord.next();
   for (std::size_t begin = 0; begin < out.size(); begin += SawtoothChord::blockFrames) {
-    std::array<SamplePair, means.size()> filtered;
+    std::array<SamplePair, means.size()> filtered{};
     means = chord.next([&](std::size_t i) { filtered[i] = filter.process(rounded(means[i])); });
     const std::size_t count = std::min(SawtoothChord::blockFrames, out.size() - begin);
     std::memcpy(&out[begin], filtered.data(), count * sizeof(float));

@@ -82,13 +82,6 @@ Item {
         }
     }
 
-    // The primary button belongs to no drag, not even while it is disabled.
-    MouseArea {
-        anchors.right: parent.right
-        width: primary.width
-        height: parent.height
-    }
-
     Row {
         id: right
 
@@ -107,7 +100,7 @@ Item {
             objectName: "primaryButton"
             texts: ["Submit", "Next"]
             text: transport.session.graded ? "Next" : "Submit"
-            enabled: transport.session.graded || transport.session.canSubmit
+            available: transport.session.graded || transport.session.canSubmit
             onActivated: transport.session.advance()
         }
     }
@@ -115,7 +108,7 @@ Item {
     Shortcut {
         sequence: "Return"
         autoRepeat: false
-        enabled: primary.enabled
+        enabled: primary.available
         onActivated: primary.activated()
     }
 }
