@@ -22,8 +22,8 @@ constexpr std::array allSwitches{
     Help::Switch{"--brand-check", "", "check that the wordmark is drawn in its own face", false},
     Help::Switch{"--bench", "", "time the rendering and the statistics", false},
     Help::Switch{"--audio-selftest", "", "check that what is played reaches the output", false},
-    Help::Switch{"--seed-demo", "",
-                 "put made-up answers into VELTO_PROFILE_DIR, in place of its own", false},
+    Help::Switch{"--seed-demo", "", "fill the folder VELTO_PROFILE_DIR with made-up answers",
+                 false},
 };
 
 std::string lineOf(const Help::Switch& one) {
