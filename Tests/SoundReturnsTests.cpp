@@ -114,7 +114,7 @@ TEST(SoundReturns, whenAServerStartsAfterTheProgram) {
   Recorder recorder;
   EXPECT_TRUE(practice.hears(recorder, 1));
   EXPECT_EQ(practice.program.errors(), line(refused));
-  EXPECT_TRUE(practice.ends());
+  EXPECT_TRUE(practice.ends()) << practice.program.errors();
 }
 
 TEST(SoundReturns, whenTheServerDiesAndComesBackTimeAndAgain) {
@@ -212,7 +212,7 @@ TEST(SoundReturns, onSinksOfAnotherRateAndOfOneChannel) {
     EXPECT_EQ(firstSilence(sound, begin, 48), sound.frames()) << format;
   }
   EXPECT_EQ(practice->program.errors(), "");
-  EXPECT_TRUE(practice->ends());
+  EXPECT_TRUE(practice->ends()) << practice->program.errors();
 }
 
 TEST(SoundReturns, whenAServerThatDidNotAnswerDoes) {
@@ -240,7 +240,7 @@ TEST(SoundReturns, neverHoldsUpTheWindowOfAProgramWhoseServerFreezes) {
   practice.desktop.activate(practice.window);
   practice.desktop.waitForActive(practice.window);
   EXPECT_TRUE(practice.reacts(2));
-  EXPECT_TRUE(practice.ends());
+  EXPECT_TRUE(practice.ends()) << practice.program.errors();
 }
 
 } // namespace
