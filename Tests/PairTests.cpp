@@ -14,10 +14,10 @@ using namespace tests;
 
 TEST(Pair, ItsPartsAreThoseOfTwoPairs) {
   const Pair a{1, 2}, b{3, 4};
-  EXPECT_EQ(firsts(a, b)[0], 1);
-  EXPECT_EQ(firsts(a, b)[1], 3);
-  EXPECT_EQ(seconds(a, b)[0], 2);
-  EXPECT_EQ(seconds(a, b)[1], 4);
+  EXPECT_EQ(firstOfEach(a, b)[0], 1);
+  EXPECT_EQ(firstOfEach(a, b)[1], 3);
+  EXPECT_EQ(secondOfEach(a, b)[0], 2);
+  EXPECT_EQ(secondOfEach(a, b)[1], 4);
   EXPECT_EQ(straddling(a, b)[0], 2);
   EXPECT_EQ(straddling(a, b)[1], 3);
   EXPECT_EQ(both(5)[0], 5);

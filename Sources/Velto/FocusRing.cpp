@@ -51,7 +51,8 @@ void FocusRing::itemChange(ItemChange change, const ItemChangeData& data) {
     data.window->installEventFilter(this);
     connect(data.window, &QQuickWindow::activeFocusItemChanged, this, &FocusRing::follow);
     // The control may have moved.
-    connect(data.window, &QQuickWindow::afterAnimating, this, &FocusRing::follow);
+    connect(data.window, &QQuickWindow::afterAnimating, this, &FocusRing::follow,
+            Qt::UniqueConnection);
   }
   QQuickPaintedItem::itemChange(change, data);
 }

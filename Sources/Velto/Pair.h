@@ -44,10 +44,10 @@ inline void setPair(std::span<float> x, std::size_t i, SamplePair samples) {
 }
 
 // The first, or second, of two values each, for instance of two successive frames.
-[[nodiscard]] inline Pair firsts(Pair a, Pair b) {
+[[nodiscard]] inline Pair firstOfEach(Pair a, Pair b) {
   return __builtin_shufflevector(a, b, 0, 2);
 }
-[[nodiscard]] inline Pair seconds(Pair a, Pair b) {
+[[nodiscard]] inline Pair secondOfEach(Pair a, Pair b) {
   return __builtin_shufflevector(a, b, 1, 3);
 }
 

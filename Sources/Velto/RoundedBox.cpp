@@ -76,7 +76,8 @@ RoundedBox::RoundedBox(QQuickItem* parent) : QQuickItem(parent), picture_(new Pi
 void RoundedBox::itemChange(ItemChange change, const ItemChangeData& data) {
   // Where the pixels are depends on everything around.
   if (change == ItemSceneChange && data.window != nullptr)
-    connect(data.window, &QQuickWindow::afterAnimating, this, &RoundedBox::lay);
+    connect(data.window, &QQuickWindow::afterAnimating, this, &RoundedBox::lay,
+            Qt::UniqueConnection);
   QQuickItem::itemChange(change, data);
 }
 

@@ -80,9 +80,10 @@ public:
     const Pair tap{tap_, 0.115926 * noise[0]};
     poles_ = then;
     tap_ = 0.115926 * noise[1];
-    return 0.11 * (firsts(now.b01, then.b01) + seconds(now.b01, then.b01) +
-                   firsts(now.b23, then.b23) + seconds(now.b23, then.b23) +
-                   firsts(now.b45, then.b45) + seconds(now.b45, then.b45) + tap + 0.5362 * noise);
+    return 0.11 * (firstOfEach(now.b01, then.b01) + secondOfEach(now.b01, then.b01) +
+                   firstOfEach(now.b23, then.b23) + secondOfEach(now.b23, then.b23) +
+                   firstOfEach(now.b45, then.b45) + secondOfEach(now.b45, then.b45) + tap +
+                   0.5362 * noise);
   }
 
 private:
@@ -170,8 +171,8 @@ private:
       for (Pair& sum : sums) {
         const Pair now = advance<wraps>();
         const Pair then = advance<wraps>();
-        sum += firsts(now, then) - 1.0;
-        sum += seconds(now, then) - 1.0;
+        sum += firstOfEach(now, then) - 1.0;
+        sum += secondOfEach(now, then) - 1.0;
       }
     }
   };
