@@ -24,6 +24,15 @@ TEST(LaunchOptions, AreEmptyWithoutSwitches) {
   EXPECT_EQ(options.drill, Drill::frequency);
   EXPECT_FALSE(options.scriptedAnswer);
   EXPECT_FALSE(options.fixedDark);
+  EXPECT_FALSE(options.fair);
+}
+
+TEST(LaunchOptions, TakeFairWhereverItStands) {
+  EXPECT_TRUE(optionsOf({"--fair"}).fair);
+  EXPECT_TRUE(optionsOf({"--drill", "level", "--fair"}).fair);
+  EXPECT_EQ(optionsOf({"--fair", "--drill", "level"}).drill, Drill::level);
+  for (const char* text : {"fair", "-fair", "--Fair", "--fair=1"})
+    EXPECT_FALSE(optionsOf({text}).fair) << text;
 }
 
 TEST(LaunchOptions, TakeValuesInAnyOrder) {

@@ -53,20 +53,20 @@ double difficultyNumber(int index) {
   return 100.0 * index / (seedCount - 1);
 }
 
-void hashTrial(const Trial& trial, double seconds, const std::string& title) {
+void hashTrial(const Trial& trial, double seconds, Noise noise, const std::string& title) {
   Hash hash;
   for (const double value : {trial.difficulty, trial.targetFreq, trial.boostDB, trial.boostQ,
                              trial.targetLevelDB, trial.targetGRdB, trial.correlation})
     hash.add(value);
   hash.add(static_cast<std::uint64_t>(trial.oddSlot), 8);
-  for (const Slot& slot : Drills::render(trial, seconds)) {
+  for (const Slot& slot : Drills::render(trial, seconds, noise)) {
     hash.add(*slot.l);
     hash.add(*slot.r);
   }
   hash.print(title);
 }
 
-void hashRenders(double seconds, std::string_view length) {
+void hashRenders(double seconds, Noise noise, std::string_view length) {
   for (int index = 0; index < seedCount; ++index) {
     const std::uint64_t seed = seedNumber(index);
     const double difficulty = difficultyNumber(index);
@@ -74,14 +74,14 @@ void hashRenders(double seconds, std::string_view length) {
       const std::string tail = std::string(material.rawValue()) + ", seed " +
                                std::to_string(index) + ", " + std::string(length) + ":";
       for (const Drill drill : Drill::allCases)
-        hashTrial(Drills::makeTrial(difficulty, material, seed, drill), seconds,
+        hashTrial(Drills::makeTrial(difficulty, material, seed, drill), seconds, noise,
                   std::string(drill.rawValue()) + ", " + tail);
 
-      const Samples mono = kit::source(material, seconds, seed);
+      const Samples mono = kit::source(material, seconds, seed, noise);
       Hash material1;
       material1.add(mono);
       material1.print("material, " + tail);
-      const auto [left, right] = Signals::stereoise(mono, 1 - difficulty / 100, seed);
+      const auto [left, right] = Signals::stereoise(mono, 1 - difficulty / 100, seed, noise);
       Hash stereo;
       stereo.add(left);
       stereo.add(right);
@@ -112,7 +112,10 @@ int main(int argumentCount, char** arguments) {
     hashElementaryFunctions();
     return 0;
   }
-  hashRenders(0.35, "short");
-  if (mode != "short")
-    hashRenders(3.2, "whole");
+  hashRenders(0.35, Noise::asDrawn, "short");
+  hashRenders(0.35, Noise::audible, "short, audible noise");
+  if (mode == "short")
+    return 0;
+  hashRenders(3.2, Noise::asDrawn, "whole");
+  hashRenders(3.2, Noise::audible, "whole, audible noise");
 }

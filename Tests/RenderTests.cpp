@@ -50,6 +50,13 @@ RC_GTEST_PROP(RenderLaw, IsTheModelsToTheLastBit, ()) {
   require(sameBits(Drills::render(trial, seconds), literal::render(literalTrial(trial), seconds)));
 }
 
+RC_GTEST_PROP(RenderLaw, WithAudibleNoiseIsTheModelsToTheLastBit, ()) {
+  const Trial trial = *anyTrial();
+  const double seconds = *anyDuration();
+  require(sameBits(Drills::render(trial, seconds, Noise::audible),
+                   literal::render(literalTrial(trial), seconds, true)));
+}
+
 RC_GTEST_PROP(RenderLaw, FieldsSetByHandAreTheModelsToTheLastBit, ()) {
   Trial trial = *anyTrial();
   trial.targetFreq = *between(20, 20000);
@@ -74,6 +81,9 @@ TEST(Render, IsTheModelsToTheLastBitOverATrialsLength) {
         const Trial trial = Drills::makeTrial(row.difficulty, material, row.seed, drill);
         EXPECT_TRUE(sameBits(Drills::render(trial, 3.2), literal::render(literalTrial(trial), 3.2)))
             << drill << ", " << material << ", seed " << row.seed;
+        EXPECT_TRUE(sameBits(Drills::render(trial, 3.2, Noise::audible),
+                             literal::render(literalTrial(trial), 3.2, true)))
+            << drill << ", " << material << ", audible noise, seed " << row.seed;
       }
     }
   }

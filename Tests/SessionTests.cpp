@@ -24,9 +24,10 @@ struct Rig {
   kit::FakeOutput output;
   std::unique_ptr<Session> session;
 
-  explicit Rig(Drill drill = Drill::frequency, double time = launchTime)
-      : session(std::make_unique<Session>(drill, work.queues(),
-                                          std::make_unique<Player>(output.factory()), time)) {}
+  explicit Rig(Drill drill = Drill::frequency, double time = launchTime,
+               Session::Trials trials = Session::Trials::standard)
+      : session(std::make_unique<Session>(
+            drill, work.queues(), std::make_unique<Player>(output.factory()), time, trials)) {}
 
   Session& operator*() const { return *session; }
   Session* operator->() const { return session.get(); }
@@ -149,6 +150,65 @@ TEST(SessionChanges, TheOldTrialPlaysOnUntilTheNewOneIsRendered) {
   EXPECT_EQ(rig->slots()[0].l, heard);
   rig.settle();
   EXPECT_NE(rig->slots()[0].l, heard);
+}
+
+// Which way a switch from the first slot to the second goes: halfway neither is heard, or both are.
+Switching switchingHeard(Rig& rig) {
+  rig.settle();
+  (void)rig.output.pull(20000, 480);
+  rig->select(1);
+  (void)rig.output.pull(3600, 480);
+  const auto& nodes = rig->player().nodes();
+  return nodes[0].volume() == 0 && nodes[1].volume() == 0 ? Switching::throughSilence
+                                                          : Switching::crossfade;
+}
+
+TEST(SessionFairTrials, MixTheSeedAndAdvanceTheCounterAsEver) {
+  Rig rig(Drill::level, launchTime, Session::Trials::fair);
+  EXPECT_EQ(rig->counter(), launchCounter + 81006);
+  EXPECT_EQ(*rig->trial(),
+            Drills::makeTrial(20, Material::pinkNoise, Drills::mixedSeed(launchCounter + 81006),
+                              Drill::level));
+  rig->newTrial();
+  EXPECT_EQ(rig->counter(), launchCounter + 81006 + 40503);
+  EXPECT_EQ(rig->trial()->seed, Drills::mixedSeed(rig->counter()));
+}
+
+TEST(SessionFairTrials, PlayAudibleNoise) {
+  for (const Drill drill : Drill::allCases) {
+    Rig rig(drill, launchTime, Session::Trials::fair);
+    rig.settle();
+    const auto expected = Drills::render(*rig->trial(), Session::trialSeconds, Noise::audible);
+    ASSERT_EQ(rig->slots().size(), expected.size());
+    for (std::size_t s = 0; s < expected.size(); ++s) {
+      EXPECT_TRUE(std::ranges::equal(*rig->slots()[s].l, *expected[s].l));
+      EXPECT_TRUE(std::ranges::equal(*rig->slots()[s].r, *expected[s].r));
+    }
+  }
+}
+
+TEST(SessionFairTrials, SwitchThroughSilenceInPolarityOnly) {
+  for (const Drill drill : Drill::allCases) {
+    Rig standard(drill);
+    EXPECT_EQ(switchingHeard(standard), Switching::crossfade);
+    Rig fair(drill, launchTime, Session::Trials::fair);
+    EXPECT_EQ(switchingHeard(fair),
+              drill == Drill::polarity ? Switching::throughSilence : Switching::crossfade);
+  }
+}
+
+TEST(SessionFairTrials, KeepTheWayOfTheSlotsThatPlayThroughASuspension) {
+  Rig rig(Drill::polarity, launchTime, Session::Trials::fair);
+  rig.settle();
+  rig->setDrill(Drill::level); // is not rendered yet: the polarity trial plays on
+  rig->setSuspended(true);
+  rig->player().stop();
+  rig->resume();
+  (void)rig.output.pull(20000, 480);
+  rig->select(1);
+  (void)rig.output.pull(3600, 480);
+  EXPECT_EQ(rig->player().nodes()[0].volume(), 0);
+  EXPECT_EQ(rig->player().nodes()[1].volume(), 0);
 }
 
 TEST(SessionSlots, SelectsOnlySlotsOfTheTrial) {

@@ -48,7 +48,8 @@ AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
       session_(options_.drill, qtWorkQueues(),
                std::make_unique<Player>(std::move(makeDevice), Engine::defaultCloseDelay,
                                         Player::Opening::inBackground),
-               secondsSince1970()),
+               secondsSince1970(),
+               options_.fair ? Session::Trials::fair : Session::Trials::standard),
       appearance_(options_.fixedDark), model_(session_), progress_(session_) {
   connect(&appearance_, &Appearance::darkChanged, this, &AppDelegate::followDesktop);
   connect(&appearance_, &Appearance::reducedMotionChanged, this, &AppDelegate::followDesktop);

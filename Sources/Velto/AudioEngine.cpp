@@ -234,8 +234,10 @@ bool Engine::isRunning() const {
   return isStarted_ && shared_->hasWorkingDevice();
 }
 
-void Engine::play(std::vector<Slot> slots, std::int64_t chosen, double secondsToSound) {
+void Engine::play(std::vector<Slot> slots, std::int64_t chosen, double secondsToSound,
+                  Switching switching) {
   auto playback = std::make_unique<Playback>();
+  playback->switching = switching;
   const std::size_t count = std::min(slots.size(), playback->slots.size());
   std::move(slots.begin(), slots.begin() + static_cast<std::ptrdiff_t>(count),
             playback->slots.begin());

@@ -69,9 +69,11 @@ public:
   // device `secondsToSound` from now; `chosen` fades in, no slot if it names none. Replaces what
   // was playing. The buffers are kept until they have been played for the last time. Only while
   // started.
-  void play(std::vector<Slot> slots, std::int64_t chosen, double secondsToSound);
+  void play(std::vector<Slot> slots, std::int64_t chosen, double secondsToSound,
+            Switching switching = Switching::crossfade);
 
-  // Crossfades to the slot `chosen`; to silence if it names none. Only while something plays.
+  // Switches to the slot `chosen` as `play` was told; to silence if it names none. Only while
+  // something plays.
   void crossfadeTo(std::int64_t chosen);
 
   // Silence within 5 ms of audio.

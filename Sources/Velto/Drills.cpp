@@ -1,7 +1,6 @@
 #include "Drills.h"
 
 #include "Numbers.h"
-#include "Signals.h"
 
 #include <algorithm>
 #include <cmath>
@@ -128,6 +127,13 @@ Trial Drills::makeTrial(double difficulty, Material material, std::uint64_t seed
     break;
   }
   return trial;
+}
+
+std::uint64_t Drills::mixedSeed(std::uint64_t counter) {
+  std::uint64_t z = counter + 0x9E3779B97F4A7C15;
+  z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9;
+  z = (z ^ (z >> 27)) * 0x94D049BB133111EB;
+  return z ^ (z >> 31);
 }
 
 Drills::Grade Drills::grade(double answer, const Trial& trial) {

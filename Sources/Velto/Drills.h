@@ -6,6 +6,7 @@
 
 #include "Compressor.h"
 #include "DSP.h"
+#include "Signals.h"
 
 #include <array>
 #include <cstddef>
@@ -185,6 +186,11 @@ struct Grade {
 [[nodiscard]] Trial makeTrial(double difficulty, Material material, std::uint64_t seed,
                               Drill drill);
 
+// A seed for the trial number `counter` that tells nothing of its neighbours: the output function
+// of SplitMix64 (G. L. Steele, D. Lea, C. H. Flood, "Fast splittable pseudorandom number
+// generators", OOPSLA 2014). A bijection: different counters give different seeds.
+[[nodiscard]] std::uint64_t mixedSeed(std::uint64_t counter);
+
 // Grades `answer`: Hz (frequency), dB (level, dynamics), or a slot index (polarity; truncated
 // toward zero, and one that is not finite stops the process). A hit is within a third of an octave,
 // 0.75 dB or 2 dB, bounds included, or the flipped slot.
@@ -193,9 +199,10 @@ struct Grade {
 // The slots of `trial`, in slot order: three for polarity, two for the others, each of
 // Signals::frameCount(seconds) frames at 48000 Hz. The first slot is the material at an RMS level
 // of -20 dB; so are boosted and compressed ones, a louder one is `targetLevelDB` above. Samples may
-// lie beyond full scale. `seconds` is finite and not negative, else the process stops; 0 gives
-// empty buffers.
-[[nodiscard]] std::vector<Slot> render(const Trial& trial, double seconds);
+// lie beyond full scale. `noise` is what pink noise and the right channel of a polarity trial are
+// made of. `seconds` is finite and not negative, else the process stops; 0 gives empty buffers.
+[[nodiscard]] std::vector<Slot> render(const Trial& trial, double seconds,
+                                       Noise noise = Noise::asDrawn);
 
 } // namespace Drills
 

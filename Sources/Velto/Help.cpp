@@ -10,6 +10,7 @@ namespace velto {
 namespace {
 
 constexpr std::array allSwitches{
+    Help::Switch{"--fair", "", "only listening helps, and pink noise can be heard", true},
     Help::Switch{"--drill", "DRILL", "start with frequency, level, dynamics or polarity", true},
     Help::Switch{"--appearance", "LOOK", "light or dark, whatever the desktop prefers", true},
     Help::Switch{"--shot", "FILE", "take a picture of the window (PNG) and end", true},

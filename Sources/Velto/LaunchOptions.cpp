@@ -19,6 +19,7 @@ std::optional<std::string> Arguments::valueOf(std::string_view name) const {
 
 LaunchOptions launchOptions(const Arguments& arguments) {
   LaunchOptions options;
+  options.fair = arguments.has("--fair");
   options.shotPath = arguments.valueOf("--shot");
   if (const auto name = arguments.valueOf("--drill"))
     options.drill = Drill::fromRawValue(*name).value_or(Drill::frequency);

@@ -31,6 +31,7 @@ struct LaunchOptions {
   Drill drill = Drill::frequency;       // --drill; an unknown drill counts as none
   std::optional<double> scriptedAnswer; // --answer, used with --shot only
   std::optional<bool> fixedDark;        // --appearance: false for "light", true for anything else
+  bool fair = false;                    // --fair
 };
 
 [[nodiscard]] LaunchOptions launchOptions(const Arguments& arguments);

@@ -56,11 +56,11 @@ void Mixer::adoptLatestScene() {
   if (scene_.generation != previous.generation) {
     keepTail();
     adoptPlayback(scene_.playback);
-    beginRamp(scene_.chosen);
+    beginRamp(Switching::crossfade);
     // From here on nothing refers to the previous playback.
     adoptedGeneration_.store(scene_.generation, std::memory_order_release);
   } else if (scene_.ramp != previous.ramp) {
-    beginRamp(scene_.chosen);
+    adoptChoice(previous.chosen);
   }
   // Likewise for the previous tap.
   adoptedTapGeneration_.store(scene_.tapGeneration, std::memory_order_release);
@@ -84,13 +84,21 @@ void Mixer::adoptPlayback(const Playback* playback) {
   }
 }
 
-void Mixer::beginRamp(std::int64_t chosen) {
+void Mixer::adoptChoice(std::int64_t previous) {
+  const Switching switching =
+      scene_.playback == nullptr ? Switching::crossfade : scene_.playback->switching;
+  if (switching == Switching::crossfade || scene_.chosen != previous)
+    beginRamp(switching);
+}
+
+void Mixer::beginRamp(Switching switching) {
   for (std::size_t i = 0; i < voices_.size(); ++i) {
     Voice& voice = voices_[i];
     const double gain = gainAt(voice, clock_);
     voice.line.from = voice.line.at(clock_);
-    voice.line.to = static_cast<std::int64_t>(i) == chosen ? 1 : 0;
+    voice.line.to = static_cast<std::int64_t>(i) == scene_.chosen ? 1 : 0;
     voice.line.begin = clock_;
+    voice.line.switching = switching;
     if (clock_ >= voice.riseEnd)
       continue;
     if (clock_ > voice.riseBegin) {
@@ -180,13 +188,21 @@ double Mixer::Line::at(std::uint64_t frame) const {
   const std::uint64_t moved = frame - begin;
   if (moved >= rampFrames)
     return to;
-  return from + (to - from) * (static_cast<double>(moved) / double{rampFrames});
+  if (switching == Switching::crossfade)
+    return from + (to - from) * (static_cast<double>(moved) / double{rampFrames});
+  constexpr std::uint64_t half = rampFrames / 2;
+  return moved < half ? from * (static_cast<double>(half - moved) / double{half})
+                      : to * (static_cast<double>(moved - half) / double{half});
 }
 
 float Mixer::Line::volumeAt(std::uint64_t frame) const {
   const std::uint64_t step = std::min((frame - begin) / stepFrames, stepCount);
-  const auto start = static_cast<float>(from);
-  return start + (static_cast<float>(step) / float{stepCount}) * (static_cast<float>(to) - start);
+  const auto start = static_cast<float>(from), end = static_cast<float>(to);
+  if (switching == Switching::crossfade)
+    return start + (static_cast<float>(step) / float{stepCount}) * (end - start);
+  constexpr std::uint64_t half = stepCount / 2;
+  return step < half ? start * (static_cast<float>(half - step) / float{half})
+                     : end * (static_cast<float>(step - half) / float{half});
 }
 
 } // namespace velto

@@ -13,6 +13,13 @@
 
 namespace velto {
 
+// How a switch gets from one slot to another.
+enum class Switching : std::uint8_t {
+  crossfade,     // both are heard meanwhile
+  throughSilence // the one before falls silent, then the other rises: the course of the level is
+                 // the same for any two slots
+};
+
 // The slots of one load, never written once the mixer may see them.
 struct Playback {
   // How many voices can play at once.
@@ -20,6 +27,7 @@ struct Playback {
 
   std::array<Slot, maxSlots> slots;   // without buffers where nothing plays
   std::uint64_t startDelayFrames = 0; // from the hand-over to the first frame of all voices
+  Switching switching = Switching::crossfade;
 };
 
 // What the mixer is to play.
@@ -40,6 +48,10 @@ struct Scene {
 // - The crossfade of a new scene starts at the hand-over, its voices `startDelayFrames` later. A
 //   gain moves only while its voice plays: it rises from 0, within the voice's first 12.5 ms, to
 //   where the crossfade then stands.
+// - Switching::throughSilence takes as long: 75 ms from the present gain down to 0, then 75 ms up
+// to
+//   1. Only one voice is heard at any frame. Choosing the slot that is chosen already changes
+//   nothing.
 // - A scene that ends is not cut off: what was heard runs to zero within 5 ms, under the next one.
 // - Gains and sums are 64-bit floats, rounded once. Between two slots that are alike a crossfade
 //   changes no bit.
@@ -83,10 +95,11 @@ public:
   void render(float* interleaved, std::size_t frames) noexcept override;
 
 private:
-  // A straight line from one gain to another.
+  // The way from one gain to another: a straight line, or two of equal length that meet at 0.
   struct Line {
     double from = 0, to = 0;
     std::uint64_t begin = 0; // the frame at which the line leaves `from`
+    Switching switching = Switching::crossfade;
 
     [[nodiscard]] double at(std::uint64_t frame) const;
     [[nodiscard]] float volumeAt(std::uint64_t frame) const;
@@ -106,7 +119,8 @@ private:
 
   void adoptLatestScene();
   void adoptPlayback(const Playback* playback);
-  void beginRamp(std::int64_t chosen);
+  void adoptChoice(std::int64_t previous);
+  void beginRamp(Switching switching);
   void keepTail();
   void takeTail(std::size_t frames);
   void renderChunk(float* interleaved, std::size_t frames);

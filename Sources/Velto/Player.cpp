@@ -29,13 +29,13 @@ Player::Player(OutputDeviceFactory makeDevice, std::chrono::milliseconds closeDe
       opening_(opening), nodes_{PlayerNode(engine_, 0), PlayerNode(engine_, 1),
                                 PlayerNode(engine_, 2)} {}
 
-void Player::load(std::span<const Slot> slots, std::int64_t startAt) {
+void Player::load(std::span<const Slot> slots, std::int64_t startAt, Switching switching) {
   const auto playable = slots.first(std::min(slots.size(), nodeCount));
   std::for_each(playable.begin(), playable.end(), checkPlayable);
   stop();
   if (!startEngine())
     return;
-  engine_.play({playable.begin(), playable.end()}, startAt, startDelaySeconds);
+  engine_.play({playable.begin(), playable.end()}, startAt, startDelaySeconds, switching);
   current_ = startAt;
   isPlaying_ = true;
 }

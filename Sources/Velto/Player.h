@@ -15,7 +15,7 @@
 namespace velto {
 
 // Main thread only. Idle, or playing: then every slot runs on its own node, and the node of
-// `current` is heard. Switching moves the nodes' volumes along a crossfade of 150 ms.
+// `current` is heard. Switching moves the nodes' volumes within 150 ms, as `load` was told.
 class Player {
 public:
   static constexpr std::size_t nodeCount = Playback::maxSlots;
@@ -38,9 +38,10 @@ public:
   // start the player stays idle; where it waits for that it reports the failure. A slot without
   // buffers, or with a left and a right one of different lengths, is a programming error: the
   // process stops.
-  void load(std::span<const Slot> slots, std::int64_t startAt);
+  void load(std::span<const Slot> slots, std::int64_t startAt,
+            Switching switching = Switching::crossfade);
 
-  // Crossfades to `slot`, even to one that has nothing to play. Does nothing while idle, or if the
+  // Switches to `slot`, even to one that has nothing to play. Does nothing while idle, or if the
   // index is not below the number of nodes.
   void switchTo(std::int64_t slot);
 

@@ -6,7 +6,6 @@
 #include "Drills.h"
 
 #include "Numbers.h"
-#include "Signals.h"
 
 #include <cmath>
 
@@ -40,10 +39,10 @@ std::vector<Slot> monoSlots(const Buffers& buffers) {
 }
 
 // Fills `out` with the trial's material, and returns the gain that it still lacks.
-float fillSource(std::span<float> out, const Trial& trial) {
+float fillSource(std::span<float> out, const Trial& trial, Noise noise) {
   switch (trial.material) {
   case Material::pinkNoise:
-    return Signals::fillPink(out, trial.seed);
+    return Signals::fillPink(out, trial.seed, noise);
   case Material::drums:
     return Signals::fillDrums(out, trial.seed);
   case Material::pad:
@@ -53,8 +52,8 @@ float fillSource(std::span<float> out, const Trial& trial) {
 }
 
 // Fills `out` with the trial's material, and returns its level in dB.
-double fillLeveledSource(std::span<float> out, const Trial& trial) {
-  const float gain = fillSource(out, trial);
+double fillLeveledSource(std::span<float> out, const Trial& trial, Noise noise) {
+  const float gain = fillSource(out, trial, noise);
   Measure::RunningRMS rms;
   for (float& sample : out) {
     sample *= gain;
@@ -63,10 +62,10 @@ double fillLeveledSource(std::span<float> out, const Trial& trial) {
   return rms.levelDB(out.size());
 }
 
-std::vector<Slot> frequencySlots(const Trial& trial, double seconds) {
+std::vector<Slot> frequencySlots(const Trial& trial, double seconds, Noise noise) {
   const Buffers buffers(2, seconds);
   const auto source = buffers[0], boosted = buffers[1];
-  const float gain = fillSource(source, trial);
+  const float gain = fillSource(source, trial, noise);
 
   Biquad peak = Biquad::peaking(trial.targetFreq, trial.boostDB, trial.boostQ, sampleRateHz);
   Measure::RunningRMS sourceRMS, boostedRMS;
@@ -81,10 +80,10 @@ std::vector<Slot> frequencySlots(const Trial& trial, double seconds) {
   return monoSlots(buffers);
 }
 
-std::vector<Slot> levelSlots(const Trial& trial, double seconds) {
+std::vector<Slot> levelSlots(const Trial& trial, double seconds, Noise noise) {
   const Buffers buffers(2, seconds);
   const auto source = buffers[0], louder = buffers[1];
-  const float sourceGain = fillSource(source, trial);
+  const float sourceGain = fillSource(source, trial, noise);
   const auto gain = static_cast<float>(std::pow(10.0, trial.targetLevelDB / 20));
   for (std::size_t i = 0; i < source.size(); ++i) {
     source[i] *= sourceGain;
@@ -93,20 +92,21 @@ std::vector<Slot> levelSlots(const Trial& trial, double seconds) {
   return monoSlots(buffers);
 }
 
-std::vector<Slot> dynamicsSlots(const Trial& trial, double seconds) {
+std::vector<Slot> dynamicsSlots(const Trial& trial, double seconds, Noise noise) {
   const Buffers buffers(2, seconds);
   const auto source = buffers[0], compressed = buffers[1];
-  const double levelDB = fillLeveledSource(source, trial);
+  const double levelDB = fillLeveledSource(source, trial, noise);
   Drills::compressHitting(trial.targetGRdB, source, compressed);
   Measure::scale(compressed, Measure::gainFrom(Measure::rmsDB(compressed), levelDB));
   return monoSlots(buffers);
 }
 
-std::vector<Slot> polaritySlots(const Trial& trial, double seconds) {
+std::vector<Slot> polaritySlots(const Trial& trial, double seconds, Noise noise) {
   const Buffers buffers(3, seconds);
   const auto left = buffers[0], right = buffers[1], flipped = buffers[2];
-  const double levelDB = fillLeveledSource(left, trial);
-  const float gain = Signals::fillDecorrelated(right, left, levelDB, trial.correlation, trial.seed);
+  const double levelDB = fillLeveledSource(left, trial, noise);
+  const float gain =
+      Signals::fillDecorrelated(right, left, levelDB, trial.correlation, trial.seed, noise);
   for (std::size_t i = 0; i < right.size(); ++i) {
     right[i] *= gain;
     flipped[i] = -right[i];
@@ -120,16 +120,16 @@ std::vector<Slot> polaritySlots(const Trial& trial, double seconds) {
 
 } // namespace
 
-std::vector<Slot> Drills::render(const Trial& trial, double seconds) {
+std::vector<Slot> Drills::render(const Trial& trial, double seconds, Noise noise) {
   switch (trial.drill) {
   case Drill::frequency:
-    return frequencySlots(trial, seconds);
+    return frequencySlots(trial, seconds, noise);
   case Drill::level:
-    return levelSlots(trial, seconds);
+    return levelSlots(trial, seconds, noise);
   case Drill::dynamics:
-    return dynamicsSlots(trial, seconds);
+    return dynamicsSlots(trial, seconds, noise);
   case Drill::polarity:
-    return polaritySlots(trial, seconds);
+    return polaritySlots(trial, seconds, noise);
   }
   fatalError("an unknown drill");
 }

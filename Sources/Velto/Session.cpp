@@ -35,8 +35,8 @@ std::uint64_t wholeSeconds(double secondsSince1970) {
 } // namespace
 
 Session::Session(Drill drill, WorkQueues queues, std::unique_ptr<Player> player,
-                 double secondsSince1970)
-    : player_(std::move(player)), counter_(wholeSeconds(secondsSince1970)),
+                 double secondsSince1970, Trials trials)
+    : trials_(trials), player_(std::move(player)), counter_(wholeSeconds(secondsSince1970)),
       queues_(std::move(queues)), self_(std::make_shared<Session*>(this)) {
   followOpenings();
   setDrill(drill);
@@ -69,20 +69,25 @@ void Session::setAnswer(double answer) {
 
 void Session::newTrial() {
   assign(grade_, std::nullopt);
-  counter_ += seedStep;
   const double difficulty = profile_.staircase(drill_).difficulty;
-  assign(trial_, Drills::makeTrial(difficulty, material_, counter_, drill_));
+  assign(trial_, Drills::makeTrial(difficulty, material_, nextSeed(), drill_));
   assign(answer_, defaultAnswer(drill_));
   assign(currentSlot_, 0);
   assign(rendering_, true);
 
-  queues_.background([trial = *trial_, main = queues_.main, self = std::weak_ptr(self_)] {
-    auto rendered = Drills::render(trial, trialSeconds);
+  const Noise noise = trials_ == Trials::fair ? Noise::audible : Noise::asDrawn;
+  queues_.background([trial = *trial_, noise, main = queues_.main, self = std::weak_ptr(self_)] {
+    auto rendered = Drills::render(trial, trialSeconds, noise);
     main([seed = trial.seed, rendered = std::move(rendered), self]() mutable {
       if (const auto session = self.lock())
         (*session)->takeRender(seed, std::move(rendered));
     });
   });
+}
+
+std::uint64_t Session::nextSeed() {
+  counter_ += seedStep;
+  return trials_ == Trials::fair ? Drills::mixedSeed(counter_) : counter_;
 }
 
 void Session::takeRender(std::uint64_t seed, std::vector<Slot> slots) {
@@ -91,9 +96,17 @@ void Session::takeRender(std::uint64_t seed, std::vector<Slot> slots) {
     return;
   assign(rendering_, false);
   slots_ = std::move(slots);
+  switching_ = trials_ == Trials::fair && trial_->drill == Drill::polarity
+                   ? Switching::throughSilence
+                   : Switching::crossfade;
   assign(currentSlot_, 0);
   if (!suspended_)
-    player_->load(slots_, 0);
+    play();
+}
+
+// From the current slot.
+void Session::play() {
+  player_->load(slots_, currentSlot_, switching_);
 }
 
 void Session::select(std::int64_t slot) {
@@ -126,7 +139,7 @@ void Session::resume() {
     return;
   suspended_ = false;
   if (!slots_.empty())
-    player_->load(slots_, currentSlot_);
+    play();
 }
 
 void Session::followOpenings() {
@@ -146,7 +159,7 @@ void Session::followSound(SoundRecovery::Time now) {
     Player::reportFailure(player_->engine().error().value_or("the sound server does not answer"));
   if (!step.load)
     return;
-  player_->load(slots_, currentSlot_);
+  play();
   if (player_->isPlaying())
     (void)recovery_.next(sound(), now);
 }

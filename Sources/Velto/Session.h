@@ -30,12 +30,21 @@ struct WorkQueues {
 // followSound() where the player opens its output in the background.
 class Session {
 public:
+  // How trials are made and played.
+  enum class Trials : std::uint8_t {
+    standard,
+    fair // what can be told without listening is taken away: seeds are mixed, so that targets take
+         // their whole range; noise is the audible one; slots of a polarity trial are switched
+         // through silence
+  };
+
   // The length of a rendered trial.
   static constexpr double trialSeconds = 3.2;
 
   // Starts two trials of `drill`, one after the other; the audio of the first is dropped when it
   // arrives. `secondsSince1970` seeds them; one that is not finite or negative stops the process.
-  Session(Drill drill, WorkQueues queues, std::unique_ptr<Player> player, double secondsSince1970);
+  Session(Drill drill, WorkQueues queues, std::unique_ptr<Player> player, double secondsSince1970,
+          Trials trials = Trials::standard);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -63,7 +72,9 @@ public:
 
   [[nodiscard]] Profile& profile() { return profile_; }
   [[nodiscard]] Player& player() { return *player_; }
-  [[nodiscard]] std::uint64_t counter() const { return counter_; } // the seed of the latest trial
+  [[nodiscard]] std::uint64_t counter() const {
+    return counter_;
+  } // the latest trial's seed is made of it
   [[nodiscard]] const std::vector<Slot>& slots() const { return slots_; }
   [[nodiscard]] bool suspended() const { return suspended_; }
   void setSuspended(bool suspended) { suspended_ = suspended; }
@@ -90,10 +101,13 @@ public:
 private:
   template <typename Field, typename Value>
   void assign(Field& field, Value&& value);
+  [[nodiscard]] std::uint64_t nextSeed();
   void takeRender(std::uint64_t seed, std::vector<Slot> slots);
+  void play();
   void followOpenings();
   [[nodiscard]] SoundRecovery::Sound sound() const;
 
+  const Trials trials_;
   Drill drill_ = Drill::frequency;
   Material material_ = Material::pinkNoise;
   std::optional<Trial> trial_;
@@ -106,6 +120,7 @@ private:
   std::unique_ptr<Player> player_;
   std::uint64_t counter_;
   std::vector<Slot> slots_;
+  Switching switching_ = Switching::crossfade; // between slots_
   bool suspended_ = false;
   SoundRecovery recovery_;
 

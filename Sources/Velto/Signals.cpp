@@ -14,6 +14,7 @@ namespace velto {
 namespace {
 
 constexpr double outputLevelDB = -20;
+constexpr double noiseMean = 1; // of Xorshift64::nextNoise
 
 // Fills `out` with what `next` returns, two samples a time, and returns its level in dB.
 template <typename Next>
@@ -202,8 +203,10 @@ std::size_t Signals::frameCount(double seconds) {
   return static_cast<std::size_t>(Numbers::truncated(frames));
 }
 
-Samples Signals::pink(double seconds, std::uint64_t seed) {
-  return leveled(seconds, seed, fillPink);
+Samples Signals::pink(double seconds, std::uint64_t seed, Noise noise) {
+  return leveled(seconds, seed, [noise](std::span<float> out, std::uint64_t pinkSeed) {
+    return fillPink(out, pinkSeed, noise);
+  });
 }
 
 Samples Signals::drums(double seconds, std::uint64_t seed) {
@@ -214,11 +217,21 @@ Samples Signals::pad(double seconds, std::uint64_t seed) {
   return leveled(seconds, seed, fillPad);
 }
 
-float Signals::fillPink(std::span<float> out, std::uint64_t seed) {
+float Signals::fillPink(std::span<float> out, std::uint64_t seed, Noise noise) {
   Xorshift64 generator(seed);
   PinkFilter filter;
-  const double levelDB =
-      fillPairs(out, [&] { return rounded(filter.next(generator.nextNoisePair())); });
+  if (noise == Noise::asDrawn) {
+    const double levelDB =
+        fillPairs(out, [&] { return rounded(filter.next(generator.nextNoisePair())); });
+    return Measure::gainFrom(levelDB, outputLevelDB);
+  }
+  // The two sections of a fourth-order Butterworth filter.
+  PairedBiquad first(Biquad::highpass(20, 0.5412, sampleRateHz));
+  PairedBiquad second(Biquad::highpass(20, 1.3066, sampleRateHz));
+  const double levelDB = fillPairs(out, [&] {
+    return second.process(
+        first.process(rounded(filter.next(generator.nextNoisePair() - noiseMean))));
+  });
   return Measure::gainFrom(levelDB, outputLevelDB);
 }
 
@@ -267,23 +280,24 @@ float Signals::fillPad(std::span<float> out, std::uint64_t seed) {
 }
 
 std::pair<Samples, Samples> Signals::stereoise(std::span<const float> mono, double correlation,
-                                               std::uint64_t seed) {
+                                               std::uint64_t seed, Noise noise) {
   Samples right(mono.size());
-  const float gain = fillDecorrelated(right, mono, Measure::rmsDB(mono), correlation, seed);
+  const float gain = fillDecorrelated(right, mono, Measure::rmsDB(mono), correlation, seed, noise);
   Measure::scale(right, gain);
   return {Samples(mono.begin(), mono.end()), std::move(right)};
 }
 
 float Signals::fillDecorrelated(std::span<float> out, std::span<const float> mono, double levelDB,
-                                double correlation, std::uint64_t seed) {
+                                double correlation, std::uint64_t seed, Noise noise) {
   Xorshift64 generator(seed + 7717);
   PairedBiquad filter(Biquad::lowpass(6000, 0.7, sampleRateHz));
+  const double removed = noise == Noise::audible ? noiseMean : 0;
   const double noiseDB =
-      fillPairs(out, [&] { return filter.process(rounded(generator.nextNoisePair())); });
+      fillPairs(out, [&] { return filter.process(rounded(generator.nextNoisePair() - removed)); });
   const float noiseGain = Measure::gainFrom(noiseDB, levelDB);
   const double noiseWeight = 1 - correlation >= 0 ? 1 - correlation : 0;
-  const auto mix = [=](auto source, auto noise) {
-    return rounded(correlation * widened(source) + noiseWeight * widened(noise * noiseGain));
+  const auto mix = [=](auto source, auto other) {
+    return rounded(correlation * widened(source) + noiseWeight * widened(other * noiseGain));
   };
   Measure::RunningRMS mixRMS;
   std::size_t i = 0;

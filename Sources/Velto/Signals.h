@@ -58,6 +58,12 @@ private:
   std::uint64_t state_;
 };
 
+// What a material takes of the generator's noise.
+enum class Noise : std::uint8_t {
+  asDrawn, // all of it; its mean of +1 reaches pink noise and the decorrelation noise
+  audible  // less its mean; pink noise then loses what lies below 20 Hz
+};
+
 namespace Signals {
 
 // The number of frames that `seconds` take at 48000 Hz, truncated. A negative or non-finite
@@ -66,9 +72,10 @@ namespace Signals {
 [[nodiscard]] std::size_t frameCount(double seconds);
 
 // Pink noise, 3 dB less an octave from about 10 Hz up: Paul Kellet's refined filter, as he
-// published it on the music-dsp list, over the generator's noise. It keeps some of that noise's
-// mean.
-[[nodiscard]] Samples pink(double seconds, std::uint64_t seed);
+// published it on the music-dsp list, over the generator's noise. Noise::asDrawn leaves it with a
+// mean that carries almost all of its power; Noise::audible takes the mean off each draw and adds a
+// fourth-order Butterworth high-pass at 20 Hz.
+[[nodiscard]] Samples pink(double seconds, std::uint64_t seed, Noise noise = Noise::asDrawn);
 
 // A bar of eighth notes at 100 beats per minute (kick, snare, hi-hat) that repeats: 2.4 s a bar. It
 // may end anywhere in the bar.
@@ -81,13 +88,16 @@ namespace Signals {
 // A stereo pair (left, right) made from `mono`: left is `mono` itself, right is `correlation` parts
 // of it mixed with 1 - `correlation` parts of noise below 6 kHz, at the level of `mono`. 0 to 1: at
 // 1 both are the same but for rounding. Drums and pad then measure a correlation of
-// c / sqrt(c^2 + (1 - c)^2), pink noise more, because its mean is that of the noise.
+// c / sqrt(c^2 + (1 - c)^2); pink noise as drawn measures more, because its mean is that of the
+// noise that it is mixed with.
 [[nodiscard]] std::pair<Samples, Samples> stereoise(std::span<const float> mono, double correlation,
-                                                    std::uint64_t seed);
+                                                    std::uint64_t seed,
+                                                    Noise noise = Noise::asDrawn);
 
 // The same materials before their level is set, in a buffer that the caller provides: each fills
 // all of `out` and returns the factor that takes it to -20 dB.
-[[nodiscard]] float fillPink(std::span<float> out, std::uint64_t seed);
+[[nodiscard]] float fillPink(std::span<float> out, std::uint64_t seed,
+                             Noise noise = Noise::asDrawn);
 // As fillPink().
 [[nodiscard]] float fillDrums(std::span<float> out, std::uint64_t seed);
 // As fillPink().
@@ -96,7 +106,8 @@ namespace Signals {
 // The right channel of stereoise() before its level is set: fills `out`, as long as `mono` and
 // apart from it, and returns the factor that takes it to the level of `mono`, which is `levelDB`.
 [[nodiscard]] float fillDecorrelated(std::span<float> out, std::span<const float> mono,
-                                     double levelDB, double correlation, std::uint64_t seed);
+                                     double levelDB, double correlation, std::uint64_t seed,
+                                     Noise noise = Noise::asDrawn);
 
 } // namespace Signals
 

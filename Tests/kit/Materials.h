@@ -9,10 +9,11 @@
 
 namespace velto::kit {
 
-[[nodiscard]] inline Samples source(Material material, double seconds, std::uint64_t seed) {
+[[nodiscard]] inline Samples source(Material material, double seconds, std::uint64_t seed,
+                                    Noise noise = Noise::asDrawn) {
   switch (material) {
   case Material::pinkNoise:
-    return Signals::pink(seconds, seed);
+    return Signals::pink(seconds, seed, noise);
   case Material::drums:
     return Signals::drums(seconds, seed);
   case Material::pad:

@@ -67,6 +67,27 @@ std::vector<double> powerSpectrum(std::span<const float> x) {
   return power;
 }
 
+LoopLevel loopLevel(std::span<const float> x, double lowHz) {
+  const auto size = static_cast<double>(x.size());
+  double mean = 0, power = 0;
+  for (const float sample : x) {
+    mean += static_cast<double>(sample) / size;
+    power += static_cast<double>(sample) * static_cast<double>(sample) / size;
+  }
+  power -= mean * mean;
+  // The lines below lowHz are few: take them off one by one, each with its mirror image.
+  for (double k = 1; k * sampleRate / size < lowHz; ++k) {
+    const Complex turn = std::polar(1.0, -2 * std::numbers::pi * k / size);
+    Complex line = 0, phase = 1;
+    for (std::size_t i = 0; i < x.size(); ++i) {
+      line += static_cast<double>(x[i]) * phase;
+      phase *= turn;
+    }
+    power -= 2 * std::norm(line / size);
+  }
+  return {mean, 10 * std::log10(std::max(power, 0.0))};
+}
+
 double partAboveDB(std::span<const float> x, double lowHz) {
   const auto power = powerSpectrum(x);
   double whole = 0, above = 0;

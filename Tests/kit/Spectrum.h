@@ -10,6 +10,14 @@ namespace velto::kit {
 // the bin k at k * 48000 / size Hz. The powers sum to the mean power of the windowed signal.
 [[nodiscard]] std::vector<double> powerSpectrum(std::span<const float> x);
 
+// What a loop of `x` holds: its mean, and the level in dB of its Fourier lines from `lowHz` up
+// (multiples of 48000 / size Hz; any size). -infinity where there is nothing.
+struct LoopLevel {
+  double mean = 0;
+  double fromLowUpDB = 0;
+};
+[[nodiscard]] LoopLevel loopLevel(std::span<const float> x, double lowHz);
+
 // The part of `x`'s power (as above) that lies at `lowHz` and above, in dB relative to the whole.
 [[nodiscard]] double partAboveDB(std::span<const float> x, double lowHz);
 

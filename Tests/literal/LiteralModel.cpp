@@ -155,13 +155,15 @@ double unitValue(std::uint64_t x) {
   return static_cast<double>(x >> 11) * std::ldexp(1.0, -53);
 }
 
-Samples pink(double seconds, std::uint64_t seed) {
+Samples pink(double seconds, std::uint64_t seed, bool audible) {
   Samples out(sampleCount(seconds));
   std::uint64_t x = startState(seed);
   double b0 = 0, b1 = 0, b2 = 0, b3 = 0, b4 = 0, b5 = 0, b6 = 0;
   for (std::size_t i = 0; i < out.size(); i++) {
     x = step(x);
-    const double w = noiseValue(x);
+    double w = noiseValue(x);
+    if (audible)
+      w = w - 1;
     b0 = 0.99886 * b0 + 0.0555179 * w;
     b1 = 0.99332 * b1 + 0.0750759 * w;
     b2 = 0.969 * b2 + 0.153852 * w;
@@ -171,6 +173,14 @@ Samples pink(double seconds, std::uint64_t seed) {
     const double sample = 0.11 * (b0 + b1 + b2 + b3 + b4 + b5 + b6 + 0.5362 * w);
     b6 = 0.115926 * w;
     out[i] = static_cast<float>(sample);
+  }
+  if (audible) {
+    Biquad first = highpass(20, 0.5412, rate);
+    for (std::size_t i = 0; i < out.size(); i++)
+      out[i] = first.process(out[i]);
+    Biquad second = highpass(20, 1.3066, rate);
+    for (std::size_t i = 0; i < out.size(); i++)
+      out[i] = second.process(out[i]);
   }
   return normalizeRMS(out, -20);
 }
@@ -285,13 +295,13 @@ Samples pad(double seconds, std::uint64_t seed) {
   return normalizeRMS(out, -20);
 }
 
-Pair stereoise(const Samples& mono, double correlation, std::uint64_t seed) {
+Pair stereoise(const Samples& mono, double correlation, std::uint64_t seed, bool audible) {
   const std::size_t n = mono.size();
   std::uint64_t x = startState(seed + 7717);
   Samples noise(n);
   for (std::size_t i = 0; i < n; i++) {
     x = step(x);
-    noise[i] = static_cast<float>(noiseValue(x));
+    noise[i] = static_cast<float>(audible ? noiseValue(x) - 1 : noiseValue(x));
   }
   Biquad filter = lowpass(6000, 0.7, rate);
   for (std::size_t i = 0; i < n; i++)
@@ -358,6 +368,14 @@ Trial makeTrial(double difficulty, Material material, std::uint64_t seed, Drill 
     t.slots = 3;
   }
   return t;
+}
+
+std::uint64_t mixedSeed(std::uint64_t counter) {
+  std::uint64_t z = counter + 0x9E3779B97F4A7C15u;
+  z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
+  z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
+  z = z ^ (z >> 31);
+  return z;
 }
 
 Grade grade(double a, const Trial& t) {
@@ -477,10 +495,10 @@ Compressed compressorHitting(double targetGR, const Samples& x) {
   return {out, largest(env)};
 }
 
-std::vector<Pair> render(const Trial& trial, double seconds) {
+std::vector<Pair> render(const Trial& trial, double seconds, bool audible) {
   Samples src;
   if (trial.material == Material::pinkNoise)
-    src = pink(seconds, trial.seed);
+    src = pink(seconds, trial.seed, audible);
   if (trial.material == Material::drums)
     src = drums(seconds, trial.seed);
   if (trial.material == Material::pad)
@@ -506,7 +524,7 @@ std::vector<Pair> render(const Trial& trial, double seconds) {
     const Samples matched = normalizeRMS(compressed.out, rmsDB(src));
     return {{src, src}, {matched, matched}};
   }
-  const Pair stereo = stereoise(src, trial.correlation, trial.seed);
+  const Pair stereo = stereoise(src, trial.correlation, trial.seed, audible);
   std::vector<Pair> slots;
   for (std::int64_t s = 0; s < 3; s++) {
     Pair slot = stereo;

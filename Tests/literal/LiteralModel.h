@@ -44,14 +44,15 @@ std::uint64_t startState(std::uint64_t seed);
 double noiseValue(std::uint64_t state);
 double unitValue(std::uint64_t state);
 
-Samples pink(double seconds, std::uint64_t seed);
+// With `audible`, noise values lose 1 each, and pink noise passes two high-pass sections at 20 Hz.
+Samples pink(double seconds, std::uint64_t seed, bool audible = false);
 Samples drums(double seconds, std::uint64_t seed);
 Samples pad(double seconds, std::uint64_t seed);
 
 struct Pair {
   Samples l, r;
 };
-Pair stereoise(const Samples& mono, double correlation, std::uint64_t seed);
+Pair stereoise(const Samples& mono, double correlation, std::uint64_t seed, bool audible = false);
 
 // Where the drum steps of a loop start, in samples.
 std::vector<std::int64_t> stepStarts(double seconds);
@@ -79,6 +80,7 @@ struct Trial {
   double correlation;
 };
 Trial makeTrial(double difficulty, Material material, std::uint64_t seed, Drill drill);
+std::uint64_t mixedSeed(std::uint64_t counter);
 
 struct Grade {
   bool correct;
@@ -106,6 +108,6 @@ struct Compressed {
 };
 Compressed compressorHitting(double targetGR, const Samples& x);
 
-std::vector<Pair> render(const Trial& trial, double seconds);
+std::vector<Pair> render(const Trial& trial, double seconds, bool audible = false);
 
 } // namespace literal

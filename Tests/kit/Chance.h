@@ -1,0 +1,100 @@
+// How often somebody hits who does not listen.
+#pragma once
+
+#include "Drills.h"
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace velto::kit {
+
+// An answer that the window can give, and the probability that it hits.
+struct BlindAnswer {
+  double answer = 0;
+  double chance = 0;
+};
+
+// Every answer that the window can give in a drill.
+[[nodiscard]] inline std::vector<double> possibleAnswers(Drill drill) {
+  std::vector<double> answers;
+  const auto steps = [&](int count, double step) {
+    for (int k = 0; k <= count; ++k)
+      answers.push_back(k * step);
+  };
+  switch (drill) {
+  case Drill::frequency:
+    answers.assign(Bands::centres.begin(), Bands::centres.end());
+    break;
+  case Drill::level:
+    steps(140, 0.05);
+    break;
+  case Drill::dynamics:
+    steps(28, 0.5);
+    break;
+  case Drill::polarity:
+    steps(2, 1);
+    break;
+  }
+  return answers;
+}
+
+// The targets of a difficulty, each as likely as any other; a continuous range in many small parts.
+[[nodiscard]] inline std::vector<Trial> equallyLikelyTrials(Drill drill, double difficulty) {
+  const double d = difficulty / 100;
+  std::vector<Trial> trials;
+  const auto fractions = [&](double hi, double lo, double perUnit, double Trial::*field) {
+    constexpr int count = 20000;
+    for (int i = 0; i < count; ++i) {
+      const double value = lo + (hi - lo) * (i + 0.5) / count;
+      trials.push_back({.drill = drill});
+      trials.back().*field = std::round(value * perUnit) / perUnit;
+    }
+  };
+  switch (drill) {
+  case Drill::frequency:
+    for (const double centre : Bands::centres)
+      trials.push_back({.drill = drill, .targetFreq = centre});
+    break;
+  case Drill::level:
+    fractions(6 - 5.6 * d, 0.45 * (6 - 5.6 * d), 20, &Trial::targetLevelDB);
+    break;
+  case Drill::dynamics:
+    fractions(12 - 10 * d, 0.4 * (12 - 10 * d), 10, &Trial::targetGRdB);
+    break;
+  case Drill::polarity:
+    for (const std::int64_t slot : {0, 1, 2})
+      trials.push_back({.drill = drill, .slots = 3, .oddSlot = slot});
+    break;
+  }
+  return trials;
+}
+
+// The answer that hits most of the targets of a difficulty.
+[[nodiscard]] inline BlindAnswer bestBlindAnswer(Drill drill, double difficulty) {
+  const std::vector<Trial> trials = equallyLikelyTrials(drill, difficulty);
+  BlindAnswer best;
+  for (const double answer : possibleAnswers(drill)) {
+    double hits = 0;
+    for (const Trial& trial : trials)
+      hits += Drills::grade(answer, trial).correct ? 1 : 0;
+    if (hits / static_cast<double>(trials.size()) > best.chance)
+      best = {answer, hits / static_cast<double>(trials.size())};
+  }
+  return best;
+}
+
+// The most hits of `trials` that somebody with `chance` exceeds in less than one case of a hundred.
+[[nodiscard]] inline int mostHitsByChance(double chance, int trials) {
+  double probability = std::pow(1 - chance, trials), sum = probability;
+  int hits = 0;
+  while (sum < 0.99) {
+    probability *= (trials - hits) * chance / ((hits + 1) * (1 - chance));
+    sum += probability;
+    ++hits;
+  }
+  return hits;
+}
+
+} // namespace velto::kit
