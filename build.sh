@@ -122,7 +122,6 @@ matrixPackages=(
   clang
   g++-aarch64-linux-gnu
   g++-mingw-w64-x86-64-posix
-  googletest
   qemu-user
   wine64
 )
@@ -364,7 +363,7 @@ coverage() {
   say 'Lines that the tests run'
   "${report[@]}" --sort-percentage
   say 'The core'
-  "${report[@]}" --fail-under-line 95 "$1/Sources/Velto/CMakeFiles/velto_core.dir"
+  "${report[@]}" --fail-under-line 95 "$1/Sources/Velto/core"
 }
 
 # --- Lint -----------------------------------------------------------------------------------------

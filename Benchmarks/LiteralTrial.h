@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Drills.h"
-#include "literal/LiteralModel.h"
+#include "reference/LiteralModel.h"
 
 namespace velto::benchmarks {
 

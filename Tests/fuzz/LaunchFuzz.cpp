@@ -1,6 +1,8 @@
 // Whatever the command line says, one argument a line: it is read without harm, and a number that
 // it gives can be graded.
 #include "LaunchOptions.h"
+#include "FatalError.h"
+#include "NumberArgument.h"
 #include "Numbers.h"
 
 #include <cmath>
@@ -45,7 +47,7 @@ void requireValue(const std::vector<std::string>& list, const Arguments& argumen
 
 void gradeAnswer(double answer) {
   if (std::isfinite(answer))
-    require(Numbers::parse(Numbers::shortest(answer)) == answer, "a number reads differently");
+    require(numberArgument(Numbers::shortest(answer)) == answer, "a number reads differently");
   for (const Drill drill : {Drill::frequency, Drill::level, Drill::dynamics})
     static_cast<void>(Drills::grade(answer, Drills::makeTrial(20, Material::pad, 5, Drill(drill))));
   if (answer >= -0x1p63 && answer < 0x1p63)

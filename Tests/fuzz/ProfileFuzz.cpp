@@ -1,7 +1,7 @@
 // Whatever bytes a profile file holds: they are refused, or they are a record that the program can
 // live with.
 #include "Coding.h"
-#include "Numbers.h"
+#include "FatalError.h"
 #include "Progress.h"
 #include "Statistics.h"
 

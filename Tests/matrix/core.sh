@@ -9,9 +9,4 @@ if ((${#flags[@]} != 2)); then
   exit 1
 fi
 
-mapfile -t core < <(sed -n '/^add_library(velto_core/,/)$/p' "$root/Sources/Velto/CMakeLists.txt" \
-  | grep -oE '[A-Za-z]+\.cpp' | sed "s#^#$root/Sources/Velto/#")
-if ((${#core[@]} == 0)); then
-  echo "Sources/Velto/CMakeLists.txt does not list velto_core."
-  exit 1
-fi
+core=("$root"/Sources/Velto/core/*.cpp)

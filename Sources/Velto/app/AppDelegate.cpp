@@ -1,0 +1,266 @@
+#include "AppDelegate.h"
+
+#include "desktop/CapsLock.h"
+#include "desktop/Fonts.h"
+#include "Theme.h"
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QFile>
+#include <QGuiApplication>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QScreen>
+#include <QThreadPool>
+#include <QTimer>
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+namespace velto {
+
+namespace {
+
+constexpr QSize initialSize(1180, 386);
+constexpr std::chrono::milliseconds soundInterval{500};
+
+double secondsSince1970() {
+  return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
+}
+
+} // namespace
+
+WorkQueues qtWorkQueues() {
+  return {.background =
+              [](WorkQueues::Work work) { QThreadPool::globalInstance()->start(std::move(work)); },
+          .main =
+              [](WorkQueues::Work work) {
+                QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(work),
+                                          Qt::QueuedConnection);
+              }};
+}
+
+AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
+    : options_(std::move(options)),
+      session_(options_.drill, qtWorkQueues(),
+               std::make_unique<Player>(std::move(makeDevice), Engine::defaultCloseDelay,
+                                        Player::Opening::inBackground),
+               secondsSince1970(),
+               options_.fair ? Session::Trials::fair : Session::Trials::standard),
+      appearance_(options_.fixedDark), model_(session_), progress_(session_) {
+  connect(&appearance_, &Appearance::darkChanged, this, &AppDelegate::followDesktop);
+  connect(&appearance_, &Appearance::reducedMotionChanged, this, &AppDelegate::followDesktop);
+}
+
+AppDelegate::~AppDelegate() {
+  // Renders still under way hand their results to the event loop.
+  QThreadPool::globalInstance()->waitForDone();
+}
+
+bool AppDelegate::applicationDidFinishLaunching() {
+  BrandType::registerFace();
+  openWindow();
+  if (window_->status() != QQuickView::Ready) {
+    std::fputs("Velto: the interface cannot be loaded\n", stderr);
+    return false;
+  }
+  installLifecycle();
+  installSoundTimer();
+  if (options_.shotPath)
+    scheduleShot(QString::fromStdString(*options_.shotPath));
+  return true;
+}
+
+void AppDelegate::openWindow() {
+  window_ = std::make_unique<QQuickView>();
+  window_->engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
+  window_->setTitle(QStringLiteral("MORLA Velto"));
+  window_->setResizeMode(QQuickView::SizeRootObjectToView);
+
+  window_->setInitialProperties({{QStringLiteral("session"), QVariant::fromValue(&model_)},
+                                 {QStringLiteral("progress"), QVariant::fromValue(&progress_)},
+                                 {QStringLiteral("dark"), appearance_.dark()}});
+  followDesktop();
+  window_->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Velto/ContentView.qml")));
+  QQuickItem* root = window_->rootObject();
+  if (root == nullptr)
+    return;
+  connect(root, SIGNAL(moveRequested()), window_.get(), SLOT(startSystemMove()));
+
+  followDesktop();
+  connect(root, SIGNAL(minimumWidthChanged()), this, SLOT(limitSize()));
+  connect(root, SIGNAL(minimumHeightChanged()), this, SLOT(limitSize()));
+  window_->resize(initialSize);
+  limitSize();
+  if (const QScreen* screen = window_->screen()) {
+    const QRect available = screen->availableGeometry();
+    window_->setPosition(available.center() - QRect(QPoint(), window_->size()).center());
+  }
+  window_->installEventFilter(this);
+  window_->show();
+  window_->raise();
+  window_->requestActivate();
+}
+
+void AppDelegate::followDesktop() {
+  if (!window_)
+    return;
+  window_->setColor((appearance_.dark() ? Palette::dark() : Palette::light()).bg);
+  QQuickItem* root = window_->rootObject();
+  if (root == nullptr)
+    return;
+  root->setProperty("dark", appearance_.dark());
+  root->setProperty("reducedMotion", appearance_.reducedMotion());
+}
+
+void AppDelegate::limitSize() {
+  // Window managers count sizes up from the smallest one, in steps of whole points and whole pixels
+  // at once. The initial size is to be one of them at every usual scale.
+  const auto smallest = [root = window_->rootObject()](const char* property, int initial) {
+    constexpr double step = 4; // points
+    const double spare = initial - root->property(property).toDouble();
+    return initial - static_cast<int>(std::floor(spare / step) * step);
+  };
+  window_->setMinimumSize({smallest("minimumWidth", initialSize.width()),
+                           smallest("minimumHeight", initialSize.height())});
+  window_->resize(window_->size().expandedTo(window_->minimumSize()));
+}
+
+void AppDelegate::installLifecycle() {
+  connect(window_.get(), &QWindow::activeChanged, this, [this] {
+    if (window_->isActive())
+      resume();
+    else
+      suspend();
+  });
+  connect(window_.get(), &QWindow::windowStateChanged, this, [this] {
+    const bool wasMinimized = windowStates_.testFlag(Qt::WindowMinimized);
+    windowStates_ = window_->windowStates();
+    const bool isMinimized = windowStates_.testFlag(Qt::WindowMinimized);
+    if (isMinimized && !wasMinimized)
+      suspend();
+    else if (wasMinimized && !isMinimized)
+      resume();
+  });
+}
+
+void AppDelegate::followExposure() {
+  if (window_->isExposed() == exposed_)
+    return;
+  exposed_ = window_->isExposed();
+  if (exposed_)
+    resume();
+  else
+    suspend();
+}
+
+void AppDelegate::suspend() {
+  if (session_.suspended())
+    return;
+  session_.setSuspended(true);
+  session_.player().stop();
+  soundTimer_.stop();
+}
+
+void AppDelegate::resume() {
+  session_.resume();
+  soundTimer_.start();
+}
+
+// No event tells that sound can be had again, so it is looked for.
+void AppDelegate::installSoundTimer() {
+  soundTimer_.setInterval(soundInterval);
+  connect(&soundTimer_, &QTimer::timeout, this,
+          [this] { session_.followSound(std::chrono::steady_clock::now()); });
+  soundTimer_.start();
+}
+
+bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyRelease)
+    noteRelease(static_cast<const QKeyEvent&>(*event));
+  // Return is a shortcut of the view; accepting this keeps it from being one.
+  if (event->type() == QEvent::ShortcutOverride &&
+      isRepeatedReturn(static_cast<const QKeyEvent&>(*event))) {
+    event->accept();
+    return true;
+  }
+  if (event->type() == QEvent::KeyPress)
+    return handleKey(static_cast<const QKeyEvent&>(*event));
+  const bool handled = QObject::eventFilter(watched, event);
+  if (event->type() == QEvent::Expose)
+    followExposure();
+  return handled;
+}
+
+void AppDelegate::noteRelease(const QKeyEvent& event) {
+  if (event.key() == Qt::Key_Return)
+    returnReleased_ = event.timestamp();
+}
+
+bool AppDelegate::isRepeatedReturn(const QKeyEvent& event) const {
+  // X repeats a key as a release and a press of the same moment. Qt tells it from a real one only
+  // if both have arrived by the time it looks.
+  return event.key() == Qt::Key_Return &&
+         (event.isAutoRepeat() || event.timestamp() == returnReleased_);
+}
+
+bool AppDelegate::handleKey(const QKeyEvent& event) {
+  if (event.modifiers() != Qt::NoModifier || capsLockIsOn(event))
+    return false;
+  switch (event.key()) {
+  case Qt::Key_Space:
+    session_.cycleSlot();
+    return true;
+  case Qt::Key_1:
+  case Qt::Key_2:
+  case Qt::Key_3:
+    session_.select(event.key() - Qt::Key_1);
+    return true;
+  case Qt::Key_N:
+    session_.newTrial();
+    return true;
+  default:
+    return false;
+  }
+}
+
+void AppDelegate::scheduleShot(const QString& path) {
+  QTimer::singleShot(1600, Qt::PreciseTimer, this, [this, path] {
+    if (options_.scriptedAnswer && !submitScripted(*options_.scriptedAnswer))
+      return QCoreApplication::exit(EXIT_FAILURE);
+    QTimer::singleShot(400, Qt::PreciseTimer, this,
+                       [this, path] { QCoreApplication::exit(shoot(path)); });
+  });
+}
+
+bool AppDelegate::submitScripted(double answer) {
+  // A slot that no integer holds ends the run before anything is recorded.
+  if (session_.drill() == Drill::polarity && !(std::abs(answer) < 0x1p63)) {
+    std::fputs("Velto: --answer is not a slot\n", stderr);
+    return false;
+  }
+  session_.setAnswer(answer);
+  session_.submit();
+  return true;
+}
+
+int AppDelegate::shoot(const QString& path) {
+  const QImage picture = window_->grabWindow();
+  QByteArray png;
+  QBuffer buffer(&png);
+  if (picture.isNull() || !buffer.open(QIODevice::WriteOnly) || !picture.save(&buffer, "PNG"))
+    return EXIT_FAILURE;
+  // A picture that cannot be written is no failure of the run.
+  QFile file(path);
+  if (file.open(QIODevice::WriteOnly))
+    file.write(png);
+  file.close();
+  std::fprintf(stderr, "wrote %s\n", path.toUtf8().constData());
+  session_.player().stop();
+  return EXIT_SUCCESS;
+}
+
+} // namespace velto

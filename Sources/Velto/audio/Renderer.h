@@ -1,0 +1,18 @@
+// What computes the sound.
+#pragma once
+
+#include <cstddef>
+
+namespace velto {
+
+// Computes what is heard.
+class Renderer {
+public:
+  virtual ~Renderer() = default;
+
+  // Writes `frames` interleaved stereo frames. Audio thread: no lock, no allocation, no system
+  // call.
+  virtual void render(float* interleaved, std::size_t frames) noexcept = 0;
+};
+
+} // namespace velto

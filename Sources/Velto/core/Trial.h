@@ -1,0 +1,46 @@
+// One exercise, and how it follows from a seed.
+#pragma once
+
+#include "Drill.h"
+
+#include <cstdint>
+
+namespace velto {
+
+// One generated exercise. A field that does not belong to the drill is 0 (`correlation`: 1).
+struct Trial {
+  Drill drill = Drill::frequency;
+  std::uint64_t seed = 0; // as passed to makeTrial
+  Material material = Material::pinkNoise;
+  double difficulty = 0;    // as passed to makeTrial, nominally 0 to 100
+  std::int64_t slots = 2;   // number of audio slots
+  double targetFreq = 0;    // frequency: centre of the boosted band, Hz
+  double boostDB = 0;       // frequency: gain of the boost, dB
+  double boostQ = 0;        // frequency: quality factor of the boost
+  double targetLevelDB = 0; // level: how much louder B is than A, dB
+  double targetGRdB = 0;    // dynamics: largest gain reduction in B, dB
+  std::int64_t oddSlot = 0; // polarity: index of the flipped slot
+  double correlation = 1;   // polarity: correlation of left and right, 0 to 1
+
+  bool operator==(const Trial&) const = default;
+};
+
+namespace Drills {
+
+// The trial of a seed: the same arguments always give the same trial, bit for bit. A `difficulty`
+// outside 0 to 100 is kept in the trial but acts as the nearest end. From difficulty 0 to 100:
+// - frequency: boosts of 12 down to 3 dB with a Q of 2 up to 5, on any band;
+// - level: 45 to 100 % of 6 down to 0.4 dB, in steps of 0.05 dB;
+// - dynamics: 40 to 100 % of 12 down to 2 dB, in steps of 0.1 dB;
+// - polarity: any of three slots, at a correlation of 1 down to 0.35.
+[[nodiscard]] Trial makeTrial(double difficulty, Material material, std::uint64_t seed,
+                              Drill drill);
+
+// A seed for the trial number `counter` that tells nothing of its neighbours: the output function
+// of SplitMix64 (G. L. Steele, D. Lea, C. H. Flood, "Fast splittable pseudorandom number
+// generators", OOPSLA 2014). A bijection: different counters give different seeds.
+[[nodiscard]] std::uint64_t mixedSeed(std::uint64_t counter);
+
+} // namespace Drills
+
+} // namespace velto

@@ -1,0 +1,86 @@
+#include "JSONNumbers.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <string>
+#include <system_error>
+
+namespace velto {
+
+namespace {
+
+template <typename Integer>
+std::optional<Integer> parsed(std::string_view text) {
+  Integer value = 0;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, value);
+  if (result.ec != std::errc{} || result.ptr != end)
+    return std::nullopt;
+  return value;
+}
+
+// The power of ten behind the "e" of a number, 0 without one; none if it is out of all proportion.
+std::optional<std::int64_t> exponentPart(std::string_view text) {
+  const std::size_t mark = text.find_first_of("eE");
+  if (mark == text.npos)
+    return 0;
+  constexpr std::int64_t farthest = std::numeric_limits<std::int32_t>::max();
+  const auto exponent = JSONNumbers::integer(text.substr(mark + 1));
+  if (!exponent || *exponent > farthest || *exponent < -farthest)
+    return std::nullopt;
+  return exponent;
+}
+
+// The decimal digits of the whole number that the unsigned number `text` equals; none if it has a
+// fraction or more digits than any integer here. Exact, where a detour through a double is not.
+std::optional<std::string> wholeDigits(std::string_view text) {
+  const std::string_view mantissa = text.substr(0, text.find_first_of("eE"));
+  const std::string_view whole = mantissa.substr(0, mantissa.find('.'));
+  const std::string_view fraction = mantissa.substr(std::min(whole.size() + 1, mantissa.size()));
+
+  std::string digits(whole);
+  digits += fraction;
+  digits.erase(0, digits.find_first_not_of('0'));
+  if (digits.empty())
+    return "0";
+  const std::size_t significant = digits.find_last_not_of('0') + 1;
+  const auto trailingZeros = static_cast<std::int64_t>(digits.size() - significant);
+  digits.resize(significant);
+
+  const auto exponent = exponentPart(text);
+  if (!exponent)
+    return std::nullopt;
+  constexpr std::int64_t mostZeros = std::numeric_limits<std::uint64_t>::digits10;
+  const std::int64_t zeros = *exponent + trailingZeros - static_cast<std::int64_t>(fraction.size());
+  if (zeros < 0 || zeros > mostZeros)
+    return std::nullopt;
+  return digits.append(static_cast<std::size_t>(zeros), '0');
+}
+
+} // namespace
+
+std::optional<std::int64_t> JSONNumbers::integer(std::string_view text) {
+  if (text.starts_with('+')) {
+    text.remove_prefix(1);
+    if (text.starts_with('-'))
+      return std::nullopt;
+  }
+  return parsed<std::int64_t>(text);
+}
+
+std::optional<std::int64_t> JSONNumbers::wholeInt64(std::string_view text) {
+  const bool negative = text.starts_with('-');
+  const auto digits = wholeDigits(text.substr(negative ? 1 : 0));
+  return digits ? parsed<std::int64_t>((negative ? "-" : "") + *digits) : std::nullopt;
+}
+
+std::optional<std::uint64_t> JSONNumbers::wholeUInt64(std::string_view text) {
+  const bool negative = text.starts_with('-');
+  const auto digits = wholeDigits(text.substr(negative ? 1 : 0));
+  if (!digits || (negative && *digits != "0"))
+    return std::nullopt;
+  return parsed<std::uint64_t>(*digits);
+}
+
+} // namespace velto

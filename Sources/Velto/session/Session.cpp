@@ -1,0 +1,183 @@
+#include "Session.h"
+
+#include "FatalError.h"
+
+#include <chrono>
+#include <utility>
+
+namespace velto {
+
+namespace {
+
+constexpr std::uint64_t seedStep = 40503;
+
+double defaultAnswer(Drill drill) {
+  switch (drill) {
+  case Drill::frequency:
+    return 1000.0;
+  case Drill::level:
+    return 2.0;
+  case Drill::dynamics:
+    return 5.0;
+  case Drill::polarity:
+    return -1.0; // no slot chosen yet
+  }
+  fatalError("an unknown drill");
+}
+
+std::uint64_t wholeSeconds(double secondsSince1970) {
+  // 2^64 is the first double above the range.
+  if (!(secondsSince1970 >= 0 && secondsSince1970 < 0x1p64))
+    fatalError("the clock shows a time that no trial can be made from");
+  return static_cast<std::uint64_t>(secondsSince1970);
+}
+
+} // namespace
+
+Session::Session(Drill drill, WorkQueues queues, std::unique_ptr<Player> player,
+                 double secondsSince1970, Trials trials)
+    : trials_(trials), player_(std::move(player)), counter_(wholeSeconds(secondsSince1970)),
+      queues_(std::move(queues)), self_(std::make_shared<Session*>(this)) {
+  followOpenings();
+  setDrill(drill);
+  newTrial();
+}
+
+Session::~Session() = default;
+
+template <typename Field, typename Value>
+void Session::assign(Field& field, Value&& value) {
+  objectWillChange.send();
+  field = std::forward<Value>(value);
+  objectDidChange.send();
+}
+
+void Session::setDrill(Drill drill) {
+  assign(drill_, drill);
+  assign(material_, Drills::defaultMaterial(drill));
+  newTrial();
+}
+
+void Session::setMaterial(Material material) {
+  assign(material_, material);
+  newTrial();
+}
+
+void Session::setAnswer(double answer) {
+  assign(answer_, answer);
+}
+
+void Session::newTrial() {
+  assign(grade_, std::nullopt);
+  const double difficulty = profile_.staircase(drill_).difficulty;
+  assign(trial_, Drills::makeTrial(difficulty, material_, nextSeed(), drill_));
+  assign(answer_, defaultAnswer(drill_));
+  assign(currentSlot_, 0);
+  assign(rendering_, true);
+
+  const Noise noise = trials_ == Trials::fair ? Noise::audible : Noise::asDrawn;
+  queues_.background([trial = *trial_, noise, main = queues_.main, self = std::weak_ptr(self_)] {
+    auto rendered = Drills::render(trial, trialSeconds, noise);
+    main([seed = trial.seed, rendered = std::move(rendered), self]() mutable {
+      if (const auto session = self.lock())
+        (*session)->takeRender(seed, std::move(rendered));
+    });
+  });
+}
+
+std::uint64_t Session::nextSeed() {
+  counter_ += seedStep;
+  return trials_ == Trials::fair ? Drills::mixedSeed(counter_) : counter_;
+}
+
+void Session::takeRender(std::uint64_t seed, std::vector<Slot> slots) {
+  // A newer trial has been started in the meantime.
+  if (!trial_ || trial_->seed != seed)
+    return;
+  assign(rendering_, false);
+  slots_ = std::move(slots);
+  switching_ = trials_ == Trials::fair && trial_->drill == Drill::polarity
+                   ? Switching::throughSilence
+                   : Switching::crossfade;
+  assign(currentSlot_, 0);
+  if (!suspended_)
+    play();
+}
+
+// From the current slot.
+void Session::play() {
+  player_->load(slots_, currentSlot_, switching_);
+}
+
+void Session::select(std::int64_t slot) {
+  if (!trial_ || slot >= trial_->slots)
+    return;
+  assign(currentSlot_, slot);
+  player_->switchTo(slot);
+}
+
+void Session::cycleSlot() {
+  if (trial_)
+    select((currentSlot_ + 1) % trial_->slots);
+}
+
+bool Session::canSubmit() const {
+  return trial_ && !grade_ && !rendering_ && (trial_->drill != Drill::polarity || answer_ >= 0);
+}
+
+void Session::submit() {
+  if (!canSubmit())
+    return;
+  assign(grade_, Drills::grade(answer_, *trial_));
+  profile_.record(*trial_, *grade_);
+  objectWillChange.send();
+  objectDidChange.send();
+}
+
+void Session::resume() {
+  if (!suspended_)
+    return;
+  suspended_ = false;
+  if (!slots_.empty())
+    play();
+}
+
+void Session::followOpenings() {
+  player_->engine().whenOpeningEnds([main = queues_.main, self = std::weak_ptr(self_)] {
+    main([self] {
+      if (const auto session = self.lock())
+        (*session)->followSound(std::chrono::steady_clock::now());
+    });
+  });
+}
+
+void Session::followSound(SoundRecovery::Time now) {
+  if (suspended_ || slots_.empty())
+    return recovery_.rest();
+  const SoundRecovery::Step step = recovery_.next(sound(), now);
+  if (step.report)
+    Player::reportFailure(player_->engine().error().value_or("the sound server does not answer"));
+  if (!step.load)
+    return;
+  play();
+  if (player_->isPlaying())
+    (void)recovery_.next(sound(), now);
+}
+
+SoundRecovery::Sound Session::sound() const {
+  using enum SoundRecovery::Sound;
+  const Engine& engine = player_->engine();
+  if (player_->isPlaying() && engine.isRunning())
+    return plays;
+  switch (engine.output()) {
+  case Engine::Output::open:
+    return ready;
+  case Engine::Output::opening:
+    return opening;
+  case Engine::Output::closed:
+    break;
+  }
+  return engine.error() ? refused : lost;
+}
+
+} // namespace velto

@@ -1,0 +1,290 @@
+// The program's modes without a window, run as its users run them.
+#include "kit/CapturedOutput.h"
+#include "kit/ChildProcess.h"
+
+#include "kit/RecordTesting.h"
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace velto {
+namespace {
+
+namespace fs = std::filesystem;
+using kit::ChildOptions;
+using kit::ChildResult;
+using testing::contentOf;
+using testing::ScratchFolder;
+using Stream = ChildOptions::Stream;
+using Words = std::vector<std::string>;
+
+const std::string probePassed = "\n43 checks, 0 failures\n";
+const std::string noDisplay = "Velto: there is no display to open a window on\n";
+const std::string refusal = "refusing to seed demo data without VELTO_PROFILE_DIR set\n";
+const std::string seeded = "seeded 160 demo attempts\n";
+
+// Neither a display, nor a sound server, nor a sound card, nor a home.
+std::map<std::string, std::string> nothingAround() {
+  return {{"ALSA_CONFIG_PATH", "/dev/null"},
+          {"JACK_NO_START_SERVER", "1"},
+          {"PULSE_SERVER", "unix:/dev/null"}};
+}
+
+ChildResult run(Words switches, ChildOptions options = {}) {
+  static const ScratchFolder temporary;
+  options.environment.merge(nothingAround());
+  options.environment.try_emplace("TMPDIR", temporary.path().string());
+  switches.insert(switches.begin(), VELTO_PROGRAM);
+  return kit::runChild(switches, options);
+}
+
+bool endsWith(const std::string& text, const std::string& end) {
+  return text.ends_with(end);
+}
+
+int count(const std::string& text, const std::string& part) {
+  int found = 0;
+  for (auto at = text.find(part); at != text.npos; at = text.find(part, at + 1))
+    ++found;
+  return found;
+}
+
+// A mode, and how its standard output begins where nothing is around it.
+struct Mode {
+  Words switches;
+  std::string begin;
+  int status;
+};
+
+const Mode probe{{"--probe"}, "Velto DSP probe — all measurements", 0};
+const Mode brandCheck{{"--brand-check"}, "── brand\n", 1}; // there is no master copy
+const Mode bench{{"--bench"}, "per-trial render cost", 0};
+const Mode selfTest{{"--audio-selftest"}, "FAIL  engine did not start\n", 1};
+const Mode help{{"--help"}, "Usage: velto [SWITCH]...\n", 0};
+const Mode version{{"--version"}, "velto " VELTO_VERSION "\n", 0};
+const std::vector<Mode> reporting{help, version, probe, brandCheck, bench, selfTest};
+
+TEST(Modes, runWithNothingAround) {
+  for (const Mode& mode : reporting) {
+    const ChildResult result = run(mode.switches);
+    EXPECT_EQ(result.status, mode.status) << mode.switches[0];
+    EXPECT_TRUE(result.out.starts_with(mode.begin)) << result.out;
+  }
+  EXPECT_TRUE(endsWith(run({"--probe"}).out, probePassed));
+  EXPECT_EQ(run({"--probe"}).error, "");
+  EXPECT_EQ(run({"--bench"}).error, "");
+}
+
+TEST(Modes, tellWhereTheRecordLiesWithoutMakingIt) {
+  const ScratchFolder folder;
+  const std::string home = folder.path().string();
+  const ChildResult result = run({"--help"}, {.environment = {{"HOME", home}}});
+  EXPECT_TRUE(endsWith(result.out, "\n  " + home + "/.local/share/MORLA Velto/profile.json\n"));
+  EXPECT_EQ(result.error, "");
+  EXPECT_TRUE(fs::is_empty(folder.path()));
+  EXPECT_EQ(run({"--version"}).out, version.begin);
+}
+
+TEST(Modes, theSelfTestFailsWithItsOwnLineWhereNoEngineStarts) {
+  const ChildResult result = run({"--audio-selftest"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "FAIL  engine did not start\n");
+  EXPECT_TRUE(result.error.starts_with("Velto: engine start failed - ")) << result.error;
+  EXPECT_EQ(count(result.error, "\n"), 1) << result.error;
+}
+
+TEST(Modes, withoutFontsMakeNoApplication) {
+  // No application can be made with that.
+  for (const Mode& mode : {help, version, probe, bench, selfTest})
+    EXPECT_EQ(run(mode.switches, {.environment = {{"QT_QPA_PLATFORM", "none such"}}}).status,
+              mode.status);
+  EXPECT_EQ(run({"--seed-demo"}, {.environment = {{"QT_QPA_PLATFORM", "none such"}}}).status, 0);
+}
+
+TEST(Modes, printTheSameInALocaleWithADecimalComma) {
+  const std::map<std::string, std::string> comma{
+      {"LC_ALL", "de_DE.UTF-8"}, {"LANG", "de_DE.UTF-8"}, {"LOCPATH", VELTO_TEST_LOCALES}};
+  EXPECT_EQ(run({"--probe"}, {.environment = comma}).out, run({"--probe"}).out);
+  EXPECT_EQ(run({"--audio-selftest"}, {.environment = comma}).out, run({"--audio-selftest"}).out);
+  EXPECT_EQ(run({"--brand-check"}, {.environment = comma}).out, run({"--brand-check"}).out);
+  const ChildResult timed = run({"--bench"}, {.environment = comma});
+  EXPECT_EQ(timed.status, 0);
+  EXPECT_EQ(timed.out.find(','), timed.out.find(", 3.2 s"));
+  EXPECT_EQ(count(timed.out, ","), 1) << timed.out;
+}
+
+// Whoever asked learns that the answer did not arrive.
+TEST(Modes, failWithOneLineWhereTheirOutputGoesNowhere) {
+  for (const Stream stream : {Stream::readerGone, Stream::fullDisk, Stream::closed})
+    for (const Mode& mode : {help, version, probe, bench, brandCheck}) {
+      const ChildResult result = run(mode.switches, {.out = stream});
+      EXPECT_EQ(result.status, 1) << mode.switches[0];
+      EXPECT_TRUE(result.error.starts_with("Velto: the report cannot be written: "))
+          << result.error;
+      EXPECT_EQ(count(result.error, "\n"), 1) << result.error;
+    }
+}
+
+TEST(Modes, outliveStandardErrorsThatGoNowhere) {
+  for (const Stream stream : {Stream::readerGone, Stream::fullDisk, Stream::closed}) {
+    EXPECT_TRUE(endsWith(run({"--probe"}, {.error = stream}).out, probePassed));
+    EXPECT_EQ(run({"--probe"}, {.out = stream, .error = stream}).status, 1);
+    EXPECT_EQ(run({"--audio-selftest"}, {.error = stream}).out, "FAIL  engine did not start\n");
+    EXPECT_EQ(run({"--seed-demo"}, {.out = stream, .error = stream}).status, 0);
+  }
+}
+
+TEST(Modes, waitForAReaderWhosePipeIsFull) {
+  const ChildResult result = run({"--probe"}, {.out = Stream::full});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.out, run({"--probe"}).out);
+}
+
+// A file that took the place of a closed stream would get the report's lines.
+TEST(Modes, writeNoLineIntoAFileOfTheirOwn) {
+  const ScratchFolder folder;
+  const ChildResult result =
+      run({"--seed-demo"}, {.environment = {{"VELTO_PROFILE_DIR", folder.path().string()}},
+                            .out = Stream::closed,
+                            .error = Stream::closed});
+  EXPECT_EQ(result.status, 0);
+  const std::string file = contentOf(folder.path() / "profile.json");
+  EXPECT_TRUE(file.starts_with("{\"attempts\":[")) << file.substr(0, 100);
+  EXPECT_TRUE(file.ends_with("}")) << file.size();
+}
+
+TEST(Modes, leaveNothingInTheTemporaryDirectory) {
+  const ScratchFolder folder;
+  const fs::path temporary = folder.path() / "temporary";
+  const fs::path record = folder.path() / "record";
+  fs::create_directory(temporary);
+  for (const Mode& mode : reporting)
+    for (const Stream stream : {Stream::captured, Stream::readerGone}) {
+      (void)run(mode.switches,
+                {.environment = {{"TMPDIR", temporary.string()},
+                                 {"VELTO_PROFILE_DIR", record.string()},
+                                 {"XDG_RUNTIME_DIR", folder.path().string()}, // else Qt makes one
+                                 {"HOME", folder.path().string()}},
+                 .out = stream,
+                 .folder = folder.path().string()});
+      EXPECT_TRUE(fs::is_empty(temporary)) << mode.switches[0];
+      EXPECT_FALSE(fs::exists(record)) << mode.switches[0];
+    }
+}
+
+TEST(Modes, doWithoutATemporaryDirectory) {
+  const std::map<std::string, std::string> none{{"TMPDIR", "/dev/null/nowhere"}};
+  EXPECT_TRUE(endsWith(run({"--probe"}, {.environment = none}).out, probePassed));
+  EXPECT_EQ(run({"--bench"}, {.environment = none}).status, 0);
+}
+
+TEST(SeedDemo, refusesWithoutAFolderAndTouchesNothing) {
+  const ScratchFolder folder;
+  const ChildResult result = run(
+      {"--seed-demo"}, {.environment = {{"HOME", folder.path()}, {"XDG_DATA_HOME", folder.path()}},
+                        .folder = folder.path().string()});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.error, refusal);
+  EXPECT_TRUE(fs::is_empty(folder.path()));
+}
+
+TEST(SeedDemo, fillsTheFolderThatIsNamed) {
+  const ScratchFolder folder;
+  const ChildResult result =
+      run({"--seed-demo"}, {.environment = {{"VELTO_PROFILE_DIR", folder.path()}}});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.error, seeded);
+  EXPECT_EQ(count(contentOf(folder.path() / "profile.json"), "\"correct\":"), 160);
+}
+
+// ---- Which switch decides ----
+
+// The modes that end at once, in the order in which they decide.
+const std::vector<Mode> deciding{
+    help, version, probe, brandCheck, bench, selfTest, {{"--seed-demo"}, "", 0}};
+
+TEST(Dispatch, theFirstModeOfTheListDecidesInWhateverOrderTheSwitchesStand) {
+  for (std::size_t first = 0; first < deciding.size(); ++first)
+    for (std::size_t second = first + 1; second < deciding.size(); ++second)
+      for (const bool swapped : {false, true}) {
+        Words switches{deciding[first].switches[0], deciding[second].switches[0]};
+        if (swapped)
+          std::swap(switches[0], switches[1]);
+        const ChildResult result = run(switches);
+        EXPECT_EQ(result.status, deciding[first].status) << switches[0] << " " << switches[1];
+        EXPECT_TRUE(result.out.starts_with(deciding[first].begin)) << result.out;
+        EXPECT_EQ(result.error.find(refusal), std::string::npos) << "two modes ran";
+      }
+}
+
+TEST(Dispatch, aDoubledSwitchRunsItsModeOnce) {
+  EXPECT_EQ(run({"--probe", "--probe"}).out, run({"--probe"}).out);
+  EXPECT_EQ(run({"--seed-demo", "--seed-demo"}).error, refusal);
+}
+
+TEST(Dispatch, aModeIsFoundAmongOtherWords) {
+  EXPECT_EQ(run({"file.png", "--shot", "--seed-demo", "-x"}).error, refusal);
+  EXPECT_EQ(run({"--drill", "polarity", "--answer", "1", "--seed-demo"}).error, refusal);
+  EXPECT_EQ(run({"--probe", "--bench-audio", "on"}).out, run({"--probe"}).out);
+}
+
+TEST(Dispatch, aPlaybackBenchWithoutValueIsIgnored) {
+  EXPECT_EQ(run({"--seed-demo", "--bench-audio"}).error, refusal);
+  EXPECT_EQ(run({"--bench-audio"}).error, noDisplay);
+}
+
+TEST(Dispatch, anythingElseStartsTheWindowAndSaysThatThereIsNoDisplay) {
+  for (const Words& switches :
+       {Words{}, Words{"--Probe"}, Words{"--probe=1"}, Words{"-h"}, Words{"help"}, Words{"-probe"},
+        Words{"probe"}, Words{""}, Words{"--shot"}, Words{"--drill"}, Words{"--answer"},
+        Words{"--appearance"},
+        Words{"--drill", "polarity", "--answer", "3", "--appearance", "Light", "--shot"}}) {
+    const ChildResult result = run(switches);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.error, noDisplay);
+  }
+}
+
+// ---- With a sound server ----
+
+// As on the desk that the test runs on.
+ChildResult runOnDesk(const Words& switches) {
+  ChildOptions options;
+  for (const char* name : {"PULSE_SERVER", "XDG_RUNTIME_DIR", "HOME", "TMPDIR"})
+    if (const char* value = std::getenv(name))
+      options.environment[name] = value;
+  Words words{VELTO_PROGRAM};
+  words.insert(words.end(), switches.begin(), switches.end());
+  return kit::runChild(words, options);
+}
+
+TEST(OnSound, theSelfTestHearsItsTrialAtItsLevel) {
+  const ChildResult result = runOnDesk({"--audio-selftest"});
+  EXPECT_EQ(result.status, 0) << result.error;
+  EXPECT_EQ(result.error, "");
+  const auto lines = kit::linesOf(result.out);
+  ASSERT_EQ(lines.size(), 4U) << result.out;
+  EXPECT_EQ(lines[0], "output bus: 48000 Hz, 2 ch");
+  EXPECT_TRUE(lines[1].starts_with("captured  : "));
+  EXPECT_TRUE(lines[2].starts_with("level     : -2")) << lines[2];
+  EXPECT_EQ(lines[3], "PASS  signal reaches the output bus at the expected level");
+}
+
+TEST(OnSoundLong, thePlaybackBenchRunsFor25Seconds) {
+  for (const char* load : {"on", "off", "--bench-audio"}) {
+    const auto start = std::chrono::steady_clock::now();
+    const ChildResult result = runOnDesk({"--bench-audio", load, "--brand-check"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out + result.error, "");
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(25));
+  }
+}
+
+} // namespace
+} // namespace velto

@@ -1,0 +1,284 @@
+// The practice record against death, full disks and other programs.
+#include "Coding.h"
+#include "Profile.h"
+#include "SafeFile.h"
+
+#include "kit/RecordTesting.h"
+#include "kit/FileFaults.h"
+#include "kit/Forked.h"
+
+#include <sys/mman.h>
+#include <sys/mount.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <new>
+#include <random>
+#include <set>
+#include <thread>
+
+namespace velto {
+namespace {
+
+using namespace testing;
+using kit::FileFault;
+using kit::FileFaults;
+using kit::Forked;
+
+namespace fs = std::filesystem;
+
+// Answers are numbered by their difficulty. All are of the frequency drill, so that none goes
+// without a trace when it is rolled up.
+std::vector<Attempt> numberedRows(std::int64_t count) {
+  std::vector<Attempt> rows;
+  for (std::int64_t i = 0; i < count; ++i) {
+    rows.push_back(
+        row(Drill::frequency, i % 27, i % 2 == 0, static_cast<double>(i % 64) / 64, Date::now()));
+    rows.back().difficulty = static_cast<double>(i);
+  }
+  return rows;
+}
+
+void recordNumbered(Profile& profile, std::int64_t number) {
+  profile.record({.drill = Drill::frequency,
+                  .seed = 7,
+                  .material = Material::drums,
+                  .difficulty = static_cast<double>(number),
+                  .targetFreq = 1000},
+                 {number % 2 == 0, 0.25, {}, {}, {}});
+}
+
+// How many answers were ever given, as far as this record knows; they must be numbered without a
+// gap.
+std::int64_t answersIn(const Profile& profile) {
+  std::int64_t count = 0;
+  for (const auto& [band, roll] : profile.lifetime())
+    count += roll.attempts;
+  for (const Attempt& attempt : profile.attempts())
+    if (attempt.difficulty != static_cast<double>(count++))
+      return -1;
+  return count;
+}
+
+class ProfileSurvival : public ::testing::Test {
+protected:
+  [[nodiscard]] ProfileLocation location() const { return {folder(), std::nullopt}; }
+  [[nodiscard]] fs::path folder() const { return scratch_.path() / "profile"; }
+  [[nodiscard]] fs::path file() const { return folder() / "profile.json"; }
+  [[nodiscard]] std::int64_t answersOnFile() const { return answersIn(Profile(location())); }
+
+  void restart(std::int64_t count) const {
+    fs::remove_all(folder());
+    put(file(), Coding::encode(Stored{numberedRows(count), {}, {}}).value());
+  }
+  void expectNothingBesideTheFile() const {
+    for (const auto& entry : fs::directory_iterator(folder()))
+      EXPECT_EQ(entry.path(), file());
+  }
+
+  ScratchFolder scratch_;
+};
+
+// ---- Death ----
+
+// A number that another process counts up.
+class SharedCount {
+  using Count = std::atomic<std::int64_t>;
+  static_assert(Count::is_always_lock_free);
+
+public:
+  SharedCount()
+      : place_(::mmap(nullptr, sizeof(Count), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
+                      -1, 0)) {
+    if (place_ == MAP_FAILED)
+      throw std::bad_alloc();
+    count_ = new (place_) Count(0);
+  }
+  SharedCount(const SharedCount&) = delete;
+  SharedCount& operator=(const SharedCount&) = delete;
+  ~SharedCount() { ::munmap(place_, sizeof(Count)); }
+
+  Count& operator*() { return *count_; }
+
+private:
+  void* place_;
+  Count* count_;
+};
+
+int killsAtEachSize() {
+  const char* kills = std::getenv("VELTO_TEST_KILLS");
+  return kills == nullptr ? 20 : std::atoi(kills);
+}
+
+class KilledAt : public ProfileSurvival, public ::testing::WithParamInterface<int> {
+protected:
+  // How long it takes here and now to record an answer, in microseconds.
+  int answerTime() {
+    using std::chrono::steady_clock;
+    Profile profile(location());
+    const auto begin = steady_clock::now();
+    recordNumbered(profile, answersIn(profile));
+    const auto time = steady_clock::now() - begin;
+    return static_cast<int>(std::chrono::duration_cast<std::chrono::microseconds>(time).count());
+  }
+};
+
+// Each kill leaves its file to the next program; after some it starts anew from this size.
+TEST_P(KilledAt, ARandomMomentLosesAtMostTheAnswerBeingSaved) {
+  constexpr int killsInARow = 5;
+  std::minstd_rand random(std::random_device{}());
+  restart(GetParam());
+  std::uniform_int_distribution<int> microseconds(0, 2 * answerTime());
+  std::int64_t cutShort = 0;
+  for (int kill = 0; kill < killsAtEachSize(); ++kill) {
+    if (kill % killsInARow == 0)
+      restart(GetParam());
+    SharedCount saved;
+    Forked practising([&] {
+      Profile profile(location());
+      for (std::int64_t number = answersIn(profile);; ++number) {
+        *saved = number;
+        recordNumbered(profile, number);
+      }
+    });
+    while (*saved == 0)
+      std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::microseconds(microseconds(random)));
+    EXPECT_EQ(practising.killed(), 128 + SIGKILL);
+
+    cutShort += fs::exists(SafeFile::sibling(file())) || fs::exists(SafeFile::siblingPart(file()));
+    const std::int64_t onFile = answersOnFile();
+    ASSERT_GE(onFile, *saved) << "kill " << kill;
+    ASSERT_LE(onFile, *saved + 1) << "kill " << kill;
+  }
+  EXPECT_GT(cutShort, 0) << "no kill hit a save";
+  Profile again(location());
+  recordNumbered(again, answersIn(again));
+  expectNothingBesideTheFile();
+}
+
+INSTANTIATE_TEST_SUITE_P(AroundTheCap, KilledAt, ::testing::Values(4999, 5000, 5001));
+
+// ---- Disks ----
+
+TEST_F(ProfileSurvival, AnErrorOfTheDiskIsSilentAndTheNextAnswerTriesAgain) {
+  for (std::size_t number = 0; number < 16; ++number) {
+    for (const FileFault fault :
+         {FileFault::inputOutputError, FileFault::halfAndError, FileFault::noSpace}) {
+      restart(3);
+      Profile profile(location());
+      {
+        const FileFaults faults({{number, fault}});
+        recordNumbered(profile, 3);
+      }
+      EXPECT_EQ(profile.attempts().size(), 4U);
+      EXPECT_GE(answersOnFile(), 3) << "operation " << number;
+      recordNumbered(profile, 4);
+      EXPECT_EQ(answersOnFile(), 5);
+      expectNothingBesideTheFile();
+    }
+  }
+}
+
+// Leaves about so many bytes of a small disk.
+void fillUp(const fs::path& filler, std::size_t butFor) {
+  std::ofstream(filler, std::ios::binary) << std::string(1 << 20, 'x');
+  const auto size = fs::file_size(filler);
+  fs::resize_file(filler, size - std::min<std::uintmax_t>(size, butFor));
+}
+
+TEST_F(ProfileSurvival, AFullDiskLeavesTheFileUntouchedUntilThereIsRoom) {
+  const bool allowed = kit::withOwnMounts([&] {
+    fs::create_directories(folder());
+    ASSERT_EQ(::mount("tmpfs", folder().c_str(), "tmpfs", 0, "size=256k"), 0);
+    const fs::path filler = folder() / "filler";
+    int untouched = 0;
+    int saved = 0;
+    for (std::size_t room = 0; room < 40000; room += 4096) {
+      fs::remove(filler);
+      put(file(), Coding::encode(Stored{numberedRows(100), {}, {}}).value());
+      const std::string before = contentOf(file());
+      fillUp(filler, room);
+      Profile profile(location());
+      recordNumbered(profile, 100);
+      EXPECT_EQ(profile.attempts().size(), 101U);
+      EXPECT_FALSE(fs::exists(SafeFile::sibling(file())));
+      EXPECT_FALSE(fs::exists(SafeFile::siblingPart(file())));
+      (contentOf(file()) == before ? untouched : saved) += 1;
+      EXPECT_GE(answersOnFile(), 100);
+
+      fs::remove(filler);
+      recordNumbered(profile, 101);
+      EXPECT_EQ(answersOnFile(), 102);
+      expectNothingBesideTheFile();
+    }
+    EXPECT_GT(untouched, 2);
+    EXPECT_GT(saved, 2);
+  });
+  if (!allowed)
+    GTEST_SKIP() << "mounting is not permitted";
+}
+
+TEST_F(ProfileSurvival, AFolderThatVanishesTakesTheRecordAlongAndGetsItAgain) {
+  restart(3);
+  Profile profile(location());
+  const fs::path elsewhere = scratch_.path() / "elsewhere";
+  fs::rename(folder(), elsewhere);
+  recordNumbered(profile, 3);
+  EXPECT_FALSE(fs::exists(folder()));
+  EXPECT_EQ(answersIn(Profile({elsewhere, std::nullopt})), 3);
+  fs::rename(elsewhere, folder());
+  EXPECT_EQ(answersOnFile(), 3);
+  recordNumbered(profile, 4);
+  EXPECT_EQ(answersOnFile(), 5);
+  expectNothingBesideTheFile();
+}
+
+// ---- What cannot be encoded ----
+
+// An infinite error cannot be written, so nothing is saved while it is in the record.
+TEST_F(ProfileSurvival, ARecordThatCanBeEncodedAgainIsSavedAgain) {
+  restart(3);
+  const std::string before = contentOf(file());
+  Profile profile(location());
+  profile.record({.drill = Drill::frequency, .difficulty = 3},
+                 {false, std::numeric_limits<double>::infinity(), {}, {}, {}});
+  recordNumbered(profile, 4);
+  EXPECT_EQ(profile.attempts().size(), 5U);
+  EXPECT_EQ(contentOf(file()), before);
+  expectNothingBesideTheFile();
+
+  auto finite = profile.attempts();
+  finite[3].error = 9;
+  profile.replace(finite, profile.staircases());
+  recordNumbered(profile, 5);
+  EXPECT_EQ(answersOnFile(), 6);
+}
+
+// ---- Two programs ----
+
+TEST_F(ProfileSurvival, TwoProgramsOnOneFileNeverLeaveAMixture) {
+  constexpr std::int64_t initial = 50;
+  constexpr std::int64_t answers = 150;
+  restart(initial);
+  const auto practise = [&] {
+    Profile profile(location());
+    for (std::int64_t i = 0; i < answers; ++i)
+      recordNumbered(profile, answersIn(profile));
+  };
+  Forked first(practise);
+  Forked second(practise);
+  Forked watching([&] {
+    for (int i = 0; i < 300; ++i)
+      EXPECT_GE(answersOnFile(), initial);
+  });
+  EXPECT_EQ(first.ended(), EXIT_SUCCESS);
+  EXPECT_EQ(second.ended(), EXIT_SUCCESS);
+  EXPECT_EQ(watching.ended(), EXIT_SUCCESS);
+  EXPECT_GT(answersOnFile(), initial);
+  expectNothingBesideTheFile();
+}
+
+} // namespace
+} // namespace velto
