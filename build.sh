@@ -78,6 +78,7 @@ testPackages=(
   at-spi2-core
   clang
   dbus-daemon
+  fontmake
   grim
   libatspi2.0-dev
   libclang-rt-14-dev
@@ -88,6 +89,7 @@ testPackages=(
   locales
   pkg-config
   python3-fonttools
+  python3-ufolib2
   qml6-module-qtquick-window
   qml6-module-qttest
   qt6-wayland
