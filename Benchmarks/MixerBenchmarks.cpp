@@ -2,7 +2,7 @@
 // headroom, beside a plain copy of as many samples.
 
 #include "AudioEngine.h"
-#include "LiteralTrial.h"
+#include "ReferenceTrial.h"
 
 #include <benchmark/benchmark.h>
 

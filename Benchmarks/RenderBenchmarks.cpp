@@ -1,6 +1,6 @@
-// A whole trial of each drill, beside the literal model's.
+// A whole trial of each drill, beside the reference model's.
 
-#include "LiteralTrial.h"
+#include "ReferenceTrial.h"
 
 #include <benchmark/benchmark.h>
 
@@ -17,10 +17,10 @@ const bool registered = [] {
       for (auto _ : state)
         benchmark::DoNotOptimize(Drills::render(trial, trialSeconds));
     })->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark((name + "/literal").c_str(), [drill](benchmark::State& state) {
-      const literal::Trial trial = literalTrialOf(drill);
+    benchmark::RegisterBenchmark((name + "/reference").c_str(), [drill](benchmark::State& state) {
+      const reference::Trial trial = referenceTrialOf(drill);
       for (auto _ : state)
-        benchmark::DoNotOptimize(literal::render(trial, trialSeconds));
+        benchmark::DoNotOptimize(reference::render(trial, trialSeconds));
     })->Unit(benchmark::kMillisecond);
   }
   return true;

@@ -1,8 +1,8 @@
-// Materials, filters and measurements over one trial's length, beside their literal twins and the
+// Materials, filters and measurements over one trial's length, beside their reference and the
 // floors.
 
 #include "Floors.h"
-#include "LiteralTrial.h"
+#include "ReferenceTrial.h"
 #include "Signals.h"
 
 #include <benchmark/benchmark.h>
@@ -42,13 +42,13 @@ void measureFloors() {
 
 void measureMaterials() {
   measure("material/pink", [] { return Signals::pink(trialSeconds, seed); });
-  measure("material/pink/literal", [] { return literal::pink(trialSeconds, seed); });
+  measure("material/pink/reference", [] { return reference::pink(trialSeconds, seed); });
   measure("material/drums", [] { return Signals::drums(trialSeconds, seed); });
-  measure("material/drums/literal", [] { return literal::drums(trialSeconds, seed); });
+  measure("material/drums/reference", [] { return reference::drums(trialSeconds, seed); });
   measure("material/pad", [] { return Signals::pad(trialSeconds, seed); });
-  measure("material/pad/literal", [] { return literal::pad(trialSeconds, seed); });
+  measure("material/pad/reference", [] { return reference::pad(trialSeconds, seed); });
   measure("stereoise", [] { return Signals::stereoise(noise(), 0.5, seed); });
-  measure("stereoise/literal", [] { return literal::stereoise(noise(), 0.5, seed); });
+  measure("stereoise/reference", [] { return reference::stereoise(noise(), 0.5, seed); });
 }
 
 template <typename Section>
@@ -62,27 +62,30 @@ Samples filtered(Section section) {
 void measureFilters() {
   constexpr double rate = sampleRateHz;
   measure("filter/lowpass", [] { return filtered(Biquad::lowpass(5200, 0.6, rate)); });
-  measure("filter/lowpass/literal", [] { return filtered(literal::lowpass(5200, 0.6, rate)); });
+  measure("filter/lowpass/reference", [] { return filtered(reference::lowpass(5200, 0.6, rate)); });
   measure("filter/highpass", [] { return filtered(Biquad::highpass(7800, 0.7, rate)); });
-  measure("filter/highpass/literal", [] { return filtered(literal::highpass(7800, 0.7, rate)); });
+  measure("filter/highpass/reference",
+          [] { return filtered(reference::highpass(7800, 0.7, rate)); });
   measure("filter/bandpass", [] { return filtered(Biquad::bandpass(1900, 0.7, rate)); });
-  measure("filter/bandpass/literal", [] { return filtered(literal::bandpass(1900, 0.7, rate)); });
+  measure("filter/bandpass/reference",
+          [] { return filtered(reference::bandpass(1900, 0.7, rate)); });
   measure("filter/peaking", [] { return filtered(Biquad::peaking(1000, 9, 3, rate)); });
-  measure("filter/peaking/literal", [] { return filtered(literal::peaking(1000, 9, 3, rate)); });
+  measure("filter/peaking/reference",
+          [] { return filtered(reference::peaking(1000, 9, 3, rate)); });
 }
 
 void measureMeasurements() {
   measure("measure/rms", [] { return Measure::rmsDB(noise()); });
-  measure("measure/rms/literal", [] { return literal::rmsDB(noise()); });
+  measure("measure/rms/reference", [] { return reference::rmsDB(noise()); });
   measure("measure/peak", [] { return Measure::peakDB(noise()); });
-  measure("measure/peak/literal", [] { return literal::peakDB(noise()); });
+  measure("measure/peak/reference", [] { return reference::peakDB(noise()); });
   measure("measure/normalize", [] { return Measure::normalizeRMS(noise(), -26); });
-  measure("measure/normalize/literal", [] { return literal::normalizeRMS(noise(), -26); });
+  measure("measure/normalize/reference", [] { return reference::normalizeRMS(noise(), -26); });
   measure("measure/magnitude", [] { return Measure::magnitudeAt(noise(), 1000, sampleRateHz); });
-  measure("measure/magnitude/literal",
-          [] { return literal::magnitudeAt(noise(), 1000, sampleRateHz); });
+  measure("measure/magnitude/reference",
+          [] { return reference::magnitudeAt(noise(), 1000, sampleRateHz); });
   measure("compressor", [] { return Drills::compressorHitting(6, loop()); });
-  measure("compressor/literal", [] { return literal::compressorHitting(6, loop()); });
+  measure("compressor/reference", [] { return reference::compressorHitting(6, loop()); });
 }
 
 const bool registered = [] {

@@ -29,7 +29,7 @@ void expectFrames(const std::vector<float>& left, const std::vector<float>& righ
   }
 }
 
-TEST(FrameRing, anEmptyRingHasNothingToRead) {
+TEST(FrameRing, AnEmptyRingHasNothingToRead) {
   FrameRing ring(10);
   float left = 7, right = 8;
   EXPECT_FALSE(ring.read(&left, &right, 1));
@@ -37,7 +37,7 @@ TEST(FrameRing, anEmptyRingHasNothingToRead) {
   EXPECT_EQ(right, 8);
 }
 
-TEST(FrameRing, holdsExactlyItsCapacity) {
+TEST(FrameRing, HoldsExactlyItsCapacity) {
   FrameRing ring(10);
   ring.write(block(0, 10).data(), 10);
   EXPECT_EQ(ring.droppedFrames(), 0U);
@@ -48,7 +48,7 @@ TEST(FrameRing, holdsExactlyItsCapacity) {
   expectFrames(left, right, 0);
 }
 
-TEST(FrameRing, dropsABlockWholeAndTakesTheNextThatFits) {
+TEST(FrameRing, DropsABlockWholeAndTakesTheNextThatFits) {
   FrameRing ring(10);
   ring.write(block(0, 6).data(), 6);
   ring.write(block(6, 5).data(), 5);
@@ -65,7 +65,7 @@ TEST(FrameRing, dropsABlockWholeAndTakesTheNextThatFits) {
 
 // Whatever lengths are written and read: frames come out in order, each once, or were dropped
 // whole.
-RC_GTEST_PROP(FrameRing, isAQueueOfFrames, ()) {
+RC_GTEST_PROP(FrameRing, IsAQueueOfFrames, ()) {
   const auto capacity = *rc::gen::inRange<std::size_t>(1, 40);
   FrameRing ring(capacity);
   std::vector<std::size_t> queue;
@@ -96,7 +96,7 @@ RC_GTEST_PROP(FrameRing, isAQueueOfFrames, ()) {
   }
 }
 
-TEST(FrameRing, losesNothingBetweenTwoThreadsWhenTheReaderKeepsUp) {
+TEST(FrameRing, LosesNothingBetweenTwoThreadsWhenTheReaderKeepsUp) {
   constexpr std::size_t total = 200'000, writeFrames = 48, readFrames = 100;
   FrameRing ring(1000);
   std::thread writer([&ring] {

@@ -83,13 +83,13 @@ class MixerWithBlocks : public ::testing::TestWithParam<std::size_t> {};
 INSTANTIATE_TEST_SUITE_P(blocks, MixerWithBlocks,
                          ::testing::Values(1, 7, 64, 255, 256, 257, 441, 480, 600, 1920, 4801));
 
-TEST(Mixer, isSilentWithoutAScene) {
+TEST(Mixer, IsSilentWithoutAScene) {
   Desk desk;
   for (const float sample : desk.render(1000))
     ASSERT_EQ(sample, 0.0F);
 }
 
-TEST_P(MixerWithBlocks, voicesStartTogetherAfterTheirDelay) {
+TEST_P(MixerWithBlocks, VoicesStartTogetherAfterTheirDelay) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1)}, 0, 3840);
   const auto out = desk.render(5000, GetParam());
@@ -98,7 +98,7 @@ TEST_P(MixerWithBlocks, voicesStartTogetherAfterTheirDelay) {
   EXPECT_EQ(first - out.begin(), 3841);
 }
 
-TEST_P(MixerWithBlocks, aStartRisesFromZeroToTheCrossfadeThatRunsSinceTheHandOver) {
+TEST_P(MixerWithBlocks, AStartRisesFromZeroToTheCrossfadeThatRunsSinceTheHandOver) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1)}, 0, 3840);
   const auto out = desk.render(8000, GetParam());
@@ -111,7 +111,7 @@ TEST_P(MixerWithBlocks, aStartRisesFromZeroToTheCrossfadeThatRunsSinceTheHandOve
     ASSERT_EQ(out[i], 1.0F) << i;
 }
 
-TEST_P(MixerWithBlocks, aSwitchIsAStraightLineOf7200Frames) {
+TEST_P(MixerWithBlocks, ASwitchIsAStraightLineOf7200Frames) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 0);
   (void)desk.render(2 * ramp);
@@ -123,7 +123,7 @@ TEST_P(MixerWithBlocks, aSwitchIsAStraightLineOf7200Frames) {
     ASSERT_EQ(out[i], 0.0F) << i;
 }
 
-TEST_P(MixerWithBlocks, aSlotAtRestLeavesBitForBitInItsLoop) {
+TEST_P(MixerWithBlocks, ASlotAtRestLeavesBitForBitInItsLoop) {
   Desk desk;
   const Slot slot = noiseSlot(1777, 1);
   desk.play({noiseSlot(1000, 2), slot, noiseSlot(1500, 3)}, 1, 0);
@@ -133,7 +133,7 @@ TEST_P(MixerWithBlocks, aSlotAtRestLeavesBitForBitInItsLoop) {
     ASSERT_EQ(out[i], (*slot.l)[(ramp + i) % 1777]) << i;
 }
 
-TEST_P(MixerWithBlocks, bothChannelsKeepTheirSide) {
+TEST_P(MixerWithBlocks, BothChannelsKeepTheirSide) {
   Desk desk;
   const Slot slot = noiseSlot(1777, 1);
   desk.play({slot}, 0, 0);
@@ -147,7 +147,7 @@ TEST_P(MixerWithBlocks, bothChannelsKeepTheirSide) {
 }
 
 // All voices run from one frame on: whichever is heard stands where the clock says.
-TEST_P(MixerWithBlocks, slotsStaySampleLockedAcrossSwitches) {
+TEST_P(MixerWithBlocks, SlotsStaySampleLockedAcrossSwitches) {
   Desk desk;
   const std::vector<Slot> slots{noiseSlot(2400, 1), noiseSlot(2400, 2), noiseSlot(2400, 3)};
   desk.play(slots, 0, 100);
@@ -163,7 +163,7 @@ TEST_P(MixerWithBlocks, slotsStaySampleLockedAcrossSwitches) {
   }
 }
 
-TEST(Mixer, aCrossfadeBetweenSlotsThatAreAlikeChangesNoBit) {
+TEST(Mixer, ACrossfadeBetweenSlotsThatAreAlikeChangesNoBit) {
   Desk desk;
   const Slot a = noiseSlot(4801, 1), b = kit::slotOf(*a.l, *a.r), c = a;
   desk.play({a, b, c}, 0, 0);
@@ -186,7 +186,7 @@ TEST(Mixer, aCrossfadeBetweenSlotsThatAreAlikeChangesNoBit) {
   }
 }
 
-TEST(Mixer, aCrossfadeInTheMiddleOfAnotherStartsFromTheGainsOfThatMoment) {
+TEST(Mixer, ACrossfadeInTheMiddleOfAnotherStartsFromTheGainsOfThatMoment) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0), constantSlot(10, 0, 0)}, 0, 0);
   (void)desk.render(ramp);
@@ -200,7 +200,7 @@ TEST(Mixer, aCrossfadeInTheMiddleOfAnotherStartsFromTheGainsOfThatMoment) {
 }
 
 // The gain goes on from where it is, and reaches the new crossfade at the end of the rise.
-TEST(Mixer, aCrossfadeDuringTheRiseIsJoinedWithoutAJump) {
+TEST(Mixer, ACrossfadeDuringTheRiseIsJoinedWithoutAJump) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 3840);
   (void)desk.render(3840 + 300);
@@ -215,7 +215,7 @@ TEST(Mixer, aCrossfadeDuringTheRiseIsJoinedWithoutAJump) {
     ASSERT_NEAR(out[i], volume * (1 - static_cast<double>(i) / ramp), 1e-7) << i;
 }
 
-TEST(Mixer, aCrossfadeBeforeTheStartIsHeardFromItsOwnClock) {
+TEST(Mixer, ACrossfadeBeforeTheStartIsHeardFromItsOwnClock) {
   Desk desk;
   desk.play({constantSlot(10, 0, 0), constantSlot(10, 1, 1)}, 0, 3840);
   (void)desk.render(2000);
@@ -228,7 +228,7 @@ TEST(Mixer, aCrossfadeBeforeTheStartIsHeardFromItsOwnClock) {
     ASSERT_NEAR(out[i], static_cast<double>(i) / ramp, 1e-7) << i;
 }
 
-TEST(Mixer, aVolumeTakesTwelveStepsIn32BitFloats) {
+TEST(Mixer, AVolumeTakesTwelveStepsIn32BitFloats) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 0);
   (void)desk.render(1);
@@ -247,7 +247,7 @@ TEST(Mixer, aVolumeTakesTwelveStepsIn32BitFloats) {
   }
 }
 
-TEST(Mixer, anEndedSceneRunsToZeroWithin240FramesWithoutAJump) {
+TEST(Mixer, AnEndedSceneRunsToZeroWithin240FramesWithoutAJump) {
   Desk desk;
   desk.play({constantSlot(10, 1, -1)}, 0, 0);
   (void)desk.render(ramp);
@@ -263,7 +263,7 @@ TEST(Mixer, anEndedSceneRunsToZeroWithin240FramesWithoutAJump) {
     ASSERT_EQ(out[i], 0.0F) << i;
 }
 
-TEST(Mixer, theTailOfASceneThatEndsInACrossfadeGoesOnWithIt) {
+TEST(Mixer, TheTailOfASceneThatEndsInACrossfadeGoesOnWithIt) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 0);
   (void)desk.render(ramp);
@@ -276,7 +276,7 @@ TEST(Mixer, theTailOfASceneThatEndsInACrossfadeGoesOnWithIt) {
   EXPECT_EQ(out[240], 0.0F);
 }
 
-TEST(Mixer, aSceneThatEndsBeforeItsStartIsNeverHeard) {
+TEST(Mixer, ASceneThatEndsBeforeItsStartIsNeverHeard) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1)}, 0, 100);
   (void)desk.render(100);
@@ -285,7 +285,7 @@ TEST(Mixer, aSceneThatEndsBeforeItsStartIsNeverHeard) {
     ASSERT_EQ(sample, 0.0F);
 }
 
-TEST(Mixer, theTailsOfScenesInQuickSuccessionAddUpWithoutAJump) {
+TEST(Mixer, TheTailsOfScenesInQuickSuccessionAddUpWithoutAJump) {
   Desk desk;
   desk.play({constantSlot(10, 0.5F, 0.5F)}, 0, 0);
   (void)desk.render(ramp);
@@ -303,7 +303,7 @@ TEST(Mixer, theTailsOfScenesInQuickSuccessionAddUpWithoutAJump) {
   EXPECT_EQ(out[240], 0.0F);
 }
 
-TEST(Mixer, aSlotWithoutFramesIsSilent) {
+TEST(Mixer, ASlotWithoutFramesIsSilent) {
   Desk desk;
   desk.play({constantSlot(0, 0, 0), constantSlot(10, 1, 1)}, 0, 0);
   for (const float sample : desk.render(ramp))
@@ -314,7 +314,7 @@ TEST(Mixer, aSlotWithoutFramesIsSilent) {
   EXPECT_EQ(desk.render(1)[0], 1.0F);
 }
 
-TEST(Mixer, anUnknownSlotLetsNothingBeHeard) {
+TEST(Mixer, AnUnknownSlotLetsNothingBeHeard) {
   for (const std::int64_t chosen :
        {std::int64_t{-1}, std::int64_t{3}, std::numeric_limits<std::int64_t>::max(),
         std::numeric_limits<std::int64_t>::min()}) {
@@ -325,7 +325,7 @@ TEST(Mixer, anUnknownSlotLetsNothingBeHeard) {
   }
 }
 
-TEST(Mixer, aGenerationIsAdoptedWithTheNextBlockOnly) {
+TEST(Mixer, AGenerationIsAdoptedWithTheNextBlockOnly) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1)}, 0, 0);
   EXPECT_EQ(desk.mixer.adoptedGeneration(), 0U);
@@ -337,7 +337,7 @@ TEST(Mixer, aGenerationIsAdoptedWithTheNextBlockOnly) {
   EXPECT_EQ(desk.mixer.adoptedGeneration(), 2U);
 }
 
-TEST(Mixer, afterAResetNothingIsLeft) {
+TEST(Mixer, AfterAResetNothingIsLeft) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1)}, 0, 0);
   (void)desk.render(ramp);
@@ -446,7 +446,7 @@ RC_GTEST_PROP(Mixer, ThroughSilenceNoEnvelopeTellsTheFlippedSlot, ()) {
 }
 
 // Between two crossfades in progress too: the gains of a scene never add up to more than 1.
-RC_GTEST_PROP(Mixer, aMixIsNeverLouderThanItsLoudestSlot, ()) {
+RC_GTEST_PROP(Mixer, AMixIsNeverLouderThanItsLoudestSlot, ()) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 1, 1), constantSlot(10, 1, 1)},
             *rc::gen::inRange<std::int64_t>(0, 3), *rc::gen::element<std::uint64_t>(0, 3840));
@@ -539,7 +539,7 @@ private:
   std::uint64_t clock_ = 0;
 };
 
-RC_GTEST_PROP(Mixer, followsTheModelForAnySequenceOfScenesAndBlocks, ()) {
+RC_GTEST_PROP(Mixer, FollowsTheModelForAnySequenceOfScenesAndBlocks, ()) {
   Desk desk;
   Model model;
   bool plays = false;

@@ -50,7 +50,7 @@ bool isSilent(const std::vector<float>& x) {
   return std::all_of(x.begin(), x.end(), [](float sample) { return sample == 0; });
 }
 
-TEST_F(PlayerTest, isIdleAtFirst) {
+TEST_F(PlayerTest, IsIdleAtFirst) {
   EXPECT_EQ(player.current(), 0);
   EXPECT_FALSE(player.isPlaying());
   EXPECT_FALSE(player.engine().isRunning());
@@ -59,7 +59,7 @@ TEST_F(PlayerTest, isIdleAtFirst) {
   EXPECT_EQ(output.opened(), 0);
 }
 
-TEST_F(PlayerTest, loadPlaysTheChosenSlotOnly) {
+TEST_F(PlayerTest, LoadPlaysTheChosenSlotOnly) {
   const std::vector<Slot> slots{noiseSlot(1000, 1), noiseSlot(1000, 2), noiseSlot(1000, 3)};
   load(slots, 1);
   EXPECT_TRUE(player.isPlaying());
@@ -72,7 +72,7 @@ TEST_F(PlayerTest, loadPlaysTheChosenSlotOnly) {
     ASSERT_EQ(out[i], (*slots[1].l)[(ramp - startDelay + i) % 1000]) << i;
 }
 
-TEST_F(PlayerTest, loadFadesInOver150ms) {
+TEST_F(PlayerTest, LoadFadesInOver150ms) {
   load({constantSlot(10, 1, 1)}, 0);
   EXPECT_EQ(volumes(), (Volumes{0, 0, 0}));
   for (unsigned k = 1; k <= 12; ++k) {
@@ -81,7 +81,7 @@ TEST_F(PlayerTest, loadFadesInOver150ms) {
   }
 }
 
-TEST_F(PlayerTest, allVolumesAreZeroAsSoonAsLoadReturns) {
+TEST_F(PlayerTest, AllVolumesAreZeroAsSoonAsLoadReturns) {
   load({constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, 1);
   (void)left(ramp);
   EXPECT_EQ(volumes(), (Volumes{0, 1, 0}));
@@ -89,7 +89,7 @@ TEST_F(PlayerTest, allVolumesAreZeroAsSoonAsLoadReturns) {
   EXPECT_EQ(volumes(), (Volumes{0, 0, 0}));
 }
 
-TEST_F(PlayerTest, switchToMovesToTheOtherSlot) {
+TEST_F(PlayerTest, SwitchToMovesToTheOtherSlot) {
   const std::vector<Slot> slots{noiseSlot(1000, 1), noiseSlot(1000, 2)};
   load(slots, 0);
   (void)left(ramp);
@@ -103,7 +103,7 @@ TEST_F(PlayerTest, switchToMovesToTheOtherSlot) {
     ASSERT_EQ(out[i], (*slots[1].l)[(2 * ramp - startDelay + i) % 1000]) << i;
 }
 
-TEST_F(PlayerTest, twoSwitches50msApartEndWithTheSecondSlotOnly) {
+TEST_F(PlayerTest, TwoSwitches50msApartEndWithTheSecondSlotOnly) {
   load({noiseSlot(1000, 1), noiseSlot(1000, 2), noiseSlot(1000, 3)}, 0);
   (void)left(ramp);
   player.switchTo(1);
@@ -115,7 +115,7 @@ TEST_F(PlayerTest, twoSwitches50msApartEndWithTheSecondSlotOnly) {
 }
 
 // The travel of a crossfade is the way from the volumes at its start to its targets.
-TEST_F(PlayerTest, noVolumeStepsByMoreThanATwelfthOfItsTravel) {
+TEST_F(PlayerTest, NoVolumeStepsByMoreThanATwelfthOfItsTravel) {
   load({noiseSlot(1000, 1), noiseSlot(1000, 2), noiseSlot(1000, 3)}, 0);
   Volumes before = volumes();
   std::int64_t target = 0;
@@ -132,7 +132,7 @@ TEST_F(PlayerTest, noVolumeStepsByMoreThanATwelfthOfItsTravel) {
   }
 }
 
-TEST_F(PlayerTest, loadingTwoSlotsLeavesTheThirdNodeSilentYetItsVolumeMoves) {
+TEST_F(PlayerTest, LoadingTwoSlotsLeavesTheThirdNodeSilentYetItsVolumeMoves) {
   load({constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, 0);
   (void)left(ramp);
   EXPECT_EQ(left(1)[0], 1.0F);
@@ -146,7 +146,7 @@ TEST_F(PlayerTest, loadingTwoSlotsLeavesTheThirdNodeSilentYetItsVolumeMoves) {
   EXPECT_TRUE(player.isPlaying());
 }
 
-TEST_F(PlayerTest, indicesBeyondTheNodesAreIgnored) {
+TEST_F(PlayerTest, IndicesBeyondTheNodesAreIgnored) {
   load({constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, 1);
   (void)left(ramp);
   for (const std::int64_t slot : {std::int64_t{3}, std::numeric_limits<std::int64_t>::max()}) {
@@ -157,7 +157,7 @@ TEST_F(PlayerTest, indicesBeyondTheNodesAreIgnored) {
   }
 }
 
-TEST_F(PlayerTest, switchToDoesNothingWhileIdle) {
+TEST_F(PlayerTest, SwitchToDoesNothingWhileIdle) {
   player.switchTo(1);
   EXPECT_EQ(player.current(), 0);
   EXPECT_FALSE(player.isPlaying());
@@ -167,7 +167,7 @@ TEST_F(PlayerTest, switchToDoesNothingWhileIdle) {
   EXPECT_EQ(player.current(), 0);
 }
 
-TEST_F(PlayerTest, ofMoreThanThreeSlotsThreeAreUsed) {
+TEST_F(PlayerTest, OfMoreThanThreeSlotsThreeAreUsed) {
   load({constantSlot(10, 0.25F, 0), constantSlot(10, 0.5F, 0), constantSlot(10, 0.75F, 0),
         constantSlot(10, 1, 0), Slot{}},
        2);
@@ -175,7 +175,7 @@ TEST_F(PlayerTest, ofMoreThanThreeSlotsThreeAreUsed) {
   EXPECT_EQ(left(1)[0], 0.75F);
 }
 
-TEST_F(PlayerTest, aStartAtANodeThatIsNotThereLetsNothingBeHeard) {
+TEST_F(PlayerTest, AStartAtANodeThatIsNotThereLetsNothingBeHeard) {
   for (const std::int64_t startAt : {std::int64_t{3}, std::int64_t{-1}}) {
     load({constantSlot(10, 1, 1), constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, startAt);
     EXPECT_EQ(player.current(), startAt);
@@ -187,7 +187,7 @@ TEST_F(PlayerTest, aStartAtANodeThatIsNotThereLetsNothingBeHeard) {
   }
 }
 
-TEST_F(PlayerTest, noSlotsAndSlotsWithoutFramesAreSilence) {
+TEST_F(PlayerTest, NoSlotsAndSlotsWithoutFramesAreSilence) {
   load({}, 0);
   EXPECT_TRUE(player.isPlaying());
   EXPECT_TRUE(isSilent(left(3 * ramp)));
@@ -197,7 +197,7 @@ TEST_F(PlayerTest, noSlotsAndSlotsWithoutFramesAreSilence) {
   EXPECT_TRUE(isSilent(left(3 * ramp)));
 }
 
-TEST_F(PlayerTest, stopIsIdleAtOnceAndClosesTheDevice) {
+TEST_F(PlayerTest, StopIsIdleAtOnceAndClosesTheDevice) {
   load({constantSlot(10, 1, 1)}, 0);
   (void)left(2 * ramp);
   player.stop();
@@ -207,7 +207,7 @@ TEST_F(PlayerTest, stopIsIdleAtOnceAndClosesTheDevice) {
   EXPECT_TRUE(output.waitUntilClosed());
 }
 
-TEST(Player, stopFadesAndThenStaysSilent) {
+TEST(Player, StopFadesAndThenStaysSilent) {
   FakeOutput output;
   Player player(output.factory(), 1s);
   const std::vector<Slot> slots{constantSlot(10, 1, 1)};
@@ -220,7 +220,7 @@ TEST(Player, stopFadesAndThenStaysSilent) {
   EXPECT_TRUE(isSilent({out.begin() + 240, out.end()}));
 }
 
-TEST(Player, stopInACrossfadeLeavesNothingOfItBehind) {
+TEST(Player, StopInACrossfadeLeavesNothingOfItBehind) {
   FakeOutput output;
   Player player(output.factory(), 1s);
   const std::vector<Slot> slots{constantSlot(10, 0.5F, 0), constantSlot(10, 1, 0)};
@@ -243,7 +243,7 @@ TEST(Player, stopInACrossfadeLeavesNothingOfItBehind) {
   EXPECT_EQ(out.back(), 0.5F);
 }
 
-TEST_F(PlayerTest, stopTwiceAndStopWhileIdleAreHarmless) {
+TEST_F(PlayerTest, StopTwiceAndStopWhileIdleAreHarmless) {
   player.stop();
   load({constantSlot(10, 1, 1)}, 0);
   player.stop();
@@ -254,7 +254,7 @@ TEST_F(PlayerTest, stopTwiceAndStopWhileIdleAreHarmless) {
 
 // Loading again on the running stream: the old slots end within the fade, far before the new ones
 // start, and those start together on their own first frame.
-TEST(Player, aSecondLoadPlaysNotOneFrameOfTheFirstAfterItsStart) {
+TEST(Player, ASecondLoadPlaysNotOneFrameOfTheFirstAfterItsStart) {
   for (const std::size_t block : {1U, 64U, 441U, 480U, 1920U, 333U}) {
     FakeOutput output;
     Player player(output.factory(), 100ms);
@@ -278,7 +278,7 @@ TEST(Player, aSecondLoadPlaysNotOneFrameOfTheFirstAfterItsStart) {
   }
 }
 
-TEST_F(PlayerTest, theCallersBuffersAreNotNeededAfterLoad) {
+TEST_F(PlayerTest, TheCallersBuffersAreNotNeededAfterLoad) {
   std::vector<Slot> slots{constantSlot(1000, 0.5F, 0.5F)};
   player.load(slots, 0);
   slots.clear();
@@ -286,7 +286,7 @@ TEST_F(PlayerTest, theCallersBuffersAreNotNeededAfterLoad) {
   EXPECT_EQ(left(1)[0], 0.5F);
 }
 
-TEST_F(PlayerTest, anEngineThatDoesNotStartIsSaidInOneLineAndLeavesThePlayerIdle) {
+TEST_F(PlayerTest, AnEngineThatDoesNotStartIsSaidInOneLineAndLeavesThePlayerIdle) {
   output.refuse("no sound today");
   ::testing::internal::CaptureStderr();
   load({constantSlot(10, 1, 1)}, 2);
@@ -299,7 +299,7 @@ TEST_F(PlayerTest, anEngineThatDoesNotStartIsSaidInOneLineAndLeavesThePlayerIdle
   EXPECT_EQ(volumes(), (Volumes{0, 0, 0}));
 }
 
-TEST_F(PlayerTest, aLoadThatFailsWhilePlayingStopsWhatPlays) {
+TEST_F(PlayerTest, ALoadThatFailsWhilePlayingStopsWhatPlays) {
   load({constantSlot(10, 1, 1)}, 0);
   (void)left(ramp);
   output.fail();
@@ -311,7 +311,7 @@ TEST_F(PlayerTest, aLoadThatFailsWhilePlayingStopsWhatPlays) {
   EXPECT_EQ(player.current(), 0);
 }
 
-TEST_F(PlayerTest, aDeviceThatFailsWhilePlayingIsReplacedByTheNextLoad) {
+TEST_F(PlayerTest, ADeviceThatFailsWhilePlayingIsReplacedByTheNextLoad) {
   load({constantSlot(10, 1, 1), constantSlot(10, 0.5F, 0)}, 0);
   (void)left(ramp);
   output.fail();
@@ -327,7 +327,7 @@ TEST_F(PlayerTest, aDeviceThatFailsWhilePlayingIsReplacedByTheNextLoad) {
 
 using PlayerDeathTest = PlayerTest;
 
-TEST_F(PlayerDeathTest, aSlotWithChannelsOfDifferentLengthStopsTheProcess) {
+TEST_F(PlayerDeathTest, ASlotWithChannelsOfDifferentLengthStopsTheProcess) {
   ::testing::FLAGS_gtest_death_test_style = "threadsafe";
   EXPECT_DEATH(load({kit::slotOf(Samples(10), Samples(11))}, 0), "differ in length");
   EXPECT_DEATH(load({Slot{}}, 0), "without buffers");
@@ -439,7 +439,7 @@ private:
 
 // Whatever a listener does, in any order and between blocks of any size: the state follows the
 // rules, the sound never jumps, and once at rest it is the current slot, bit for bit.
-RC_GTEST_PROP(Player, followsItsRulesForAnySequenceOfCalls, ()) {
+RC_GTEST_PROP(Player, FollowsItsRulesForAnySequenceOfCalls, ()) {
   FakeOutput output;
   {
     PlayerAndModel player(output);
@@ -454,7 +454,7 @@ RC_GTEST_PROP(Player, followsItsRulesForAnySequenceOfCalls, ()) {
 
 // For the thread sanitizer: everything that the main thread can do, as fast as it can, against a
 // device thread that renders all the time. Buffers come and go.
-TEST(Player, mainThreadAndDeviceThreadNeverMeetInABuffer) {
+TEST(Player, MainThreadAndDeviceThreadNeverMeetInABuffer) {
   Player player([] { return std::make_unique<RacingDevice>(); }, 0ms);
   float highest = 0;
   for (std::uint32_t i = 0; i < 3000; ++i) {

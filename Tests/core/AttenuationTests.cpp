@@ -14,7 +14,7 @@ namespace {
 
 using tests::sameBits;
 
-Samples literally(std::span<const float> x, std::span<const double> reductionDB) {
+Samples byReference(std::span<const float> x, std::span<const double> reductionDB) {
   Samples out(x.size());
   for (std::size_t i = 0; i < x.size(); ++i)
     out[i] = static_cast<float>(static_cast<double>(x[i]) * std::pow(10.0, -reductionDB[i] / 20));
@@ -39,7 +39,7 @@ TEST(Attenuation, IsThatOfThePowerToTheLastBit) {
       x[i] = static_cast<float>(2 * generator.nextUnit() - 1);
       reductionDB[i] = most * generator.nextUnit();
     }
-    EXPECT_TRUE(sameBits(attenuated(x, reductionDB), literally(x, reductionDB))) << most;
+    EXPECT_TRUE(sameBits(attenuated(x, reductionDB), byReference(x, reductionDB))) << most;
   }
 }
 
@@ -52,7 +52,7 @@ TEST(Attenuation, TakesSamplesThatAreNoNumbers) {
   const float infinity = std::numeric_limits<float>::infinity();
   const Samples x{infinity, -infinity, std::numeric_limits<float>::quiet_NaN(), 1e-40f};
   const std::vector<double> reductionDB(x.size(), 6);
-  EXPECT_TRUE(sameBits(attenuated(x, reductionDB), literally(x, reductionDB)));
+  EXPECT_TRUE(sameBits(attenuated(x, reductionDB), byReference(x, reductionDB)));
 }
 
 TEST(Attenuation, TakesHugeAndTinySamplesAndReductions) {
@@ -62,7 +62,7 @@ TEST(Attenuation, TakesHugeAndTinySamplesAndReductions) {
   const Samples x{huge, -huge, 1.0f, -1.0f, 1e-30f, -1e-30f, tiny, -tiny, infinity, -infinity};
   for (double reductionDB = 0; reductionDB < 5900; reductionDB += 0.25) {
     const std::vector<double> reductions(x.size(), reductionDB);
-    ASSERT_TRUE(sameBits(attenuated(x, reductions), literally(x, reductions))) << reductionDB;
+    ASSERT_TRUE(sameBits(attenuated(x, reductions), byReference(x, reductions))) << reductionDB;
   }
 }
 
@@ -81,7 +81,7 @@ TEST(Attenuation, RoundsAsThePowerNearTheMiddleBetweenTwoFloats) {
     x.push_back(i % 2 == 0 ? sample : -sample);
     reductionDB.push_back(-20 * std::log10(middle / static_cast<double>(sample) * (1 + off)));
   }
-  EXPECT_TRUE(sameBits(attenuated(x, reductionDB), literally(x, reductionDB)));
+  EXPECT_TRUE(sameBits(attenuated(x, reductionDB), byReference(x, reductionDB)));
 }
 
 TEST(Attenuation, TakesAnyLength) {
@@ -92,7 +92,7 @@ TEST(Attenuation, TakesAnyLength) {
       x[i] = 0.7f + 1e-4f * static_cast<float>(i);
       reductionDB[i] = 2.5 + 0.01 * static_cast<double>(i);
     }
-    EXPECT_TRUE(sameBits(attenuated(x, reductionDB), literally(x, reductionDB))) << count;
+    EXPECT_TRUE(sameBits(attenuated(x, reductionDB), byReference(x, reductionDB))) << count;
   }
 }
 
@@ -106,7 +106,7 @@ TEST(Attenuation, DecidesAtEveryPlaceOfABlock) {
   for (const double offDB : {-2e-13, 0.0, 2e-13}) {
     const Samples x(600, sample);
     const std::vector<double> reductionDB(x.size(), toMiddleDB + offDB);
-    EXPECT_TRUE(sameBits(attenuated(x, reductionDB), literally(x, reductionDB))) << offDB;
+    EXPECT_TRUE(sameBits(attenuated(x, reductionDB), byReference(x, reductionDB))) << offDB;
   }
 }
 

@@ -58,10 +58,10 @@ AssertionResult sameBits(std::span<const float> actual, std::span<const float> e
                             << expected[first];
 }
 
-AssertionResult sameBits(const Trial& actual, const literal::Trial& expected) {
-  if (literalDrill(actual.drill) != expected.drill)
+AssertionResult sameBits(const Trial& actual, const reference::Trial& expected) {
+  if (referenceDrill(actual.drill) != expected.drill)
     return AssertionFailure() << "drill";
-  if (literalMaterial(actual.material) != expected.material)
+  if (referenceMaterial(actual.material) != expected.material)
     return AssertionFailure() << "material";
   if (actual.seed != expected.seed)
     return AssertionFailure() << "seed: " << actual.seed << " is not " << expected.seed;
@@ -86,7 +86,7 @@ AssertionResult sameBits(const Trial& actual, const literal::Trial& expected) {
 }
 
 AssertionResult sameBits(const std::vector<Slot>& actual,
-                         const std::vector<literal::Pair>& expected) {
+                         const std::vector<reference::Pair>& expected) {
   if (actual.size() != expected.size())
     return AssertionFailure() << actual.size() << " slots instead of " << expected.size();
   for (std::size_t s = 0; s < actual.size(); ++s) {
@@ -103,36 +103,36 @@ void require(const AssertionResult& result) {
     RC_FAIL(result.message());
 }
 
-literal::Drill literalDrill(Drill drill) {
+reference::Drill referenceDrill(Drill drill) {
   switch (drill) {
   case Drill::frequency:
-    return literal::Drill::frequency;
+    return reference::Drill::frequency;
   case Drill::level:
-    return literal::Drill::level;
+    return reference::Drill::level;
   case Drill::dynamics:
-    return literal::Drill::dynamics;
+    return reference::Drill::dynamics;
   case Drill::polarity:
-    return literal::Drill::polarity;
+    return reference::Drill::polarity;
   }
   std::abort();
 }
 
-literal::Material literalMaterial(Material material) {
+reference::Material referenceMaterial(Material material) {
   switch (material) {
   case Material::pinkNoise:
-    return literal::Material::pinkNoise;
+    return reference::Material::pinkNoise;
   case Material::drums:
-    return literal::Material::drums;
+    return reference::Material::drums;
   case Material::pad:
-    return literal::Material::pad;
+    return reference::Material::pad;
   }
   std::abort();
 }
 
-literal::Trial literalTrial(const Trial& t) {
-  return {literalDrill(t.drill),
+reference::Trial referenceTrial(const Trial& t) {
+  return {referenceDrill(t.drill),
           t.seed,
-          literalMaterial(t.material),
+          referenceMaterial(t.material),
           t.difficulty,
           t.slots,
           t.targetFreq,
@@ -144,14 +144,14 @@ literal::Trial literalTrial(const Trial& t) {
           t.correlation};
 }
 
-literal::Samples literalSource(Material material, double seconds, std::uint64_t seed) {
+reference::Samples referenceSource(Material material, double seconds, std::uint64_t seed) {
   switch (material) {
   case Material::pinkNoise:
-    return literal::pink(seconds, seed);
+    return reference::pink(seconds, seed);
   case Material::drums:
-    return literal::drums(seconds, seed);
+    return reference::drums(seconds, seed);
   case Material::pad:
-    return literal::pad(seconds, seed);
+    return reference::pad(seconds, seed);
   }
   std::abort();
 }

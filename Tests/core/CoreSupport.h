@@ -1,10 +1,10 @@
-// What the tests of the core share: comparison with the literal model to the last bit, and
+// What the tests of the core share: comparison with the reference model to the last bit, and
 // generators for the laws.
 #pragma once
 
 #include "Drills.h"
 #include "kit/Materials.h"
-#include "reference/LiteralModel.h"
+#include "reference/ReferenceModel.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
@@ -30,19 +30,19 @@ namespace tests {
 ::testing::AssertionResult sameBits(std::span<const float> actual, std::span<const float> expected);
 
 // Success where every field is the same, to the last bit.
-::testing::AssertionResult sameBits(const Trial& actual, const literal::Trial& expected);
+::testing::AssertionResult sameBits(const Trial& actual, const reference::Trial& expected);
 ::testing::AssertionResult sameBits(const std::vector<Slot>& actual,
-                                    const std::vector<literal::Pair>& expected);
+                                    const std::vector<reference::Pair>& expected);
 
 // Fails the law that is being checked unless `result` is a success.
 void require(const ::testing::AssertionResult& result);
 
-literal::Drill literalDrill(Drill drill);
-literal::Material literalMaterial(Material material);
-literal::Trial literalTrial(const Trial& trial);
+reference::Drill referenceDrill(Drill drill);
+reference::Material referenceMaterial(Material material);
+reference::Trial referenceTrial(const Trial& trial);
 
-// The literal model's buffer of a material.
-literal::Samples literalSource(Material material, double seconds, std::uint64_t seed);
+// The reference model's buffer of a material.
+reference::Samples referenceSource(Material material, double seconds, std::uint64_t seed);
 using kit::source;
 
 // Any seed, with those that are treated specially among them.

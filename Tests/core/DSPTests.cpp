@@ -193,16 +193,16 @@ Biquad design(int kind, double f0, double gainDB, double q) {
   }
 }
 
-literal::Biquad literalDesign(int kind, double f0, double gainDB, double q) {
+reference::Biquad literalDesign(int kind, double f0, double gainDB, double q) {
   switch (kind) {
   case 0:
-    return literal::lowpass(f0, q, rate);
+    return reference::lowpass(f0, q, rate);
   case 1:
-    return literal::highpass(f0, q, rate);
+    return reference::highpass(f0, q, rate);
   case 2:
-    return literal::bandpass(f0, q, rate);
+    return reference::bandpass(f0, q, rate);
   default:
-    return literal::peaking(f0, gainDB, q, rate);
+    return reference::peaking(f0, gainDB, q, rate);
   }
 }
 
@@ -212,7 +212,7 @@ RC_GTEST_PROP(BiquadLaw, DesignAndProcessingAreTheModelsToTheLastBit, ()) {
   const double gainDB = *between(-15, 15);
   const double q = *between(0.2, 8);
   Biquad actual = design(kind, f0, gainDB, q);
-  literal::Biquad expected = literalDesign(kind, f0, gainDB, q);
+  reference::Biquad expected = literalDesign(kind, f0, gainDB, q);
   require(sameBits(actual.b0, expected.b0));
   require(sameBits(actual.b1, expected.b1));
   require(sameBits(actual.b2, expected.b2));
@@ -220,7 +220,7 @@ RC_GTEST_PROP(BiquadLaw, DesignAndProcessingAreTheModelsToTheLastBit, ()) {
   require(sameBits(actual.a2, expected.a2));
 
   const double freq = *between(0, 24000);
-  RC_ASSERT(std::abs(actual.responseDB(freq, rate) - literal::responseDB(expected, freq, rate)) <=
+  RC_ASSERT(std::abs(actual.responseDB(freq, rate) - reference::responseDB(expected, freq, rate)) <=
             1e-9);
 
   const Samples x = *anyBuffer(300);
@@ -325,10 +325,10 @@ TEST(Measure, LevelsOfHugeAndInfiniteSamplesAreTheModels) {
                                      {huge, tiny},
                                      {tiny, -tiny}};
   for (const Samples& x : buffers) {
-    EXPECT_TRUE(sameBits(Measure::rmsDB(x), literal::rmsDB(x))) << x[0];
-    EXPECT_TRUE(sameBits(Measure::peakDB(x), literal::peakDB(x))) << x[0];
+    EXPECT_TRUE(sameBits(Measure::rmsDB(x), reference::rmsDB(x))) << x[0];
+    EXPECT_TRUE(sameBits(Measure::peakDB(x), reference::peakDB(x))) << x[0];
     for (const double target : {-20.0, 0.0, 700.0})
-      EXPECT_TRUE(sameBits(Measure::normalizeRMS(x, target), literal::normalizeRMS(x, target)))
+      EXPECT_TRUE(sameBits(Measure::normalizeRMS(x, target), reference::normalizeRMS(x, target)))
           << x[0] << " " << target;
   }
 }
@@ -366,10 +366,10 @@ TEST(Measure, MagnitudeOfNothingIsZero) {
 
 RC_GTEST_PROP(MeasureLaw, LevelsAreTheModelsToTheLastBit, ()) {
   const Samples x = *anyBuffer(3000);
-  require(sameBits(Measure::rmsDB(x), literal::rmsDB(x)));
-  require(sameBits(Measure::peakDB(x), literal::peakDB(x)));
+  require(sameBits(Measure::rmsDB(x), reference::rmsDB(x)));
+  require(sameBits(Measure::peakDB(x), reference::peakDB(x)));
   const double target = *between(-60, 6);
-  require(sameBits(Measure::normalizeRMS(x, target), literal::normalizeRMS(x, target)));
+  require(sameBits(Measure::normalizeRMS(x, target), reference::normalizeRMS(x, target)));
 }
 
 RC_GTEST_PROP(MeasureLaw, PairsAreMeasuredAsOneSampleAfterTheOther, ()) {
@@ -386,7 +386,7 @@ RC_GTEST_PROP(MeasureLaw, MagnitudesAreTheModels, ()) {
   Samples x = *anyBuffer(1000);
   RC_PRE(x.size() != 1);
   const double freq = *between(0, 24000);
-  RC_ASSERT(std::abs(Measure::magnitudeAt(x, freq, rate) - literal::magnitudeAt(x, freq, rate)) <=
+  RC_ASSERT(std::abs(Measure::magnitudeAt(x, freq, rate) - reference::magnitudeAt(x, freq, rate)) <=
             1e-12);
 }
 

@@ -60,7 +60,7 @@ TEST(MixedSeed, IsSplitMix64) {
 RC_GTEST_PROP(MixedSeed, IsTheModelsAndCanBeUndone, ()) {
   const std::uint64_t counter = *anySeed();
   const std::uint64_t seed = Drills::mixedSeed(counter);
-  RC_ASSERT(seed == literal::mixedSeed(counter));
+  RC_ASSERT(seed == reference::mixedSeed(counter));
   std::uint64_t z = unshifted(seed, 31) * inverse(0x94D049BB133111EB);
   z = unshifted(z, 27) * inverse(0xBF58476D1CE4E5B9);
   RC_ASSERT(unshifted(z, 30) - 0x9E3779B97F4A7C15 == counter);

@@ -188,7 +188,7 @@ RC_GTEST_PROP(GradeLaw, IsTheModelsToTheLastBit, ()) {
                       between(truth - 3, truth + 3), between(truth / 2, truth * 2),
                       rc::gen::elementOf(Bands::centres), rc::gen::element(0.0, 1.0, 2.0, -1.0));
   const Grade actual = grade(answer, trial);
-  const literal::Grade expected = literal::grade(answer, literalTrial(trial));
+  const reference::Grade expected = reference::grade(answer, referenceTrial(trial));
   RC_ASSERT(actual.correct == expected.correct);
   require(sameBits(actual.error, expected.error));
   RC_ASSERT(actual.errorText == expected.errorText);

@@ -47,14 +47,15 @@ rc::Gen<Trial> anyTrial() {
 RC_GTEST_PROP(RenderLaw, IsTheModelsToTheLastBit, ()) {
   const Trial trial = *anyTrial();
   const double seconds = *anyDuration();
-  require(sameBits(Drills::render(trial, seconds), literal::render(literalTrial(trial), seconds)));
+  require(
+      sameBits(Drills::render(trial, seconds), reference::render(referenceTrial(trial), seconds)));
 }
 
 RC_GTEST_PROP(RenderLaw, WithAudibleNoiseIsTheModelsToTheLastBit, ()) {
   const Trial trial = *anyTrial();
   const double seconds = *anyDuration();
   require(sameBits(Drills::render(trial, seconds, Noise::audible),
-                   literal::render(literalTrial(trial), seconds, true)));
+                   reference::render(referenceTrial(trial), seconds, true)));
 }
 
 RC_GTEST_PROP(RenderLaw, FieldsSetByHandAreTheModelsToTheLastBit, ()) {
@@ -67,7 +68,8 @@ RC_GTEST_PROP(RenderLaw, FieldsSetByHandAreTheModelsToTheLastBit, ()) {
   trial.oddSlot = *rc::gen::inRange(-1, 5);
   trial.correlation = *rc::gen::oneOf(between(-1, 2), rc::gen::element(0.0, 0.35, 1.0));
   const double seconds = *anyDuration();
-  require(sameBits(Drills::render(trial, seconds), literal::render(literalTrial(trial), seconds)));
+  require(
+      sameBits(Drills::render(trial, seconds), reference::render(referenceTrial(trial), seconds)));
 }
 
 TEST(Render, IsTheModelsToTheLastBitOverATrialsLength) {
@@ -79,10 +81,11 @@ TEST(Render, IsTheModelsToTheLastBitOverATrialsLength) {
     for (const Material material : Material::allCases) {
       for (const auto& row : rows) {
         const Trial trial = Drills::makeTrial(row.difficulty, material, row.seed, drill);
-        EXPECT_TRUE(sameBits(Drills::render(trial, 3.2), literal::render(literalTrial(trial), 3.2)))
+        EXPECT_TRUE(
+            sameBits(Drills::render(trial, 3.2), reference::render(referenceTrial(trial), 3.2)))
             << drill << ", " << material << ", seed " << row.seed;
         EXPECT_TRUE(sameBits(Drills::render(trial, 3.2, Noise::audible),
-                             literal::render(literalTrial(trial), 3.2, true)))
+                             reference::render(referenceTrial(trial), 3.2, true)))
             << drill << ", " << material << ", audible noise, seed " << row.seed;
       }
     }
@@ -118,7 +121,7 @@ TEST(RenderThreads, EightAtOnceRenderWhatOneRenders) {
       });
   }
   for (std::size_t i = 0; i < 12; ++i) {
-    const auto expected = literal::render(literalTrial(trialOf(i)), 0.5);
+    const auto expected = reference::render(referenceTrial(trialOf(i)), 0.5);
     for (std::size_t t = 0; t < threadCount; ++t)
       EXPECT_TRUE(sameBits(rendered[t].at(i), expected)) << t << ", " << i;
   }
@@ -373,14 +376,14 @@ RC_GTEST_PROP(CompressorLaw, IsTheModelsToTheLastBit, ()) {
   const Samples x = *anyBuffer(2000);
   const double target = *rc::gen::oneOf(between(-1, 40), rc::gen::element(0.0, 8.0, 1000.0));
   const Drills::Compressed actual = Drills::compressorHitting(target, x);
-  const literal::Compressed expected = literal::compressorHitting(target, x);
+  const reference::Compressed expected = reference::compressorHitting(target, x);
   require(sameBits(actual.out, expected.out));
   require(sameBits(actual.grDB, expected.grDB));
 }
 
 void expectTheModels(double target, const Samples& x) {
   const Drills::Compressed actual = Drills::compressorHitting(target, x);
-  const literal::Compressed expected = literal::compressorHitting(target, x);
+  const reference::Compressed expected = reference::compressorHitting(target, x);
   EXPECT_TRUE(sameBits(actual.out, expected.out)) << x.size() << " frames, " << target << " dB";
   EXPECT_TRUE(sameBits(actual.grDB, expected.grDB)) << x.size() << " frames, " << target << " dB";
 }

@@ -118,19 +118,19 @@ RC_GTEST_PROP(SignalsLaw, MaterialsAreTheModelsToTheLastBit, ()) {
   const Material material = *anyMaterial();
   const double seconds = *anyDuration();
   const std::uint64_t seed = *anySeed();
-  require(sameBits(source(material, seconds, seed), literalSource(material, seconds, seed)));
+  require(sameBits(source(material, seconds, seed), referenceSource(material, seconds, seed)));
 }
 
 RC_GTEST_PROP(SignalsLaw, DrumsAreTheModelsToTheLastBitOverWholeBars, ()) {
   const double seconds = *between(0, 5);
   const std::uint64_t seed = *anySeed();
-  require(sameBits(Signals::drums(seconds, seed), literal::drums(seconds, seed)));
+  require(sameBits(Signals::drums(seconds, seed), reference::drums(seconds, seed)));
 }
 
 TEST(Signals, MaterialsAreTheModelsToTheLastBitOverATrialsLength) {
   for (const Material material : Material::allCases)
     for (const std::uint64_t seed : {0ULL, 1ULL, 5150ULL, 40503ULL, ~0ULL})
-      EXPECT_TRUE(sameBits(source(material, 3.2, seed), literalSource(material, 3.2, seed)))
+      EXPECT_TRUE(sameBits(source(material, 3.2, seed), referenceSource(material, 3.2, seed)))
           << material << " " << seed;
 }
 
@@ -237,7 +237,7 @@ TEST(Drums, StepsStartWhereTheRunningSumPutsThem) {
 }
 
 TEST(Drums, ALoopOf3200MillisecondsHasElevenSteps) {
-  EXPECT_EQ(literal::stepStarts(3.2),
+  EXPECT_EQ(reference::stepStarts(3.2),
             (std::vector<std::int64_t>{0, 14400, 28800, 43199, 57600, 72000, 86400, 100800, 115200,
                                        129599, 143999}));
   const Samples x = Signals::drums(3.2, 11);
@@ -368,7 +368,7 @@ RC_GTEST_PROP(StereoiseLaw, IsTheModelsToTheLastBit, ()) {
       *rc::gen::oneOf(between(0, 1), between(-1, 2), rc::gen::element(0.0, 0.35, 1.0, 1.5));
   const std::uint64_t seed = *anySeed();
   const auto [left, right] = Signals::stereoise(mono, correlation, seed);
-  const literal::Pair expected = literal::stereoise(mono, correlation, seed);
+  const reference::Pair expected = reference::stereoise(mono, correlation, seed);
   require(sameBits(left, expected.l));
   require(sameBits(right, expected.r));
 }

@@ -129,8 +129,8 @@ rc::Gen<Staircase> anyStaircase() {
 
 RC_GTEST_PROP(StaircaseLaw, MovesAsTheModel, (const std::vector<bool>& answers)) {
   Staircase actual = *anyStaircase();
-  literal::Staircase expected{actual.difficulty, actual.consecutiveCorrect, actual.reversals,
-                              actual.lastDirection};
+  reference::Staircase expected{actual.difficulty, actual.consecutiveCorrect, actual.reversals,
+                                actual.lastDirection};
   for (const bool answer : answers) {
     actual.record(answer);
     expected.record(answer);

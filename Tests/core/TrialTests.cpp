@@ -96,7 +96,7 @@ RC_GTEST_PROP(BandsLaw, LabelsAreAsTheModelPrintsThem, ()) {
                                        {2, between(990, 1010)},
                                        {1, between(-1e6, 1e6)},
                                        {1, rc::gen::elementOf(Bands::centres)}});
-  RC_ASSERT(Bands::label(frequency) == literal::bandLabel(frequency));
+  RC_ASSERT(Bands::label(frequency) == reference::bandLabel(frequency));
 }
 
 RC_GTEST_PROP(BandsLaw, NoOtherCentreIsNearerThanTheNearest, ()) {
@@ -267,7 +267,7 @@ RC_GTEST_PROP(TrialLaw, IsTheModelsToTheLastBit, ()) {
   const Drill drill = *anyDrill();
   require(sameBits(
       Drills::makeTrial(difficulty, material, seed, drill),
-      literal::makeTrial(difficulty, literalMaterial(material), seed, literalDrill(drill))));
+      reference::makeTrial(difficulty, referenceMaterial(material), seed, referenceDrill(drill))));
 }
 
 RC_GTEST_PROP(TrialLaw, TheMaterialChangesOnlyTheMaterial, ()) {

@@ -28,14 +28,14 @@ std::vector<float> leftOf(FakeOutput& output, std::size_t frames) {
   return output.pull(frames, 480).l;
 }
 
-TEST(Engine, makesNoDeviceBeforeItStarts) {
+TEST(Engine, MakesNoDeviceBeforeItStarts) {
   FakeOutput output;
   const Engine engine(output.factory(), atOnce);
   EXPECT_EQ(output.opened(), 0);
   EXPECT_FALSE(engine.isRunning());
 }
 
-TEST(Engine, runsBetweenStartAndStop) {
+TEST(Engine, RunsBetweenStartAndStop) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
   EXPECT_FALSE(engine.start());
@@ -45,7 +45,7 @@ TEST(Engine, runsBetweenStartAndStop) {
   EXPECT_FALSE(engine.isRunning());
 }
 
-TEST(Engine, closesItsDeviceAWhileAfterStop) {
+TEST(Engine, ClosesItsDeviceAWhileAfterStop) {
   FakeOutput output;
   Engine engine(output.factory(), 20ms);
   EXPECT_FALSE(engine.start());
@@ -53,7 +53,7 @@ TEST(Engine, closesItsDeviceAWhileAfterStop) {
   EXPECT_TRUE(output.waitUntilClosed());
 }
 
-TEST(Engine, opensAFreshDeviceOnceTheLastOneIsClosed) {
+TEST(Engine, OpensAFreshDeviceOnceTheLastOneIsClosed) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
   for (int round = 1; round <= 3; ++round) {
@@ -64,7 +64,7 @@ TEST(Engine, opensAFreshDeviceOnceTheLastOneIsClosed) {
   }
 }
 
-TEST(Engine, aStartBeforeTheClosingGoesOnWithTheOpenDevice) {
+TEST(Engine, AStartBeforeTheClosingGoesOnWithTheOpenDevice) {
   FakeOutput output;
   {
     Engine engine(output.factory(), 1s);
@@ -89,7 +89,7 @@ void letClosingThreadsRunFor(std::chrono::milliseconds time) {
   EXPECT_TRUE(output.waitUntilClosed());
 }
 
-TEST(Engine, aClosingThatWasCalledOffDoesNotCome) {
+TEST(Engine, AClosingThatWasCalledOffDoesNotCome) {
   FakeOutput output;
   Engine engine(output.factory(), 100ms);
   EXPECT_FALSE(engine.start());
@@ -102,7 +102,7 @@ TEST(Engine, aClosingThatWasCalledOffDoesNotCome) {
   EXPECT_EQ(output.opened(), 1);
 }
 
-TEST(Engine, itsEndClosesTheDevice) {
+TEST(Engine, ItsEndClosesTheDevice) {
   FakeOutput output;
   {
     Engine engine(output.factory(), atOnce);
@@ -111,7 +111,7 @@ TEST(Engine, itsEndClosesTheDevice) {
   EXPECT_FALSE(output.isOpen());
 }
 
-TEST(Engine, aDeviceThatDoesNotStartIsReportedAndLeavesTheEngineStopped) {
+TEST(Engine, ADeviceThatDoesNotStartIsReportedAndLeavesTheEngineStopped) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
   output.refuse("out of order");
@@ -123,7 +123,7 @@ TEST(Engine, aDeviceThatDoesNotStartIsReportedAndLeavesTheEngineStopped) {
   EXPECT_TRUE(engine.isRunning());
 }
 
-TEST(Engine, aFailedDeviceIsReplacedAtTheNextStart) {
+TEST(Engine, AFailedDeviceIsReplacedAtTheNextStart) {
   FakeOutput output;
   Engine engine(output.factory(), 1s);
   EXPECT_FALSE(engine.start());
@@ -142,7 +142,7 @@ TEST(Engine, aFailedDeviceIsReplacedAtTheNextStart) {
   EXPECT_EQ(leftOf(output, 1), std::vector<float>{1});
 }
 
-TEST(Engine, aFailedDeviceThatCannotBeReplacedLeavesTheEngineStopped) {
+TEST(Engine, AFailedDeviceThatCannotBeReplacedLeavesTheEngineStopped) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
   EXPECT_FALSE(engine.start());
@@ -155,7 +155,7 @@ TEST(Engine, aFailedDeviceThatCannotBeReplacedLeavesTheEngineStopped) {
 
 // --- Openings that nobody waits for ---
 
-TEST(EngineInBackground, aStartAsksForTheDeviceAndTheNextOneTakesIt) {
+TEST(EngineInBackground, AStartAsksForTheDeviceAndTheNextOneTakesIt) {
   FakeOutput output;
   Engine engine(output.factory(), 1s);
   std::atomic<int> ends{0};
@@ -179,7 +179,7 @@ TEST(EngineInBackground, aStartAsksForTheDeviceAndTheNextOneTakesIt) {
   EXPECT_EQ(ends, 1);
 }
 
-TEST(EngineInBackground, aFailureIsKeptUntilTheDeviceIsAskedForAgain) {
+TEST(EngineInBackground, AFailureIsKeptUntilTheDeviceIsAskedForAgain) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
   std::atomic<int> ends{0};
@@ -197,7 +197,7 @@ TEST(EngineInBackground, aFailureIsKeptUntilTheDeviceIsAskedForAgain) {
   EXPECT_EQ(engine.error(), "out of order");
 }
 
-TEST(EngineInBackground, aBrokenDeviceIsReplaced) {
+TEST(EngineInBackground, ABrokenDeviceIsReplaced) {
   FakeOutput output;
   Engine engine(output.factory(), 1s);
   EXPECT_FALSE(engine.start());
@@ -208,7 +208,7 @@ TEST(EngineInBackground, aBrokenDeviceIsReplaced) {
   EXPECT_EQ(output.opened(), 2);
 }
 
-TEST(EngineInBackground, aStopCallsTheOpeningOffAndTheDeviceClosesAgain) {
+TEST(EngineInBackground, AStopCallsTheOpeningOffAndTheDeviceClosesAgain) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
   std::atomic<int> ends{0};
@@ -224,7 +224,7 @@ TEST(EngineInBackground, aStopCallsTheOpeningOffAndTheDeviceClosesAgain) {
 }
 
 // A server that does not answer holds up a closing, then an opening, and nobody else.
-TEST(EngineInBackground, noCallButStartWaitsForADeviceThatDoesNotAnswer) {
+TEST(EngineInBackground, NoCallButStartWaitsForADeviceThatDoesNotAnswer) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
   EXPECT_FALSE(engine.start());
@@ -247,7 +247,7 @@ TEST(EngineInBackground, noCallButStartWaitsForADeviceThatDoesNotAnswer) {
   EXPECT_EQ(output.opened(), 2);
 }
 
-TEST(EngineInBackground, itsEndDoesNotWaitForeverForADeviceThatDoesNotClose) {
+TEST(EngineInBackground, ItsEndDoesNotWaitForeverForADeviceThatDoesNotClose) {
   FakeOutput output;
   auto slot = noiseSlot(1000, 1);
   const std::weak_ptr<const void> watched = slot.l.owner();
@@ -267,7 +267,7 @@ TEST(EngineInBackground, itsEndDoesNotWaitForeverForADeviceThatDoesNotClose) {
   EXPECT_TRUE(eventually([&watched] { return watched.expired(); }));
 }
 
-TEST(Engine, countsItsCallbacks) {
+TEST(Engine, CountsItsCallbacks) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
   EXPECT_EQ(engine.callbackCounts(), CallbackCounts{});
@@ -277,7 +277,7 @@ TEST(Engine, countsItsCallbacks) {
 }
 
 // The delay counts up to the listener, so the device's own latency is taken off.
-TEST(Engine, theFirstFrameLeavesTheDeviceAfterTheDelay) {
+TEST(Engine, TheFirstFrameLeavesTheDeviceAfterTheDelay) {
   for (const auto& [latency, expected] :
        {std::pair{0U, 5760U}, {1920U, 3840U}, {5759U, 1U}, {5760U, 0U}, {100000U, 0U}}) {
     FakeOutput output(latency);
@@ -291,7 +291,7 @@ TEST(Engine, theFirstFrameLeavesTheDeviceAfterTheDelay) {
   }
 }
 
-TEST(Engine, keepsBuffersUntilTheMixerHasLetGoOfThem) {
+TEST(Engine, KeepsBuffersUntilTheMixerHasLetGoOfThem) {
   FakeOutput output;
   Engine engine(output.factory(), 1s);
   EXPECT_FALSE(engine.start());
@@ -309,7 +309,7 @@ TEST(Engine, keepsBuffersUntilTheMixerHasLetGoOfThem) {
   EXPECT_TRUE(watched.expired());
 }
 
-TEST(Engine, buffersThatWereReplacedBeforeTheyWereHeardAreFreedToo) {
+TEST(Engine, BuffersThatWereReplacedBeforeTheyWereHeardAreFreedToo) {
   FakeOutput output;
   Engine engine(output.factory(), 1s);
   EXPECT_FALSE(engine.start());
@@ -326,7 +326,7 @@ TEST(Engine, buffersThatWereReplacedBeforeTheyWereHeardAreFreedToo) {
   EXPECT_FALSE(watched[9].expired());
 }
 
-TEST(Engine, closingFreesAllBuffers) {
+TEST(Engine, ClosingFreesAllBuffers) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
   EXPECT_FALSE(engine.start());
@@ -342,7 +342,7 @@ TEST(Engine, closingFreesAllBuffers) {
   EXPECT_TRUE(eventually([&watched] { return watched.expired(); }));
 }
 
-TEST(Engine, itsEndFreesAllBuffers) {
+TEST(Engine, ItsEndFreesAllBuffers) {
   FakeOutput output;
   auto slot = noiseSlot(1000, 1);
   const std::weak_ptr<const void> watched = slot.l.owner();
@@ -357,7 +357,7 @@ TEST(Engine, itsEndFreesAllBuffers) {
   EXPECT_TRUE(watched.expired());
 }
 
-TEST(Engine, fadesBeforeItsEnd) {
+TEST(Engine, FadesBeforeItsEnd) {
   FakeOutput output;
   auto engine = std::make_unique<Engine>(output.factory(), 200ms);
   EXPECT_FALSE(engine->start());

@@ -64,7 +64,7 @@ void practise(Player& player, Clock::time_point end) {
   EXPECT_GT(tapped, 4096U);
 }
 
-TEST(Callback, neverLocksAllocatesOrMakesASystemCall) {
+TEST(Callback, NeverLocksAllocatesOrMakesASystemCall) {
 #ifdef VELTO_WATCHES_CALLBACKS
   kit::CallbackWatch::reset();
 #endif
@@ -115,12 +115,12 @@ kit::CallbackOffences offencesOf(std::function<void()> offence) {
   return kit::CallbackWatch::offences();
 }
 
-TEST(CallbackWatch, seesNothingInARendererThatBehaves) {
+TEST(CallbackWatch, SeesNothingInARendererThatBehaves) {
   EXPECT_TRUE(offencesOf([] {}).none());
   EXPECT_TRUE(offencesOf([] { (void)Clock::now(); }).none());
 }
 
-TEST(CallbackWatch, seesAllocations) {
+TEST(CallbackWatch, SeesAllocations) {
   static void* volatile memory;
   const auto plain = offencesOf([] {
     memory = std::malloc(1);
@@ -139,7 +139,7 @@ TEST(CallbackWatch, seesAllocations) {
   EXPECT_GE(aligned.allocations, 2 * aligned.callbacks);
 }
 
-TEST(CallbackWatch, seesLocks) {
+TEST(CallbackWatch, SeesLocks) {
   static std::mutex mutex;
   const auto locking = offencesOf([] { const std::lock_guard lock(mutex); });
   EXPECT_GE(locking.locks, 2 * locking.callbacks);
@@ -148,7 +148,7 @@ TEST(CallbackWatch, seesLocks) {
   EXPECT_GE(waking.locks, waking.callbacks);
 }
 
-TEST(CallbackWatch, seesSystemCalls) {
+TEST(CallbackWatch, SeesSystemCalls) {
   const auto logging = offencesOf([] { (void)!::write(STDERR_FILENO, "", 0); });
   EXPECT_GE(logging.systemCalls, logging.callbacks);
   const auto sleeping = offencesOf([] { std::this_thread::sleep_for(1us); });

@@ -86,7 +86,7 @@ struct OutputTapTest : ::testing::Test {
   }
 };
 
-TEST_F(OutputTapTest, everyFrameThatLeavesTheMixerIsDeliveredInOrder) {
+TEST_F(OutputTapTest, EveryFrameThatLeavesTheMixerIsDeliveredInOrder) {
   engine.installTap(bufferFrames, listener.block());
   Recording pulled;
   for (const std::size_t blockFrames : {480U, 1U, 441U, 1920U, 4096U})
@@ -97,7 +97,7 @@ TEST_F(OutputTapTest, everyFrameThatLeavesTheMixerIsDeliveredInOrder) {
   EXPECT_EQ(listener.dropped_, 0U);
 }
 
-TEST_F(OutputTapTest, buffersHave4096FramesAndTheBusesFormat) {
+TEST_F(OutputTapTest, BuffersHave4096FramesAndTheBusesFormat) {
   engine.installTap(bufferFrames, listener.block());
   (void)pullBuffers(5, 500);
   engine.removeTap();
@@ -109,7 +109,7 @@ TEST_F(OutputTapTest, buffersHave4096FramesAndTheBusesFormat) {
   }
 }
 
-TEST_F(OutputTapTest, theBlockRunsOnAThreadOfItsOwn) {
+TEST_F(OutputTapTest, TheBlockRunsOnAThreadOfItsOwn) {
   std::thread::id device;
   engine.installTap(bufferFrames, listener.block());
   std::thread([&] {
@@ -122,7 +122,7 @@ TEST_F(OutputTapTest, theBlockRunsOnAThreadOfItsOwn) {
   EXPECT_NE(listener.thread_, std::this_thread::get_id());
 }
 
-TEST_F(OutputTapTest, beginsWithItsInstallation) {
+TEST_F(OutputTapTest, BeginsWithItsInstallation) {
   (void)output.pull(10'000, 480);
   engine.installTap(bufferFrames, listener.block());
   const Recording pulled = pullBuffers(2, 480);
@@ -130,7 +130,7 @@ TEST_F(OutputTapTest, beginsWithItsInstallation) {
   EXPECT_EQ(listener.heard_.l, pulled.l);
 }
 
-TEST_F(OutputTapTest, nothingIsDeliveredAfterItsRemoval) {
+TEST_F(OutputTapTest, NothingIsDeliveredAfterItsRemoval) {
   engine.installTap(bufferFrames, listener.block());
   (void)pullBuffers(1, 480);
   (void)output.pull(bufferFrames - 1, 480);
@@ -147,7 +147,7 @@ TEST_F(OutputTapTest, nothingIsDeliveredAfterItsRemoval) {
   EXPECT_EQ(listener.lengths_.size(), before);
 }
 
-TEST_F(OutputTapTest, anotherTapTakesItsPlace) {
+TEST_F(OutputTapTest, AnotherTapTakesItsPlace) {
   engine.installTap(bufferFrames, listener.block());
   Listener second;
   engine.installTap(bufferFrames, second.block());
@@ -158,7 +158,7 @@ TEST_F(OutputTapTest, anotherTapTakesItsPlace) {
   EXPECT_TRUE(listener.lengths_.empty());
 }
 
-TEST_F(OutputTapTest, aBlockThatDoesNotFollowCostsFramesButHoldsNobodyUp) {
+TEST_F(OutputTapTest, ABlockThatDoesNotFollowCostsFramesButHoldsNobodyUp) {
   std::mutex gate;
   std::unique_lock closed(gate);
   std::atomic<bool> isIn{false};
@@ -185,7 +185,7 @@ TEST_F(OutputTapTest, aBlockThatDoesNotFollowCostsFramesButHoldsNobodyUp) {
   EXPECT_EQ(listener.dropped_, 24 * bufferFrames);
 }
 
-TEST_F(OutputTapTest, staysInstalledWhileTheDeviceIsChanged) {
+TEST_F(OutputTapTest, StaysInstalledWhileTheDeviceIsChanged) {
   engine.installTap(bufferFrames, listener.block());
   Recording pulled = pullBuffers(1, 480);
   engine.stop();
@@ -198,7 +198,7 @@ TEST_F(OutputTapTest, staysInstalledWhileTheDeviceIsChanged) {
   EXPECT_EQ(listener.heard_.l, pulled.l);
 }
 
-TEST_F(OutputTapTest, staysInstalledWhenTheDeviceBreaks) {
+TEST_F(OutputTapTest, StaysInstalledWhenTheDeviceBreaks) {
   engine.installTap(bufferFrames, listener.block());
   Recording pulled = pullBuffers(1, 480);
   output.fail();
@@ -208,7 +208,7 @@ TEST_F(OutputTapTest, staysInstalledWhenTheDeviceBreaks) {
   EXPECT_EQ(listener.heard_.l, pulled.l);
 }
 
-TEST(OutputTap, canComeBeforeTheEngineStartsAndGoAfterItHasStopped) {
+TEST(OutputTap, CanComeBeforeTheEngineStartsAndGoAfterItHasStopped) {
   Listener listener;
   FakeOutput output;
   Engine engine(output.factory(), 0ms);
@@ -225,7 +225,7 @@ TEST(OutputTap, canComeBeforeTheEngineStartsAndGoAfterItHasStopped) {
   EXPECT_EQ(listener.heard_.l, pulled.l);
 }
 
-TEST(OutputTap, endsWithItsEngine) {
+TEST(OutputTap, EndsWithItsEngine) {
   Listener listener;
   FakeOutput output;
   {
@@ -239,7 +239,7 @@ TEST(OutputTap, endsWithItsEngine) {
 }
 
 // For the thread sanitizer: taps come and go while a device thread renders without a pause.
-TEST(OutputTap, comesAndGoesWhileADeviceRenders) {
+TEST(OutputTap, ComesAndGoesWhileADeviceRenders) {
   Engine engine([] { return std::make_unique<RacingDevice>(); }, 0ms);
   ASSERT_FALSE(engine.start());
   engine.play({kit::constantSlot(100, 0.5F, 0.5F)}, 0, 0);

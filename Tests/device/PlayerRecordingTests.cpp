@@ -90,7 +90,7 @@ protected:
 
 // One minute in real time. Each frame of it is accounted for: the current slot's loop, bit for bit
 // and at the phase that all slots share since the start, or the crossfade between two of them.
-TEST_F(Recorded, forAMinuteOfSwitchingNoFrameIsLostOrDoubledAndAllSlotsKeepOnePhase) {
+TEST_F(Recorded, ForAMinuteOfSwitchingNoFrameIsLostOrDoubledAndAllSlotsKeepOnePhase) {
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1), noiseSlot(loopFrames, 2),
                                 noiseSlot(loopFrames, 3)};
   Recorder recorder;
@@ -152,7 +152,7 @@ TEST_F(Recorded, forAMinuteOfSwitchingNoFrameIsLostOrDoubledAndAllSlotsKeepOnePh
 class Prompt : public Recorded {};
 
 // The process is held for longer than its output's buffer lasts.
-TEST_F(Prompt, aGapIsCountedAsAMissedCallback) {
+TEST_F(Prompt, AGapIsCountedAsAMissedCallback) {
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1)};
   Recorder recorder;
   Player player;
@@ -186,7 +186,7 @@ private:
 
 // The slots share their left channel, which no switch may change by a bit; the right one tells
 // which slots are heard.
-TEST_F(Prompt, busyProcessorsLoseNoFrameInAMinuteOfFastSwitching) {
+TEST_F(Prompt, BusyProcessorsLoseNoFrameInAMinuteOfFastSwitching) {
   const Slot noise = noiseSlot(loopFrames, 1);
   std::vector<Slot> slots;
   for (const float level : {0.25F, 0.5F, -0.25F})
@@ -220,7 +220,7 @@ TEST_F(Prompt, busyProcessorsLoseNoFrameInAMinuteOfFastSwitching) {
   EXPECT_GT(*highest, 0.45F);
 }
 
-TEST_F(Recorded, aSwitchIsAStraightLineOf150ms) {
+TEST_F(Recorded, ASwitchIsAStraightLineOf150ms) {
   const std::vector<Slot> slots{constantSlot(4800, 0.5F, 0.5F), constantSlot(4800, 0, 0)};
   Recorder recorder;
   Player player;
@@ -244,7 +244,7 @@ TEST_F(Recorded, aSwitchIsAStraightLineOf150ms) {
   EXPECT_LT(deviation, 0.06);
 }
 
-TEST_F(Recorded, aSineThatFadesToSilenceLeavesNothingAboveIt) {
+TEST_F(Recorded, ASineThatFadesToSilenceLeavesNothingAboveIt) {
   const std::vector<Slot> slots{sineSlot(4800, 100, 0.5), constantSlot(4800, 0, 0)}; // 1 kHz
   Recorder recorder;
   Player player;
@@ -275,7 +275,7 @@ TEST_F(Recorded, aSineThatFadesToSilenceLeavesNothingAboveIt) {
   EXPECT_LT(worstPeak, -80);
 }
 
-TEST_F(Recorded, aSwitchBetweenSlotsThatAreAlikeLeavesNoTrace) {
+TEST_F(Recorded, ASwitchBetweenSlotsThatAreAlikeLeavesNoTrace) {
   const Slot a = noiseSlot(loopFrames, 1), b = kit::slotOf(*a.l, *a.r);
   const std::vector<Slot> slots{a, b, a};
   Recorder recorder;
@@ -299,7 +299,7 @@ TEST_F(Recorded, aSwitchBetweenSlotsThatAreAlikeLeavesNoTrace) {
   EXPECT_EQ(residual, -std::numeric_limits<double>::infinity());
 }
 
-TEST_F(Recorded, aStartRisesFromZero) {
+TEST_F(Recorded, AStartRisesFromZero) {
   const std::vector<Slot> slots{constantSlot(4800, 0.5F, -0.5F)};
   Recorder recorder;
   Player player;
@@ -317,7 +317,7 @@ TEST_F(Recorded, aStartRisesFromZero) {
 
 // The stream goes on from one trial to the next: the first fades within 5 ms, then nothing, then
 // the second from its own first frame.
-TEST_F(Recorded, aSecondLoadPlaysNotOneFrameOfTheFirst) {
+TEST_F(Recorded, ASecondLoadPlaysNotOneFrameOfTheFirst) {
   const std::vector<Slot> first{noiseSlot(loopFrames, 1)}, next{noiseSlot(loopFrames, 2)};
   Recorder recorder;
   Player player;
@@ -341,7 +341,7 @@ TEST_F(Recorded, aSecondLoadPlaysNotOneFrameOfTheFirst) {
   report("fade of the first", static_cast<double>(silence - fade + 1) / 48, 2, "ms");
 }
 
-TEST_F(Recorded, anEngineThatStartsAgainPlaysNothingOld) {
+TEST_F(Recorded, AnEngineThatStartsAgainPlaysNothingOld) {
   Recorder recorder;
   Player player;
   for (std::uint32_t round = 0; round < 5; ++round) {
@@ -367,7 +367,7 @@ TEST_F(Recorded, anEngineThatStartsAgainPlaysNothingOld) {
   }
 }
 
-TEST_F(Recorded, afterStopTheStreamIsGoneAndNothingUsesTheProcessor) {
+TEST_F(Recorded, AfterStopTheStreamIsGoneAndNothingUsesTheProcessor) {
 #ifdef __SANITIZE_ADDRESS__
   constexpr double idle = 0.005; // the sanitizer's own share
 #else
@@ -447,7 +447,7 @@ TEST_F(Recorded, DISABLED_howLongThingsTake) {
   report("the same, slowest of 20", slowest, 1, "ms");
 }
 
-TEST_F(Recorded, withoutAnySoundLoadSaysSoInOneLineAndStaysIdle) {
+TEST_F(Recorded, WithoutAnySoundLoadSaysSoInOneLineAndStaysIdle) {
   const std::string server = std::getenv("PULSE_SERVER");
   setenv("PULSE_SERVER", "unix:/nonexistent/velto", 1);
   setenv("ALSA_CONFIG_PATH", "/dev/null", 1);
@@ -473,7 +473,7 @@ TEST_F(Recorded, withoutAnySoundLoadSaysSoInOneLineAndStaysIdle) {
 // Ends the desk's sound server: it runs last, and on a desk of its own.
 class LastOnItsDesk : public Recorded {};
 
-TEST_F(LastOnItsDesk, aServerThatEndsWhilePlayingIsSurvived) {
+TEST_F(LastOnItsDesk, AServerThatEndsWhilePlayingIsSurvived) {
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1), noiseSlot(loopFrames, 2)};
   auto player = std::make_unique<Player>();
   player->load(slots, 0);

@@ -1,7 +1,7 @@
 // Whatever the command line says, one argument a line: it is read without harm, and a number that
 // it gives can be graded.
-#include "LaunchOptions.h"
 #include "FatalError.h"
+#include "LaunchOptions.h"
 #include "NumberArgument.h"
 #include "Numbers.h"
 

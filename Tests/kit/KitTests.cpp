@@ -29,14 +29,14 @@ Recording loopOf(const Slot& slot, std::size_t phase, std::size_t frames) {
   return recording;
 }
 
-TEST(Alignment, findsThePhaseOfALoop) {
+TEST(Alignment, FindsThePhaseOfALoop) {
   const Slot slot = noiseSlot(1000, 1);
   const Recording recording = loopOf(slot, 321, 5000);
   EXPECT_EQ(loopPhase(recording, 0, 5000, slot), 321U);
   EXPECT_EQ(loopPhase(recording, 900, 100, slot), 221U);
 }
 
-TEST(Alignment, findsNoPhaseWhereAFrameIsLostDoubledOrChanged) {
+TEST(Alignment, FindsNoPhaseWhereAFrameIsLostDoubledOrChanged) {
   const Slot slot = noiseSlot(1000, 1);
   Recording changed = loopOf(slot, 0, 3000);
   changed.r[1234] = std::nextafter(changed.r[1234], 1.0F);
@@ -50,12 +50,12 @@ TEST(Alignment, findsNoPhaseWhereAFrameIsLostDoubledOrChanged) {
   EXPECT_EQ(firstDifference(doubled, 0, 1000, slot, 0), 500U);
 }
 
-TEST(Alignment, saysNothingWhereASlotIsTooRegularToTell) {
+TEST(Alignment, SaysNothingWhereASlotIsTooRegularToTell) {
   const Slot slot = constantSlot(1000, 0.5F, 0.5F);
   EXPECT_EQ(loopPhase(loopOf(slot, 0, 2000), 0, 2000, slot), std::nullopt);
 }
 
-TEST(Alignment, findsSoundAndSilence) {
+TEST(Alignment, FindsSoundAndSilence) {
   Recording recording{std::vector<float>(100), std::vector<float>(100)};
   EXPECT_EQ(firstSound(recording, 0), 100U);
   recording.r[40] = 1e-20F;
@@ -67,7 +67,7 @@ TEST(Alignment, findsSoundAndSilence) {
 }
 
 // A sine of amplitude 1 under a Hann window: half its power by the amplitude, 3/8 by the window.
-TEST(Spectrum, aSineLiesInItsBins) {
+TEST(Spectrum, ASineLiesInItsBins) {
   const Slot slot = sineSlot(4096, 512, 1); // 6 kHz
   const auto power = powerSpectrum(*slot.l);
   ASSERT_EQ(power.size(), 2049U);
@@ -81,7 +81,7 @@ TEST(Spectrum, aSineLiesInItsBins) {
   EXPECT_NEAR(peakAboveDB(*slot.l, 5000), 0, 1e-3);
 }
 
-TEST(Spectrum, aFaintHighToneIsMeasuredBesideALowOne) {
+TEST(Spectrum, AFaintHighToneIsMeasuredBesideALowOne) {
   const Slot low = sineSlot(16384, 341, 0.5), high = sineSlot(16384, 3413, 0.5e-4); // 1 and 10 kHz
   std::vector<float> both(16384);
   for (std::size_t i = 0; i < both.size(); ++i)
@@ -90,7 +90,7 @@ TEST(Spectrum, aFaintHighToneIsMeasuredBesideALowOne) {
   EXPECT_NEAR(peakAboveDB(both, 5000), 20 * std::log10(0.5e-4), 0.1);
 }
 
-TEST(Spectrum, theResidualIsTheLevelOfTheDifference) {
+TEST(Spectrum, TheResidualIsTheLevelOfTheDifference) {
   const std::vector<float> a{0.5F, -0.5F}, b{0.25F, -0.25F};
   EXPECT_NEAR(residualDB(a, b), 20 * std::log10(0.25), 1e-9);
   EXPECT_EQ(residualDB(a, a), -std::numeric_limits<double>::infinity());
@@ -143,7 +143,7 @@ std::string onlyBreak(const LoopWatch& watch) {
   return watch.breaks().empty() ? "" : watch.breaks().front();
 }
 
-TEST(LoopWatch, followsAPlayerThroughItsSwitches) {
+TEST(LoopWatch, FollowsAPlayerThroughItsSwitches) {
   const LoopWatch watch = Played().watch();
   EXPECT_TRUE(watch.breaks().empty());
   EXPECT_EQ(watch.frames(), 90000U);
@@ -154,7 +154,7 @@ TEST(LoopWatch, followsAPlayerThroughItsSwitches) {
   EXPECT_EQ(watch.exactFrames() + watch.fadedFrames(), 90000U - 3841);
 }
 
-TEST(LoopWatch, seesLostDoubledAndStrangeFrames) {
+TEST(LoopWatch, SeesLostDoubledAndStrangeFrames) {
   Played played;
   EXPECT_EQ(onlyBreak(Played().cut(20000, 480).watch()), "frame 20000: 480 frames are missing");
   EXPECT_EQ(onlyBreak(Played().cut(20000, 1).watch()), "frame 20000: 1 frames are missing");
@@ -168,12 +168,12 @@ TEST(LoopWatch, seesLostDoubledAndStrangeFrames) {
   EXPECT_EQ(onlyBreak(played.watch()), "frame 25000: the phase is kept, strange ones for 1");
 }
 
-TEST(LoopWatch, seesAFrameLostInACrossfade) {
+TEST(LoopWatch, SeesAFrameLostInACrossfade) {
   EXPECT_EQ(onlyBreak(Played().cut(33000, 1).watch()).substr(0, 33),
             "frame 33000: 1 frames are missing");
 }
 
-TEST(LoopWatch, seesSlotsThatDriftApart) {
+TEST(LoopWatch, SeesSlotsThatDriftApart) {
   Played played;
   std::vector<float> l(played.slots[2].l->begin(), played.slots[2].l->end());
   std::vector<float> r(played.slots[2].r->begin(), played.slots[2].r->end());
@@ -183,7 +183,7 @@ TEST(LoopWatch, seesSlotsThatDriftApart) {
   EXPECT_FALSE(played.watch().breaks().empty());
 }
 
-TEST(LoopWatch, seesASwitchThatNobodyAskedFor) {
+TEST(LoopWatch, SeesASwitchThatNobodyAskedFor) {
   const Played played;
   LoopWatch watch(played.slots, 0, 3840);
   std::vector<float> samples;
@@ -194,7 +194,7 @@ TEST(LoopWatch, seesASwitchThatNobodyAskedFor) {
   EXPECT_NE(watch.breaks()[0].find("slot 2 was not asked for"), std::string::npos);
 }
 
-TEST(Footprint, countsHandlesThreadsAndMemory) {
+TEST(Footprint, CountsHandlesThreadsAndMemory) {
   const Footprint before = Footprint::ofThisProcess();
   EXPECT_GT(before.residentMegabytes, 1);
   EXPECT_GE(before.handles, 3U);

@@ -49,7 +49,7 @@ Recording lifted(const Recording& noise, double hz, double gainDB, double q) {
   return result;
 }
 
-TEST(Listener, findsTheLongestStretchThatTwoPartsHaveInCommon) {
+TEST(Listener, FindsTheLongestStretchThatTwoPartsHaveInCommon) {
   const Slot slot = noiseSlot(loopFrames, 1);
   const auto a = part(slot, 0, 1000, 5000), b = part(slot, 1, 2 * loopFrames + 4000, 9000);
   const auto [x, y] = Listener::samePlace(a, b, loopFrames);
@@ -68,7 +68,7 @@ TEST(Listener, findsTheLongestStretchThatTwoPartsHaveInCommon) {
   EXPECT_EQ(Listener::samePlace(a, far, loopFrames).first.frames(), 0U);
 }
 
-TEST(Listener, namesTheLiftedBandWhateverTheOverallLevel) {
+TEST(Listener, NamesTheLiftedBandWhateverTheOverallLevel) {
   const Recording a = part(noiseSlot(loopFrames, 1), 0, 0, Listener::spectrumFrames).sound;
   for (std::size_t band = 0; band < Bands::centres.size(); ++band) {
     const double hz = Bands::centres[band];
@@ -77,13 +77,13 @@ TEST(Listener, namesTheLiftedBandWhateverTheOverallLevel) {
   }
 }
 
-TEST(Listener, hearsTheDifferenceOfLevels) {
+TEST(Listener, HearsTheDifferenceOfLevels) {
   const Recording a = part(noiseSlot(loopFrames, 1), 0, 0, 30000).sound;
   EXPECT_NEAR(Listener::levelDifferenceDB(a, scaled(a, std::pow(10, 0.0125))), 0.25, 1e-5);
   EXPECT_NEAR(Listener::levelDifferenceDB(a, scaled(a, 0.5)), -6.0206, 1e-4);
 }
 
-TEST(Listener, hearsTheRangeOfAGainCurveApartFromItsMakeUp) {
+TEST(Listener, HearsTheRangeOfAGainCurveApartFromItsMakeUp) {
   const Recording a = part(noiseSlot(loopFrames, 1), 0, 0, 48000).sound;
   Recording b = a;
   for (std::size_t i = 0; i < b.frames(); ++i) {
@@ -96,7 +96,7 @@ TEST(Listener, hearsTheRangeOfAGainCurveApartFromItsMakeUp) {
   EXPECT_NEAR(Listener::gainReductionDB(a, scaled(a, 2)), 0, 1e-6);
 }
 
-TEST(Listener, namesTheFlippedSlotFromPartsThatOverlapInPairs) {
+TEST(Listener, NamesTheFlippedSlotFromPartsThatOverlapInPairs) {
   const Slot plain = noiseSlot(loopFrames, 1), odd = inverted(plain);
   for (std::size_t flipped = 0; flipped < 3; ++flipped) {
     const auto slot = [&](std::size_t number) { return number == flipped ? odd : plain; };
@@ -108,7 +108,7 @@ TEST(Listener, namesTheFlippedSlotFromPartsThatOverlapInPairs) {
   }
 }
 
-TEST(Listener, isDeafWhereAllSlotsAreAlike) {
+TEST(Listener, IsDeafWhereAllSlotsAreAlike) {
   const Slot slot = noiseSlot(loopFrames, 1);
   const Recording a = part(slot, 0, 0, loopFrames).sound;
   EXPECT_EQ(Listener::boostedBand(a, a), std::nullopt);

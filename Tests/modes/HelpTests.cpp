@@ -2,9 +2,9 @@
 #include "Help.h"
 
 #include "Drills.h"
-#include "kit/RecordTesting.h"
 #include "kit/CapturedOutput.h"
 #include "kit/ChildProcess.h"
+#include "kit/RecordTesting.h"
 
 #include <algorithm>
 #include <filesystem>

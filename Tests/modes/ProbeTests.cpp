@@ -99,7 +99,7 @@ const std::vector<Expected> battery{
     {"43 checks, 0 failures", ""},
 };
 
-TEST(Probe, printsItsWholeBatteryInOrderAndPasses) {
+TEST(Probe, PrintsItsWholeBatteryInOrderAndPasses) {
   const ProbeRun run = runProbe();
   EXPECT_TRUE(run.passed);
   ASSERT_EQ(run.lines.size(), battery.size());
@@ -120,12 +120,12 @@ TEST(Probe, printsItsWholeBatteryInOrderAndPasses) {
   EXPECT_EQ(checks, 43);
 }
 
-TEST(Probe, printsTheSameEveryTime) {
+TEST(Probe, PrintsTheSameEveryTime) {
   EXPECT_EQ(runProbe().lines, runProbe().lines);
 }
 
 // "Today" is another date in some of them, and some change their clocks.
-TEST(Probe, passesInEveryTimeZone) {
+TEST(Probe, PassesInEveryTimeZone) {
   for (const char* zone : {"UTC", "Pacific/Kiritimati", "Pacific/Niue", "America/New_York",
                            "Europe/Berlin", "Asia/Kathmandu", "Australia/Lord_Howe"}) {
     const testing::ScopedTimeZone scoped(zone);
@@ -135,7 +135,7 @@ TEST(Probe, passesInEveryTimeZone) {
   }
 }
 
-TEST(Probe, leavesNeitherFolderNorVariableBehind) {
+TEST(Probe, LeavesNeitherFolderNorVariableBehind) {
   const ScratchFolder folder;
   const ScopedVariable temporary("TMPDIR", folder.path().string());
   const ScopedVariable record("VELTO_PROFILE_DIR", (folder.path() / "own").string());
@@ -144,12 +144,12 @@ TEST(Probe, leavesNeitherFolderNorVariableBehind) {
   EXPECT_STREQ(std::getenv("VELTO_PROFILE_DIR"), (folder.path() / "own").c_str());
 }
 
-TEST(Probe, passesWithoutATemporaryDirectory) {
+TEST(Probe, PassesWithoutATemporaryDirectory) {
   const ScopedVariable temporary("TMPDIR", "/dev/null/nowhere");
   EXPECT_TRUE(runProbe().passed);
 }
 
-TEST(Probe, aCheckLineIsPaddedTo48CharactersAndNeverCut) {
+TEST(Probe, ACheckLineIsPaddedTo48CharactersAndNeverCut) {
   kit::CapturedOutput output;
   Probe::check("short", true, "detail");
   Probe::check(std::string(47, 'n'), false, "detail");
@@ -162,7 +162,7 @@ TEST(Probe, aCheckLineIsPaddedTo48CharactersAndNeverCut) {
                                std::string(49, 'n') + "  detail\na line\n");
 }
 
-TEST(Probe, countsAnewInEachRun) {
+TEST(Probe, CountsAnewInEachRun) {
   {
     kit::CapturedOutput output;
     Probe::check("one that fails before the run", false, "");
@@ -183,14 +183,14 @@ Samples windows(const std::vector<double>& levelsDB) {
   return x;
 }
 
-TEST(EnvelopeSpread, isTheStandardDeviationOfTheWindowsLevels) {
+TEST(EnvelopeSpread, IsTheStandardDeviationOfTheWindowsLevels) {
   EXPECT_NEAR(Probe::envelopeSpreadDB(windows({-10, -10, -10}), 20), 0, 1e-6);
   EXPECT_NEAR(Probe::envelopeSpreadDB(windows({-10, -16}), 20), 3, 1e-5);
   // Population, not sample: sqrt((36 + 0 + 36) / 3).
   EXPECT_NEAR(Probe::envelopeSpreadDB(windows({-10, -16, -22}), 20), std::sqrt(24), 1e-5);
 }
 
-TEST(EnvelopeSpread, leavesSilenceAndQuietWindowsOut) {
+TEST(EnvelopeSpread, LeavesSilenceAndQuietWindowsOut) {
   Samples x = windows({-10, -16});
   const double spread = Probe::envelopeSpreadDB(x, 20);
   x.insert(x.begin(), 960, 0.0F);
@@ -199,26 +199,26 @@ TEST(EnvelopeSpread, leavesSilenceAndQuietWindowsOut) {
   EXPECT_NEAR(Probe::envelopeSpreadDB(windows({-50, -59.99}), 20), 4.995, 1e-4);
 }
 
-TEST(EnvelopeSpread, dropsAPartialWindowAtTheEnd) {
+TEST(EnvelopeSpread, DropsAPartialWindowAtTheEnd) {
   Samples x = windows({-10, -16, -40});
   x.pop_back();
   EXPECT_NEAR(Probe::envelopeSpreadDB(x, 20), 3, 1e-5);
 }
 
-TEST(EnvelopeSpread, isZeroWithFewerThanTwoWindows) {
+TEST(EnvelopeSpread, IsZeroWithFewerThanTwoWindows) {
   EXPECT_EQ(Probe::envelopeSpreadDB({}, 20), 0);
   EXPECT_EQ(Probe::envelopeSpreadDB(windows({-10}), 20), 0);
   EXPECT_EQ(Probe::envelopeSpreadDB(windows({-10, -70}), 20), 0);
 }
 
-TEST(EnvelopeSpread, takesWindowsOfTheGivenLength) {
+TEST(EnvelopeSpread, TakesWindowsOfTheGivenLength) {
   // Levels that alternate every 20 ms are even over 40 ms.
   const Samples x = windows({-10, -16, -10, -16});
   EXPECT_NEAR(Probe::envelopeSpreadDB(x, 40), 0, 1e-6);
   EXPECT_NEAR(Probe::envelopeSpreadDB(x, 10), 3, 1e-5);
 }
 
-TEST(Correlation, isOneForTheSameAndMinusOneForTheOppositeChannel) {
+TEST(Correlation, IsOneForTheSameAndMinusOneForTheOppositeChannel) {
   const Samples x{0.25F, -0.5F, 0.75F, 0.1F};
   Samples opposite;
   for (const float sample : x)
@@ -227,18 +227,18 @@ TEST(Correlation, isOneForTheSameAndMinusOneForTheOppositeChannel) {
   EXPECT_NEAR(Probe::correlation(x, opposite), -1, 1e-12);
 }
 
-TEST(Correlation, isZeroForOrthogonalSilentAndEmptyChannels) {
+TEST(Correlation, IsZeroForOrthogonalSilentAndEmptyChannels) {
   EXPECT_EQ(Probe::correlation(Samples{1, 1}, Samples{1, -1}), 0);
   EXPECT_EQ(Probe::correlation(Samples{0, 0}, Samples{1, -1}), 0);
   EXPECT_EQ(Probe::correlation({}, {}), 0);
 }
 
-TEST(Correlation, removesNoMean) {
+TEST(Correlation, RemovesNoMean) {
   EXPECT_NEAR(Probe::correlation(Samples{1, 1, 1}, Samples{2, 2, 2}), 1, 1e-12);
   EXPECT_NEAR(Probe::correlation(Samples{1, 0}, Samples{1, 1}), std::sqrt(0.5), 1e-12);
 }
 
-TEST(Correlation, countsOnlyWhatBothHave) {
+TEST(Correlation, CountsOnlyWhatBothHave) {
   EXPECT_NEAR(Probe::correlation(Samples{1, 1, -9}, Samples{1, 1}), 1, 1e-12);
   EXPECT_NEAR(Probe::correlation(Samples{1, 1}, Samples{1, 1, -9}), 1, 1e-12);
 }

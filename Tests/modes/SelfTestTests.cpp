@@ -47,7 +47,7 @@ const std::string pass = "PASS  signal reaches the output bus at the expected le
 const std::string levelOff = "FAIL  level off - signal is not what was scheduled";
 const std::string nothing = "FAIL  nothing came off the mixer";
 
-TEST(SelfTestVerdict, passesBetweenMinus32AndMinus12) {
+TEST(SelfTestVerdict, PassesBetweenMinus32AndMinus12) {
   for (const double level : {-31.99, -20.0, -12.01}) {
     const Verdict verdict = judged(square(30'000, level));
     EXPECT_TRUE(verdict.passed);
@@ -57,7 +57,7 @@ TEST(SelfTestVerdict, passesBetweenMinus32AndMinus12) {
   EXPECT_EQ(judged(square(30'000, -20)).lines[0], "level     : -20.00 dB RMS, -20.00 dB peak");
 }
 
-TEST(SelfTestVerdict, failsOutsideOfThat) {
+TEST(SelfTestVerdict, FailsOutsideOfThat) {
   for (const double level : {-300.0, -32.01, -11.99, 0.0}) {
     const Verdict verdict = judged(square(30'000, level));
     EXPECT_FALSE(verdict.passed);
@@ -66,7 +66,7 @@ TEST(SelfTestVerdict, failsOutsideOfThat) {
   }
 }
 
-TEST(SelfTestVerdict, failsOnOneClippedSampleAndOnWhatIsNoNumber) {
+TEST(SelfTestVerdict, FailsOnOneClippedSampleAndOnWhatIsNoNumber) {
   Samples x = square(30'000, -20);
   x[100] = 1;
   EXPECT_EQ(judged(x).lines[1], levelOff);
@@ -76,7 +76,7 @@ TEST(SelfTestVerdict, failsOnOneClippedSampleAndOnWhatIsNoNumber) {
   EXPECT_FALSE(judged(x).passed);
 }
 
-TEST(SelfTestVerdict, needsMoreThan20000Frames) {
+TEST(SelfTestVerdict, NeedsMoreThan20000Frames) {
   EXPECT_EQ(judged(square(20'001, -20)).lines.back(), pass);
   const Verdict verdict = judged(square(20'000, -20));
   EXPECT_FALSE(verdict.passed);
@@ -116,7 +116,7 @@ private:
   std::thread thread_;
 };
 
-TEST(SelfTest, passesOnAnOutputThatPlays) {
+TEST(SelfTest, PassesOnAnOutputThatPlays) {
   const Verdict verdict = verdictOf(
       [] { return Player::selfTest([] { return std::make_unique<PacedDevice>(1000); }); });
   EXPECT_TRUE(verdict.passed);
@@ -133,7 +133,7 @@ TEST(SelfTest, passesOnAnOutputThatPlays) {
   EXPECT_EQ(verdict.lines[3], pass);
 }
 
-TEST(SelfTest, failsOnAnOutputThatFallsSilent) {
+TEST(SelfTest, FailsOnAnOutputThatFallsSilent) {
   const Verdict verdict =
       verdictOf([] { return Player::selfTest([] { return std::make_unique<PacedDevice>(35); }); });
   EXPECT_FALSE(verdict.passed);
@@ -142,7 +142,7 @@ TEST(SelfTest, failsOnAnOutputThatFallsSilent) {
   EXPECT_EQ(verdict.lines[2], nothing);
 }
 
-TEST(SelfTest, failsWithItsOwnLineWhereNoEngineStarts) {
+TEST(SelfTest, FailsWithItsOwnLineWhereNoEngineStarts) {
   kit::FakeOutput output;
   output.refuse("no sound here");
   const Verdict verdict = verdictOf([&output] { return Player::selfTest(output.factory()); });

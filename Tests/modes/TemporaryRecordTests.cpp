@@ -18,7 +18,7 @@ const char* profileFolder() {
   return std::getenv("VELTO_PROFILE_DIR");
 }
 
-TEST(TemporaryRecord, liesInTheTemporaryDirectoryUnderItsPrefixAndAUUID) {
+TEST(TemporaryRecord, LiesInTheTemporaryDirectoryUnderItsPrefixAndAUUID) {
   const ScratchFolder folder;
   const ScopedVariable temporary("TMPDIR", folder.path().string());
   const TemporaryRecord record("velto-bench-");
@@ -32,7 +32,7 @@ TEST(TemporaryRecord, liesInTheTemporaryDirectoryUnderItsPrefixAndAUUID) {
       << path;
 }
 
-TEST(TemporaryRecord, takesWhatItHoldsAlongAtItsEnd) {
+TEST(TemporaryRecord, TakesWhatItHoldsAlongAtItsEnd) {
   const ScratchFolder folder;
   const ScopedVariable temporary("TMPDIR", folder.path().string());
   {
@@ -44,7 +44,7 @@ TEST(TemporaryRecord, takesWhatItHoldsAlongAtItsEnd) {
   EXPECT_TRUE(fs::is_empty(folder.path()));
 }
 
-TEST(TemporaryRecord, putsTheVariableBack) {
+TEST(TemporaryRecord, PutsTheVariableBack) {
   {
     const ScopedVariable variable("VELTO_PROFILE_DIR", "elsewhere");
     { const TemporaryRecord record("velto-test-"); }
@@ -55,7 +55,7 @@ TEST(TemporaryRecord, putsTheVariableBack) {
   EXPECT_EQ(profileFolder(), nullptr);
 }
 
-TEST(TemporaryRecord, oneAfterTheOtherKnowNothingOfEachOther) {
+TEST(TemporaryRecord, OneAfterTheOtherKnowNothingOfEachOther) {
   const ScratchFolder folder;
   const ScopedVariable temporary("TMPDIR", folder.path().string());
   const TemporaryRecord first("velto-test-");
@@ -65,7 +65,7 @@ TEST(TemporaryRecord, oneAfterTheOtherKnowNothingOfEachOther) {
   EXPECT_TRUE(Profile().attempts().empty());
 }
 
-TEST(TemporaryRecord, profilesWorkWithoutATemporaryDirectory) {
+TEST(TemporaryRecord, ProfilesWorkWithoutATemporaryDirectory) {
   const ScopedVariable temporary("TMPDIR", "/dev/null/nowhere");
   const TemporaryRecord record("velto-test-");
   Profile profile;

@@ -1,5 +1,5 @@
 #include "Report.h"
-#include "System.h"
+#include "StandardStreams.h"
 
 #include "kit/CapturedOutput.h"
 
@@ -13,24 +13,24 @@
 namespace velto {
 namespace {
 
-TEST(Report, padsNamesToTheirColumn) {
+TEST(Report, PadsNamesToTheirColumn) {
   EXPECT_EQ(Report::check(true, "short", 10, "detail"), "  PASS  short       detail");
   EXPECT_EQ(Report::check(false, "short", 10, ""), "  FAIL  short       ");
 }
 
-TEST(Report, keepsLongNamesWhole) {
+TEST(Report, KeepsLongNamesWhole) {
   EXPECT_EQ(Report::check(true, "exactly ten", 11, "d"), "  PASS  exactly ten  d");
   EXPECT_EQ(Report::check(false, "longer than that", 10, "d"), "  FAIL  longer than that  d");
 }
 
-TEST(Report, alignsAtEitherEdgeAndCutsNothing) {
+TEST(Report, AlignsAtEitherEdgeAndCutsNothing) {
   EXPECT_EQ(Report::rightAligned("1.5", 5), "  1.5");
   EXPECT_EQ(Report::leftAligned("1.5", 5), "1.5  ");
   EXPECT_EQ(Report::rightAligned("12345", 5), "12345");
   EXPECT_EQ(Report::leftAligned("123456", 5), "123456");
 }
 
-TEST(Report, linesStandWhereTheyWerePrinted) {
+TEST(Report, LinesStandWhereTheyWerePrinted) {
   kit::CapturedOutput output;
   std::cout << "first\n" << std::flush;
   Report::line("second");
@@ -42,12 +42,12 @@ TEST(Report, linesStandWhereTheyWerePrinted) {
   EXPECT_TRUE(Report::isComplete());
 }
 
-TEST(ReportDeathTest, noFileTakesThePlaceOfAClosedStreamAndWritingThereStillFails) {
+TEST(ReportDeathTest, NoFileTakesThePlaceOfAClosedStreamAndWritingThereStillFails) {
   EXPECT_EXIT(
       {
         ::close(STDIN_FILENO);
         ::close(STDOUT_FILENO);
-        System::prepareStreams();
+        StandardStreams::prepare();
         const int file = ::open("/", O_RDONLY);
         Report::line("for nobody");
         ::_exit(file > STDERR_FILENO && !Report::isComplete() ? 0 : 1);

@@ -1,8 +1,8 @@
 #include "SafeFile.h"
 
-#include "kit/RecordTesting.h"
 #include "kit/FileFaults.h"
 #include "kit/Forked.h"
+#include "kit/RecordTesting.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -122,31 +122,31 @@ TEST_F(SafeFileTest, WhatWasSavedIsLoadedAndNothingElseRemains) {
 
 TEST_F(SafeFileTest, TheSiblingCountsOnlyWhereTheFileIsThereAndGivesNothing) {
   put(file(), versions[0]);
-  put(SafeFile::sibling(file()), versions[1]);
+  put(SafeFile::backup(file()), versions[1]);
   EXPECT_EQ(loaded(), 0U);
   for (const std::string& damaged : {std::string(), std::string("<"), versions[0] + "x"}) {
     put(file(), damaged);
     EXPECT_EQ(loaded(), 1U);
     EXPECT_EQ(contentOf(file()), damaged);
-    EXPECT_EQ(contentOf(SafeFile::sibling(file())), versions[1]);
+    EXPECT_EQ(contentOf(SafeFile::backup(file())), versions[1]);
   }
   fs::remove(file());
   EXPECT_EQ(loaded(), std::nullopt); // a file that was taken away stays away
   put(file(), "<");
-  put(SafeFile::sibling(file()), "<b");
+  put(SafeFile::backup(file()), "<b");
   EXPECT_EQ(loaded(), std::nullopt);
 }
 
 TEST_F(SafeFileTest, APartOfASiblingIsNeverLoaded) {
   put(file(), "<");
-  put(SafeFile::siblingPart(file()), versions[1]);
+  put(SafeFile::backupPart(file()), versions[1]);
   EXPECT_EQ(loaded(), std::nullopt);
 }
 
 TEST_F(SafeFileTest, LeftOversGoWithTheNextSave) {
   put(file(), versions[0]);
-  put(SafeFile::sibling(file()), "<bb");
-  put(SafeFile::siblingPart(file()), "<b");
+  put(SafeFile::backup(file()), "<bb");
+  put(SafeFile::backupPart(file()), "<b");
   EXPECT_TRUE(save(2));
   expectOnly(2);
 }
@@ -179,7 +179,7 @@ TEST_F(SafeFileTest, OthersCannotReadTheSibling) {
   put(file(), versions[0]);
   const std::size_t last = operations() - 1;
   restart();
-  static_cast<void>(saveWith(1, last - 1, FileFault::death)); // before the sibling is removed
+  static_cast<void>(saveWith(1, last - 1, FileFault::death)); // before the backup is removed
   EXPECT_EQ(names().size(), 2U);
   for (const auto& entry : fs::directory_iterator(folder()))
     if (entry.path() != file()) {
@@ -248,7 +248,7 @@ TEST_F(SafeFileTest, AFaultyDiskLeavesTheFileUntouchedWhileTheSiblingIsMade) {
         ++untouched;
     }
   }
-  // open, write, close and rename of the sibling, and open of the file itself.
+  // open, write, close and rename of the backup, and open of the file itself.
   EXPECT_EQ(untouched, 10U);
 }
 

@@ -98,7 +98,7 @@ std::vector<std::uint32_t> pixelsFromTheStart(std::uint32_t ink) {
 
 } // namespace
 
-TEST(FollowsTheDesktop, fromDarkToLightAndBackWhileItIsOpen) {
+TEST(FollowsTheDesktop, FromDarkToLightAndBackWhileItIsOpen) {
   FakePortal portal;
   portal.set(appearance, "color-scheme", 1U);
   Window window;
@@ -114,7 +114,7 @@ TEST(FollowsTheDesktop, fromDarkToLightAndBackWhileItIsOpen) {
   window.desktop.waitUntil([&] { return window.pixelsAtRest() == dark; }, "all is dark again");
 }
 
-TEST(FollowsTheDesktop, fromOneFontToAnotherWhileItIsOpen) {
+TEST(FollowsTheDesktop, FromOneFontToAnotherWhileItIsOpen) {
   FakePortal portal;
   portal.set(appearance, "color-scheme", 1U);
   Window window;
@@ -134,7 +134,7 @@ TEST(FollowsTheDesktop, fromOneFontToAnotherWhileItIsOpen) {
   }
 }
 
-TEST(FollowsTheDesktop, inEveryScale) {
+TEST(FollowsTheDesktop, InEveryScale) {
   FakePortal portal;
   portal.set(appearance, "color-scheme", 2U);
   for (const double scale : {1.25, 1.5, 2.0}) {
@@ -148,7 +148,7 @@ TEST(FollowsTheDesktop, inEveryScale) {
   }
 }
 
-TEST(Motion, isReducedWhereEitherSettingAsksForIt) {
+TEST(Motion, IsReducedWhereEitherSettingAsksForIt) {
   FakePortal portal;
   for (const auto& fixed : {std::optional<bool>(), std::optional(true)}) {
     Appearance motion(fixed);
@@ -175,7 +175,7 @@ TEST(Motion, isReducedWhereEitherSettingAsksForIt) {
   }
 }
 
-TEST(Motion, ofTheOpenWindowFollowsThePortal) {
+TEST(Motion, OfTheOpenWindowFollowsThePortal) {
   FakePortal portal;
   portal.set(appearance, "reduced-motion", 1U);
   const ScratchProfile profile;
@@ -194,7 +194,7 @@ TEST(Motion, ofTheOpenWindowFollowsThePortal) {
   portal.set(appearance, "reduced-motion", 0U);
 }
 
-TEST(FontFamilies, followThePortal) {
+TEST(FontFamilies, FollowThePortal) {
   FakePortal portal;
   Fonts fonts;
   EXPECT_EQ(fonts.system(), "Inter");

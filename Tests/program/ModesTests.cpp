@@ -67,7 +67,7 @@ const Mode help{{"--help"}, "Usage: velto [SWITCH]...\n", 0};
 const Mode version{{"--version"}, "velto " VELTO_VERSION "\n", 0};
 const std::vector<Mode> reporting{help, version, probe, brandCheck, bench, selfTest};
 
-TEST(Modes, runWithNothingAround) {
+TEST(Modes, RunWithNothingAround) {
   for (const Mode& mode : reporting) {
     const ChildResult result = run(mode.switches);
     EXPECT_EQ(result.status, mode.status) << mode.switches[0];
@@ -78,7 +78,7 @@ TEST(Modes, runWithNothingAround) {
   EXPECT_EQ(run({"--bench"}).error, "");
 }
 
-TEST(Modes, tellWhereTheRecordLiesWithoutMakingIt) {
+TEST(Modes, TellWhereTheRecordLiesWithoutMakingIt) {
   const ScratchFolder folder;
   const std::string home = folder.path().string();
   const ChildResult result = run({"--help"}, {.environment = {{"HOME", home}}});
@@ -88,7 +88,7 @@ TEST(Modes, tellWhereTheRecordLiesWithoutMakingIt) {
   EXPECT_EQ(run({"--version"}).out, version.begin);
 }
 
-TEST(Modes, theSelfTestFailsWithItsOwnLineWhereNoEngineStarts) {
+TEST(Modes, TheSelfTestFailsWithItsOwnLineWhereNoEngineStarts) {
   const ChildResult result = run({"--audio-selftest"});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.out, "FAIL  engine did not start\n");
@@ -96,7 +96,7 @@ TEST(Modes, theSelfTestFailsWithItsOwnLineWhereNoEngineStarts) {
   EXPECT_EQ(count(result.error, "\n"), 1) << result.error;
 }
 
-TEST(Modes, withoutFontsMakeNoApplication) {
+TEST(Modes, WithoutFontsMakeNoApplication) {
   // No application can be made with that.
   for (const Mode& mode : {help, version, probe, bench, selfTest})
     EXPECT_EQ(run(mode.switches, {.environment = {{"QT_QPA_PLATFORM", "none such"}}}).status,
@@ -104,7 +104,7 @@ TEST(Modes, withoutFontsMakeNoApplication) {
   EXPECT_EQ(run({"--seed-demo"}, {.environment = {{"QT_QPA_PLATFORM", "none such"}}}).status, 0);
 }
 
-TEST(Modes, printTheSameInALocaleWithADecimalComma) {
+TEST(Modes, PrintTheSameInALocaleWithADecimalComma) {
   const std::map<std::string, std::string> comma{
       {"LC_ALL", "de_DE.UTF-8"}, {"LANG", "de_DE.UTF-8"}, {"LOCPATH", VELTO_TEST_LOCALES}};
   EXPECT_EQ(run({"--probe"}, {.environment = comma}).out, run({"--probe"}).out);
@@ -117,7 +117,7 @@ TEST(Modes, printTheSameInALocaleWithADecimalComma) {
 }
 
 // Whoever asked learns that the answer did not arrive.
-TEST(Modes, failWithOneLineWhereTheirOutputGoesNowhere) {
+TEST(Modes, FailWithOneLineWhereTheirOutputGoesNowhere) {
   for (const Stream stream : {Stream::readerGone, Stream::fullDisk, Stream::closed})
     for (const Mode& mode : {help, version, probe, bench, brandCheck}) {
       const ChildResult result = run(mode.switches, {.out = stream});
@@ -128,7 +128,7 @@ TEST(Modes, failWithOneLineWhereTheirOutputGoesNowhere) {
     }
 }
 
-TEST(Modes, outliveStandardErrorsThatGoNowhere) {
+TEST(Modes, OutliveStandardErrorsThatGoNowhere) {
   for (const Stream stream : {Stream::readerGone, Stream::fullDisk, Stream::closed}) {
     EXPECT_TRUE(endsWith(run({"--probe"}, {.error = stream}).out, probePassed));
     EXPECT_EQ(run({"--probe"}, {.out = stream, .error = stream}).status, 1);
@@ -137,14 +137,14 @@ TEST(Modes, outliveStandardErrorsThatGoNowhere) {
   }
 }
 
-TEST(Modes, waitForAReaderWhosePipeIsFull) {
+TEST(Modes, WaitForAReaderWhosePipeIsFull) {
   const ChildResult result = run({"--probe"}, {.out = Stream::full});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.out, run({"--probe"}).out);
 }
 
 // A file that took the place of a closed stream would get the report's lines.
-TEST(Modes, writeNoLineIntoAFileOfTheirOwn) {
+TEST(Modes, WriteNoLineIntoAFileOfTheirOwn) {
   const ScratchFolder folder;
   const ChildResult result =
       run({"--seed-demo"}, {.environment = {{"VELTO_PROFILE_DIR", folder.path().string()}},
@@ -156,7 +156,7 @@ TEST(Modes, writeNoLineIntoAFileOfTheirOwn) {
   EXPECT_TRUE(file.ends_with("}")) << file.size();
 }
 
-TEST(Modes, leaveNothingInTheTemporaryDirectory) {
+TEST(Modes, LeaveNothingInTheTemporaryDirectory) {
   const ScratchFolder folder;
   const fs::path temporary = folder.path() / "temporary";
   const fs::path record = folder.path() / "record";
@@ -175,13 +175,13 @@ TEST(Modes, leaveNothingInTheTemporaryDirectory) {
     }
 }
 
-TEST(Modes, doWithoutATemporaryDirectory) {
+TEST(Modes, DoWithoutATemporaryDirectory) {
   const std::map<std::string, std::string> none{{"TMPDIR", "/dev/null/nowhere"}};
   EXPECT_TRUE(endsWith(run({"--probe"}, {.environment = none}).out, probePassed));
   EXPECT_EQ(run({"--bench"}, {.environment = none}).status, 0);
 }
 
-TEST(SeedDemo, refusesWithoutAFolderAndTouchesNothing) {
+TEST(SeedDemo, RefusesWithoutAFolderAndTouchesNothing) {
   const ScratchFolder folder;
   const ChildResult result = run(
       {"--seed-demo"}, {.environment = {{"HOME", folder.path()}, {"XDG_DATA_HOME", folder.path()}},
@@ -192,7 +192,7 @@ TEST(SeedDemo, refusesWithoutAFolderAndTouchesNothing) {
   EXPECT_TRUE(fs::is_empty(folder.path()));
 }
 
-TEST(SeedDemo, fillsTheFolderThatIsNamed) {
+TEST(SeedDemo, FillsTheFolderThatIsNamed) {
   const ScratchFolder folder;
   const ChildResult result =
       run({"--seed-demo"}, {.environment = {{"VELTO_PROFILE_DIR", folder.path()}}});
@@ -208,7 +208,7 @@ TEST(SeedDemo, fillsTheFolderThatIsNamed) {
 const std::vector<Mode> deciding{
     help, version, probe, brandCheck, bench, selfTest, {{"--seed-demo"}, "", 0}};
 
-TEST(Dispatch, theFirstModeOfTheListDecidesInWhateverOrderTheSwitchesStand) {
+TEST(Dispatch, TheFirstModeOfTheListDecidesInWhateverOrderTheSwitchesStand) {
   for (std::size_t first = 0; first < deciding.size(); ++first)
     for (std::size_t second = first + 1; second < deciding.size(); ++second)
       for (const bool swapped : {false, true}) {
@@ -222,23 +222,23 @@ TEST(Dispatch, theFirstModeOfTheListDecidesInWhateverOrderTheSwitchesStand) {
       }
 }
 
-TEST(Dispatch, aDoubledSwitchRunsItsModeOnce) {
+TEST(Dispatch, ADoubledSwitchRunsItsModeOnce) {
   EXPECT_EQ(run({"--probe", "--probe"}).out, run({"--probe"}).out);
   EXPECT_EQ(run({"--seed-demo", "--seed-demo"}).error, refusal);
 }
 
-TEST(Dispatch, aModeIsFoundAmongOtherWords) {
+TEST(Dispatch, AModeIsFoundAmongOtherWords) {
   EXPECT_EQ(run({"file.png", "--shot", "--seed-demo", "-x"}).error, refusal);
   EXPECT_EQ(run({"--drill", "polarity", "--answer", "1", "--seed-demo"}).error, refusal);
   EXPECT_EQ(run({"--probe", "--bench-audio", "on"}).out, run({"--probe"}).out);
 }
 
-TEST(Dispatch, aPlaybackBenchWithoutValueIsIgnored) {
+TEST(Dispatch, APlaybackBenchWithoutValueIsIgnored) {
   EXPECT_EQ(run({"--seed-demo", "--bench-audio"}).error, refusal);
   EXPECT_EQ(run({"--bench-audio"}).error, noDisplay);
 }
 
-TEST(Dispatch, anythingElseStartsTheWindowAndSaysThatThereIsNoDisplay) {
+TEST(Dispatch, AnythingElseStartsTheWindowAndSaysThatThereIsNoDisplay) {
   for (const Words& switches :
        {Words{}, Words{"--Probe"}, Words{"--probe=1"}, Words{"-h"}, Words{"help"}, Words{"-probe"},
         Words{"probe"}, Words{""}, Words{"--shot"}, Words{"--drill"}, Words{"--answer"},
@@ -264,7 +264,7 @@ ChildResult runOnDesk(const Words& switches) {
   return kit::runChild(words, options);
 }
 
-TEST(OnSound, theSelfTestHearsItsTrialAtItsLevel) {
+TEST(OnSound, TheSelfTestHearsItsTrialAtItsLevel) {
   const ChildResult result = runOnDesk({"--audio-selftest"});
   EXPECT_EQ(result.status, 0) << result.error;
   EXPECT_EQ(result.error, "");
@@ -276,7 +276,7 @@ TEST(OnSound, theSelfTestHearsItsTrialAtItsLevel) {
   EXPECT_EQ(lines[3], "PASS  signal reaches the output bus at the expected level");
 }
 
-TEST(OnSoundLong, thePlaybackBenchRunsFor25Seconds) {
+TEST(OnSoundLong, ThePlaybackBenchRunsFor25Seconds) {
   for (const char* load : {"on", "off", "--bench-audio"}) {
     const auto start = std::chrono::steady_clock::now();
     const ChildResult result = runOnDesk({"--bench-audio", load, "--brand-check"});

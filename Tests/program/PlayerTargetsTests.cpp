@@ -41,7 +41,7 @@ std::pair<Recording, Recording> hearBoth(const Trial& trial) {
   return Listener::everyPlace(a, b, loopFrames);
 }
 
-TEST(PlayerTargets, aLevelDifferenceArrivesWithin0_05DB) {
+TEST(PlayerTargets, ALevelDifferenceArrivesWithin0_05DB) {
   for (const double target : {0.2, 0.4, 0.75, 1.25, 2.0, 2.7, 3.45, 4.2, 5.15, 6.0}) {
     const auto [a, b] = hearBoth({.drill = Drill::level,
                                   .seed = 77,
@@ -52,7 +52,7 @@ TEST(PlayerTargets, aLevelDifferenceArrivesWithin0_05DB) {
   }
 }
 
-TEST(PlayerTargets, aGainReductionArrivesWithin0_5DB) {
+TEST(PlayerTargets, AGainReductionArrivesWithin0_5DB) {
   for (const double target : {0.8, 1.5, 2.0, 3.1, 4.8, 6.0, 7.7, 9.0, 10.5, 12.0}) {
     const auto [a, b] = hearBoth(
         {.drill = Drill::dynamics, .seed = 78, .material = Material::drums, .targetGRdB = target});

@@ -205,7 +205,7 @@ double truthNearest(double heard, double answer, double error, double grid) {
   return best;
 }
 
-TEST(RobotListener, hearsTheBoostedBand) {
+TEST(RobotListener, HearsTheBoostedBand) {
   Practice practice("frequency");
   for (std::size_t trial = 0; trial < trialsPerDrill(3); ++trial) {
     if (trial > 0)
@@ -223,7 +223,7 @@ TEST(RobotListener, hearsTheBoostedBand) {
   }
 }
 
-TEST(RobotListener, hearsTheLevelDifference) {
+TEST(RobotListener, HearsTheLevelDifference) {
   Practice practice("level");
   std::vector<double> misses;
   for (std::size_t trial = 0; trial < trialsPerDrill(3); ++trial) {
@@ -247,7 +247,7 @@ TEST(RobotListener, hearsTheLevelDifference) {
   report("level", misses);
 }
 
-TEST(RobotListener, hearsTheGainReduction) {
+TEST(RobotListener, HearsTheGainReduction) {
   Practice practice("dynamics");
   std::vector<double> misses;
   for (std::size_t trial = 0; trial < trialsPerDrill(2); ++trial) {
@@ -271,7 +271,7 @@ TEST(RobotListener, hearsTheGainReduction) {
   report("dynamics", misses);
 }
 
-TEST(RobotListener, hearsTheFlippedSlot) {
+TEST(RobotListener, HearsTheFlippedSlot) {
   Practice practice("polarity");
   Robot& robot = practice.robot();
   // 1, 2, 3, 1 at such lengths that 3 and 2 each share a place of the loop with 1.

@@ -99,7 +99,7 @@ bool staysSilent() {
   return true;
 }
 
-TEST(SoundReturns, whenAServerStartsAfterTheProgram) {
+TEST(SoundReturns, WhenAServerStartsAfterTheProgram) {
   Practice practice;
   ASSERT_TRUE(practice.says(line(refused)));
   practice.desktop.press(Keys::two);
@@ -117,7 +117,7 @@ TEST(SoundReturns, whenAServerStartsAfterTheProgram) {
   EXPECT_TRUE(practice.ends()) << practice.program.errors();
 }
 
-TEST(SoundReturns, whenTheServerDiesAndComesBackTimeAndAgain) {
+TEST(SoundReturns, WhenTheServerDiesAndComesBackTimeAndAgain) {
   std::optional<SoundServer> server(std::in_place);
   Practice practice;
   std::string said;
@@ -142,7 +142,7 @@ TEST(SoundReturns, whenTheServerDiesAndComesBackTimeAndAgain) {
   EXPECT_EQ(practice.program.errors(), said);
 }
 
-TEST(SoundReturns, onlyWithTheWindowWhenThatIsAway) {
+TEST(SoundReturns, OnlyWithTheWindowWhenThatIsAway) {
   std::optional<SoundServer> server(std::in_place);
   Practice practice;
   ASSERT_TRUE(eventually([] { return !streams().empty(); }));
@@ -160,7 +160,7 @@ TEST(SoundReturns, onlyWithTheWindowWhenThatIsAway) {
   EXPECT_EQ(practice.program.errors(), line(refused));
 }
 
-TEST(SoundReturns, whenTheLastSinkGoesAndAnotherComes) {
+TEST(SoundReturns, WhenTheLastSinkGoesAndAnotherComes) {
   const SoundServer server;
   Practice practice;
   ASSERT_TRUE(eventually([] { return !streams().empty(); }));
@@ -174,7 +174,7 @@ TEST(SoundReturns, whenTheLastSinkGoesAndAnotherComes) {
   EXPECT_EQ(practice.program.errors(), line(refused));
 }
 
-TEST(SoundReturns, onTheSinkThatBecomesTheDefaultOneOrIsLeft) {
+TEST(SoundReturns, OnTheSinkThatBecomesTheDefaultOneOrIsLeft) {
   const SoundServer server;
   Practice practice;
   ASSERT_TRUE(eventually([] { return !streams().empty(); }));
@@ -193,7 +193,7 @@ TEST(SoundReturns, onTheSinkThatBecomesTheDefaultOneOrIsLeft) {
 }
 
 // The server resamples and mixes down: what is heard is the level, without a gap.
-TEST(SoundReturns, onSinksOfAnotherRateAndOfOneChannel) {
+TEST(SoundReturns, OnSinksOfAnotherRateAndOfOneChannel) {
   const SoundServer server;
   std::optional<Practice> practice;
   for (const std::string format : {"rate=44100", "channels=1", "rate=44100 channels=1"}) {
@@ -215,7 +215,7 @@ TEST(SoundReturns, onSinksOfAnotherRateAndOfOneChannel) {
   EXPECT_TRUE(practice->ends()) << practice->program.errors();
 }
 
-TEST(SoundReturns, whenAServerThatDidNotAnswerDoes) {
+TEST(SoundReturns, WhenAServerThatDidNotAnswerDoes) {
   SoundServer server;
   server.freeze();
   Practice practice;
@@ -228,7 +228,7 @@ TEST(SoundReturns, whenAServerThatDidNotAnswerDoes) {
   EXPECT_EQ(practice.program.errors(), line(silent));
 }
 
-TEST(SoundReturns, neverHoldsUpTheWindowOfAProgramWhoseServerFreezes) {
+TEST(SoundReturns, NeverHoldsUpTheWindowOfAProgramWhoseServerFreezes) {
   SoundServer server;
   Practice practice;
   ASSERT_TRUE(eventually([] { return !streams().empty(); }));

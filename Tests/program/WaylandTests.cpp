@@ -139,7 +139,7 @@ bool isSilent(Recorder& recorder) {
 
 } // namespace
 
-TEST(Wayland, showsWhatXShows) {
+TEST(Wayland, ShowsWhatXShows) {
   Shot underX("xcb"), underWayland("wayland");
   const QImage wanted = underX.image();
   ASSERT_EQ(wanted.size(), QSize(1180, 386));
@@ -148,7 +148,7 @@ TEST(Wayland, showsWhatXShows) {
   waitUntil([&] { return window.picture() == wanted; }, "the screen shows the same");
 }
 
-TEST(Wayland, isDrawnAtTheScaleOfItsOutput) {
+TEST(Wayland, IsDrawnAtTheScaleOfItsOutput) {
   {
     const OutputScale twice("2");
     const QImage wanted = Shot("wayland").image();
@@ -161,7 +161,7 @@ TEST(Wayland, isDrawnAtTheScaleOfItsOutput) {
   EXPECT_EQ(Shot("wayland").image().size(), QSize(2360, 772)) << "for the compositor to shrink";
 }
 
-TEST(Wayland, followsLightAndDark) {
+TEST(Wayland, FollowsLightAndDark) {
   FakePortal portal;
   const auto space = QStringLiteral("org.freedesktop.appearance");
   const auto key = QStringLiteral("color-scheme");
@@ -174,7 +174,7 @@ TEST(Wayland, followsLightAndDark) {
   window.waitForGround(qRgb(0x0B, 0x0C, 0x0F));
 }
 
-TEST(Wayland, takesKeysAndCapsLockBlocksAllButReturn) {
+TEST(Wayland, TakesKeysAndCapsLockBlocksAllButReturn) {
   Launch launch;
   Window window({"--drill", "level", "--appearance", "dark"});
   launch.hasHappened();
@@ -201,7 +201,7 @@ TEST(Wayland, takesKeysAndCapsLockBlocksAllButReturn) {
   EXPECT_EQ(window.program.errors().find("qrc:"), std::string::npos);
 }
 
-TEST(Wayland, isSilentWhileAnotherWindowHasTheFocusOrItIsOutOfSight) {
+TEST(Wayland, IsSilentWhileAnotherWindowHasTheFocusOrItIsOutOfSight) {
   Recorder recorder;
   Window window({"--appearance", "dark"});
   waitUntil([&] { return !isSilent(recorder); }, "it plays");

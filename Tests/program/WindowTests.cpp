@@ -177,7 +177,7 @@ public:
   WindowId window = 0;
 };
 
-TEST(Keys, spaceGoesRoundTheSlotsAndDigitsPickOne) {
+TEST(Keys, SpaceGoesRoundTheSlotsAndDigitsPickOne) {
   Stage stage;
   stage.desktop.press(Keys::space);
   stage.waitFor(0, 1);
@@ -192,7 +192,7 @@ TEST(Keys, spaceGoesRoundTheSlotsAndDigitsPickOne) {
   EXPECT_EQ(stage.program.errors(), "");
 }
 
-TEST(Keys, threePicksTheThirdOfThreeSlots) {
+TEST(Keys, ThreePicksTheThirdOfThreeSlots) {
   Stage stage(Drill::polarity);
   std::size_t number = 0;
   while (stage.trial(number).oddSlot != 2 && number < 40) {
@@ -207,7 +207,7 @@ TEST(Keys, threePicksTheThirdOfThreeSlots) {
   stage.waitFor(number, 0);
 }
 
-TEST(Keys, otherKeysAndKeysWithAModifierDoNothing) {
+TEST(Keys, OtherKeysAndKeysWithAModifierDoNothing) {
   Stage stage;
   const auto place = stage.waitFor(0, 0);
   for (const std::uint32_t key :
@@ -227,7 +227,7 @@ TEST(Keys, otherKeysAndKeysWithAModifierDoNothing) {
   stage.waitFor(0, 1);
 }
 
-TEST(Keys, capsLockBlocksAllButReturn) {
+TEST(Keys, CapsLockBlocksAllButReturn) {
   Stage stage;
   const auto place = stage.waitFor(0, 0);
   stage.desktop.setCapsLock(true);
@@ -243,7 +243,7 @@ TEST(Keys, capsLockBlocksAllButReturn) {
   stage.waitFor(1, 1);
 }
 
-TEST(Keys, nStartsTheNextTrialAndReturnSubmitsFirst) {
+TEST(Keys, NStartsTheNextTrialAndReturnSubmitsFirst) {
   Stage stage;
   stage.desktop.press(Keys::two);
   stage.waitFor(0, 1);
@@ -261,7 +261,7 @@ TEST(Keys, nStartsTheNextTrialAndReturnSubmitsFirst) {
   stage.waitFor(2, 0);
 }
 
-TEST(Keys, aHeldReturnActsOnceWhileAHeldSpaceAndAHeldNGoOn) {
+TEST(Keys, AHeldReturnActsOnceWhileAHeldSpaceAndAHeldNGoOn) {
   Stage stage;
   const auto place = stage.waitFor(0, 0);
   stage.desktop.keyDown(Keys::returnKey);
@@ -283,7 +283,7 @@ TEST(Keys, aHeldReturnActsOnceWhileAHeldSpaceAndAHeldNGoOn) {
   EXPECT_GE(stage.waitForAnyTrial(0, 40), 2U);
 }
 
-TEST(Mouse, slotsMaterialsDrillsStripAndButtonAreClicked) {
+TEST(Mouse, SlotsMaterialsDrillsStripAndButtonAreClicked) {
   Stage stage;
   stage.click(slotB);
   stage.waitFor(0, 1);
@@ -309,7 +309,7 @@ TEST(Mouse, slotsMaterialsDrillsStripAndButtonAreClicked) {
   EXPECT_EQ(next.attempts[1].correct, stage.trial(2).oddSlot == 1);
 }
 
-TEST(Lifecycle, losingTheFocusSilencesAndGainingItResumesFromTheStart) {
+TEST(Lifecycle, LosingTheFocusSilencesAndGainingItResumesFromTheStart) {
   Stage stage;
   stage.desktop.press(Keys::two);
   stage.waitFor(0, 1);
@@ -322,7 +322,7 @@ TEST(Lifecycle, losingTheFocusSilencesAndGainingItResumesFromTheStart) {
   stage.desktop.closeWindow(other);
 }
 
-TEST(Lifecycle, aMinimisedWindowIsSilentAndARestoredOneResumes) {
+TEST(Lifecycle, AMinimisedWindowIsSilentAndARestoredOneResumes) {
   Stage stage;
   stage.desktop.press(Keys::two);
   stage.waitFor(0, 1);
@@ -334,7 +334,7 @@ TEST(Lifecycle, aMinimisedWindowIsSilentAndARestoredOneResumes) {
   EXPECT_TRUE(stage.beganAtZero(silent, stage.waitFor(0, 1)));
 }
 
-TEST(Lifecycle, anotherDesktopSilencesAndComingBackResumes) {
+TEST(Lifecycle, AnotherDesktopSilencesAndComingBackResumes) {
   Stage stage;
   stage.desktop.switchToDesktop(1);
   stage.waitForSilence();
@@ -344,7 +344,7 @@ TEST(Lifecycle, anotherDesktopSilencesAndComingBackResumes) {
   EXPECT_TRUE(stage.beganAtZero(silent, stage.waitFor(0, 0)));
 }
 
-TEST(Lifecycle, becomingVisibleResumesWithoutTheFocus) {
+TEST(Lifecycle, BecomingVisibleResumesWithoutTheFocus) {
   Stage stage;
   const WindowId other = stage.desktop.openWindow({10, 10, 200, 100}, true, true);
   stage.waitForSilence();
@@ -357,7 +357,7 @@ TEST(Lifecycle, becomingVisibleResumesWithoutTheFocus) {
   stage.desktop.closeWindow(other);
 }
 
-TEST(Lifecycle, aWindowThatIsCoveredButKeepsTheFocusPlaysOn) {
+TEST(Lifecycle, AWindowThatIsCoveredButKeepsTheFocusPlaysOn) {
   Stage stage;
   const auto place = stage.waitFor(0, 0);
   const WindowGeometry whole = stage.desktop.geometry(stage.window);
@@ -368,7 +368,7 @@ TEST(Lifecycle, aWindowThatIsCoveredButKeepsTheFocusPlaysOn) {
   stage.desktop.closeWindow(cover);
 }
 
-TEST(Lifecycle, aTrialRenderedWhileSuspendedWaitsUntilResumed) {
+TEST(Lifecycle, ATrialRenderedWhileSuspendedWaitsUntilResumed) {
   Stage stage;
   // While the program is held, so that it learns of both before the render can be done.
   kill(stage.program.pid(), SIGSTOP);
@@ -382,7 +382,7 @@ TEST(Lifecycle, aTrialRenderedWhileSuspendedWaitsUntilResumed) {
   EXPECT_TRUE(stage.beganAtZero(silent, stage.waitFor(1, 0)));
 }
 
-TEST(Lifecycle, closingTheWindowEndsTheProgram) {
+TEST(Lifecycle, ClosingTheWindowEndsTheProgram) {
   Stage stage;
   stage.desktop.close(stage.window);
   EXPECT_EQ(stage.program.waitForExit(), 0);
@@ -410,7 +410,7 @@ std::optional<Png> readPng(const std::filesystem::path& file) {
   return Png{number(16), number(20)};
 }
 
-TEST(Scripted, aShotSubmitsItsAnswerAndEndsWithAPicture) {
+TEST(Scripted, AShotSubmitsItsAnswerAndEndsWithAPicture) {
   const ScratchFolder folder;
   const auto path = [&](const char* name) { return (folder.path() / name).string(); };
   ProgramRunner polarity(VELTO_PROGRAM,
@@ -445,7 +445,7 @@ TEST(Scripted, aShotSubmitsItsAnswerAndEndsWithAPicture) {
   EXPECT_EQ(unwritable.errors(), "wrote " + path("no/such/folder.png") + "\n");
 }
 
-TEST(Scripted, onlyTheWordLightGivesTheLightAppearance) {
+TEST(Scripted, OnlyTheWordLightGivesTheLightAppearance) {
   Desktop desktop;
   for (const auto& [word, colour] : {std::pair{"light", 0xFAF3EFU},
                                      {"dark", 0x0B0C0FU},
@@ -461,7 +461,7 @@ TEST(Scripted, onlyTheWordLightGivesTheLightAppearance) {
   }
 }
 
-TEST(Scripted, anAnswerWithoutAShotAndABenchWithoutAValueOnlyOpenTheWindow) {
+TEST(Scripted, AnAnswerWithoutAShotAndABenchWithoutAValueOnlyOpenTheWindow) {
   Stage stage(Drill::level, {"--answer", "3", "--bench-audio"});
   const auto place = stage.waitFor(0, 0);
   EXPECT_TRUE(stage.goesOn(place, 0, 0, 110000)); // beyond the moment of a scripted answer
@@ -469,7 +469,7 @@ TEST(Scripted, anAnswerWithoutAShotAndABenchWithoutAValueOnlyOpenTheWindow) {
   EXPECT_FALSE(std::filesystem::exists(stage.program.profileFile()));
 }
 
-TEST(Scripted, withoutADisplayItSaysSoAndFails) {
+TEST(Scripted, WithoutADisplayItSaysSoAndFails) {
   for (const std::optional<std::string>& display :
        {std::optional<std::string>(), std::optional<std::string>(":4711")}) {
     ProgramRunner program(VELTO_PROGRAM, {}, {{"DISPLAY", display}});
@@ -480,7 +480,7 @@ TEST(Scripted, withoutADisplayItSaysSoAndFails) {
 }
 
 // On a desk without a sound server.
-TEST(NoSoundServer, itSaysSoOnceAndGradesAllTheSame) {
+TEST(NoSoundServer, ItSaysSoOnceAndGradesAllTheSame) {
   Desktop desktop;
   ProgramRunner program(VELTO_PROGRAM, {"--drill", "level"});
   const WindowId window = desktop.waitForWindow("MORLA Velto", program.pid());

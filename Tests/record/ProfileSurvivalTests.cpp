@@ -3,9 +3,9 @@
 #include "Profile.h"
 #include "SafeFile.h"
 
-#include "kit/RecordTesting.h"
 #include "kit/FileFaults.h"
 #include "kit/Forked.h"
+#include "kit/RecordTesting.h"
 
 #include <sys/mman.h>
 #include <sys/mount.h>
@@ -147,7 +147,7 @@ TEST_P(KilledAt, ARandomMomentLosesAtMostTheAnswerBeingSaved) {
     std::this_thread::sleep_for(std::chrono::microseconds(microseconds(random)));
     EXPECT_EQ(practising.killed(), 128 + SIGKILL);
 
-    cutShort += fs::exists(SafeFile::sibling(file())) || fs::exists(SafeFile::siblingPart(file()));
+    cutShort += fs::exists(SafeFile::backup(file())) || fs::exists(SafeFile::backupPart(file()));
     const std::int64_t onFile = answersOnFile();
     ASSERT_GE(onFile, *saved) << "kill " << kill;
     ASSERT_LE(onFile, *saved + 1) << "kill " << kill;
@@ -203,8 +203,8 @@ TEST_F(ProfileSurvival, AFullDiskLeavesTheFileUntouchedUntilThereIsRoom) {
       Profile profile(location());
       recordNumbered(profile, 100);
       EXPECT_EQ(profile.attempts().size(), 101U);
-      EXPECT_FALSE(fs::exists(SafeFile::sibling(file())));
-      EXPECT_FALSE(fs::exists(SafeFile::siblingPart(file())));
+      EXPECT_FALSE(fs::exists(SafeFile::backup(file())));
+      EXPECT_FALSE(fs::exists(SafeFile::backupPart(file())));
       (contentOf(file()) == before ? untouched : saved) += 1;
       EXPECT_GE(answersOnFile(), 100);
 

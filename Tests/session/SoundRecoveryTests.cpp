@@ -32,19 +32,19 @@ constexpr Step nothing{}, load{.load = true, .report = false},
 
 // ---- When to try, and when to speak ----
 
-TEST(SoundRecovery, soundThatPlaysNeedsNothing) {
+TEST(SoundRecovery, SoundThatPlaysNeedsNothing) {
   SoundRecovery recovery;
   for (int i = 0; i < 10; ++i)
     EXPECT_EQ(recovery.next(Sound::plays, start + i * 1s), nothing);
 }
 
-TEST(SoundRecovery, anOutputThatIsOpenIsLoaded) {
+TEST(SoundRecovery, AnOutputThatIsOpenIsLoaded) {
   SoundRecovery recovery;
   EXPECT_EQ(recovery.next(Sound::opening, start), nothing);
   EXPECT_EQ(recovery.next(Sound::ready, start + 5ms), load);
 }
 
-TEST(SoundRecovery, lostSoundIsTriedForAtOnceAndThenLessAndLessOften) {
+TEST(SoundRecovery, LostSoundIsTriedForAtOnceAndThenLessAndLessOften) {
   SoundRecovery recovery;
   EXPECT_EQ(recovery.next(Sound::lost, start), load);
   EXPECT_EQ(recovery.next(Sound::refused, start + 10ms), report);
@@ -55,14 +55,14 @@ TEST(SoundRecovery, lostSoundIsTriedForAtOnceAndThenLessAndLessOften) {
   EXPECT_EQ(tries, (std::vector{500, 1500, 3500, 5500, 7500, 9500}));
 }
 
-TEST(SoundRecovery, aFirstFailureWasATryItself) {
+TEST(SoundRecovery, AFirstFailureWasATryItself) {
   SoundRecovery recovery;
   EXPECT_EQ(recovery.next(Sound::refused, start), report);
   EXPECT_EQ(recovery.next(Sound::refused, start + 499ms), nothing);
   EXPECT_EQ(recovery.next(Sound::refused, start + 500ms), load);
 }
 
-TEST(SoundRecovery, anOutageIsReportedOnceAndTheNextOneAgain) {
+TEST(SoundRecovery, AnOutageIsReportedOnceAndTheNextOneAgain) {
   SoundRecovery recovery;
   EXPECT_TRUE(recovery.next(Sound::refused, start).report);
   EXPECT_FALSE(recovery.next(Sound::refused, start + 1s).report);
@@ -75,7 +75,7 @@ TEST(SoundRecovery, anOutageIsReportedOnceAndTheNextOneAgain) {
   EXPECT_TRUE(recovery.next(Sound::refused, start + 12s).report);
 }
 
-TEST(SoundRecovery, anOpeningThatTakesTwoSecondsIsAnOutage) {
+TEST(SoundRecovery, AnOpeningThatTakesTwoSecondsIsAnOutage) {
   SoundRecovery recovery;
   EXPECT_EQ(recovery.next(Sound::opening, start), nothing);
   EXPECT_EQ(recovery.next(Sound::opening, start + 1999ms), nothing);
@@ -83,7 +83,7 @@ TEST(SoundRecovery, anOpeningThatTakesTwoSecondsIsAnOutage) {
   EXPECT_EQ(recovery.next(Sound::refused, start + 30s), nothing); // the same outage
 }
 
-TEST(SoundRecovery, theTimeInWhichSoundIsNotDueIsNoOpeningTime) {
+TEST(SoundRecovery, TheTimeInWhichSoundIsNotDueIsNoOpeningTime) {
   SoundRecovery recovery;
   EXPECT_EQ(recovery.next(Sound::opening, start), nothing);
   recovery.rest();
@@ -91,7 +91,7 @@ TEST(SoundRecovery, theTimeInWhichSoundIsNotDueIsNoOpeningTime) {
   EXPECT_EQ(recovery.next(Sound::opening, start + 12s), report);
 }
 
-RC_GTEST_PROP(SoundRecoveryLaws, neverTwoReportsWithoutSoundBetweenThemAndNeverASpin, ()) {
+RC_GTEST_PROP(SoundRecoveryLaws, NeverTwoReportsWithoutSoundBetweenThemAndNeverASpin, ()) {
   SoundRecovery recovery;
   SoundRecovery::Time now = start;
   bool isReported = false;
@@ -193,7 +193,7 @@ std::string line(const std::string& reason) {
 
 } // namespace
 
-TEST(SessionSound, playsAsSoonAsTheOutputIsOpen) {
+TEST(SessionSound, PlaysAsSoonAsTheOutputIsOpen) {
   Rig rig;
   rig.output.hold();
   rig.settle();
@@ -206,7 +206,7 @@ TEST(SessionSound, playsAsSoonAsTheOutputIsOpen) {
   EXPECT_EQ(rig.output.opened(), 1);
 }
 
-TEST(SessionSound, comesBackAtTheCurrentSlotAndSpeaksOnceAnOutage) {
+TEST(SessionSound, ComesBackAtTheCurrentSlotAndSpeaksOnceAnOutage) {
   Rig rig;
   ASSERT_TRUE(rig.eventually([&] { return rig.plays(); }));
   for (int outage = 0; outage < 2; ++outage) {
@@ -229,7 +229,7 @@ TEST(SessionSound, comesBackAtTheCurrentSlotAndSpeaksOnceAnOutage) {
   }
 }
 
-TEST(SessionSound, theNextTrialTriesAtOnce) {
+TEST(SessionSound, TheNextTrialTriesAtOnce) {
   Rig rig;
   rig.output.refuse("gone");
   ::testing::internal::CaptureStderr();
@@ -241,7 +241,7 @@ TEST(SessionSound, theNextTrialTriesAtOnce) {
   EXPECT_EQ(::testing::internal::GetCapturedStderr(), line("gone"));
 }
 
-TEST(SessionSound, whileSuspendedNothingIsTriedAndResumingPlays) {
+TEST(SessionSound, WhileSuspendedNothingIsTriedAndResumingPlays) {
   Rig rig;
   ASSERT_TRUE(rig.eventually([&] { return rig.plays(); }));
   rig.session.select(1);
@@ -258,7 +258,7 @@ TEST(SessionSound, whileSuspendedNothingIsTriedAndResumingPlays) {
   EXPECT_EQ(rig.session.player().current(), 1);
 }
 
-TEST(SessionSound, anOutputThatOpensAfterTheSuspensionPlaysNothingAndCloses) {
+TEST(SessionSound, AnOutputThatOpensAfterTheSuspensionPlaysNothingAndCloses) {
   Rig rig;
   rig.output.hold();
   rig.settle();
@@ -271,7 +271,7 @@ TEST(SessionSound, anOutputThatOpensAfterTheSuspensionPlaysNothingAndCloses) {
   EXPECT_FALSE(rig.plays());
 }
 
-TEST(SessionSound, aServerThatDoesNotAnswerIsReportedOnceAndHoldsNobodyUp) {
+TEST(SessionSound, AServerThatDoesNotAnswerIsReportedOnceAndHoldsNobodyUp) {
   Rig rig;
   ::testing::internal::CaptureStderr();
   rig.output.hold();
@@ -289,7 +289,7 @@ TEST(SessionSound, aServerThatDoesNotAnswerIsReportedOnceAndHoldsNobodyUp) {
   EXPECT_EQ(::testing::internal::GetCapturedStderr(), line("the sound server does not answer"));
 }
 
-TEST(SessionSound, theEndOfAnOpeningFindsNoSessionAnyMore) {
+TEST(SessionSound, TheEndOfAnOpeningFindsNoSessionAnyMore) {
   const kit::ScratchProfile scratch;
   PostedWork main;
   kit::FakeOutput output;

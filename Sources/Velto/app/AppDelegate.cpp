@@ -1,8 +1,8 @@
 #include "AppDelegate.h"
 
+#include "Theme.h"
 #include "desktop/CapsLock.h"
 #include "desktop/Fonts.h"
-#include "Theme.h"
 
 #include <QBuffer>
 #include <QCoreApplication>

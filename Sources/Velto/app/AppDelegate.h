@@ -2,11 +2,11 @@
 // scripted run that ends in a snapshot.
 #pragma once
 
-#include "desktop/Appearance.h"
 #include "LaunchOptions.h"
 #include "PracticeModel.h"
 #include "ProgressModel.h"
 #include "Session.h"
+#include "desktop/Appearance.h"
 
 #include <QKeyEvent>
 #include <QObject>

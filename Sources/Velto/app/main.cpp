@@ -11,7 +11,7 @@
 #include "Player.h"
 #include "Probe.h"
 #include "Report.h"
-#include "System.h"
+#include "StandardStreams.h"
 
 #include <QGuiApplication>
 #include <QIcon>
@@ -78,7 +78,7 @@ int statusOf(bool passed) {
 // it and nothing else happens. Modes without a window need no display, and all but the brand check
 // make no application.
 int main(int argc, char** argv) {
-  System::prepareStreams();
+  StandardStreams::prepare();
   const Arguments arguments(std::vector<std::string>(argv, argv + argc));
   if (arguments.has("--help")) {
     Report::line(Help::text(Environment::ofProcess()));

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "FrameRing.h"
-#include "LatestValue.h"
 #include "Renderer.h"
 #include "Slot.h"
+#include "TripleBuffer.h"
 
 #include <array>
 #include <atomic>
@@ -130,7 +130,7 @@ private:
   [[nodiscard]] static double gainAt(const Voice& voice, std::uint64_t frame);
   [[nodiscard]] bool rests(const Voice& voice) const;
 
-  LatestValue<Scene> scenes_; // main thread writes, audio thread reads
+  TripleBuffer<Scene> scenes_; // main thread writes, audio thread reads
 
   // Audio thread only.
   Scene scene_;

@@ -24,7 +24,7 @@ public:
   void render(float* interleaved, std::size_t frames) noexcept override {
     const auto begin = Clock::now();
     mixer.render(interleaved, frames);
-    pace.note(begin, Clock::now(), frames);
+    underruns.note(begin, Clock::now(), frames);
   }
 
   // Helper thread: opens and closes the device until the engine ends.
@@ -37,7 +37,7 @@ public:
   void freeReleased();
 
   Mixer mixer;
-  CallbackPace pace;
+  UnderrunCounter underruns;
 
   mutable std::mutex mutex;
   std::condition_variable wake;  // for the helper
@@ -95,7 +95,7 @@ bool Engine::Shared::isDueToClose() const {
 void Engine::Shared::open(Lock& lock) {
   phase = Phase::opening;
   device = makeDevice_();
-  pace.begin(device->latencyFrames());
+  underruns.begin(device->latencyFrames());
   lock.unlock();
   auto problem = device->start(*this);
   lock.lock();
@@ -279,7 +279,7 @@ float Engine::volume(std::size_t voice) const {
 }
 
 CallbackCounts Engine::callbackCounts() const {
-  return shared_->pace.counts();
+  return shared_->underruns.counts();
 }
 
 BusFormat Engine::outputFormat() {

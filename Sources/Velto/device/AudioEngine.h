@@ -2,10 +2,10 @@
 // that feeds it.
 #pragma once
 
-#include "CallbackPace.h"
 #include "Mixer.h"
 #include "OutputDevice.h"
 #include "OutputTap.h"
+#include "UnderrunCounter.h"
 
 #include <chrono>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "BrandCheck.h"
 
-#include "desktop/Fonts.h"
 #include "Numbers.h"
 #include "Report.h"
+#include "desktop/Fonts.h"
 
 #include <QCryptographicHash>
 #include <QDir>

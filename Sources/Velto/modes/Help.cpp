@@ -1,9 +1,10 @@
 #include "Help.h"
 
+#include "Folders.h"
+#include "ProfileLocation.h"
 #include "Report.h"
 
 #include <array>
-#include <system_error>
 
 namespace velto {
 
@@ -47,9 +48,7 @@ std::string recordLine(const Environment& environment) {
   const auto location = ProfileLocation::find(environment);
   if (!location)
     return std::string("nowhere: ") + ProfileLocation::noDirectory;
-  std::error_code error;
-  const auto absolute = std::filesystem::absolute(location->file(), error);
-  return (error ? location->file() : absolute).string();
+  return Folders::absolute(location->file()).string();
 }
 
 } // namespace

@@ -1,10 +1,8 @@
 #include "TemporaryRecord.h"
 
-#include "System.h"
+#include "Environment.h"
+#include "Folders.h"
 #include "UUID.h"
-
-#include <cstdlib>
-#include <system_error>
 
 namespace velto {
 
@@ -15,16 +13,14 @@ constexpr const char* variable = "VELTO_PROFILE_DIR";
 } // namespace
 
 TemporaryRecord::TemporaryRecord(std::string_view prefix)
-    : folder_(System::temporaryDirectory() / (std::string(prefix) + UUID::random().string())) {
-  if (const char* value = std::getenv(variable))
-    earlier_ = value;
-  System::setVariable(variable, folder_.string());
+    : folder_(Folders::temporary() / (std::string(prefix) + UUID::random().string())),
+      earlier_(Environment::ofProcess().variable(variable)) {
+  Environment::setVariable(variable, folder_.string());
 }
 
 TemporaryRecord::~TemporaryRecord() {
-  System::setVariable(variable, earlier_);
-  std::error_code ignored;
-  std::filesystem::remove_all(folder_, ignored);
+  Environment::setVariable(variable, earlier_);
+  Folders::remove(folder_);
 }
 
 } // namespace velto

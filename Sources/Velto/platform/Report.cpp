@@ -1,6 +1,6 @@
 #include "Report.h"
 
-#include "System.h"
+#include "StandardStreams.h"
 
 #include <cstring>
 
@@ -17,12 +17,12 @@ std::string spaces(std::string_view text, std::size_t width) {
 } // namespace
 
 void Report::line(std::string_view text) {
-  const int error = System::writeToOutput(std::string(text) + '\n');
+  const int error = StandardStreams::writeToOutput(std::string(text) + '\n');
   if (error == 0 || hasFailed)
     return;
   hasFailed = true;
-  System::writeToError(std::string("Velto: the report cannot be written: ") + std::strerror(error) +
-                       '\n');
+  StandardStreams::writeToError(std::string("Velto: the report cannot be written: ") +
+                                std::strerror(error) + '\n');
 }
 
 bool Report::isComplete() {

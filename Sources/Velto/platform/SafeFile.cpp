@@ -2,17 +2,16 @@
 // away, so this file alone uses the system's own calls.
 #include "SafeFile.h"
 
+#include "Descriptors.h"
+
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <fstream>
 #include <ios>
-#include <thread>
 
 namespace velto {
 
@@ -23,14 +22,6 @@ namespace fs = std::filesystem;
 fs::path withSuffix(fs::path file, const char* suffix) {
   file += suffix;
   return file;
-}
-
-int openRetrying(const fs::path& path, int flags, mode_t mode = 0) {
-  int descriptor = -1;
-  do
-    descriptor = ::open(path.c_str(), flags | O_CLOEXEC, mode);
-  while (descriptor < 0 && errno == EINTR);
-  return descriptor;
 }
 
 bool writeAll(int descriptor, std::string_view bytes) {
@@ -62,17 +53,17 @@ bool diskFailed() {
   return errno == ENOSPC || errno == EDQUOT || errno == EIO;
 }
 
-// Whether the save may go on: with a whole sibling, or without one where the folder takes none.
-bool makeSibling(const fs::path& file, std::string_view bytes) {
-  const fs::path part = SafeFile::siblingPart(file);
+// Whether the save may go on: with a whole backup, or without one where the folder takes none.
+bool makeBackup(const fs::path& file, std::string_view bytes) {
+  const fs::path part = SafeFile::backupPart(file);
   ::unlink(part.c_str()); // what a save that died left
-  const int descriptor = openRetrying(part, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
+  const int descriptor = Descriptors::open(part, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
   if (descriptor < 0)
     return !diskFailed();
 
   bool goesOn = writeAndClose(descriptor, bytes);
   if (goesOn) {
-    if (::rename(part.c_str(), SafeFile::sibling(file).c_str()) == 0)
+    if (::rename(part.c_str(), SafeFile::backup(file).c_str()) == 0)
       return true;
     goesOn = !diskFailed();
   }
@@ -84,51 +75,26 @@ bool makeSibling(const fs::path& file, std::string_view bytes) {
 bool writePlainly(const fs::path& file, std::string_view bytes) {
   constexpr mode_t everyone = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
   // A pipe without a reader refuses instead of waiting for one.
-  const int descriptor = openRetrying(file, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK, everyone);
+  const int descriptor =
+      Descriptors::open(file, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK, everyone);
   return descriptor >= 0 && writeAndClose(descriptor, bytes);
 }
 
 } // namespace
 
-fs::path SafeFile::sibling(const fs::path& file) {
+fs::path SafeFile::backup(const fs::path& file) {
   return withSuffix(file, ".saving");
 }
 
-fs::path SafeFile::siblingPart(const fs::path& file) {
+fs::path SafeFile::backupPart(const fs::path& file) {
   return withSuffix(file, ".saving.part");
 }
 
-SafeFile::Turn::Turn(const fs::path& file, Use use) {
-  using namespace std::chrono_literals;
-  const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
-  folder_ = openRetrying(folder, O_RDONLY | O_DIRECTORY);
-  if (folder_ < 0)
-    return;
-  const int kind = (use == Use::reading ? LOCK_SH : LOCK_EX) | LOCK_NB;
-  const auto deadline = std::chrono::steady_clock::now() + 250ms;
-  while (::flock(folder_, kind) != 0) {
-    // Where the file system has no such locks there are no turns.
-    if (errno != EWOULDBLOCK && errno != EINTR)
-      return;
-    if (std::chrono::steady_clock::now() >= deadline) {
-      refused_ = true;
-      return;
-    }
-    std::this_thread::sleep_for(1ms);
-  }
-}
-
-// Closing gives the turn up.
-SafeFile::Turn::~Turn() {
-  if (folder_ >= 0)
-    ::close(folder_);
-}
-
 bool SafeFile::write(const fs::path& file, std::string_view bytes) {
-  const Turn turn(file, Turn::Use::writing);
-  if (turn.isRefused() || !makeSibling(file, bytes) || !writePlainly(file, bytes))
+  const FolderLock lock(file, FolderLock::Use::writing);
+  if (lock.isRefused() || !makeBackup(file, bytes) || !writePlainly(file, bytes))
     return false;
-  ::unlink(sibling(file).c_str());
+  ::unlink(backup(file).c_str());
   return true;
 }
 

@@ -1,7 +1,7 @@
 #include "JSONReader.h"
 
+#include "CLocale.h"
 #include "JSONNumbers.h"
-#include "System.h"
 
 #include <nlohmann/json.hpp>
 
@@ -133,7 +133,7 @@ bool read(std::string_view text, Reader& root) {
     return false;
   bool accepted = false;
   // The parser asks the locale for its decimal point.
-  System::runInCLocale([&] {
+  runInCLocale([&] {
     Dispatcher dispatcher(root);
     accepted = nlohmann::json::sax_parse(text.begin(), text.end(), &dispatcher);
   });

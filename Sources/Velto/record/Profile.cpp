@@ -2,49 +2,31 @@
 
 #include "Coding.h"
 #include "Date.h"
-#include "Numbers.h"
+#include "Folders.h"
 #include "SafeFile.h"
 #include "UUID.h"
 
 #include <algorithm>
-#include <system_error>
 #include <utility>
 
 namespace velto {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-// None of the file operations below reports anything: what fails is as if it had not been tried.
-
-// Across file systems a move is a copy first; the original goes only once that is complete.
-void move(const fs::path& from, const fs::path& to) {
-  std::error_code error;
-  fs::rename(from, to, error);
-  if (error != std::errc::cross_device_link)
-    return;
-  if (fs::copy_file(from, to, error))
-    fs::remove(from, error);
-}
-
 void migrate(const ProfileLocation& location) {
-  std::error_code error;
-  if (!location.earlierFile || !fs::exists(*location.earlierFile, error) ||
-      fs::exists(location.file(), error))
+  if (!location.earlierFile || !Folders::exists(*location.earlierFile) ||
+      Folders::exists(location.file()))
     return;
-  fs::create_directories(location.directory, error);
-  move(*location.earlierFile, location.file());
+  Folders::create(location.directory);
+  Folders::moveFile(*location.earlierFile, location.file());
 }
 
-// The file's path, and its folder made if need be. Absolute, so that a later change of the current
-// folder does not move the record.
-fs::path prepare(const ProfileLocation& location) {
+// The file's path, with its folder created if need be. Absolute, so that a later change of the
+// current folder does not move the record.
+std::filesystem::path prepare(const ProfileLocation& location) {
   migrate(location);
-  std::error_code error;
-  fs::create_directories(location.directory, error);
-  const fs::path absolute = fs::absolute(location.file(), error);
-  return error ? location.file() : absolute;
+  Folders::create(location.directory);
+  return Folders::absolute(location.file());
 }
 
 Attempt answered(const Trial& trial, const Drills::Grade& grade) {

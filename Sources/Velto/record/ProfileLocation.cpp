@@ -1,21 +1,14 @@
 #include "ProfileLocation.h"
 
 #include "FatalError.h"
-#include "System.h"
 
-#include <cstdlib>
-#include <vector>
+#include <utility>
 
 namespace velto {
 
 namespace {
 
 using Path = std::filesystem::path;
-
-std::optional<std::string> variableOfProcess(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? std::nullopt : std::optional<std::string>(value);
-}
 
 std::optional<Path> absolutePath(const std::optional<std::string>& text) {
   if (!text || !Path(*text).is_absolute())
@@ -35,10 +28,6 @@ std::optional<Path> dataDirectory(const Environment& environment) {
 }
 
 } // namespace
-
-Environment Environment::ofProcess() {
-  return {variableOfProcess, System::accountHome};
-}
 
 std::optional<ProfileLocation> ProfileLocation::find(const Environment& environment) {
   if (const auto directory = environment.variable("VELTO_PROFILE_DIR"))

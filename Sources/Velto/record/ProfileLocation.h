@@ -1,21 +1,12 @@
 // Where the profile file lies.
 #pragma once
 
+#include "Environment.h"
+
 #include <filesystem>
-#include <functional>
 #include <optional>
-#include <string>
 
 namespace velto {
-
-// What a process knows about its surroundings. Both are asked only when they matter.
-struct Environment {
-  std::function<std::optional<std::string>(const char* name)> variable;
-  std::function<std::optional<std::string>()> accountHome; // from the account database
-
-  // Those of this process. Main thread only.
-  [[nodiscard]] static Environment ofProcess();
-};
 
 // The folder of a profile file. Nothing here looks at the disk.
 struct ProfileLocation {
@@ -24,7 +15,7 @@ struct ProfileLocation {
 
   // VELTO_PROFILE_DIR if it is set (empty: the current folder), else "MORLA Velto" in the user's
   // data directory: XDG_DATA_HOME, or .local/share in HOME or in the account's home. Relative
-  // values of those three are as good as none. None without any of them.
+  // paths are ignored; nullopt if none is usable.
   [[nodiscard]] static std::optional<ProfileLocation> find(const Environment& environment);
   // The same; without a place the process stops.
   [[nodiscard]] static ProfileLocation resolve(const Environment& environment);

@@ -1,7 +1,8 @@
 #include "UUID.h"
 
+#include "RandomBytes.h"
+
 #include <cstddef>
-#include <random>
 
 namespace velto {
 
@@ -24,13 +25,8 @@ std::optional<unsigned> hexadecimalDigit(char character) {
 } // namespace
 
 UUID UUID::random() {
-  std::random_device source;
   UUID uuid;
-  for (std::size_t i = 0; i < uuid.bytes.size(); i += 4) {
-    const std::uint32_t word = source();
-    for (std::size_t b = 0; b < 4; ++b)
-      uuid.bytes[i + b] = static_cast<std::uint8_t>(word >> (8 * b));
-  }
+  fillRandomly(uuid.bytes);
   uuid.bytes[6] = static_cast<std::uint8_t>((uuid.bytes[6] & 0x0F) | 0x40); // version 4
   uuid.bytes[8] = static_cast<std::uint8_t>((uuid.bytes[8] & 0x3F) | 0x80); // RFC 4122
   return uuid;

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace literal {
+namespace reference {
 
 using Samples = std::vector<float>;
 
@@ -110,4 +110,4 @@ Compressed compressorHitting(double targetGR, const Samples& x);
 
 std::vector<Pair> render(const Trial& trial, double seconds, bool audible = false);
 
-} // namespace literal
+} // namespace reference

@@ -1,8 +1,8 @@
-// The trials that are measured, for the program and for its literal twin.
+// The trials that are measured, for the program and for its reference.
 #pragma once
 
 #include "Drills.h"
-#include "reference/LiteralModel.h"
+#include "reference/ReferenceModel.h"
 
 namespace velto::benchmarks {
 
@@ -14,10 +14,10 @@ inline constexpr std::size_t trialFrames = 153600;
   return Drills::makeTrial(50, Drills::defaultMaterial(drill), 4242, drill);
 }
 
-[[nodiscard]] inline literal::Trial literalTrialOf(Drill drill) {
+[[nodiscard]] inline reference::Trial referenceTrialOf(Drill drill) {
   const Trial t = trialOf(drill);
-  return literal::makeTrial(t.difficulty, static_cast<literal::Material>(int{t.material}), t.seed,
-                            static_cast<literal::Drill>(int{t.drill}));
+  return reference::makeTrial(t.difficulty, static_cast<reference::Material>(int{t.material}),
+                              t.seed, static_cast<reference::Drill>(int{t.drill}));
 }
 
 } // namespace velto::benchmarks

@@ -1,4 +1,4 @@
-#include "LiteralModel.h"
+#include "ReferenceModel.h"
 
 #include <cmath>
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <limits>
 
-namespace literal {
+namespace reference {
 namespace {
 
 constexpr double twoPi = 6.283185307179586;
@@ -536,4 +536,4 @@ std::vector<Pair> render(const Trial& trial, double seconds, bool audible) {
   return slots;
 }
 
-} // namespace literal
+} // namespace reference

@@ -1,6 +1,6 @@
 // The yardstick itself, against figures that no program made: closed forms and draws by hand.
 
-#include "LiteralModel.h"
+#include "ReferenceModel.h"
 
 #include <gtest/gtest.h>
 
@@ -11,14 +11,14 @@
 #include <numbers>
 #include <vector>
 
-namespace literal {
+namespace reference {
 namespace {
 
 constexpr double rate = 48000;
 
 // Generator
 
-TEST(LiteralGenerator, StepsAreThoseWorkedOutByHand) {
+TEST(ReferenceGenerator, StepsAreThoseWorkedOutByHand) {
   // Of the state 1, bit by bit: 1 ^ 1 << 13 = 0x2001; ^ >> 7 = 0x2041; ^ << 17 = 0x40822041.
   EXPECT_EQ(step(1), 0x40822041u);
   EXPECT_EQ(step(0x40822041), 0x100041060c011441u);
@@ -28,12 +28,12 @@ TEST(LiteralGenerator, StepsAreThoseWorkedOutByHand) {
   EXPECT_EQ(step(0xFFFFFFFFFFFFFFFF), 0x3f801fc0u);
 }
 
-TEST(LiteralGenerator, SeedsStartAsThemselvesButZero) {
+TEST(ReferenceGenerator, SeedsStartAsThemselvesButZero) {
   EXPECT_EQ(startState(0), 0x9E3779B97F4A7C15u);
   EXPECT_EQ(startState(1), 1u);
 }
 
-TEST(LiteralGenerator, ValuesTakeTheTop53Bits) {
+TEST(ReferenceGenerator, ValuesTakeTheTop53Bits) {
   EXPECT_EQ(unitValue(0x8100000000000000), 129.0 / 256);
   EXPECT_EQ(unitValue(0x7FF), 0);
   EXPECT_EQ(noiseValue(0x8100000000000000), 4 * 129.0 / 256 - 1);
@@ -43,7 +43,7 @@ TEST(LiteralGenerator, ValuesTakeTheTop53Bits) {
 
 // Filters and measurement
 
-TEST(LiteralFilters, HaveTheirGainsAtTheLandmarks) {
+TEST(ReferenceFilters, HaveTheirGainsAtTheLandmarks) {
   EXPECT_NEAR(responseDB(lowpass(5200, 0.6, rate), 0, rate), 0, 1e-9);
   EXPECT_NEAR(responseDB(lowpass(5200, 0.6, rate), 5200, rate), 20 * std::log10(0.6), 1e-9);
   EXPECT_NEAR(responseDB(highpass(7800, 0.7, rate), 24000, rate), 0, 1e-9);
@@ -54,13 +54,13 @@ TEST(LiteralFilters, HaveTheirGainsAtTheLandmarks) {
   EXPECT_NEAR(responseDB(peaking(1000, 9, 3, rate), 0, rate), 0, 1e-9);
 }
 
-TEST(LiteralFilters, RingAsAGeometricSeries) {
+TEST(ReferenceFilters, RingAsAGeometricSeries) {
   Biquad onePole{1, 0, 0, -0.5, 0};
   for (int n = 0; n < 60; n++)
     EXPECT_EQ(onePole.process(n == 0 ? 1.0f : 0.0f), std::ldexp(1.0f, -n)) << n;
 }
 
-TEST(LiteralMeasure, LevelsOfKnownBuffers) {
+TEST(ReferenceMeasure, LevelsOfKnownBuffers) {
   EXPECT_EQ(rmsDB({}), -std::numeric_limits<double>::infinity());
   EXPECT_NEAR(rmsDB(Samples(10)), -240, 1e-12);
   EXPECT_EQ(rmsDB({1, -1, 1, -1}), 0);
@@ -77,7 +77,7 @@ TEST(LiteralMeasure, LevelsOfKnownBuffers) {
   EXPECT_EQ(magnitudeAt({}, 0, rate), 0);
 }
 
-TEST(LiteralMeasure, NormalizeReachesItsTarget) {
+TEST(ReferenceMeasure, NormalizeReachesItsTarget) {
   EXPECT_EQ(normalizeRMS({}, -20), Samples());
   EXPECT_EQ(normalizeRMS({0, 0}, -20), Samples(2));
   EXPECT_EQ(normalizeRMS({0.5f, -0.5f}, 0), (Samples{1, -1}));
@@ -86,7 +86,7 @@ TEST(LiteralMeasure, NormalizeReachesItsTarget) {
 
 // Materials
 
-TEST(LiteralPink, FirstSamplesFollowFromTheGains) {
+TEST(ReferencePink, FirstSamplesFollowFromTheGains) {
   // Seed 0x8000000000000000: the first noise value is 1.015625, the second
   // 4 * 0x8002 / 0x10000 - 1 = 1.0001220703125. The impulse response starts with the sum of all
   // gains, then the gains times their poles and the delayed path.
@@ -101,7 +101,7 @@ TEST(LiteralPink, FirstSamplesFollowFromTheGains) {
   EXPECT_NEAR(rmsDB(x), -20, 1e-6);
 }
 
-TEST(LiteralDrums, StepsStartAtTheRunningSum) {
+TEST(ReferenceDrums, StepsStartAtTheRunningSum) {
   EXPECT_EQ(stepStarts(3.2), (std::vector<std::int64_t>{0, 14400, 28800, 43199, 57600, 72000, 86400,
                                                         100800, 115200, 129599, 143999}));
   EXPECT_EQ(stepStarts(0), std::vector<std::int64_t>());
@@ -110,7 +110,7 @@ TEST(LiteralDrums, StepsStartAtTheRunningSum) {
   EXPECT_EQ(stepStarts(0.31), (std::vector<std::int64_t>{0, 14400}));
 }
 
-TEST(LiteralDrums, TheKickIsItsFormula) {
+TEST(ReferenceDrums, TheKickIsItsFormula) {
   // At 4800 samples, a tenth of a second: 55 + 75 e^(-0.1 / 0.022) = 55.7959... Hz.
   const Samples x = drums(0.29, 5);
   const double atTenth = 0.9 * std::exp(-0.1 / 0.075) *
@@ -122,7 +122,7 @@ TEST(LiteralDrums, TheKickIsItsFormula) {
   EXPECT_EQ(x[13440], 0);
 }
 
-TEST(LiteralDrums, AHatsFirstSampleIsItsFirstDraw) {
+TEST(ReferenceDrums, AHatsFirstSampleIsItsFirstDraw) {
   // Seed 11, the draws 2641 and 5281, 1.988759224380829 and 1.494467967734725.
   const Samples x = drums(0.7, 11);
   EXPECT_EQ(x[14399], 0);
@@ -131,7 +131,7 @@ TEST(LiteralDrums, AHatsFirstSampleIsItsFirstDraw) {
               1.494467967734725 / 1.988759224380829, 1e-6);
 }
 
-TEST(LiteralPad, IsItsClosedFormOverAFewSamples) {
+TEST(ReferencePad, IsItsClosedFormOverAFewSamples) {
   const std::array<double, 12> expected{0,           -0.0094613495, -0.036087725, -0.077489551,
                                         -0.12066409, -0.14971396,   -0.15925991,  -0.15068484,
                                         -0.12762397, -0.093432376,  -0.05042132,  0};
@@ -141,7 +141,7 @@ TEST(LiteralPad, IsItsClosedFormOverAFewSamples) {
     EXPECT_NEAR(actual[i], expected[i], 1e-7) << i;
 }
 
-TEST(LiteralStereoise, EndsOfTheCorrelation) {
+TEST(ReferenceStereoise, EndsOfTheCorrelation) {
   const Samples mono = pink(0.1, 3);
   const Pair identical = stereoise(mono, 1, 3);
   EXPECT_EQ(identical.l, mono);
@@ -156,7 +156,7 @@ TEST(LiteralStereoise, EndsOfTheCorrelation) {
 
 // Trials
 
-TEST(LiteralTrial, HasTheValuesWorkedOutByHand) {
+TEST(ReferenceTrial, HasTheValuesWorkedOutByHand) {
   EXPECT_EQ(makeTrial(0, Material::pad, 0, Drill::frequency).targetFreq, 630);
   EXPECT_EQ(makeTrial(50, Material::pad, 0, Drill::frequency).boostDB, 7.5);
   EXPECT_EQ(makeTrial(50, Material::pad, 0, Drill::frequency).boostQ, 3.5);
@@ -169,7 +169,7 @@ TEST(LiteralTrial, HasTheValuesWorkedOutByHand) {
   EXPECT_EQ(makeTrial(-5, Material::pad, 17, Drill::polarity).correlation, 1);
 }
 
-TEST(LiteralGrade, HasTheTextsWorkedOutByHand) {
+TEST(ReferenceGrade, HasTheTextsWorkedOutByHand) {
   Trial trial = makeTrial(0, Material::pad, 0, Drill::frequency);
   trial.targetFreq = 1000;
   const Grade g = grade(1250, trial);
@@ -180,7 +180,7 @@ TEST(LiteralGrade, HasTheTextsWorkedOutByHand) {
   EXPECT_FALSE(grade(1600, trial).correct);
 }
 
-TEST(LiteralStaircase, WalksAsWorkedOutByHand) {
+TEST(ReferenceStaircase, WalksAsWorkedOutByHand) {
   Staircase s;
   std::vector<double> walk;
   for (const bool correct : {true, false, true, true, false, true, true, false, true, true}) {
@@ -193,7 +193,7 @@ TEST(LiteralStaircase, WalksAsWorkedOutByHand) {
 
 // Rendering
 
-TEST(LiteralCompressor, FollowsItsStaticCurve) {
+TEST(ReferenceCompressor, FollowsItsStaticCurve) {
   // A full-scale constant: 0.75 dB of reduction for each decibel of threshold below it.
   const Samples x(48000, 1);
   EXPECT_NEAR(compressorHitting(6, x).grDB, 0.75 * 7.998046875, 1e-9);
@@ -204,7 +204,7 @@ TEST(LiteralCompressor, FollowsItsStaticCurve) {
   EXPECT_EQ(compressorHitting(8, {}).grDB, 0);
 }
 
-TEST(LiteralRender, SlotsAreWhatTheDrillSays) {
+TEST(ReferenceRender, SlotsAreWhatTheDrillSays) {
   for (const Material material : {Material::pinkNoise, Material::drums, Material::pad}) {
     const auto level = render(makeTrial(0, material, 1, Drill::level), 0.1);
     ASSERT_EQ(level.size(), 2u);
@@ -223,4 +223,4 @@ TEST(LiteralRender, SlotsAreWhatTheDrillSays) {
 }
 
 } // namespace
-} // namespace literal
+} // namespace reference

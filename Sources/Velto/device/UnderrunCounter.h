@@ -30,7 +30,7 @@ struct CallbackCounts {
 //
 // The first distance of a stream is not judged: the output begins to play some time after its first
 // block has come.
-class CallbackPace {
+class UnderrunCounter {
 public:
   using Time = std::chrono::steady_clock::time_point;
 

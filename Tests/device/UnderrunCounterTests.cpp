@@ -1,4 +1,4 @@
-#include "CallbackPace.h"
+#include "UnderrunCounter.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
@@ -16,15 +16,15 @@ constexpr std::size_t latency = 1920; // 40 ms
 
 // A stream whose callbacks take no time, but for those that say so.
 struct Stream {
-  CallbackPace pace;
-  CallbackPace::Time now{};
+  UnderrunCounter underruns;
+  UnderrunCounter::Time now{};
 
-  Stream() { pace.begin(latency); }
+  Stream() { underruns.begin(latency); }
 
   void callback(std::chrono::microseconds since, std::size_t frames = 480,
                 std::chrono::microseconds duration = 0us) {
     const auto begin = now + since;
-    pace.note(begin, begin + duration, frames);
+    underruns.note(begin, begin + duration, frames);
     now = begin;
   }
 
@@ -40,69 +40,69 @@ CallbackCounts counts(std::uint64_t all, std::uint64_t late, std::uint64_t misse
 
 } // namespace
 
-TEST(CallbackPace, callbacksInTimeAreOnlyCounted) {
+TEST(UnderrunCounter, CallbacksInTimeAreOnlyCounted) {
   Stream stream;
   stream.settle();
   for (int i = 0; i < 100; ++i)
     stream.callback(10ms);
-  EXPECT_EQ(stream.pace.counts(), counts(102, 0, 0));
+  EXPECT_EQ(stream.underruns.counts(), counts(102, 0, 0));
 }
 
-TEST(CallbackPace, aThirtiethOfASecondIsLateAndMoreThanFortyMillisecondsAreMissed) {
+TEST(UnderrunCounter, AThirtiethOfASecondIsLateAndMoreThanFortyMillisecondsAreMissed) {
   Stream stream;
   stream.settle();
   stream.callback(30ms);
-  EXPECT_EQ(stream.pace.counts(), counts(3, 0, 0));
+  EXPECT_EQ(stream.underruns.counts(), counts(3, 0, 0));
   stream.callback(30ms + 1us);
-  EXPECT_EQ(stream.pace.counts(), counts(4, 1, 0));
+  EXPECT_EQ(stream.underruns.counts(), counts(4, 1, 0));
   stream.callback(40ms);
-  EXPECT_EQ(stream.pace.counts(), counts(5, 2, 0));
+  EXPECT_EQ(stream.underruns.counts(), counts(5, 2, 0));
   stream.callback(40ms + 1us);
-  EXPECT_EQ(stream.pace.counts(), counts(6, 3, 1));
+  EXPECT_EQ(stream.underruns.counts(), counts(6, 3, 1));
   stream.callback(10ms);
-  EXPECT_EQ(stream.pace.counts(), counts(7, 3, 1));
+  EXPECT_EQ(stream.underruns.counts(), counts(7, 3, 1));
 }
 
 // The frames are there only when the callback returns.
-TEST(CallbackPace, whatTheCallbackItselfTakesCountsToo) {
+TEST(UnderrunCounter, WhatTheCallbackItselfTakesCountsToo) {
   Stream stream;
   stream.settle();
   stream.callback(10ms, 480, 25ms);
-  EXPECT_EQ(stream.pace.counts(), counts(3, 1, 0));
+  EXPECT_EQ(stream.underruns.counts(), counts(3, 1, 0));
   stream.callback(25ms); // in time since the last one began
-  EXPECT_EQ(stream.pace.counts(), counts(4, 1, 0));
+  EXPECT_EQ(stream.underruns.counts(), counts(4, 1, 0));
   stream.callback(10ms, 480, 25ms);
   stream.callback(31ms); // late since then, though the last one ended 6 ms ago
-  EXPECT_EQ(stream.pace.counts(), counts(6, 3, 0));
+  EXPECT_EQ(stream.underruns.counts(), counts(6, 3, 0));
   stream.callback(10ms, 480, 31ms);
-  EXPECT_EQ(stream.pace.counts(), counts(7, 4, 1));
+  EXPECT_EQ(stream.underruns.counts(), counts(7, 4, 1));
 }
 
-TEST(CallbackPace, anOutputThatAsksForMoreHasALargerBuffer) {
+TEST(UnderrunCounter, AnOutputThatAsksForMoreHasALargerBuffer) {
   Stream stream;
   stream.settle();
   stream.callback(10ms, 9600); // 200 ms
   stream.callback(150ms);
-  EXPECT_EQ(stream.pace.counts(), counts(4, 0, 0));
+  EXPECT_EQ(stream.underruns.counts(), counts(4, 0, 0));
   stream.callback(151ms);
   stream.callback(201ms);
-  EXPECT_EQ(stream.pace.counts(), counts(6, 2, 1));
+  EXPECT_EQ(stream.underruns.counts(), counts(6, 2, 1));
 }
 
-TEST(CallbackPace, theBeginningOfAStreamIsNotJudged) {
+TEST(UnderrunCounter, TheBeginningOfAStreamIsNotJudged) {
   Stream stream;
   stream.callback(0us, 1440);
   stream.callback(50ms);
-  EXPECT_EQ(stream.pace.counts(), counts(2, 0, 0));
-  stream.pace.begin(latency);
+  EXPECT_EQ(stream.underruns.counts(), counts(2, 0, 0));
+  stream.underruns.begin(latency);
   stream.callback(5s, 1440);
   stream.callback(50ms);
-  EXPECT_EQ(stream.pace.counts(), counts(4, 0, 0));
+  EXPECT_EQ(stream.underruns.counts(), counts(4, 0, 0));
   stream.callback(50ms);
-  EXPECT_EQ(stream.pace.counts(), counts(5, 1, 1));
+  EXPECT_EQ(stream.underruns.counts(), counts(5, 1, 1));
 }
 
-RC_GTEST_PROP(CallbackPaceLaws, everyMissedOneIsLateAndEachDistanceCountsForItself, ()) {
+RC_GTEST_PROP(CallbackPaceLaws, EveryMissedOneIsLateAndEachDistanceCountsForItself, ()) {
   Stream stream;
   stream.settle();
   CallbackCounts expected = counts(2, 0, 0);
@@ -113,6 +113,6 @@ RC_GTEST_PROP(CallbackPaceLaws, everyMissedOneIsLateAndEachDistanceCountsForItse
     ++expected.all;
     expected.late += distance > 30'000 ? 1 : 0;
     expected.missed += distance > 40'000 ? 1 : 0;
-    RC_ASSERT(stream.pace.counts() == expected);
+    RC_ASSERT(stream.underruns.counts() == expected);
   }
 }

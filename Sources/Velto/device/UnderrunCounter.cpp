@@ -1,4 +1,4 @@
-#include "CallbackPace.h"
+#include "UnderrunCounter.h"
 
 #include "DSP.h"
 
@@ -15,12 +15,12 @@ void increment(std::atomic<std::uint64_t>& count) {
 
 } // namespace
 
-void CallbackPace::begin(std::size_t bufferFrames) {
+void UnderrunCounter::begin(std::size_t bufferFrames) {
   bufferFrames_ = bufferFrames;
   callbacks_ = 0;
 }
 
-void CallbackPace::note(Time begin, Time end, std::size_t frames) noexcept {
+void UnderrunCounter::note(Time begin, Time end, std::size_t frames) noexcept {
   bufferFrames_ = std::max<std::uint64_t>(bufferFrames_, frames);
   increment(all_);
   if (++callbacks_ > 2) {
@@ -34,7 +34,7 @@ void CallbackPace::note(Time begin, Time end, std::size_t frames) noexcept {
   lastBegin_ = begin;
 }
 
-CallbackCounts CallbackPace::counts() const {
+CallbackCounts UnderrunCounter::counts() const {
   // In this order a reader never sees more missed than late ones, or more late ones than all.
   CallbackCounts counts;
   counts.missed = missed_.load(std::memory_order_relaxed);

@@ -9,7 +9,7 @@ namespace velto {
 // A triple buffer between one writer and one reader. Neither side ever waits, allocates or fails,
 // and there is nothing that could overflow. `T` is a small value that is copied freely.
 template <typename T>
-class LatestValue {
+class TripleBuffer {
 public:
   // Writer only. Real-time safe.
   void publish(const T& value) {

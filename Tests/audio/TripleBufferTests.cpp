@@ -1,4 +1,4 @@
-#include "LatestValue.h"
+#include "TripleBuffer.h"
 
 #include <gtest/gtest.h>
 #include <thread>
@@ -6,13 +6,13 @@
 namespace velto {
 namespace {
 
-TEST(LatestValue, nothingIsFetchedBeforeTheFirstValue) {
-  LatestValue<int> value;
+TEST(TripleBuffer, NothingIsFetchedBeforeTheFirstValue) {
+  TripleBuffer<int> value;
   EXPECT_EQ(value.fetch(), nullptr);
 }
 
-TEST(LatestValue, aValueIsFetchedOnce) {
-  LatestValue<int> value;
+TEST(TripleBuffer, AValueIsFetchedOnce) {
+  TripleBuffer<int> value;
   value.publish(1);
   const int* fetched = value.fetch();
   ASSERT_NE(fetched, nullptr);
@@ -20,8 +20,8 @@ TEST(LatestValue, aValueIsFetchedOnce) {
   EXPECT_EQ(value.fetch(), nullptr);
 }
 
-TEST(LatestValue, theNewestOfManyWins) {
-  LatestValue<int> value;
+TEST(TripleBuffer, TheNewestOfManyWins) {
+  TripleBuffer<int> value;
   for (int i = 0; i < 1000; ++i)
     value.publish(i);
   const int* fetched = value.fetch();
@@ -29,8 +29,8 @@ TEST(LatestValue, theNewestOfManyWins) {
   EXPECT_EQ(*fetched, 999);
 }
 
-TEST(LatestValue, whatWasFetchedStaysWhileNewerValuesCome) {
-  LatestValue<int> value;
+TEST(TripleBuffer, WhatWasFetchedStaysWhileNewerValuesCome) {
+  TripleBuffer<int> value;
   value.publish(1);
   const int* fetched = value.fetch();
   for (int i = 2; i < 10; ++i)
@@ -40,12 +40,12 @@ TEST(LatestValue, whatWasFetchedStaysWhileNewerValuesCome) {
 }
 
 // A value is never seen half written, never goes back, and the last one always arrives.
-TEST(LatestValue, aReaderOnAnotherThreadSeesWholeValuesInOrder) {
+TEST(TripleBuffer, AReaderOnAnotherThreadSeesWholeValuesInOrder) {
   struct Twins {
     int a = 0, b = 0;
   };
   constexpr int last = 200000;
-  LatestValue<Twins> value;
+  TripleBuffer<Twins> value;
   std::thread writer([&value] {
     for (int i = 1; i <= last; ++i)
       value.publish({i, -i});

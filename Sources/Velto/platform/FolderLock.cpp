@@ -1,0 +1,42 @@
+#include "FolderLock.h"
+
+#include "Descriptors.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
+namespace velto {
+
+FolderLock::FolderLock(const std::filesystem::path& file, Use use) {
+  using namespace std::chrono_literals;
+  const std::filesystem::path folder =
+      file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
+  folder_ = Descriptors::open(folder, O_RDONLY | O_DIRECTORY);
+  if (folder_ < 0)
+    return;
+  const int kind = (use == Use::reading ? LOCK_SH : LOCK_EX) | LOCK_NB;
+  const auto deadline = std::chrono::steady_clock::now() + 250ms;
+  while (::flock(folder_, kind) != 0) {
+    // Where the file system has no such locks there are no turns.
+    if (errno != EWOULDBLOCK && errno != EINTR)
+      return;
+    if (std::chrono::steady_clock::now() >= deadline) {
+      refused_ = true;
+      return;
+    }
+    std::this_thread::sleep_for(1ms);
+  }
+}
+
+// Closing gives the turn up.
+FolderLock::~FolderLock() {
+  if (folder_ >= 0)
+    ::close(folder_);
+}
+
+} // namespace velto

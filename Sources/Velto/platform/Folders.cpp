@@ -1,0 +1,45 @@
+#include "Folders.h"
+
+#include <system_error>
+
+namespace velto {
+
+namespace fs = std::filesystem;
+
+fs::path Folders::temporary() {
+  std::error_code error;
+  auto directory = fs::temp_directory_path(error);
+  return error ? "/tmp" : directory;
+}
+
+fs::path Folders::absolute(const fs::path& path) {
+  std::error_code error;
+  auto absolute = fs::absolute(path, error);
+  return error ? path : absolute;
+}
+
+bool Folders::exists(const fs::path& path) {
+  std::error_code error;
+  return fs::exists(path, error);
+}
+
+void Folders::create(const fs::path& folder) {
+  std::error_code ignored;
+  fs::create_directories(folder, ignored);
+}
+
+void Folders::moveFile(const fs::path& from, const fs::path& to) {
+  std::error_code error;
+  fs::rename(from, to, error);
+  if (error != std::errc::cross_device_link)
+    return;
+  if (fs::copy_file(from, to, error))
+    fs::remove(from, error);
+}
+
+void Folders::remove(const fs::path& path) {
+  std::error_code ignored;
+  fs::remove_all(path, ignored);
+}
+
+} // namespace velto
