@@ -25,13 +25,13 @@ Trial boostedNoise() {
           .boostQ = 2};
 }
 
-// What the left channel of the mixer puts out in 1.2 s from now: longer than the start delay and
+// The left channel of the mixer's output during the next 1.2 s, which outlast the start delay and
 // the fade-in.
 Samples captureLeft(Engine& engine) {
   constexpr std::chrono::milliseconds duration{1200};
   constexpr std::size_t bufferFrames = 4096;
   std::mutex mutex;
-  Samples captured; // under mutex while the tap is installed
+  Samples captured; // guarded by mutex while the tap is installed
   const auto end = std::chrono::steady_clock::now() + duration;
   engine.installTap(bufferFrames, [&mutex, &captured](const TapBuffer& buffer) {
     const auto left = buffer.channels.front();

@@ -1,13 +1,13 @@
-// The verdict of the audio self-test.
+// Verdict of the audio self-test.
 #pragma once
 
 #include <span>
 
 namespace velto::SelfTest {
 
-// Whether the captured left channel is the self-test's trial: enough of it, its RMS level between
-// -32 and -12 dB (the material's -20 dB, with room for the fade-in, the mixer and the boost), and
-// nothing at or above full scale. Prints the level and the verdict. Main thread only.
+// Prints level and verdict. True if the captured left channel is the self-test's trial: more than
+// 20000 frames, an RMS level between -32 and -12 dB (the material's -20 dB, with margin for
+// fade-in, mixer and boost), and a peak below full scale. Main thread only.
 [[nodiscard]] bool judge(std::span<const float> captured);
 
 } // namespace velto::SelfTest
