@@ -1,4 +1,4 @@
-// Reads the command line and runs what it asks for.
+// Parses the command line and runs the window or a mode.
 
 #include "AppDelegate.h"
 #include "Bench.h"
@@ -26,7 +26,7 @@ namespace {
 
 using namespace velto;
 
-// Qt aborts with a page of advice when there is no display to connect to.
+// If there is no display, Qt aborts with a page of advice.
 void reportMessages(QtMsgType type, const QMessageLogContext&, const QString& text) {
   if (type == QtFatalMsg) {
     std::fputs("Velto: there is no display to open a window on\n", stderr);
@@ -36,7 +36,7 @@ void reportMessages(QtMsgType type, const QMessageLogContext&, const QString& te
     std::fprintf(stderr, "Velto: %s\n", text.toUtf8().constData());
 }
 
-// Qt tells the icon under X; under Wayland the desktop finds it by the desktop file's name.
+// Qt passes the icon on under X11; under Wayland the desktop finds it by the desktop file's name.
 QIcon windowIcon() {
   QIcon icon;
   for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
@@ -67,16 +67,15 @@ bool runBrandCheck(int argc, char** argv) {
   return BrandCheck::run();
 }
 
-// A mode whose lines could not be written has told nobody what it found.
+// A mode whose output was lost has failed.
 int statusOf(bool passed) {
   return passed && Report::isComplete() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 } // namespace
 
-// The first switch of this list that is given decides, wherever it stands: who asks for help gets
-// it and nothing else happens. Modes without a window need no display, and all but the brand check
-// make no application.
+// The first of these switches on the command line decides, in any position. Modes without a window
+// need no display, and only the brand check creates an application.
 int main(int argc, char** argv) {
   StandardStreams::prepare();
   const Arguments arguments(std::vector<std::string>(argv, argv + argc));
