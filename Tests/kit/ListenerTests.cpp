@@ -15,7 +15,7 @@ using Listener::Part;
 
 constexpr std::size_t loopFrames = 153600;
 
-// `frames` frames of a loop, from where a recording that began with the loop is at `begin`.
+// `frames` frames of a loop from frame `begin` of a recording that started with the loop.
 Part part(const Slot& slot, std::size_t number, std::size_t begin, std::size_t frames) {
   Part part{.slot = number, .begin = begin, .sound = {}};
   for (std::size_t i = 0; i < frames; ++i) {
@@ -87,7 +87,7 @@ TEST(Listener, HearsTheRangeOfAGainCurveApartFromItsMakeUp) {
   const Recording a = part(noiseSlot(loopFrames, 1), 0, 0, 48000).sound;
   Recording b = a;
   for (std::size_t i = 0; i < b.frames(); ++i) {
-    // From 0 down by 7.3 dB and back, then 2 dB of make-up.
+    // 0 dB, down to -7.3 dB and back, with 2 dB of make-up gain.
     const double ramp = 1 - std::abs(static_cast<double>(i) / 24000 - 1);
     const double gain = std::pow(10, (2 - 7.3 * ramp) / 20);
     b.l[i] = static_cast<float>(static_cast<double>(b.l[i]) * gain);
@@ -100,7 +100,7 @@ TEST(Listener, NamesTheFlippedSlotFromPartsThatOverlapInPairs) {
   const Slot plain = noiseSlot(loopFrames, 1), odd = inverted(plain);
   for (std::size_t flipped = 0; flipped < 3; ++flipped) {
     const auto slot = [&](std::size_t number) { return number == flipped ? odd : plain; };
-    // 1 and 3, then 2 and 1 again share a place of the loop; 2 and 3 never do.
+    // Slots 1 and 3, and 2 and 1, share a place of the loop; 2 and 3 never do.
     const std::vector<Part> parts{part(slot(0), 0, 0, 60000), part(slot(1), 1, 80000, 40000),
                                   part(slot(2), 2, 150000, 30000), part(slot(0), 0, 230000, 40000)};
     EXPECT_EQ(Listener::flippedSlot(parts, loopFrames), flipped);
