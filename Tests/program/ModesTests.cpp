@@ -1,4 +1,4 @@
-// The program's modes without a window, run as its users run them.
+// The program's modes without a window, run as a user would run them.
 #include "kit/CapturedOutput.h"
 #include "kit/ChildProcess.h"
 
@@ -26,7 +26,7 @@ const std::string noDisplay = "Velto: there is no display to open a window on\n"
 const std::string refusal = "refusing to seed demo data without VELTO_PROFILE_DIR set\n";
 const std::string seeded = "seeded 160 demo attempts\n";
 
-// Neither a display, nor a sound server, nor a sound card, nor a home.
+// No display, no sound server, no sound card and no home.
 std::map<std::string, std::string> nothingAround() {
   return {{"ALSA_CONFIG_PATH", "/dev/null"},
           {"JACK_NO_START_SERVER", "1"},
@@ -52,7 +52,7 @@ int count(const std::string& text, const std::string& part) {
   return found;
 }
 
-// A mode, and how its standard output begins where nothing is around it.
+// A mode, and the start of its standard output without display, sound and home.
 struct Mode {
   Words switches;
   std::string begin;
@@ -97,7 +97,7 @@ TEST(Modes, TheSelfTestFailsWithItsOwnLineWhereNoEngineStarts) {
 }
 
 TEST(Modes, WithoutFontsMakeNoApplication) {
-  // No application can be made with that.
+  // A QGuiApplication aborts on this platform name.
   for (const Mode& mode : {help, version, probe, bench, selfTest})
     EXPECT_EQ(run(mode.switches, {.environment = {{"QT_QPA_PLATFORM", "none such"}}}).status,
               mode.status);
@@ -116,7 +116,7 @@ TEST(Modes, PrintTheSameInALocaleWithADecimalComma) {
   EXPECT_EQ(count(timed.out, ","), 1) << timed.out;
 }
 
-// Whoever asked learns that the answer did not arrive.
+// Lost output must not go unnoticed.
 TEST(Modes, FailWithOneLineWhereTheirOutputGoesNowhere) {
   for (const Stream stream : {Stream::readerGone, Stream::fullDisk, Stream::closed})
     for (const Mode& mode : {help, version, probe, bench, brandCheck}) {
@@ -143,7 +143,7 @@ TEST(Modes, WaitForAReaderWhosePipeIsFull) {
   EXPECT_EQ(result.out, run({"--probe"}).out);
 }
 
-// A file that took the place of a closed stream would get the report's lines.
+// A file opened on the descriptor of a closed stream would receive the report's lines.
 TEST(Modes, WriteNoLineIntoAFileOfTheirOwn) {
   const ScratchFolder folder;
   const ChildResult result =
@@ -166,7 +166,7 @@ TEST(Modes, LeaveNothingInTheTemporaryDirectory) {
       (void)run(mode.switches,
                 {.environment = {{"TMPDIR", temporary.string()},
                                  {"VELTO_PROFILE_DIR", record.string()},
-                                 {"XDG_RUNTIME_DIR", folder.path().string()}, // else Qt makes one
+                                 {"XDG_RUNTIME_DIR", folder.path().string()}, // or Qt creates one
                                  {"HOME", folder.path().string()}},
                  .out = stream,
                  .folder = folder.path().string()});
@@ -204,7 +204,7 @@ TEST(SeedDemo, FillsTheFolderThatIsNamed) {
 
 // ---- Which switch decides ----
 
-// The modes that end at once, in the order in which they decide.
+// The modes that end at once, in order of precedence.
 const std::vector<Mode> deciding{
     help, version, probe, brandCheck, bench, selfTest, {{"--seed-demo"}, "", 0}};
 
@@ -253,7 +253,7 @@ TEST(Dispatch, AnythingElseStartsTheWindowAndSaysThatThereIsNoDisplay) {
 
 // ---- With a sound server ----
 
-// As on the desk that the test runs on.
+// With the environment of the surrounding desk.
 ChildResult runOnDesk(const Words& switches) {
   ChildOptions options;
   for (const char* name : {"PULSE_SERVER", "XDG_RUNTIME_DIR", "HOME", "TMPDIR"})

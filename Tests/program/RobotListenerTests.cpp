@@ -1,5 +1,5 @@
-// Somebody practises on the real program and goes by ear: run on a private desk. VELTO_PROGRAM
-// names the program, VELTO_ROBOT_TRIALS the number of trials a drill.
+// A robot practises with the program and answers by ear. Run on a private desk. VELTO_PROGRAM names
+// the program; the variable VELTO_ROBOT_TRIALS sets the number of trials per drill.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
 #include "kit/Listener.h"
@@ -26,10 +26,10 @@ namespace velto::kit {
 namespace {
 
 constexpr std::size_t loopFrames = 153600; // a trial lasts 3.2 s
-// From a key press to a slot that is heard alone: the way to the sink, and a crossfade of 150 ms.
+// From a key press until a slot is heard alone: latency to the sink, and a crossfade of 150 ms.
 constexpr std::size_t settleFrames = 28800;
 
-// From "n" to the next trial's first slot, heard alone.
+// From the key n until the next trial's first slot is heard alone.
 constexpr std::size_t nextTrialFrames = 48000;
 
 // The answer area of a window 1180 points wide.
@@ -45,7 +45,7 @@ int pixelAt(double share) {
   return stripLeft + std::min(static_cast<int>(std::lround(share * stripWidth)), stripWidth - 1);
 }
 
-// One listener at the program, practising one drill.
+// A listener that practises one drill with the program.
 class Robot {
 public:
   explicit Robot(const std::string& drill)
@@ -58,8 +58,8 @@ public:
     waitForSound();
   }
 
-  // Starts the next trial, as a listener who does not want the current one does, or has answered
-  // it. What plays may have rests of its own: only its end and a pause later is it the new one.
+  // Starts the next trial, whether or not the current one was answered. Throws if no pause of 50 ms
+  // ends within `nextTrialFrames`.
   void nextTrial() {
     recorder_ = std::make_unique<Recorder>();
     desktop_.press(Keys::n);
@@ -71,14 +71,14 @@ public:
       throw std::runtime_error("the next trial does not come");
   }
 
-  // Switches to a slot and lets the crossfade pass.
+  // Switches to a slot and waits for the crossfade.
   void switchTo(std::size_t slot) {
     desktop_.press(Keys::one + static_cast<std::uint32_t>(slot));
     slot_ = slot;
     settled_ = recorder_->frames() + settleFrames;
   }
 
-  // Listens to the slot until `frame` of the recording.
+  // Records the slot until `frame` of the recording.
   [[nodiscard]] Listener::Part listenUntil(std::size_t frame) {
     const std::size_t now = recorder_->frames();
     if (frame > now)
@@ -121,10 +121,10 @@ private:
   ProgramRunner program_;
   WindowId window_ = 0;
   std::size_t slot_ = 0;
-  std::size_t settled_ = 0; // the frame from which the slot is heard alone
+  std::size_t settled_ = 0; // first frame in which the slot is heard alone
 };
 
-// A and B at the same place of the loop, `frames` frames of each; the whole loop in two pieces.
+// `frames` frames of A and of B at the same place of the loop. The whole loop comes in two pieces.
 std::pair<Recording, Recording> hearBoth(Robot& robot, std::size_t frames) {
   const Listener::Part a = robot.listenFor(frames);
   robot.switchTo(1);
@@ -133,7 +133,7 @@ std::pair<Recording, Recording> hearBoth(Robot& robot, std::size_t frames) {
   return Listener::samePlace(a, robot.listenUntil(a.begin + loopFrames + frames), loopFrames);
 }
 
-// The staircase of a beginner after these answers.
+// A beginner's staircase after the answers so far.
 struct Beginner {
   ReadStaircase state{.difficulty = 20};
 
@@ -155,15 +155,15 @@ struct Beginner {
   }
 };
 
-// One practice session and what must hold after each of its answers.
+// A practice session, checked after each answer.
 class Practice {
 public:
   explicit Practice(std::string drill) : drill_(std::move(drill)), robot_(drill_) {}
 
   Robot& robot() { return robot_; }
 
-  // Submits what was pointed at. The profile holds one attempt more, made at the staircase's
-  // difficulty, and the staircase has moved by its rule.
+  // Submits the current answer. Checks that the profile has one more attempt, made at the
+  // staircase's difficulty, and that the staircase has moved by its rule.
   ReadAttempt submit() {
     const double difficulty = beginner_.state.difficulty;
     const ReadProfile profile = robot_.submit(++attempts_);
@@ -195,7 +195,7 @@ void report(const std::string& drill, std::vector<double> misses) {
             << Numbers::fixed(worst, 4) << " dB\n";
 }
 
-// The truth lies `error` above or below the answer, on the grid that targets are rounded to.
+// The target lies `error` above or below the answer, on the grid to which targets are rounded.
 double truthNearest(double heard, double answer, double error, double grid) {
   double best = 1e9;
   for (const double candidate : {answer - error, answer + error})
@@ -274,7 +274,7 @@ TEST(RobotListener, HearsTheGainReduction) {
 TEST(RobotListener, HearsTheFlippedSlot) {
   Practice practice("polarity");
   Robot& robot = practice.robot();
-  // 1, 2, 3, 1 at such lengths that 3 and 2 each share a place of the loop with 1.
+  // Slots 1, 2, 3, 1, each long enough that 3 and 2 share a place of the loop with 1.
   constexpr std::size_t dwell = 67200;
   for (std::size_t trial = 0; trial < trialsPerDrill(3); ++trial) {
     if (trial > 0)
