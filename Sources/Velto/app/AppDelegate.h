@@ -55,7 +55,7 @@ private:
   void resume();
   void installSoundTimer();
   void scheduleShot(const QString& path);
-  // The end of the scripted run. On failure, false or a non-zero exit status.
+  // The steps of the scripted run. On failure, false or a non-zero exit status.
   [[nodiscard]] bool submitScripted(double answer);
   [[nodiscard]] int shoot(const QString& path);
 

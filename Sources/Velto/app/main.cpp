@@ -26,7 +26,7 @@ namespace {
 
 using namespace velto;
 
-// If there is no display, Qt aborts with a page of advice.
+// Without a display, Qt aborts with a page of advice: exit with one line instead.
 void reportMessages(QtMsgType type, const QMessageLogContext&, const QString& text) {
   if (type == QtFatalMsg) {
     std::fputs("Velto: there is no display to open a window on\n", stderr);
@@ -74,8 +74,8 @@ int statusOf(bool passed) {
 
 } // namespace
 
-// The first of these switches on the command line decides, in any position. Modes without a window
-// need no display, and only the brand check creates an application.
+// The first switch below that was given decides, wherever it stands on the command line. Modes
+// without a window need no display, and only the brand check creates an application.
 int main(int argc, char** argv) {
   StandardStreams::prepare();
   const Arguments arguments(std::vector<std::string>(argv, argv + argc));

@@ -44,8 +44,8 @@ struct Biquad {
   // Unity gain at `f0`, -3 dB at two frequencies f0 / q apart (closer together near half the sample
   // rate).
   [[nodiscard]] static Biquad bandpass(double f0, double q, double sampleRate);
-  // A gain of `gainDB` dB at `f0`, unity far from it, half of `gainDB` at two frequencies about f0
-  // / q apart. 0 dB gives a flat response.
+  // A gain of `gainDB` dB at `f0`, unity far from it, half of `gainDB` at two frequencies that lie
+  // about f0 / q apart. 0 dB gives a flat response.
   [[nodiscard]] static Biquad peaking(double f0, double gainDB, double q, double sampleRate);
 
   // Filters one sample.

@@ -20,8 +20,8 @@ public:
     polarity   // which of three slots has its right channel flipped
   };
 
-  constexpr Drill(Case value) : value_(value) {}     // NOLINT: a case is a drill
-  constexpr operator Case() const { return value_; } // NOLINT: and so that it can be switched over
+  constexpr Drill(Case value) : value_(value) {}     // NOLINT: implicit, a case is a drill
+  constexpr operator Case() const { return value_; } // NOLINT: implicit, for switch
 
   // nullopt if `rawValue` names no drill.
   [[nodiscard]] static std::optional<Drill> fromRawValue(std::string_view rawValue);
@@ -44,8 +44,8 @@ class Material {
 public:
   enum Case : std::uint8_t { pinkNoise, drums, pad };
 
-  constexpr Material(Case value) : value_(value) {}  // NOLINT: a case is a material
-  constexpr operator Case() const { return value_; } // NOLINT: and so that it can be switched over
+  constexpr Material(Case value) : value_(value) {}  // NOLINT: implicit, a case is a material
+  constexpr operator Case() const { return value_; } // NOLINT: implicit, for switch
 
   // nullopt if `rawValue` names no material.
   [[nodiscard]] static std::optional<Material> fromRawValue(std::string_view rawValue);

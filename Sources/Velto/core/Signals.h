@@ -83,11 +83,11 @@ namespace Signals {
 // ends.
 [[nodiscard]] Samples pad(double seconds, std::uint64_t seed);
 
-// A stereo pair (left, right) from `mono`: left is `mono`, right is `correlation` parts of it and 1
-// - `correlation` parts of noise low-passed at 6 kHz, at the level of `mono`. `correlation` is 0 to
-// 1; at 1 both channels are equal but for rounding. Drums and pad then measure a correlation of c /
-// sqrt(c^2 + (1 - c)^2); pink noise as drawn measures more, because it shares its mean with the
-// noise.
+// A stereo pair (left, right) from `mono`: left is `mono`, right is a mix of c parts of `mono` and
+// (1 - c) parts of noise low-passed at 6 kHz, at the level of `mono`. c is `correlation`, from 0 to
+// 1; with c = 1 both channels are equal but for rounding. Drums and pad then measure a correlation
+// of c / sqrt(c^2 + (1 - c)^2); pink noise as drawn measures more, because it shares its mean with
+// the noise.
 [[nodiscard]] std::pair<Samples, Samples> stereoise(std::span<const float> mono, double correlation,
                                                     std::uint64_t seed,
                                                     Noise noise = Noise::asDrawn);

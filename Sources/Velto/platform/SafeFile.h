@@ -4,8 +4,8 @@
 //   1. writes the new bytes to a partial backup and renames it: a backup is always complete,
 //   2. overwrites the file itself,
 //   3. removes the backup.
-// At any time the file or its backup is complete. A backup left by an interrupted save is removed
-// by the next successful one.
+// At any time the file or its backup is complete, unless the folder takes no new files. A backup
+// left by an interrupted save is removed by the next successful one.
 //
 // There is no fsync: this protects against a crash, a full disk and write errors, not against a
 // loss of power.

@@ -10,7 +10,7 @@ namespace velto {
 
 namespace {
 
-// Whether to retry. Waits for the reader of a non-blocking output.
+// Whether to retry. Waits until a non-blocking output takes more.
 bool canRetry(int error) {
   if (error == EINTR)
     return true;

@@ -1,4 +1,4 @@
-// The JSON form of stored types: their keys, and the order of these.
+// The JSON form of stored types: their keys, in order.
 //
 // Encoding is compact. Decoding is strict: a missing key, a value of the wrong type, an unknown
 // drill or material, and malformed JSON give nullopt. Unknown keys are skipped; numbers are not
