@@ -2,6 +2,7 @@
 // as many samples.
 
 #include "AudioEngine.h"
+#include "Mixer.h"
 #include "ReferenceTrial.h"
 
 #include <benchmark/benchmark.h>
@@ -68,7 +69,7 @@ void crossfading(benchmark::State& state) {
   std::int64_t block = 0;
   for (auto _ : state) {
     if (block++ % 10 == 0)
-      playing.engine().crossfadeTo(block / 10 % 2);
+      playing.engine().switchTo(block / 10 % 2);
     playing.callback();
   }
 }

@@ -1,4 +1,5 @@
 #include "Player.h"
+#include "TestPlayer.h"
 #include "kit/Alignment.h"
 #include "kit/FakeOutput.h"
 #include "kit/Footprint.h"
@@ -103,7 +104,7 @@ struct Played {
 
   Played() {
     FakeOutput output;
-    Player player(output.factory());
+    TestPlayer player(output.factory());
     player.load(slots, 0);
     for (const std::int64_t next : {2, 1, -1}) {
       recording.append(output.pull(30000, 441));

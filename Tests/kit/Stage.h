@@ -11,6 +11,7 @@
 #include "PracticeModel.h"
 #include "ProgressModel.h"
 #include "Session.h"
+#include "TestPlayer.h"
 #include "Theme.h"
 
 #include <QImage>
@@ -32,7 +33,7 @@ public:
   static constexpr double launchTime = 1'700'000'000;
 
   explicit Stage(Drill drill = Drill::frequency, bool dark = true, QSize size = {1180, 386})
-      : session(drill, work_.queues(), std::make_unique<Player>(output_.factory()), launchTime),
+      : session(drill, work_.queues(), std::make_unique<TestPlayer>(output_.factory()), launchTime),
         model(session), progress(session) {
     view.engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
     view.setResizeMode(QQuickView::SizeRootObjectToView);
@@ -52,6 +53,11 @@ public:
 
   // Delivers all pending renders.
   void settle() { work_.settle(); }
+
+  // The record to write to. Whoever has a session only reads it.
+  [[nodiscard]] Profile& record() {
+    return const_cast<Profile&>(session.profile()); // NOLINT(*-const-cast): see above
+  }
 
   // Renders, answers and submits.
   void grade(bool hit) {

@@ -5,6 +5,7 @@
 #include "kit/Alignment.h"
 #include "kit/Listener.h"
 #include "kit/Recorder.h"
+#include "kit/TestPlayer.h"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +30,7 @@ Listener::Part listen(Recorder& recorder, std::size_t slot, std::size_t begin) {
 std::pair<Recording, Recording> hearBoth(const Trial& trial) {
   const std::vector<Slot> slots = Drills::render(trial, seconds);
   Recorder recorder;
-  Player player;
+  kit::TestPlayer player;
   player.load(slots, 0);
   if (!player.isPlaying())
     throw std::runtime_error("the player does not play");

@@ -271,7 +271,7 @@ TEST(WithoutColour, WeakAndStrongBandsDifferInHeight) {
   const auto answer = [&](double target, double octaves) {
     const Trial trial{.drill = Drill::frequency, .difficulty = 40, .targetFreq = target};
     for (int i = 0; i < 3; ++i)
-      stage.session.profile().record(trial, Drills::grade(target * std::exp2(octaves), trial));
+      stage.record().record(trial, Drills::grade(target * std::exp2(octaves), trial));
   };
   answer(100, 0);
   answer(1000, 0.6);

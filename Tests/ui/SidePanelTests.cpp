@@ -17,7 +17,7 @@ namespace {
 void answer(Stage& stage, double targetFreq, double octavesOff, int times) {
   for (int i = 0; i < times; ++i) {
     const Trial trial{.drill = Drill::frequency, .difficulty = 40, .targetFreq = targetFreq};
-    stage.session.profile().record(trial, Drills::grade(targetFreq * std::exp2(octavesOff), trial));
+    stage.record().record(trial, Drills::grade(targetFreq * std::exp2(octavesOff), trial));
   }
   stage.session.setAnswer(1000); // lets the views look again
 }

@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "AudioEngine.h"
 #include "Theme.h"
 #include "desktop/CapsLock.h"
 #include "desktop/Fonts.h"
@@ -46,7 +47,7 @@ WorkQueues qtWorkQueues() {
 AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
     : options_(std::move(options)),
       session_(options_.drill, qtWorkQueues(),
-               std::make_unique<Player>(std::move(makeDevice), Engine::defaultCloseDelay,
+               std::make_unique<Player>(std::make_unique<Engine>(std::move(makeDevice)),
                                         Player::Opening::inBackground),
                secondsSince1970(),
                options_.fair ? Session::Trials::fair : Session::Trials::standard),
@@ -158,10 +159,7 @@ void AppDelegate::followExposure() {
 }
 
 void AppDelegate::suspend() {
-  if (session_.suspended())
-    return;
-  session_.setSuspended(true);
-  session_.player().stop();
+  session_.suspend();
   soundTimer_.stop();
 }
 
@@ -259,7 +257,7 @@ int AppDelegate::shoot(const QString& path) {
     file.write(png);
   file.close();
   std::fprintf(stderr, "wrote %s\n", path.toUtf8().constData());
-  session_.player().stop();
+  session_.stopPlayback();
   return EXIT_SUCCESS;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "LaunchOptions.h"
+#include "OutputDevice.h"
 #include "PracticeModel.h"
 #include "ProgressModel.h"
 #include "Session.h"

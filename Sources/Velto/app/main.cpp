@@ -1,6 +1,7 @@
 // Parses the command line and runs the window or a mode.
 
 #include "AppDelegate.h"
+#include "AudioEngine.h"
 #include "Bench.h"
 #include "BrandCheck.h"
 #include "DemoData.h"
@@ -98,7 +99,7 @@ int main(int argc, char** argv) {
     return statusOf(true);
   }
   if (arguments.has("--audio-selftest"))
-    return statusOf(Player::selfTest());
+    return statusOf(Player::selfTest(std::make_unique<Engine>(), Report::line));
   if (arguments.has("--seed-demo")) {
     DemoData::seed();
     return EXIT_SUCCESS;

@@ -2,25 +2,19 @@
 #pragma once
 
 #include "FrameRing.h"
+#include "PlaybackEngine.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <span>
 #include <stop_token>
 #include <thread>
 #include <vector>
 
 namespace velto {
-
-// What the mixer puts out.
-struct BusFormat {
-  double sampleRateHz = 0;
-  std::size_t channelCount = 0;
-
-  bool operator==(const BusFormat&) const = default;
-};
 
 // A stretch of the output, valid while the block that got it runs.
 struct TapBuffer {
@@ -48,14 +42,14 @@ public:
   void stop();
 
   // For the audio thread to write to.
-  [[nodiscard]] FrameRing& ring() { return ring_; }
+  [[nodiscard]] const std::shared_ptr<FrameRing>& ring() const { return ring_; }
 
 private:
   void deliver(const std::stop_token& ending);
 
   const BusFormat format_;
   const Block block_;
-  FrameRing ring_;
+  const std::shared_ptr<FrameRing> ring_;
 
   // Delivering thread only.
   std::vector<float> left_, right_;

@@ -70,14 +70,13 @@ public:
   void setMaterial(Material material);
   void setAnswer(double answer);
 
-  [[nodiscard]] Profile& profile() { return profile_; }
-  [[nodiscard]] Player& player() { return *player_; }
+  [[nodiscard]] const Profile& profile() const { return profile_; }
+  [[nodiscard]] const Player& player() const { return *player_; }
   [[nodiscard]] std::uint64_t counter() const {
     return counter_;
   } // the latest trial's seed is made of it
   [[nodiscard]] const std::vector<Slot>& slots() const { return slots_; }
   [[nodiscard]] bool suspended() const { return suspended_; }
-  void setSuspended(bool suspended) { suspended_ = suspended; }
 
   // Discards the trial and starts a new one. The player goes on with the old audio until the new
   // one is rendered.
@@ -90,12 +89,17 @@ public:
   [[nodiscard]] bool canSubmit() const;
   // Grades the pending answer and records it; nothing unless canSubmit().
   void submit();
+  // Stops playback until resume(); a trial that is rendered meanwhile stays silent. A no-op while
+  // suspended.
+  void suspend();
   // Ends a suspension and plays the slots again from the current one.
   void resume();
-  // Looks after the sound: loads the slots again, from the current one, when the output has been
-  // opened or should be tried again, and reports an outage once. Nothing while suspended. For a
-  // player that opens its output in the background; called at least every second, and by the
-  // session itself when an opening has ended.
+  // Stops playback for good.
+  void stopPlayback() { player_->stop(); }
+  // Keeps the sound alive: loads the slots again, from the current one, when the output has been
+  // opened or should be tried again, and reports an outage once. A no-op while suspended. For a
+  // player that opens its output in the background: call it at least every second; the session
+  // itself does when an opening has ended.
   void followSound(SoundRecovery::Time now);
 
 private:
