@@ -54,7 +54,7 @@ public:
   // Delivers all pending renders.
   void settle() { work_.settle(); }
 
-  // The record to write to. Whoever has a session only reads it.
+  // Write access to the record; the session itself gives read access only.
   [[nodiscard]] Profile& record() {
     return const_cast<Profile&>(session.profile()); // NOLINT(*-const-cast): see above
   }
