@@ -123,9 +123,16 @@ coveragePackages=(
 
 matrixPackages=(
   clang
+  clang-19
   g++-aarch64-linux-gnu
   g++-mingw-w64-x86-64-posix
+  libc++-19-dev-wasm32
+  libc++abi-19-dev-wasm32
+  libclang-rt-19-dev-wasm32
+  lld-19
+  nodejs
   qemu-user
+  wasi-libc
   wine64
 )
 
