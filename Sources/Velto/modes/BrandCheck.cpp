@@ -1,5 +1,6 @@
 #include "BrandCheck.h"
 
+#include "Environment.h"
 #include "Numbers.h"
 #include "Report.h"
 #include "desktop/Fonts.h"
@@ -24,9 +25,13 @@ namespace {
 constexpr int pointSize = 22;
 const QString wordmark = QStringLiteral("MORLA Velto");
 
+// Empty where no home is known.
 QString masterFile() {
-  return QDir::home().filePath(
-      QStringLiteral("Projects/morla/company/morla-brand/type/MORLADisplay-Regular.otf"));
+  const auto home = Environment::ofProcess().home();
+  if (!home)
+    return {};
+  return QDir(QString::fromStdString(home->string()))
+      .filePath(QStringLiteral("Projects/morla/company/morla-brand/type/MORLADisplay-Regular.otf"));
 }
 
 std::optional<QByteArray> digestOf(const QString& path) {

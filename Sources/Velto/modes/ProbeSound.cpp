@@ -216,8 +216,8 @@ void ProbeGates::dynamics() {
                fixed(reached, 2) + " dB GR");
 
   const SlotPair compressed = compressedPair(targetGRdB);
-  const double difference = compressed.levelDB();
-  Probe::check("compressed version is loudness-matched", std::abs(difference) < 0.1,
+  const double difference = std::abs(compressed.levelDB());
+  Probe::check("compressed version is loudness-matched", difference < 0.1,
                fixed(difference, 4) + " dB");
   const double spreadA = Probe::envelopeSpreadDB(compressed.a, windowMS);
   const double spreadB = Probe::envelopeSpreadDB(compressed.b, windowMS);

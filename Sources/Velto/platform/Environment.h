@@ -1,6 +1,7 @@
 // Environment variables and the user's home.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -14,6 +15,13 @@ struct Environment {
 
   // The environment of this process. Main thread only.
   [[nodiscard]] static Environment ofProcess();
+
+  // The user's home: HOME if it is an absolute path, else that of the account. Nullopt if neither
+  // is one.
+  [[nodiscard]] std::optional<std::filesystem::path> home() const;
+
+  // The value of a variable if it is an absolute path.
+  [[nodiscard]] std::optional<std::filesystem::path> absolutePath(const char* name) const;
 
   // Sets a variable of this process, or removes it if `value` is nullopt. No other thread may use
   // the environment meanwhile.

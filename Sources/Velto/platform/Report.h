@@ -10,10 +10,11 @@
 namespace velto::Report {
 
 // Writes `text` and a line feed to standard output, unbuffered, to keep the order with other
-// output. Reports the first failure on standard error; later lines are still tried.
+// output. Reports the first failure on standard error; later lines are still tried. A closed pipe
+// is no failure.
 void line(std::string_view text);
 
-// True if every line so far was written.
+// True unless a line could not be written.
 [[nodiscard]] bool isComplete();
 
 // "  PASS  name      detail". `name` is padded with spaces to `nameWidth` characters; a longer name
