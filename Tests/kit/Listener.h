@@ -40,6 +40,10 @@ inline constexpr std::size_t spectrumFrames = 32768;
 // where `a` is louder than -60 dB. A constant gain does not count.
 [[nodiscard]] double gainReductionDB(const Recording& a, const Recording& b);
 
+// The same for recordings that have passed a high-pass filter, which leaves no sample its own gain:
+// from piece to piece of 5 ms, apart from what is slower than the piece.
+[[nodiscard]] double gainReductionByPiecesDB(const Recording& a, const Recording& b);
+
 // Which of three slots has its right channel inverted against the other two; none if all are alike,
 // or if not every slot was heard at a place of the loop where another was.
 [[nodiscard]] std::optional<std::size_t> flippedSlot(std::span<const Part> parts,
