@@ -8,6 +8,8 @@
 #include "kit/ProfileReader.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
+#include "kit/Store.h"
+#include "kit/Way.h"
 
 #include "Answering.h"
 #include "Numbers.h"
@@ -29,12 +31,6 @@ namespace {
 
 constexpr std::size_t loopFrames = 153600; // a trial lasts 3.2 s
 
-// What the desk lets programs play ahead, and so the longest way of a key press to the sink.
-std::size_t framesInStore() {
-  const char* milliseconds = std::getenv("PULSE_LATENCY_MSEC");
-  return milliseconds == nullptr ? 12000 : 48 * static_cast<std::size_t>(std::atoi(milliseconds));
-}
-
 // From a key press to a slot that is heard alone: the way to the sink, a switch of 150 ms, and 0.2
 // s for the high-pass filter to forget it.
 const std::size_t settleFrames = framesInStore() + 16800;
@@ -44,15 +40,6 @@ const std::size_t nextTrialFrames = framesInStore() + 36000;
 
 // The answer area of a window 1180 points wide.
 constexpr int stripLeft = 40, stripWidth = 739, stripMiddle = 172;
-
-enum class Way { standard, fair };
-
-std::vector<std::string> arguments(const std::string& drill, Way way) {
-  std::vector<std::string> words{"--drill", drill};
-  if (way == Way::fair)
-    words.emplace_back("--fair");
-  return words;
-}
 
 std::size_t trialsPerDrill(std::size_t usual) {
   const char* text = std::getenv("VELTO_ROBOT_TRIALS");
@@ -68,7 +55,8 @@ int pixelAt(double share) {
 class Robot {
 public:
   Robot(const std::string& drill, Way way)
-      : recorder_(std::make_unique<Recorder>()), program_(VELTO_PROGRAM, arguments(drill, way)),
+      : recorder_(std::make_unique<Recorder>()),
+        program_(VELTO_PROGRAM, arguments({"--drill", drill}, way)),
         window_(desktop_.waitForWindow("MORLA Velto", program_.pid())) {
     const WindowGeometry geometry = desktop_.geometry(window_);
     if (geometry.width != 1180 || geometry.height != 386)
@@ -233,9 +221,7 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Ways, RobotListener, ::testing::Values(Way::standard, Way::fair),
-                         [](const auto& way) {
-                           return way.param == Way::fair ? "fair" : "standard";
-                         });
+                         [](const auto& way) { return nameOf(way.param); });
 
 TEST_P(RobotListener, hearsTheBoostedBand) {
   Practice practice("frequency", GetParam());
