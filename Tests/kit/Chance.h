@@ -85,11 +85,12 @@ struct BlindAnswer {
   return best;
 }
 
-// The most hits of `trials` that somebody with `chance` exceeds in less than one case of a hundred.
-[[nodiscard]] inline int mostHitsByChance(double chance, int trials) {
+// The most hits of `trials` that somebody with `chance` exceeds in less than one case of a hundred,
+// or less than 1 - `confidence`.
+[[nodiscard]] inline int mostHitsByChance(double chance, int trials, double confidence = 0.99) {
   double probability = std::pow(1 - chance, trials), sum = probability;
   int hits = 0;
-  while (sum < 0.99) {
+  while (sum < confidence) {
     probability *= (trials - hits) * chance / ((hits + 1) * (1 - chance));
     sum += probability;
     ++hits;
