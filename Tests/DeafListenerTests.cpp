@@ -82,9 +82,9 @@ void expectChance(const Cell& cell) {
 }
 
 // The program, in a drill, with a record whose next trial has this difficulty.
-class Launch {
+class PreparedProgram {
 public:
-  Launch(Drill drill, double difficulty, Way way, std::vector<std::string> words)
+  PreparedProgram(Drill drill, double difficulty, Way way, std::vector<std::string> words)
       : drill_(drill), difficulty_(difficulty),
         program_(VELTO_PROGRAM, arguments(withDrill(std::move(words)), way), prepared()) {}
 
@@ -125,17 +125,17 @@ private:
 class ScriptedLaunch {
 public:
   ScriptedLaunch(const Cell& cell, double answer)
-      : launch_(cell.drill, cell.difficulty, cell.way,
-                {"--shot", "/dev/null", "--answer", Numbers::fixed(answer, 2)}) {}
+      : prepared_(cell.drill, cell.difficulty, cell.way,
+                  {"--shot", "/dev/null", "--answer", Numbers::fixed(answer, 2)}) {}
 
   [[nodiscard]] ReadAttempt attempt() {
-    if (launch_.program().waitForExit() != 0)
-      throw std::runtime_error("the program fails: " + launch_.program().errors());
-    return launch_.attempt();
+    if (prepared_.program().waitForExit() != 0)
+      throw std::runtime_error("the program fails: " + prepared_.program().errors());
+    return prepared_.attempt();
   }
 
 private:
-  Launch launch_;
+  PreparedProgram prepared_;
 };
 
 // What was right once at the cell's difficulty: the verdict on an answer of 0 dB tells it.
@@ -243,8 +243,8 @@ std::size_t slotByRightEar(Recorder& recorder, Desktop& desktop) {
 bool hitsByRightEar(double difficulty, Way way) {
   Recorder recorder;
   Desktop desktop;
-  Launch launch(Drill::polarity, difficulty, way, {});
-  const WindowId window = desktop.waitForWindow("MORLA Velto", launch.program().pid());
+  PreparedProgram prepared(Drill::polarity, difficulty, way, {});
+  const WindowId window = desktop.waitForWindow("MORLA Velto", prepared.program().pid());
   desktop.waitForActive(window);
   while (firstSound(recorder.recording(), 0) == recorder.frames())
     recorder.waitForMore(480);
@@ -253,7 +253,7 @@ bool hitsByRightEar(double difficulty, Way way) {
   // The answer area of a window 1180 points wide, in three parts.
   desktop.click(window, 40 + 739 * (2 * static_cast<int>(slot) + 1) / 6, 172);
   desktop.press(Keys::returnKey);
-  return launch.attempt().correct;
+  return prepared.attempt().correct;
 }
 
 TEST(DeafListeners, WithARightEarPassPolarityUnlessTrialsAreFair) {
