@@ -83,6 +83,7 @@ testPackages=(
   grim
   libatspi2.0-dev
   libclang-rt-14-dev
+  libebur128-dev
   libgtest-dev
   librapidcheck-dev
   libxcb-xtest0-dev

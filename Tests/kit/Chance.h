@@ -87,11 +87,11 @@ struct BlindAnswer {
 }
 
 // The number of hits in `trials` trials that a listener with `chance` exceeds with a probability
-// below 1 %.
-[[nodiscard]] inline int mostHitsByChance(double chance, int trials) {
+// below 1 - `confidence`.
+[[nodiscard]] inline int mostHitsByChance(double chance, int trials, double confidence = 0.99) {
   double probability = std::pow(1 - chance, trials), sum = probability;
   int hits = 0;
-  while (sum < 0.99) {
+  while (sum < confidence) {
     probability *= (trials - hits) * chance / ((hits + 1) * (1 - chance));
     sum += probability;
     ++hits;

@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 namespace velto::kit::Listener {
@@ -50,6 +51,23 @@ double correlation(const std::vector<float>& a, const std::vector<float>& b) {
     bb += y * y;
   }
   return ab / std::sqrt(aa * bb);
+}
+
+// `x` less the straight line that fits it best.
+std::vector<double> withoutTrend(std::span<const float> x) {
+  const double middle = (static_cast<double>(x.size()) - 1) / 2;
+  double sum = 0, slope = 0, squares = 0;
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    const double t = static_cast<double>(i) - middle;
+    sum += static_cast<double>(x[i]);
+    slope += t * static_cast<double>(x[i]);
+    squares += t * t;
+  }
+  std::vector<double> rest;
+  for (std::size_t i = 0; i < x.size(); ++i)
+    rest.push_back(static_cast<double>(x[i]) - sum / static_cast<double>(x.size()) -
+                   (static_cast<double>(i) - middle) * slope / squares);
+  return rest;
 }
 
 // Frames of two parts at the same place of the loop.
@@ -121,6 +139,23 @@ double gainReductionDB(const Recording& a, const Recording& b) {
     if (std::abs(a.l[i]) < loud)
       continue;
     const double gain = static_cast<double>(b.l[i]) / static_cast<double>(a.l[i]);
+    least = std::min(least, gain);
+    most = std::max(most, gain);
+  }
+  return 20 * std::log10(most / least);
+}
+
+double gainReductionByPiecesDB(const Recording& a, const Recording& b) {
+  constexpr std::size_t piece = 240, step = 60;
+  constexpr double loud = 1e-7; // mean power: -70 dB
+  double least = std::numeric_limits<double>::infinity(), most = 0;
+  for (std::size_t i = 0; i + piece <= std::min(a.frames(), b.frames()); i += step) {
+    const auto x = withoutTrend(std::span(a.l).subspan(i, piece));
+    const auto y = withoutTrend(std::span(b.l).subspan(i, piece));
+    const double xx = std::inner_product(x.begin(), x.end(), x.begin(), 0.0);
+    if (xx < loud * double{piece})
+      continue;
+    const double gain = std::inner_product(x.begin(), x.end(), y.begin(), 0.0) / xx;
     least = std::min(least, gain);
     most = std::max(most, gain);
   }

@@ -1,11 +1,13 @@
 #include "kit/Listener.h"
 
+#include "kit/Highpass.h"
 #include "kit/Slots.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <vector>
 
 namespace velto::kit {
@@ -94,6 +96,43 @@ TEST(Listener, HearsTheRangeOfAGainCurveApartFromItsMakeUp) {
   }
   EXPECT_NEAR(Listener::gainReductionDB(a, b), 7.3, 0.01);
   EXPECT_NEAR(Listener::gainReductionDB(a, scaled(a, 2)), 0, 1e-6);
+}
+
+// The curve of a compressor: down within 5 ms at each of many hits, back within 120 ms.
+TEST(Listener, HearsTheRangeOfAGainCurveAbove20Hz) {
+  const Slot slot = noiseSlot(loopFrames, 1);
+  for (const double deepest : {1.0, 4.0, 12.0}) {
+    Recording a = part(slot, 0, 0, loopFrames).sound, b = a;
+    double reduction = 0;
+    for (std::size_t i = 0; i < b.frames(); ++i) {
+      const bool hit = i % 24000 > 12000 && i % 24000 < 14400;
+      reduction += ((hit ? deepest : 0) - reduction) / (hit ? 240.0 : 5760.0);
+      const double low = 0.2 * std::sin(twoPi * 5 * static_cast<double>(i) / 48000);
+      a.l[i] = static_cast<float>(static_cast<double>(a.l[i]) + low);
+      b.l[i] = static_cast<float>(static_cast<double>(a.l[i]) * std::pow(10, -reduction / 20));
+    }
+    const Recording x = highpassed(a, 20), y = highpassed(b, 20);
+    EXPECT_NEAR(Listener::gainReductionByPiecesDB(x, y), deepest, 0.25);
+    EXPECT_NEAR(Listener::gainReductionByPiecesDB(x, scaled(y, 2)), deepest, 0.25);
+    EXPECT_EQ(Listener::gainReductionByPiecesDB(x, x), 0);
+  }
+}
+
+TEST(Highpass, TakesAwayWhatLiesBelow) {
+  const auto levelAfter = [](double hz, double corner) {
+    std::vector<float> tone(96000);
+    for (std::size_t i = 0; i < tone.size(); ++i)
+      tone[i] = static_cast<float>(0.5 + std::sin(twoPi * hz * static_cast<double>(i) / 48000));
+    const std::vector<float> out = highpassed(tone, corner);
+    return Measure::rmsDB(std::span(out).last(48000)) + 3.0103;
+  };
+  EXPECT_NEAR(levelAfter(20, 20), -3.0103, 0.001);
+  EXPECT_NEAR(levelAfter(10, 20), -24.1, 0.05); // 10 lg (1 + 2^8)
+  EXPECT_NEAR(levelAfter(1000, 20), 0, 0.001);
+  EXPECT_NEAR(levelAfter(5000, 5000), -3.0103, 0.001);
+  // A constant leaves nothing.
+  const std::vector<float> rest = highpassed(std::vector<float>(96000, 0.05F), 20);
+  EXPECT_LT(Measure::rmsDB(std::span(rest).last(48000)), -200);
 }
 
 TEST(Listener, NamesTheFlippedSlotFromPartsThatOverlapInPairs) {

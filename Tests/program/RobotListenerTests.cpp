@@ -1,11 +1,15 @@
-// A robot practises with the program and answers by ear. Run on a private desk. VELTO_PROGRAM names
-// the program; the variable VELTO_ROBOT_TRIALS sets the number of trials per drill.
+// A robot practises with the program and answers by ear, without and with --fair. It judges what
+// lies above 20 Hz. Run on a private desk. VELTO_PROGRAM names the program; the variable
+// VELTO_ROBOT_TRIALS sets the number of trials per drill.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
+#include "kit/Highpass.h"
 #include "kit/Listener.h"
 #include "kit/ProfileReader.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
+#include "kit/Store.h"
+#include "kit/Way.h"
 
 #include "Answering.h"
 #include "Numbers.h"
@@ -26,11 +30,13 @@ namespace velto::kit {
 namespace {
 
 constexpr std::size_t loopFrames = 153600; // a trial lasts 3.2 s
-// From a key press until a slot is heard alone: latency to the sink, and a crossfade of 150 ms.
-constexpr std::size_t settleFrames = 28800;
 
-// From the key n until the next trial's first slot is heard alone.
-constexpr std::size_t nextTrialFrames = 48000;
+// From a key press to a slot that is heard alone: the way to the sink, a switch of 150 ms, and 0.2
+// s for the high-pass filter to forget it.
+const std::size_t settleFrames = framesInStore() + 16800;
+
+// From "n" to the next trial's first slot, heard alone.
+const std::size_t nextTrialFrames = framesInStore() + 36000;
 
 // The answer area of a window 1180 points wide.
 constexpr int stripLeft = 40, stripWidth = 739, stripMiddle = 172;
@@ -48,8 +54,9 @@ int pixelAt(double share) {
 // A listener that practises one drill with the program.
 class Robot {
 public:
-  explicit Robot(const std::string& drill)
-      : recorder_(std::make_unique<Recorder>()), program_(VELTO_PROGRAM, {"--drill", drill}),
+  Robot(const std::string& drill, Way way)
+      : recorder_(std::make_unique<Recorder>()),
+        program_(VELTO_PROGRAM, arguments({"--drill", drill}, way)),
         window_(desktop_.waitForWindow("MORLA Velto", program_.pid())) {
     const WindowGeometry geometry = desktop_.geometry(window_);
     if (geometry.width != 1180 || geometry.height != 386)
@@ -85,7 +92,7 @@ public:
       recorder_->waitForMore(frame - now);
     return {.slot = slot_,
             .begin = settled_,
-            .sound = recorder_->recording().part(settled_, frame - settled_)};
+            .sound = highpassed(recorder_->recording(), 20).part(settled_, frame - settled_)};
   }
 
   [[nodiscard]] Listener::Part listenFor(std::size_t frames) {
@@ -108,7 +115,7 @@ private:
       const Recording soFar = recorder_->recording();
       const std::size_t sound = firstSound(soFar, 0);
       slot_ = 0;
-      settled_ = sound + 9600;
+      settled_ = sound + 16800;
       if (sound < soFar.frames())
         return;
       if (soFar.frames() > 480000)
@@ -158,7 +165,7 @@ struct Beginner {
 // A practice session, checked after each answer.
 class Practice {
 public:
-  explicit Practice(std::string drill) : drill_(std::move(drill)), robot_(drill_) {}
+  Practice(std::string drill, Way way) : drill_(std::move(drill)), robot_(drill_, way) {}
 
   Robot& robot() { return robot_; }
 
@@ -205,9 +212,20 @@ double truthNearest(double heard, double answer, double error, double grid) {
   return best;
 }
 
-TEST(RobotListener, HearsTheBoostedBand) {
-  Practice practice("frequency");
-  for (std::size_t trial = 0; trial < trialsPerDrill(3); ++trial) {
+class RobotListener : public ::testing::TestWithParam<Way> {
+protected:
+  // A test's part of `trials`, of which the fair ones are the larger half.
+  [[nodiscard]] static std::size_t usual(std::size_t trials) {
+    return GetParam() == Way::fair ? (trials + 1) / 2 : trials / 2;
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(Ways, RobotListener, ::testing::Values(Way::standard, Way::fair),
+                         [](const auto& way) { return nameOf(way.param); });
+
+TEST_P(RobotListener, HearsTheBoostedBand) {
+  Practice practice("frequency", GetParam());
+  for (std::size_t trial = 0; trial < trialsPerDrill(usual(3)); ++trial) {
     if (trial > 0)
       practice.robot().nextTrial();
     const auto [a, b] = hearBoth(practice.robot(), Listener::spectrumFrames + 480);
@@ -223,10 +241,10 @@ TEST(RobotListener, HearsTheBoostedBand) {
   }
 }
 
-TEST(RobotListener, HearsTheLevelDifference) {
-  Practice practice("level");
+TEST_P(RobotListener, HearsTheLevelDifference) {
+  Practice practice("level", GetParam());
   std::vector<double> misses;
-  for (std::size_t trial = 0; trial < trialsPerDrill(3); ++trial) {
+  for (std::size_t trial = 0; trial < trialsPerDrill(usual(3)); ++trial) {
     if (trial > 0)
       practice.robot().nextTrial();
     const auto [a, b] = hearBoth(practice.robot(), 24000);
@@ -247,16 +265,16 @@ TEST(RobotListener, HearsTheLevelDifference) {
   report("level", misses);
 }
 
-TEST(RobotListener, HearsTheGainReduction) {
-  Practice practice("dynamics");
+TEST_P(RobotListener, HearsTheGainReduction) {
+  Practice practice("dynamics", GetParam());
   std::vector<double> misses;
-  for (std::size_t trial = 0; trial < trialsPerDrill(2); ++trial) {
+  for (std::size_t trial = 0; trial < trialsPerDrill(usual(2)); ++trial) {
     if (trial > 0)
       practice.robot().nextTrial();
     const auto [a, b] = hearBoth(practice.robot(), loopFrames);
     ASSERT_EQ(a.frames(), loopFrames);
-    const double heard = Listener::gainReductionDB(a, b);
-    EXPECT_EQ(Listener::gainReductionDB(a, a), 0);
+    const double heard = Listener::gainReductionByPiecesDB(a, b);
+    EXPECT_EQ(Listener::gainReductionByPiecesDB(a, a), 0);
     const int x = pixelAt(heard / 14);
     practice.robot().point(x);
     const ReadAttempt attempt = practice.submit();
@@ -271,18 +289,19 @@ TEST(RobotListener, HearsTheGainReduction) {
   report("dynamics", misses);
 }
 
-TEST(RobotListener, HearsTheFlippedSlot) {
-  Practice practice("polarity");
+TEST_P(RobotListener, HearsTheFlippedSlot) {
+  Practice practice("polarity", GetParam());
   Robot& robot = practice.robot();
-  // Slots 1, 2, 3, 1, each long enough that 3 and 2 share a place of the loop with 1.
-  constexpr std::size_t dwell = 67200;
-  for (std::size_t trial = 0; trial < trialsPerDrill(3); ++trial) {
+  // 1, 2, 3, 1 at such lengths that 3 and 2 each share a place of the loop with 1.
+  constexpr std::size_t listening = 38400;
+  const std::size_t dwell = settleFrames + listening;
+  for (std::size_t trial = 0; trial < trialsPerDrill(usual(3)); ++trial) {
     if (trial > 0)
       robot.nextTrial();
     std::vector<Listener::Part> parts{robot.listenFor(dwell)};
     for (const std::size_t slot : {1U, 2U, 0U}) {
       robot.switchTo(slot);
-      parts.push_back(robot.listenFor(dwell - settleFrames));
+      parts.push_back(robot.listenFor(listening));
     }
     const auto slot = Listener::flippedSlot(parts, loopFrames);
     std::vector<Listener::Part> deaf(parts.size(), parts[0]);
