@@ -184,7 +184,7 @@ double Mixer::gainAt(const Voice& voice, std::uint64_t frame) {
   return voice.riseFrom + (voice.riseTo - voice.riseFrom) * (risen / length);
 }
 
-// Whether the gain moves no more.
+// True once the gain is constant.
 bool Mixer::rests(const Voice& voice) const {
   return clock_ >= voice.riseEnd && clock_ - voice.line.begin >= rampFrames;
 }

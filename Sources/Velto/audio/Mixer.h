@@ -36,12 +36,12 @@ public:
 
   Mixer();
 
-  // Takes `scene` over; it is adopted at the beginning of the next block, unless a newer one has
-  // come by then. Frees scenes that are no longer played. One thread at a time.
+  // Hands `scene` over. It is adopted at the beginning of the next block, unless a newer one has
+  // been published by then. Frees scenes that are no longer played. Main thread.
   void publish(Scene scene);
 
-  // Frees all scenes but the latest. While nobody renders or publishes; the next scene belongs to
-  // another stream.
+  // Frees all scenes but the latest. Only while nobody renders or publishes; the next scene must
+  // belong to another stream.
   void releaseAllButLatest();
 
   // The volume of a slot at the latest step of its switch, 0 to 1; 0 while another load than `load`
@@ -72,7 +72,7 @@ private:
     const float* r = nullptr;
     std::size_t length = 0; // frames of the loop; 0: nothing plays
     Line line;              // the crossfade
-    // Before the frame riseEnd the gain is not on that line yet, but on one that leads there.
+               // Until the frame riseEnd the gain is on another line, which leads there.
     std::uint64_t riseBegin = 0, riseEnd = 0;
     double riseFrom = 0, riseTo = 0;
   };
@@ -101,7 +101,7 @@ private:
 
   TripleBuffer<const Published*> latest_; // publisher writes, audio thread reads
 
-  // Publisher only.
+  // Main thread only, or while nobody publishes.
   std::vector<std::unique_ptr<const Published>> kept_; // all that may still be played, oldest first
   std::uint64_t published_ = 0;                        // the number of the latest scene
 

@@ -12,9 +12,10 @@
 
 namespace velto {
 
-// Main thread only, but for what says otherwise. The audio thread waits for nobody, and nothing but
-// start() and captureLeft() waits for the device. stop() lets the sound fade before the device
-// closes; a start that comes before keeps the open device.
+// Only start() and captureLeft() wait for the device. stop() lets the sound fade before the device
+// closes; a start before that keeps the open device.
+//
+// Main thread only, except where noted.
 class Engine final : public PlaybackEngine {
 public:
   // How long after stop() the device closes: longer than the fade and the device's latency.
@@ -43,15 +44,15 @@ public:
   [[nodiscard]] BusFormat outputFormat() const override;
   [[nodiscard]] Samples captureLeft(std::chrono::milliseconds duration) override;
 
-  // How often the devices asked for frames so far, and how often too late. Any thread.
+  // Counts over all streams so far. Any thread.
   [[nodiscard]] CallbackCounts callbackCounts() const;
 
-  // From now on, whenever the engine renders, `block` gets every frame that the mixer puts out, in
-  // buffers of `bufferFrames` frames and on a thread of its own, where it may lock and allocate. It
-  // takes the place of a tap that was installed before.
+  // Calls `block` with every frame that the mixer puts out from now on, in buffers of
+  // `bufferFrames` frames, on a thread of its own, where it may lock and allocate. Replaces an
+  // earlier tap.
   void installTap(std::size_t bufferFrames, OutputTap::Block block);
 
-  // The block is not running and will not be called again when this returns; not to be called by
+  // When this returns, the block is not running and will not be called again. Must not be called by
   // the block. A no-op without a tap.
   void removeTap();
 

@@ -32,12 +32,12 @@ public:
   // How long the destructor waits for a device to close.
   static constexpr std::chrono::milliseconds endPatience{1000};
 
-  // Devices call `renderer`. One closes `closeDelay` after closeLater(). No device is made before
-  // one is requested.
+  // Devices call `renderer`, and close `closeDelay` after closeLater(). No device is made before
+  // open() or openAndWait().
   DeviceThread(OutputDeviceFactory makeDevice, std::shared_ptr<StreamRenderer> renderer,
                std::chrono::milliseconds closeDelay);
-  // Returns when the device is closed. A device that does not close in time is left to the thread,
-  // with all that it may still touch.
+  // Closes the device and waits for that. A device that does not close in time is abandoned to the
+  // thread, with all that it may still touch.
   ~DeviceThread();
 
   DeviceThread(const DeviceThread&) = delete;
@@ -59,8 +59,9 @@ public:
   // not call this object.
   void whenOpeningEnds(std::function<void()> call);
 
-  [[nodiscard]] bool isOpening() const; // or will be opened
-  [[nodiscard]] bool isOpen() const;    // and has not failed
+  [[nodiscard]] bool
+  isOpening() const;                 // also while the opening waits for an earlier device to close
+  [[nodiscard]] bool isOpen() const; // false if the device has failed
 
   // Why the latest opening failed; nullopt if it did not, or if another one has been requested.
   [[nodiscard]] std::optional<std::string> error() const;
