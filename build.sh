@@ -92,8 +92,6 @@ testPackages=(
   pkg-config
   python3-fonttools
   python3-ufolib2
-  qml6-module-qtquick-window
-  qml6-module-qttest
   qt6-wayland
   sway
   valgrind
@@ -265,7 +263,7 @@ run() {
     compile "$root/build" --target velto
   } >&2
   local program=$root/build/bin/velto
-  if given --probe --brand-check --bench --seed-demo -- "$@" || hasDisplay; then
+  if given --help --version --probe --brand-check --bench --seed-demo -- "$@" || hasDisplay; then
     if [[ -n ${WAYLAND_DISPLAY-} && -z ${DISPLAY-} ]]; then provide qt6-wayland >&2; fi
     exec "$program" "$@"
   fi

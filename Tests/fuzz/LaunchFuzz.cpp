@@ -61,10 +61,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto list = linesOf(std::string_view(reinterpret_cast<const char*>(data), size));
   const Arguments arguments(list);
   for (const char* name :
-       {"--probe", "--bench-audio", "--brand-check", "--bench", "--audio-selftest", "--seed-demo",
-        "--shot", "--drill", "--answer", "--appearance"})
+       {"--fair", "--help", "--version", "--probe", "--bench-audio", "--brand-check", "--bench",
+        "--audio-selftest", "--seed-demo", "--shot", "--drill", "--answer", "--appearance"})
     requireValue(list, arguments, name);
   const LaunchOptions options = launchOptions(arguments);
+  require(options.fair == arguments.has("--fair"), "fair trials out of nothing");
   require(options.shotPath == arguments.valueOf("--shot"), "another path for the snapshot");
   require(options.fixedDark.has_value() == arguments.valueOf("--appearance").has_value(),
           "an appearance out of nothing");
