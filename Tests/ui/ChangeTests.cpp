@@ -2,6 +2,8 @@
 
 #include "kit/Snippet.h"
 
+#include "ScaleModel.h"
+
 #include <QMetaMethod>
 #include <QMetaProperty>
 #include <QMetaType>
@@ -134,6 +136,42 @@ private:
   std::vector<std::pair<std::string, std::unique_ptr<QSignalSpy>>> spies_;
 };
 
+// Counts what a strip asks of its scale.
+class CountingScale : public ScaleModel {
+public:
+  [[nodiscard]] QVariantList ticks() const override { return counted("ticks").ticks(); }
+  [[nodiscard]] double labelOffset() const override { return counted("labelOffset").labelOffset(); }
+  [[nodiscard]] double lowest() const override { return counted("lowest").lowest(); }
+  [[nodiscard]] double highest() const override { return counted("highest").highest(); }
+  [[nodiscard]] double step() const override { return counted("step").step(); }
+  [[nodiscard]] double position(double value, double width) const override {
+    return counted("position").position(value, width);
+  }
+  [[nodiscard]] double valueAt(double x, double width) const override {
+    return counted("valueAt").valueAt(x, width);
+  }
+  [[nodiscard]] double nearest(double value) const override {
+    return counted("nearest").nearest(value);
+  }
+  [[nodiscard]] double moved(double value, int move) const override {
+    return counted("moved").moved(value, move);
+  }
+  [[nodiscard]] QString text(double value) const override { return counted("text").text(value); }
+  [[nodiscard]] QString spoken(double value) const override {
+    return counted("spoken").spoken(value);
+  }
+
+  mutable Counts counts;
+
+private:
+  [[nodiscard]] const ScaleModel& counted(const char* call) const {
+    ++counts[call];
+    return *scales_.frequency();
+  }
+
+  Scales scales_;
+};
+
 constexpr QPoint onStrip(int x) {
   return {40 + x, 160};
 }
@@ -173,6 +211,16 @@ TEST(Changes, OfADraggedAnswerReachItsMarkerAndWhatIsReadOutOnly) {
                                       "answerMarkerChip", "answerMarkerText"}));
     QTest::mouseRelease(&stage.view, Qt::LeftButton, {}, onStrip(500));
   }
+}
+
+TEST(Changes, OfAValueOnAStripPlaceAndNameItsMarkerOnce) {
+  CountingScale scale;
+  const Snippet snippet(
+      "ScaleStrip { width: 739; name: \"Test\"; minorOpacity: 1 }",
+      {{"scaleModel", QVariant::fromValue<ScaleModel*>(&scale)}, {"value", 1000.0}});
+  scale.counts.clear();
+  snippet.root->setProperty("value", 2000.0);
+  EXPECT_EQ(scale.counts, (Counts{{"position", 1}, {"text", 1}, {"spoken", 1}}));
 }
 
 TEST(Changes, OfAChosenAnswerReachTheButtonThatSubmitsItOnce) {

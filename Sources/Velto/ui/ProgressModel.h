@@ -25,6 +25,7 @@ class ProgressModel : public QObject {
   // Heights in points, and weaknesses from 0 to 1 (-1: no answers), one for each band.
   Q_PROPERTY(QList<double> barHeights READ barHeights NOTIFY recordChanged FINAL)
   Q_PROPERTY(QList<double> weaknesses READ weaknesses NOTIFY recordChanged FINAL)
+  Q_PROPERTY(double tallestBar READ tallestBar CONSTANT FINAL)            // points
   Q_PROPERTY(int weakestBand READ weakestBand NOTIFY recordChanged FINAL) // -1: none
   Q_PROPERTY(QString weakestText READ weakestText NOTIFY recordChanged FINAL)
   // The map and the curve in words.
@@ -45,6 +46,7 @@ public:
   [[nodiscard]] QString accuracy() const;
   [[nodiscard]] const QList<double>& barHeights() const { return barHeights_; }
   [[nodiscard]] const QList<double>& weaknesses() const { return weaknesses_; }
+  [[nodiscard]] static double tallestBar() { return Progress::tallestBar; }
   [[nodiscard]] int weakestBand() const;
   [[nodiscard]] QString weakestText() const;
   [[nodiscard]] QString mapDescription() const;
