@@ -21,6 +21,7 @@
 #include <QtTest/QTest>
 
 #include <cmath>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -32,8 +33,13 @@ class Stage {
 public:
   static constexpr double launchTime = 1'700'000'000;
 
-  explicit Stage(Drill drill = Drill::frequency, bool dark = true, QSize size = {1180, 386})
-      : session(drill, work_.queues(), std::make_unique<TestPlayer>(output_.factory()), launchTime),
+  // Writes the record that the session finds.
+  using Earlier = std::function<void(Profile&)>;
+
+  explicit Stage(Drill drill = Drill::frequency, bool dark = true, QSize size = {1180, 386},
+                 const Earlier& earlier = {})
+      : record_(earlier),
+        session(drill, work_.queues(), std::make_unique<TestPlayer>(output_.factory()), launchTime),
         model(session), progress(session) {
     view.engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
     view.setResizeMode(QQuickView::SizeRootObjectToView);
@@ -114,7 +120,18 @@ public:
   }
 
 private:
-  ScratchProfile scratch_;
+  struct Record {
+    ScratchProfile scratch;
+
+    explicit Record(const Earlier& earlier) {
+      if (!earlier)
+        return;
+      Profile profile;
+      earlier(profile);
+    }
+  };
+
+  Record record_;
   FakeOutput output_;
   ManualQueues work_;
 

@@ -11,8 +11,8 @@
 #include "kit/Store.h"
 #include "kit/Way.h"
 
-#include "Answering.h"
 #include "Numbers.h"
+#include "Scales.h"
 
 #include <gtest/gtest.h>
 
@@ -232,8 +232,7 @@ TEST_P(RobotListener, HearsTheBoostedBand) {
     const auto band = Listener::boostedBand(a, b);
     EXPECT_EQ(Listener::boostedBand(a, a), std::nullopt);
     ASSERT_TRUE(band);
-    const FrequencyScale scale{.lo = 40, .hi = 16000};
-    practice.robot().point(pixelAt(scale.position(Bands::centres[*band], 1)));
+    practice.robot().point(pixelAt(frequencyScale.position(Bands::centres[*band], 1)));
     const ReadAttempt attempt = practice.submit();
     EXPECT_EQ(attempt.bandIndex, static_cast<std::int64_t>(*band));
     EXPECT_EQ(attempt.error, 0);

@@ -329,12 +329,43 @@ TEST(SessionNotification, ComesBeforeTheChangeAndAfterIt) {
   Rig rig;
   rig.settle();
   std::vector<double> before, after;
-  rig->objectWillChange.subscribe([&] { before.push_back(rig->answer()); });
-  rig->objectDidChange.subscribe([&] { after.push_back(rig->answer()); });
+  rig->objectWillChange.subscribe([&](Session::Field) { before.push_back(rig->answer()); });
+  rig->objectDidChange.subscribe([&](Session::Field) { after.push_back(rig->answer()); });
   rig->setAnswer(40);
   rig->setAnswer(40);
   EXPECT_EQ(before, (std::vector<double>{1000, 40}));
   EXPECT_EQ(after, (std::vector<double>{40, 40}));
+}
+
+TEST(SessionNotification, NamesEachFieldThatIsAssigned) {
+  using enum Session::Field;
+  using Fields = std::vector<Session::Field>;
+  Rig rig;
+  Fields before, after;
+  rig->objectWillChange.subscribe([&](Session::Field field) { before.push_back(field); });
+  rig->objectDidChange.subscribe([&](Session::Field field) { after.push_back(field); });
+  const auto expect = [&](const Fields& fields) {
+    EXPECT_EQ(before, fields);
+    EXPECT_EQ(after, fields);
+    before.clear();
+    after.clear();
+  };
+  rig->newTrial();
+  expect({grade, trial, answer, currentSlot, rendering});
+  rig.settle();
+  expect({rendering, currentSlot});
+  rig->select(1);
+  expect({currentSlot});
+  rig->cycleSlot();
+  expect({currentSlot});
+  rig->setAnswer(40);
+  expect({answer});
+  rig->submit();
+  expect({grade, record});
+  rig->setMaterial(Material::drums);
+  expect({material, grade, trial, answer, currentSlot, rendering});
+  rig->setDrill(Drill::level);
+  expect({drill, material, grade, trial, answer, currentSlot, rendering});
 }
 
 TEST(SessionNotification, SubmittingAnnouncesTheGradeAndThenTheRecord) {
@@ -349,8 +380,8 @@ TEST(SessionNotification, SubmittingAnnouncesTheGradeAndThenTheRecord) {
   const auto look = [&] {
     return Seen{rig->grade().has_value(), rig->profile().attempts().size()};
   };
-  rig->objectWillChange.subscribe([&] { before.push_back(look()); });
-  rig->objectDidChange.subscribe([&] { after.push_back(look()); });
+  rig->objectWillChange.subscribe([&](Session::Field) { before.push_back(look()); });
+  rig->objectDidChange.subscribe([&](Session::Field) { after.push_back(look()); });
   rig->submit();
   EXPECT_EQ(before, (std::vector<Seen>{{false, 0}, {true, 1}}));
   EXPECT_EQ(after, (std::vector<Seen>{{true, 0}, {true, 1}}));

@@ -186,7 +186,8 @@ namespace {
 // A window whose accents are all ink and whose fills of choice are the card's: only shape, weight,
 // size and words are left to tell its states apart.
 struct Uncoloured : Stage {
-  explicit Uncoloured(Drill drill) : Stage(drill) {
+  explicit Uncoloured(Drill drill, const Earlier& earlier = {})
+      : Stage(drill, true, {1180, 386}, earlier) {
     Palette palette = Palette::dark();
     palette.identity = palette.signal = palette.control = palette.ink;
     palette.good = palette.warn = palette.bad = palette.ink;
@@ -267,6 +268,7 @@ TEST(WithoutColour, MarkersAndDisabledButtonsAreToldApart) {
 }
 
 TEST(WithoutColour, WeakAndStrongBandsDifferInHeight) {
+<<<<<<< HEAD
   Uncoloured stage(Drill::frequency);
   const auto answer = [&](double target, double octaves) {
     const Trial trial{.drill = Drill::frequency, .difficulty = 40, .targetFreq = target};
@@ -277,6 +279,18 @@ TEST(WithoutColour, WeakAndStrongBandsDifferInHeight) {
   answer(1000, 0.6);
   answer(4000, 1.2);
   stage.session.setAnswer(1000); // lets the views look again
+=======
+  const Uncoloured stage(Drill::frequency, [](Profile& profile) {
+    const auto answer = [&](double target, double octaves) {
+      const Trial trial{.drill = Drill::frequency, .difficulty = 40, .targetFreq = target};
+      for (int i = 0; i < 3; ++i)
+        profile.record(trial, Drills::grade(target * std::exp2(octaves), trial));
+    };
+    answer(100, 0);
+    answer(1000, 0.6);
+    answer(4000, 1.2);
+  });
+>>>>>>> ebcae0326afea7ef665c7563a6ade33a1f770d82
   const auto height = [&](int band) {
     return stage.item(QStringLiteral("bar%1").arg(band))->property("barHeight").toDouble();
   };

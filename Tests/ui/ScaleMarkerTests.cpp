@@ -9,7 +9,7 @@ using namespace velto::kit;
 
 TEST(Markers, KeepTheirChipsInsideClearOfBarsAndApartForAllBands) {
   for (const double width : {560.0, 739.0, 1559.0}) {
-    Snippet snippet("FrequencyPicker { lo: 40; hi: 16000 }", {{"width", width}});
+    Snippet snippet("FrequencyPicker {}", {{"width", width}});
     for (const double answer : Bands::centres)
       for (const double truth : Bands::centres) {
         snippet.root->setProperty("value", answer);
@@ -31,8 +31,10 @@ TEST(Markers, KeepTheirChipsInsideClearOfBarsAndApartForAllBands) {
 }
 
 TEST(Markers, KeepTheirChipsInsideClearOfBarsAndApartForAllDecibels) {
-  for (const double upper : {7.0, 14.0}) {
-    Snippet snippet("DecibelPicker { width: 739; lower: 0 }", {{"upper", upper}});
+  for (const bool level : {true, false}) {
+    const double upper = level ? 7 : 14;
+    Snippet snippet(level ? "DecibelPicker { width: 739; scaleModel: Scales.level }"
+                          : "DecibelPicker { width: 739; scaleModel: Scales.dynamics }");
     for (int i = 0; i <= 56; ++i)
       for (int j = 1; j <= 56; ++j) {
         snippet.root->setProperty("value", upper * i / 56);

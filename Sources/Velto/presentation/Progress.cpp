@@ -1,7 +1,7 @@
 #include "Progress.h"
 
-#include "Answering.h"
 #include "Numbers.h"
+#include "Scales.h"
 
 #include <algorithm>
 
@@ -36,11 +36,12 @@ std::string Progress::weakest(const std::optional<BandStat>& band) {
 
 Progress::Bar Progress::bar(const BandStat& band) {
   constexpr double fullScaleOctaves = 1.2;
+  constexpr double lowest = 12; // of a band with answers
   if (band.attempts == 0)
     return {.height = 6, .weakness = std::nullopt};
   const double t = band.meanErrorOct / fullScaleOctaves;
   const double weakness = t <= 0 ? 0 : std::min(t, 1.0);
-  return {.height = 12 + 22 * weakness, .weakness = weakness};
+  return {.height = lowest + (tallestBar - lowest) * weakness, .weakness = weakness};
 }
 
 std::string Progress::mapDescription(std::span<const BandStat> bands) {

@@ -32,7 +32,9 @@ struct Bar {
   bool operator==(const Bar&) const = default;
 };
 
-// Points up to 34; a band without answers has the lowest bar.
+inline constexpr double tallestBar = 34; // points
+
+// A band without answers has the lowest bar.
 [[nodiscard]] Bar bar(const BandStat& band);
 
 // The bands whose labels stand under the map.

@@ -72,7 +72,7 @@ public:
   [[nodiscard]] const std::filesystem::path& url() const { return url_; }
 
   // Sent before each change of attempts or stats, while the old value can still be read.
-  Publisher objectWillChange;
+  Publisher<> objectWillChange;
 
 private:
   void load();

@@ -8,11 +8,12 @@
 
 namespace velto {
 
-// Main thread only. Observers are called in order of subscription. Subscribing or unsubscribing
-// inside a call takes effect with the next send.
+// Each send hands `Facts` to every observer, in order of subscription. Subscribing or unsubscribing
+// inside a call takes effect with the next send. Main thread only.
+template <typename... Facts>
 class Publisher {
 public:
-  using Observer = std::function<void()>;
+  using Observer = std::function<void(Facts...)>;
   using Token = std::uint64_t;
 
   Token subscribe(Observer observer) {
@@ -24,10 +25,10 @@ public:
     std::erase_if(observers_, [token](const auto& entry) { return entry.first == token; });
   }
 
-  void send() const {
+  void send(Facts... facts) const {
     const auto observers = observers_;
     for (const auto& [token, observer] : observers)
-      observer();
+      observer(facts...);
   }
 
 private:

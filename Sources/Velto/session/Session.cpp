@@ -45,35 +45,35 @@ Session::Session(Drill drill, WorkQueues queues, std::unique_ptr<Player> player,
 
 Session::~Session() = default;
 
-template <typename Field, typename Value>
-void Session::assign(Field& field, Value&& value) {
-  objectWillChange.send();
-  field = std::forward<Value>(value);
-  objectDidChange.send();
+template <typename Member, typename Value>
+void Session::assign(Field field, Member& member, Value&& value) {
+  objectWillChange.send(field);
+  member = std::forward<Value>(value);
+  objectDidChange.send(field);
 }
 
 void Session::setDrill(Drill drill) {
-  assign(drill_, drill);
-  assign(material_, Drills::defaultMaterial(drill));
+  assign(Field::drill, drill_, drill);
+  assign(Field::material, material_, Drills::defaultMaterial(drill));
   newTrial();
 }
 
 void Session::setMaterial(Material material) {
-  assign(material_, material);
+  assign(Field::material, material_, material);
   newTrial();
 }
 
 void Session::setAnswer(double answer) {
-  assign(answer_, answer);
+  assign(Field::answer, answer_, answer);
 }
 
 void Session::newTrial() {
-  assign(grade_, std::nullopt);
+  assign(Field::grade, grade_, std::nullopt);
   const double difficulty = profile_.staircase(drill_).difficulty;
-  assign(trial_, Drills::makeTrial(difficulty, material_, nextSeed(), drill_));
-  assign(answer_, defaultAnswer(drill_));
-  assign(currentSlot_, 0);
-  assign(rendering_, true);
+  assign(Field::trial, trial_, Drills::makeTrial(difficulty, material_, nextSeed(), drill_));
+  assign(Field::answer, answer_, defaultAnswer(drill_));
+  assign(Field::currentSlot, currentSlot_, 0);
+  assign(Field::rendering, rendering_, true);
 
   const Noise noise = trials_ == Trials::fair ? Noise::audible : Noise::asDrawn;
   queues_.background([trial = *trial_, noise, main = queues_.main, self = std::weak_ptr(self_)] {
@@ -94,12 +94,12 @@ void Session::takeRender(std::uint64_t seed, std::vector<Slot> slots) {
   // A newer trial has been started in the meantime.
   if (!trial_ || trial_->seed != seed)
     return;
-  assign(rendering_, false);
+  assign(Field::rendering, rendering_, false);
   slots_ = std::move(slots);
   switching_ = trials_ == Trials::fair && trial_->drill == Drill::polarity
                    ? Switching::throughSilence
                    : Switching::crossfade;
-  assign(currentSlot_, 0);
+  assign(Field::currentSlot, currentSlot_, 0);
   if (!suspended_)
     play();
 }
@@ -112,7 +112,7 @@ void Session::play() {
 void Session::select(std::int64_t slot) {
   if (!trial_ || slot >= trial_->slots)
     return;
-  assign(currentSlot_, slot);
+  assign(Field::currentSlot, currentSlot_, slot);
   player_->switchTo(slot);
 }
 
@@ -128,10 +128,10 @@ bool Session::canSubmit() const {
 void Session::submit() {
   if (!canSubmit())
     return;
-  assign(grade_, Drills::grade(answer_, *trial_));
+  assign(Field::grade, grade_, Drills::grade(answer_, *trial_));
   profile_.record(*trial_, *grade_);
-  objectWillChange.send();
-  objectDidChange.send();
+  objectWillChange.send(Field::record);
+  objectDidChange.send(Field::record);
 }
 
 void Session::suspend() {

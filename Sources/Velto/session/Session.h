@@ -47,11 +47,23 @@ public:
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
+  // What a notification is about: a published field, or the practice record.
+  enum class Field : std::uint8_t {
+    drill,
+    material,
+    trial,
+    answer,
+    grade,
+    currentSlot,
+    rendering,
+    record
+  };
+
   // Sent before each assignment of a published field (equal values included) and once more by
   // submit() when the practice record has changed.
-  Publisher objectWillChange;
+  Publisher<Field> objectWillChange;
   // Sent after each of the same changes.
-  Publisher objectDidChange;
+  Publisher<Field> objectDidChange;
 
   // Published fields.
   [[nodiscard]] Drill drill() const { return drill_; }
@@ -100,8 +112,8 @@ public:
   void followSound(SoundRecovery::Time now);
 
 private:
-  template <typename Field, typename Value>
-  void assign(Field& field, Value&& value);
+  template <typename Member, typename Value>
+  void assign(Field field, Member& member, Value&& value);
   [[nodiscard]] std::uint64_t nextSeed();
   void takeRender(std::uint64_t seed, std::vector<Slot> slots);
   void play();

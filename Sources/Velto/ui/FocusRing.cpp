@@ -1,6 +1,6 @@
 #include "FocusRing.h"
 
-#include "Answering.h"
+#include "DevicePixels.h"
 #include "FocusStop.h"
 #include "PixelGrid.h"
 #include "RoundedBox.h"
@@ -8,9 +8,6 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QQuickWindow>
-
-#include <algorithm>
-#include <cmath>
 
 namespace velto {
 
@@ -21,21 +18,7 @@ constexpr double reach = 3;
 constexpr double thickness = 2;
 
 bool movesFocus(int key) {
-  switch (key) {
-  case Qt::Key_Tab:
-  case Qt::Key_Backtab:
-  case Qt::Key_Left:
-  case Qt::Key_Right:
-  case Qt::Key_Up:
-  case Qt::Key_Down:
-  case Qt::Key_PageUp:
-  case Qt::Key_PageDown:
-  case Qt::Key_Home:
-  case Qt::Key_End:
-    return true;
-  default:
-    return false;
-  }
+  return key == Qt::Key_Tab || key == Qt::Key_Backtab || FocusStop::moveOf(key).has_value();
 }
 
 } // namespace
@@ -88,8 +71,7 @@ void FocusRing::surround(const FocusStop& stop) {
 }
 
 void FocusRing::paint(QPainter* painter) {
-  const double ratio = window()->effectiveDevicePixelRatio();
-  const double pen = std::max(Answering::snapped(thickness, ratio), 1 / ratio);
+  const double pen = DevicePixels::wholeWidth(thickness, window()->effectiveDevicePixelRatio());
   const double inset = pen / 2;
   painter->setRenderHint(QPainter::Antialiasing);
   painter->strokePath(

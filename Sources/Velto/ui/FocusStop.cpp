@@ -4,16 +4,19 @@
 
 #include <QKeyEvent>
 
-#include <optional>
-
 namespace velto {
 
-namespace {
+FocusStop::FocusStop(QQuickItem* parent) : QQuickItem(parent) {
+  setActiveFocusOnTab(true);
+  ButtonAccess::install();
+  connect(this, &FocusStop::availableChanged, this, [this] {
+    if (isButton_)
+      ButtonAccess::tellAvailable(*this);
+  });
+}
 
-std::optional<Move> moveOf(const QKeyEvent& event) {
-  if (event.modifiers() != Qt::NoModifier)
-    return std::nullopt;
-  switch (event.key()) {
+std::optional<Move> FocusStop::moveOf(int key) {
+  switch (key) {
   case Qt::Key_Left:
     return Move::left;
   case Qt::Key_Right:
@@ -35,23 +38,12 @@ std::optional<Move> moveOf(const QKeyEvent& event) {
   }
 }
 
-} // namespace
-
-FocusStop::FocusStop(QQuickItem* parent) : QQuickItem(parent) {
-  setActiveFocusOnTab(true);
-  ButtonAccess::install();
-  connect(this, &FocusStop::availableChanged, this, [this] {
-    if (isButton_)
-      ButtonAccess::tellAvailable(*this);
-  });
-}
-
-int FocusStop::movedChoice(int chosen, int count, int key) {
-  return Answering::movedChoice(chosen, count, static_cast<Move>(key));
+int FocusStop::movedChoice(int chosen, int count, int move) {
+  return KeyMoves::movedChoice(chosen, count, static_cast<Move>(move));
 }
 
 void FocusStop::keyPressEvent(QKeyEvent* event) {
-  const auto move = moveOf(*event);
+  const auto move = event->modifiers() == Qt::NoModifier ? moveOf(event->key()) : std::nullopt;
   event->setAccepted(move.has_value());
   if (move)
     Q_EMIT moved(static_cast<int>(*move));

@@ -1,6 +1,6 @@
 #include "PixelGrid.h"
 
-#include "Answering.h"
+#include "DevicePixels.h"
 
 #include <QQuickWindow>
 
@@ -26,10 +26,10 @@ double roomFor(double points, double devicePixelRatio) {
 
 QRectF PixelGrid::cover(QQuickPaintedItem& item, const QRectF& box) {
   const double ratio = item.window()->effectiveDevicePixelRatio();
-  const QPointF topLeft(Answering::snapped(box.left(), ratio),
-                        Answering::snapped(box.top(), ratio));
-  const QSizeF size(Answering::snapped(box.right(), ratio) - topLeft.x(),
-                    Answering::snapped(box.bottom(), ratio) - topLeft.y());
+  const QPointF topLeft(DevicePixels::snapped(box.left(), ratio),
+                        DevicePixels::snapped(box.top(), ratio));
+  const QSizeF size(DevicePixels::snapped(box.right(), ratio) - topLeft.x(),
+                    DevicePixels::snapped(box.bottom(), ratio) - topLeft.y());
   item.setPosition(item.parentItem()->mapFromScene(topLeft));
   item.setSize({roomFor(size.width(), ratio), roomFor(size.height(), ratio)});
   return {QPointF(), size};

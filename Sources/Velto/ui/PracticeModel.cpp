@@ -2,6 +2,8 @@
 
 #include "Wording.h"
 
+#include <utility>
+
 namespace velto {
 
 namespace {
@@ -31,11 +33,43 @@ Enumeration at(int index) {
 } // namespace
 
 PracticeModel::PracticeModel(Session& session, QObject* parent)
-    : QObject(parent), session_(session),
-      subscription_(session.objectDidChange.subscribe([this] { Q_EMIT changed(); })) {}
+    : QObject(parent), session_(session), canSubmit_(session.canSubmit()),
+      subscription_(session.objectDidChange.subscribe([this](auto field) { announce(field); })) {}
 
 PracticeModel::~PracticeModel() {
   session_.objectDidChange.unsubscribe(subscription_);
+}
+
+void PracticeModel::announce(Session::Field field) {
+  using enum Session::Field;
+  switch (field) {
+  case drill:
+    Q_EMIT drillChanged();
+    break;
+  case material:
+    Q_EMIT materialChanged();
+    break;
+  case trial:
+    Q_EMIT trialChanged();
+    break;
+  case answer:
+    Q_EMIT answerChanged();
+    break;
+  case grade:
+    Q_EMIT gradeChanged();
+    break;
+  case currentSlot:
+    Q_EMIT currentSlotChanged();
+    break;
+  case rendering:
+    Q_EMIT renderingChanged();
+    break;
+  case record:
+    break;
+  }
+  const bool canSubmit = session_.canSubmit();
+  if (std::exchange(canSubmit_, canSubmit) != canSubmit)
+    Q_EMIT canSubmitChanged();
 }
 
 int PracticeModel::drill() const {

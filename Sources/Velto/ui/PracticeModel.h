@@ -11,37 +11,38 @@
 
 namespace velto {
 
-// Adapts a Session for QML; holds no state of its own. Main thread only.
+// Adapts a Session for QML. Each property is announced by the signal of what it is computed from,
+// and by no other. Main thread only.
 class PracticeModel : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("the application makes it")
 
   // Indices into Drill::allCases and Material::allCases, and their names there.
-  Q_PROPERTY(int drill READ drill WRITE setDrill NOTIFY changed FINAL)
-  Q_PROPERTY(int material READ material WRITE setMaterial NOTIFY changed FINAL)
+  Q_PROPERTY(int drill READ drill WRITE setDrill NOTIFY drillChanged FINAL)
+  Q_PROPERTY(int material READ material WRITE setMaterial NOTIFY materialChanged FINAL)
   Q_PROPERTY(QStringList drillTitles READ drillTitles CONSTANT FINAL)
   Q_PROPERTY(QStringList materialTitles READ materialTitles CONSTANT FINAL)
-  Q_PROPERTY(QString prompt READ prompt NOTIFY changed FINAL)
+  Q_PROPERTY(QString prompt READ prompt NOTIFY drillChanged FINAL)
   Q_PROPERTY(QStringList prompts READ prompts CONSTANT FINAL) // of all drills
 
-  Q_PROPERTY(bool hasTrial READ hasTrial NOTIFY changed FINAL)
+  Q_PROPERTY(bool hasTrial READ hasTrial NOTIFY trialChanged FINAL)
   // One per slot of the trial.
-  Q_PROPERTY(QStringList slotTitles READ slotTitles NOTIFY changed FINAL)
-  Q_PROPERTY(double difficulty READ difficulty NOTIFY changed FINAL) // 0 to 100
-  Q_PROPERTY(int currentSlot READ currentSlot NOTIFY changed FINAL)
-  Q_PROPERTY(bool rendering READ rendering NOTIFY changed FINAL)
-  Q_PROPERTY(bool canSubmit READ canSubmit NOTIFY changed FINAL)
+  Q_PROPERTY(QStringList slotTitles READ slotTitles NOTIFY trialChanged FINAL)
+  Q_PROPERTY(double difficulty READ difficulty NOTIFY trialChanged FINAL) // 0 to 100
+  Q_PROPERTY(int currentSlot READ currentSlot NOTIFY currentSlotChanged FINAL)
+  Q_PROPERTY(bool rendering READ rendering NOTIFY renderingChanged FINAL)
+  Q_PROPERTY(bool canSubmit READ canSubmit NOTIFY canSubmitChanged FINAL)
 
   // In the unit of the drill: Hz, dB, or a slot index (-1: none chosen).
-  Q_PROPERTY(double answer READ answer WRITE setAnswer NOTIFY changed FINAL)
-  Q_PROPERTY(bool graded READ graded NOTIFY changed FINAL)
+  Q_PROPERTY(double answer READ answer WRITE setAnswer NOTIFY answerChanged FINAL)
+  Q_PROPERTY(bool graded READ graded NOTIFY gradeChanged FINAL)
   // The right answer in the same unit; only meaningful once graded.
-  Q_PROPERTY(double truth READ truth NOTIFY changed FINAL)
-  Q_PROPERTY(bool correct READ correct NOTIFY changed FINAL)
-  Q_PROPERTY(QString verdict READ verdict NOTIFY changed FINAL)
-  Q_PROPERTY(QString verdictDetail READ verdictDetail NOTIFY changed FINAL)
-  Q_PROPERTY(QString announcement READ announcement NOTIFY changed FINAL) // both, as read out
+  Q_PROPERTY(double truth READ truth NOTIFY trialChanged FINAL)
+  Q_PROPERTY(bool correct READ correct NOTIFY gradeChanged FINAL)
+  Q_PROPERTY(QString verdict READ verdict NOTIFY gradeChanged FINAL)
+  Q_PROPERTY(QString verdictDetail READ verdictDetail NOTIFY gradeChanged FINAL)
+  Q_PROPERTY(QString announcement READ announcement NOTIFY gradeChanged FINAL) // both, as read out
 
 public:
   // The drills' indices, for QML.
@@ -80,11 +81,23 @@ public:
   Q_INVOKABLE void advance();
 
 Q_SIGNALS:
-  void changed();
+  // Sent for each assignment in the session, equal values included.
+  void drillChanged();
+  void materialChanged();
+  void trialChanged();
+  void answerChanged();
+  void gradeChanged();
+  void currentSlotChanged();
+  void renderingChanged();
+  // Sent when the value differs from the one announced last.
+  void canSubmitChanged();
 
 private:
+  void announce(Session::Field field);
+
   Session& session_;
-  Publisher::Token subscription_;
+  bool canSubmit_; // as announced last
+  Publisher<Session::Field>::Token subscription_;
 };
 
 } // namespace velto

@@ -13,54 +13,64 @@ BandStat bandAt(const Stats& stats, std::size_t index) {
 
 ProgressModel::ProgressModel(Session& session, QObject* parent)
     : QObject(parent), session_(session),
-      subscription_(session.objectDidChange.subscribe([this] { Q_EMIT changed(); })) {}
+      subscription_(session.objectDidChange.subscribe([this](auto field) { announce(field); })) {
+  computeBars();
+}
 
 ProgressModel::~ProgressModel() {
   session_.objectDidChange.unsubscribe(subscription_);
 }
 
+void ProgressModel::announce(Session::Field field) {
+  const bool record = field == Session::Field::record;
+  const bool drill = field == Session::Field::drill;
+  if (record) {
+    computeBars();
+    Q_EMIT recordChanged();
+  }
+  if (drill)
+    Q_EMIT drillChanged();
+  if (record || drill)
+    Q_EMIT drillRecordChanged();
+}
+
+void ProgressModel::computeBars() {
+  barHeights_.clear();
+  weaknesses_.clear();
+  for (std::size_t band = 0; band < Bands::centres.size(); ++band) {
+    const Progress::Bar bar = Progress::bar(bandAt(profile().stats(), band));
+    barHeights_.append(bar.height);
+    weaknesses_.append(bar.weakness.value_or(-1));
+  }
+}
+
 QString ProgressModel::streak() const {
-  return QString::fromStdString(Progress::streak(session_.profile().stats().streak));
+  return QString::fromStdString(Progress::streak(profile().stats().streak));
 }
 
 QString ProgressModel::today() const {
-  return QString::number(session_.profile().stats().todayCount);
+  return QString::number(profile().stats().todayCount);
 }
 
 QString ProgressModel::accuracy() const {
-  return QString::fromStdString(Progress::accuracy(session_.profile().accuracy(session_.drill())));
-}
-
-QList<double> ProgressModel::barHeights() const {
-  QList<double> heights;
-  for (const Progress::Bar& bar : bars())
-    heights.append(bar.height);
-  return heights;
-}
-
-QList<double> ProgressModel::weaknesses() const {
-  QList<double> weaknesses;
-  for (const Progress::Bar& bar : bars())
-    weaknesses.append(bar.weakness.value_or(-1));
-  return weaknesses;
+  return QString::fromStdString(Progress::accuracy(profile().accuracy(session_.drill())));
 }
 
 int ProgressModel::weakestBand() const {
-  const auto& weakest = session_.profile().stats().weakest;
+  const auto& weakest = profile().stats().weakest;
   return weakest ? static_cast<int>(weakest->index) : -1;
 }
 
 QString ProgressModel::weakestText() const {
-  return QString::fromStdString(Progress::weakest(session_.profile().stats().weakest));
+  return QString::fromStdString(Progress::weakest(profile().stats().weakest));
 }
 
 QString ProgressModel::mapDescription() const {
-  return QString::fromStdString(Progress::mapDescription(session_.profile().stats().bands));
+  return QString::fromStdString(Progress::mapDescription(profile().stats().bands));
 }
 
 QString ProgressModel::curveDescription() const {
-  return QString::fromStdString(
-      Progress::curveDescription(session_.profile().curve(session_.drill())));
+  return QString::fromStdString(Progress::curveDescription(profile().curve(session_.drill())));
 }
 
 QStringList ProgressModel::bandLabels() {
@@ -75,15 +85,8 @@ QString ProgressModel::curveTitle() const {
 }
 
 QList<double> ProgressModel::curve() const {
-  const auto difficulties = session_.profile().curve(session_.drill());
+  const auto difficulties = profile().curve(session_.drill());
   return {difficulties.begin(), difficulties.end()};
-}
-
-std::vector<Progress::Bar> ProgressModel::bars() const {
-  std::vector<Progress::Bar> bars;
-  for (std::size_t band = 0; band < Bands::centres.size(); ++band)
-    bars.push_back(Progress::bar(bandAt(session_.profile().stats(), band)));
-  return bars;
 }
 
 } // namespace velto

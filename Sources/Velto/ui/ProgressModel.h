@@ -12,26 +12,29 @@
 
 namespace velto {
 
-// Adapts the session's practice record for QML; holds no state of its own. Main thread only.
+// Adapts the session's practice record for QML, as it is after each recorded answer. Main thread
+// only.
 class ProgressModel : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("the application makes it")
 
-  Q_PROPERTY(QString streak READ streak NOTIFY changed FINAL)
-  Q_PROPERTY(QString today READ today NOTIFY changed FINAL)
-  Q_PROPERTY(QString accuracy READ accuracy NOTIFY changed FINAL)
+  Q_PROPERTY(QString streak READ streak NOTIFY recordChanged FINAL)
+  Q_PROPERTY(QString today READ today NOTIFY recordChanged FINAL)
+  Q_PROPERTY(QString accuracy READ accuracy NOTIFY drillRecordChanged FINAL)
   // Heights in points, and weaknesses from 0 to 1 (-1: no answers), one for each band.
-  Q_PROPERTY(QList<double> barHeights READ barHeights NOTIFY changed FINAL)
-  Q_PROPERTY(QList<double> weaknesses READ weaknesses NOTIFY changed FINAL)
-  Q_PROPERTY(int weakestBand READ weakestBand NOTIFY changed FINAL) // -1: none
-  Q_PROPERTY(QString weakestText READ weakestText NOTIFY changed FINAL)
+  Q_PROPERTY(QList<double> barHeights READ barHeights NOTIFY recordChanged FINAL)
+  Q_PROPERTY(QList<double> weaknesses READ weaknesses NOTIFY recordChanged FINAL)
+  Q_PROPERTY(double tallestBar READ tallestBar CONSTANT FINAL)            // points
+  Q_PROPERTY(int weakestBand READ weakestBand NOTIFY recordChanged FINAL) // -1: none
+  Q_PROPERTY(QString weakestText READ weakestText NOTIFY recordChanged FINAL)
   // The map and the curve in words.
-  Q_PROPERTY(QString mapDescription READ mapDescription NOTIFY changed FINAL)
-  Q_PROPERTY(QString curveDescription READ curveDescription NOTIFY changed FINAL)
+  Q_PROPERTY(QString mapDescription READ mapDescription NOTIFY recordChanged FINAL)
+  Q_PROPERTY(QString curveDescription READ curveDescription NOTIFY drillRecordChanged FINAL)
   Q_PROPERTY(QStringList bandLabels READ bandLabels CONSTANT FINAL)
-  Q_PROPERTY(QString curveTitle READ curveTitle NOTIFY changed FINAL)
-  Q_PROPERTY(QList<double> curve READ curve NOTIFY changed FINAL) // difficulties, oldest first
+  Q_PROPERTY(QString curveTitle READ curveTitle NOTIFY drillChanged FINAL)
+  Q_PROPERTY(
+      QList<double> curve READ curve NOTIFY drillRecordChanged FINAL) // difficulties, oldest first
 
 public:
   // `session` outlives the model.
@@ -41,8 +44,9 @@ public:
   [[nodiscard]] QString streak() const;
   [[nodiscard]] QString today() const;
   [[nodiscard]] QString accuracy() const;
-  [[nodiscard]] QList<double> barHeights() const;
-  [[nodiscard]] QList<double> weaknesses() const;
+  [[nodiscard]] const QList<double>& barHeights() const { return barHeights_; }
+  [[nodiscard]] const QList<double>& weaknesses() const { return weaknesses_; }
+  [[nodiscard]] static double tallestBar() { return Progress::tallestBar; }
   [[nodiscard]] int weakestBand() const;
   [[nodiscard]] QString weakestText() const;
   [[nodiscard]] QString mapDescription() const;
@@ -52,13 +56,20 @@ public:
   [[nodiscard]] QList<double> curve() const;
 
 Q_SIGNALS:
-  void changed();
+  void drillChanged();
+  void recordChanged();
+  // The part of the record that belongs to the drill: sent with either of the others.
+  void drillRecordChanged();
 
 private:
-  [[nodiscard]] std::vector<Progress::Bar> bars() const;
+  void announce(Session::Field field);
+  void computeBars();
+  [[nodiscard]] const Profile& profile() const { return session_.profile(); }
 
   Session& session_;
-  Publisher::Token subscription_;
+  QList<double> barHeights_; // of the record as it is
+  QList<double> weaknesses_;
+  Publisher<Session::Field>::Token subscription_;
 };
 
 } // namespace velto

@@ -1,5 +1,7 @@
 #include "ScaleModel.h"
 
+#include "Scales.h"
+
 #include <QVariantMap>
 
 namespace velto {
@@ -16,88 +18,49 @@ QVariantList toList(const std::vector<ScaleTick>& ticks) {
   return list;
 }
 
-Answering::ChipPlaces places(const QVariant& answerX, double answerWidth, const QVariant& truthX,
-                             double truthWidth, double stripWidth) {
-  const auto marker = [](const QVariant& x, double chipWidth) {
-    return x.isValid() ? std::optional(Answering::MarkerSize{x.toDouble(), chipWidth})
-                       : std::nullopt;
-  };
-  return Answering::placeChips(marker(answerX, answerWidth), marker(truthX, truthWidth),
-                               stripWidth);
-}
+template <typename Scale>
+class ModelOf final : public ScaleModel {
+public:
+  ModelOf(const Scale& scale, QObject* parent) : ScaleModel(parent), scale_(scale) {}
+
+  [[nodiscard]] QVariantList ticks() const override { return toList(scale_.ticks()); }
+  [[nodiscard]] double labelOffset() const override { return Scale::labelOffset; }
+  [[nodiscard]] double lowest() const override { return scale_.lowest; }
+  [[nodiscard]] double highest() const override { return scale_.highest; }
+  [[nodiscard]] double step() const override { return scale_.step; }
+  [[nodiscard]] double position(double value, double width) const override {
+    return scale_.position(value, width);
+  }
+  [[nodiscard]] double valueAt(double x, double width) const override {
+    return scale_.valueAt(x, width);
+  }
+  [[nodiscard]] double nearest(double value) const override { return scale_.nearest(value); }
+  [[nodiscard]] double moved(double value, int move) const override {
+    return scale_.moved(value, static_cast<Move>(move));
+  }
+  [[nodiscard]] QString text(double value) const override {
+    return QString::fromStdString(Scale::text(value));
+  }
+  [[nodiscard]] QString spoken(double value) const override {
+    return QString::fromStdString(Scale::spoken(value));
+  }
+
+private:
+  Scale scale_;
+};
 
 } // namespace
 
-double ScaleModel::tickLeft(double x, double width, double stripWidth, double devicePixelRatio) {
-  return Answering::tickLeft(x, width, stripWidth, devicePixelRatio);
+double ScaleModel::increased(double value) const {
+  return moved(value, static_cast<int>(Move::up));
 }
 
-QPointF ScaleModel::answerChip(const QVariant& answerX, double answerWidth, const QVariant& truthX,
-                               double truthWidth, double stripWidth) {
-  const auto place = places(answerX, answerWidth, truthX, truthWidth, stripWidth).answer;
-  return {place.x, place.y};
+double ScaleModel::decreased(double value) const {
+  return moved(value, static_cast<int>(Move::down));
 }
 
-QPointF ScaleModel::truthChip(const QVariant& answerX, double answerWidth, const QVariant& truthX,
-                              double truthWidth, double stripWidth) {
-  const auto place = places(answerX, answerWidth, truthX, truthWidth, stripWidth).truth;
-  return {place.x, place.y};
-}
-
-QVariantList FrequencyScaleModel::ticks() const {
-  return toList(FrequencyScale::ticks());
-}
-
-double FrequencyScaleModel::position(double value, double width) const {
-  return scale().position(value, width);
-}
-
-double FrequencyScaleModel::valueAt(double x, double width) const {
-  return scale().valueAt(x, width);
-}
-
-double FrequencyScaleModel::nearest(double value) const {
-  return scale().nearest(value);
-}
-
-double FrequencyScaleModel::moved(double value, int move) const {
-  return scale().moved(value, static_cast<Move>(move));
-}
-
-QString FrequencyScaleModel::text(double value) const {
-  return QString::fromStdString(FrequencyScale::text(value));
-}
-
-QString FrequencyScaleModel::spoken(double value) const {
-  return QString::fromStdString(FrequencyScale::spoken(value));
-}
-
-QVariantList DecibelScaleModel::ticks() const {
-  return toList(scale().ticks());
-}
-
-double DecibelScaleModel::position(double value, double width) const {
-  return scale().position(value, width);
-}
-
-double DecibelScaleModel::valueAt(double x, double width) const {
-  return scale().valueAt(x, width);
-}
-
-double DecibelScaleModel::nearest(double value) const {
-  return scale().nearest(value);
-}
-
-double DecibelScaleModel::moved(double value, int move) const {
-  return scale().moved(value, static_cast<Move>(move));
-}
-
-QString DecibelScaleModel::text(double value) const {
-  return QString::fromStdString(DecibelScale::text(value));
-}
-
-QString DecibelScaleModel::spoken(double value) const {
-  return text(value);
-}
+Scales::Scales(QObject* parent)
+    : QObject(parent), frequency_(new ModelOf(frequencyScale, this)),
+      level_(new ModelOf(levelScale, this)), dynamics_(new ModelOf(dynamicsScale, this)) {}
 
 } // namespace velto

@@ -22,8 +22,6 @@ Item {
         visible: area.session.drill === PracticeModel.Frequency
         enabled: visible
         answerable: !area.session.graded
-        lo: 40
-        hi: 16000
         value: visible && area.session.answer > 0 ? area.session.answer : undefined
         truth: visible && area.session.graded && area.session.truth > 0 ? area.session.truth : undefined
         onPicked: value => area.session.answer = value
@@ -37,9 +35,7 @@ Item {
         visible: isLevel || area.session.drill === PracticeModel.Dynamics
         enabled: visible
         answerable: !area.session.graded
-        lower: 0
-        upper: isLevel ? 7 : 14
-        step: isLevel ? 0.05 : 0.5
+        scaleModel: isLevel ? Scales.level : Scales.dynamics
         value: visible ? area.session.answer : undefined
         truth: visible && area.session.graded && area.session.truth > 0 ? area.session.truth : undefined
         onPicked: value => area.session.answer = value

@@ -27,8 +27,8 @@ Pressable {
 
     activeFocusOnTab: index === stopOf(chosen)
     onActivated: pick(index)
-    onMoved: key => {
-        const next = movedChoice(chosen, choices.count, key);
+    onMoved: move => {
+        const next = movedChoice(chosen, choices.count, move);
         if (next !== chosen)
             pick(next);
     }

@@ -10,14 +10,14 @@ Item {
     property bool isTruth: false
     property bool dimmed: false
     property point chipPlace // the chip's top left corner on the strip
-    property real barLeft: x - 1 // the bar's left edge on the strip
+    required property real barLeft // the bar's left edge on the strip
     readonly property real chipWidth: Math.ceil(chipContent.implicitWidth) + 14
     readonly property color color: isTruth ? Theme.palette.ink : dimmed ? Palettes.faded(Theme.palette.signal, 0.45) : Theme.palette.signal
 
     Rectangle {
         objectName: marker.objectName + "Bar"
         x: marker.barLeft - marker.x
-        width: 2
+        width: AnswerLayout.markerWidth
         height: AnswerLayout.stripHeight
         color: marker.color
     }

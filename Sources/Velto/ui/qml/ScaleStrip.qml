@@ -9,8 +9,8 @@ Item {
     required property ScaleModel scaleModel
     property var value // the answer, undefined for none
     property var truth // the right answer, undefined for none
-    property real minorOpacity: 0.5
-    property string name
+    required property real minorOpacity // of the minor ticks
+    required property string name
     property bool answerable: true
 
     // The listener points at a value.
@@ -23,8 +23,6 @@ Item {
         return truth === undefined ? own : own + ", actual " + scaleModel.spoken(truth);
     }
     readonly property real pixelRatio: Screen.devicePixelRatio
-    // One point in whole device pixels, so that all ticks look alike.
-    readonly property real hairline: Math.round(pixelRatio) / pixelRatio
 
     implicitHeight: AnswerLayout.areaHeight
 
@@ -50,12 +48,12 @@ Item {
 
             Rectangle {
                 objectName: "tick" + tick.index
-                x: strip.scaleModel.tickLeft(tick.position, strip.hairline, strip.width, strip.pixelRatio)
+                x: AnswerLayout.tickLeft(tick.position, strip.width, strip.pixelRatio)
                 y: AnswerLayout.stripHeight - height
                 // A fraction of a point would be drawn as the next whole one.
                 width: 1
                 transform: Scale {
-                    xScale: strip.hairline
+                    xScale: AnswerLayout.tickWidth(strip.pixelRatio)
                 }
                 height: tick.modelData.height
                 color: tick.modelData.major ? Theme.palette.muted : Palettes.faded(Theme.palette.faint, strip.minorOpacity)
@@ -79,10 +77,10 @@ Item {
         objectName: "answerMarker"
         visible: strip.valueX !== undefined
         x: strip.valueX ?? 0
-        barLeft: strip.scaleModel.tickLeft(x, 2, strip.width, strip.pixelRatio)
+        barLeft: AnswerLayout.markerLeft(x, strip.width, strip.pixelRatio)
         text: strip.value === undefined ? "" : strip.scaleModel.text(strip.value)
         dimmed: !strip.answerable
-        chipPlace: strip.scaleModel.answerChip(strip.valueX, chipWidth, strip.truthX, truthMarker.chipWidth, strip.width)
+        chipPlace: AnswerLayout.answerChip(strip.valueX, chipWidth, strip.truthX, truthMarker.chipWidth, strip.width)
     }
 
     ScaleMarker {
@@ -91,10 +89,10 @@ Item {
         objectName: "truthMarker"
         visible: strip.truthX !== undefined
         x: strip.truthX ?? 0
-        barLeft: strip.scaleModel.tickLeft(x, 2, strip.width, strip.pixelRatio)
+        barLeft: AnswerLayout.markerLeft(x, strip.width, strip.pixelRatio)
         text: strip.truth === undefined ? "" : strip.scaleModel.text(strip.truth)
         isTruth: true
-        chipPlace: strip.scaleModel.truthChip(strip.valueX, answerMarker.chipWidth, strip.truthX, chipWidth, strip.width)
+        chipPlace: strip.truthX === undefined ? Qt.point(0, 0) : AnswerLayout.truthChip(strip.valueX, answerMarker.chipWidth, strip.truthX, chipWidth, strip.width)
     }
 
     // Mouse, keys and assistive technology end in `pick`.
@@ -108,16 +106,16 @@ Item {
         answer: strip.value ?? minimumValue
         minimumValue: strip.scaleModel.lowest
         maximumValue: strip.scaleModel.highest
-        stepSize: strip.scaleModel.smallestStep
+        stepSize: strip.scaleModel.step
         onAsked: value => strip.pick(strip.scaleModel.nearest(value))
-        onMoved: key => strip.pick(strip.scaleModel.moved(value, key))
+        onMoved: move => strip.pick(strip.scaleModel.moved(value, move))
 
         Accessible.role: Accessible.Slider
         Accessible.name: strip.name
         Accessible.description: strip.description
         Accessible.readOnly: !strip.answerable
-        Accessible.onIncreaseAction: moved(FocusStop.Up)
-        Accessible.onDecreaseAction: moved(FocusStop.Down)
+        Accessible.onIncreaseAction: strip.pick(strip.scaleModel.increased(value))
+        Accessible.onDecreaseAction: strip.pick(strip.scaleModel.decreased(value))
 
         MouseArea {
             anchors.fill: parent

@@ -13,28 +13,32 @@ Item {
         spacing: 8
 
         Row {
+            id: figures
+
+            width: parent.width
             spacing: 10
 
-            Repeater {
-                model: [{
-                        "label": "STREAK",
-                        "value": panel.progress.streak
-                    }, {
-                        "label": "TODAY",
-                        "value": panel.progress.today
-                    }, {
-                        "label": "ACC",
-                        "value": panel.progress.accuracy
-                    }]
+            readonly property real share: (width - 2 * spacing) / 3
 
-                Stat {
-                    required property var modelData
+            Stat {
+                objectName: "stat" + label
+                width: figures.share
+                label: "STREAK"
+                value: panel.progress.streak
+            }
 
-                    objectName: "stat" + modelData.label
-                    width: (panel.width - 20) / 3
-                    label: modelData.label
-                    value: modelData.value
-                }
+            Stat {
+                objectName: "stat" + label
+                width: figures.share
+                label: "TODAY"
+                value: panel.progress.today
+            }
+
+            Stat {
+                objectName: "stat" + label
+                width: figures.share
+                label: "ACC"
+                value: panel.progress.accuracy
             }
         }
 

@@ -6,7 +6,7 @@ import Velto
 Item {
     id: picker
 
-    property int slotCount: 3
+    required property int slotCount
     property var value // the chosen slot, undefined for none
     property var truth // the flipped slot, undefined until it is known
     property bool answerable: true

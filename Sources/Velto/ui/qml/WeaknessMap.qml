@@ -7,12 +7,13 @@ Column {
     id: map
 
     required property ProgressModel progress
+    readonly property real labelTop: progress.tallestBar + 4
 
     spacing: 8
 
     Item {
         width: parent.width
-        height: 50
+        height: map.labelTop + 12
 
         Accessible.role: Accessible.Chart
         Accessible.name: "Weakness map"
@@ -34,7 +35,7 @@ Column {
                 objectName: "bar" + index
                 x: Math.round(place)
                 width: Math.round(place + share) - x
-                height: 34
+                height: map.progress.tallestBar
                 insetTop: height - barHeight
                 radius: 2
                 continuous: true
@@ -68,7 +69,7 @@ Column {
                         left += labels.itemAt(i)?.implicitWidth ?? 0;
                     return left;
                 }
-                y: 38
+                y: map.labelTop
                 text: modelData
                 mono: true
                 size: 8

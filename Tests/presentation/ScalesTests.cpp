@@ -1,6 +1,4 @@
-#include "Answering.h"
-
-#include "Drills.h"
+#include "Scales.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
@@ -15,10 +13,6 @@ using namespace velto;
 
 namespace {
 
-constexpr FrequencyScale frequencyScale{40, 16000};
-constexpr DecibelScale levelScale{0, 7, 0.05};
-constexpr DecibelScale dynamicsScale{0, 14, 0.5};
-
 std::vector<std::string> labels(const std::vector<ScaleTick>& ticks) {
   std::vector<std::string> texts;
   for (const ScaleTick& tick : ticks)
@@ -28,6 +22,17 @@ std::vector<std::string> labels(const std::vector<ScaleTick>& ticks) {
 }
 
 } // namespace
+
+TEST(Scales, AreThoseOfTheDrills) {
+  EXPECT_EQ(frequencyScale.lowest, 40);
+  EXPECT_EQ(frequencyScale.highest, 16000);
+  EXPECT_EQ(levelScale.lowest, 0);
+  EXPECT_EQ(levelScale.highest, 7);
+  EXPECT_EQ(levelScale.step, 0.05);
+  EXPECT_EQ(dynamicsScale.lowest, 0);
+  EXPECT_EQ(dynamicsScale.highest, 14);
+  EXPECT_EQ(dynamicsScale.step, 0.5);
+}
 
 TEST(FrequencyScale, IsLogarithmic) {
   EXPECT_DOUBLE_EQ(frequencyScale.position(40, 700), 0);
@@ -81,7 +86,7 @@ TEST(FrequencyScale, KeysMoveByABandAnOctaveOrToTheEnds) {
     EXPECT_EQ(frequencyScale.moved(c.from, c.move), c.to)
         << c.from << " by " << static_cast<int>(c.move);
   // Where the axis is shorter than the grid of bands.
-  constexpr FrequencyScale voice{300, 3400};
+  constexpr FrequencyScale voice{.lowest = 300, .highest = 3400};
   EXPECT_EQ(voice.moved(1000, Move::toStart), 315);
   EXPECT_EQ(voice.moved(1000, Move::toEnd), 3150);
   EXPECT_EQ(voice.moved(3150, Move::right), 3150);
@@ -111,7 +116,7 @@ RC_GTEST_PROP(FrequencyScaleLaws, AKeyAndItsOppositeLeadBack, ()) {
 }
 
 TEST(FrequencyScale, HasATickForEachCentreAndTallOnesForDecades) {
-  const auto ticks = FrequencyScale::ticks();
+  const auto ticks = frequencyScale.ticks();
   ASSERT_EQ(ticks.size(), 27U);
   for (std::size_t i = 0; i < ticks.size(); ++i) {
     const bool decade = i == 4 || i == 14 || i == 24;
@@ -120,6 +125,13 @@ TEST(FrequencyScale, HasATickForEachCentreAndTallOnesForDecades) {
     EXPECT_EQ(ticks[i].height, decade ? 22 : 12);
   }
   EXPECT_EQ(labels(ticks), (std::vector<std::string>{"100", "1k", "10k"}));
+}
+
+TEST(FrequencyScale, HasNoTickBeyondItsEnds) {
+  const auto ticks = FrequencyScale{.lowest = 300, .highest = 3400}.ticks();
+  ASSERT_EQ(ticks.size(), 11U);
+  EXPECT_EQ(ticks.front().value, 315);
+  EXPECT_EQ(ticks.back().value, 3150);
 }
 
 TEST(FrequencyScale, NamesItsUnit) {
@@ -149,10 +161,9 @@ TEST(DecibelScale, KeysMoveByAStepAPageOrToTheEnds) {
         << c.from << " by " << static_cast<int>(c.move);
 }
 
-// A key answers the very number that a click there answers.
 RC_GTEST_PROP(DecibelScaleLaws, KeysStayOnTheGridOfClicks, ()) {
   const DecibelScale scale = *rc::gen::element(levelScale, dynamicsScale);
-  const auto steps = static_cast<int>(std::lround(scale.upper / scale.step));
+  const auto steps = static_cast<int>(std::lround(scale.highest / scale.step));
   double value = scale.valueAt(0, 1000);
   for (int i = 1; i <= steps; ++i) {
     value = scale.moved(value, Move::right);
@@ -170,24 +181,6 @@ TEST(DecibelScale, TakesAnyNumberForTheNearestStep) {
   EXPECT_EQ(levelScale.nearest(-1), 0);
   EXPECT_FALSE(std::signbit(levelScale.nearest(-0.01)));
   EXPECT_NEAR(levelScale.nearest(1e12), 7, 1e-12);
-}
-
-TEST(Choices, GoRoundAndStartFromEitherEnd) {
-  using Answering::movedChoice;
-  EXPECT_EQ(movedChoice(0, 3, Move::right), 1);
-  EXPECT_EQ(movedChoice(1, 3, Move::down), 2);
-  EXPECT_EQ(movedChoice(2, 3, Move::right), 0);
-  EXPECT_EQ(movedChoice(2, 3, Move::left), 1);
-  EXPECT_EQ(movedChoice(0, 3, Move::up), 2);
-  EXPECT_EQ(movedChoice(1, 3, Move::toStart), 0);
-  EXPECT_EQ(movedChoice(1, 3, Move::toEnd), 2);
-  EXPECT_EQ(movedChoice(1, 3, Move::pageUp), 1);
-  EXPECT_EQ(movedChoice(1, 3, Move::pageDown), 1);
-  EXPECT_EQ(movedChoice(-1, 3, Move::right), 0);
-  EXPECT_EQ(movedChoice(-1, 3, Move::left), 2);
-  EXPECT_EQ(movedChoice(-1, 3, Move::pageUp), -1);
-  EXPECT_EQ(movedChoice(0, 1, Move::right), 0);
-  EXPECT_EQ(movedChoice(-1, 0, Move::right), -1);
 }
 
 TEST(DecibelScale, IsLinear) {
@@ -241,95 +234,4 @@ TEST(DecibelScale, DynamicsTicksEachDecibelAndLabelsEvenOnes) {
 TEST(DecibelScale, WritesTwoDecimals) {
   EXPECT_EQ(DecibelScale::text(2.65), "2.65 dB");
   EXPECT_EQ(DecibelScale::text(5), "5.00 dB");
-}
-
-TEST(Ticks, StartOnWholeDevicePixelsInsideTheStrip) {
-  EXPECT_EQ(Answering::tickLeft(0, 1, 739, 1), 0);
-  EXPECT_EQ(Answering::tickLeft(739, 1, 739, 1), 738);
-  EXPECT_EQ(Answering::tickLeft(100.3, 1, 739, 1), 100);
-  EXPECT_EQ(Answering::tickLeft(100.3, 1, 739, 2), 100); // 99.8 points are 199.6 pixels
-  EXPECT_EQ(Answering::tickLeft(100.6, 1, 739, 2), 100);
-  EXPECT_EQ(Answering::tickLeft(100.8, 1, 739, 2), 100.5);
-}
-
-RC_GTEST_PROP(TickLaws, AreOnTheGridAndNearTheirPlace, ()) {
-  const double ratio = *rc::gen::element(1.0, 1.25, 1.5, 2.0, 3.0);
-  const double strip = *rc::gen::inRange(200, 2000);
-  const double x = *rc::gen::inRange(0, 10000) * strip / 10000;
-  const double left = Answering::tickLeft(x, 1, strip, ratio);
-  RC_ASSERT(std::abs(left * ratio - std::round(left * ratio)) < 1e-6);
-  RC_ASSERT(left >= 0);
-  RC_ASSERT(left <= strip);
-  RC_ASSERT(std::abs(left + 0.5 - x) <= 1);
-}
-
-namespace {
-
-struct Box {
-  double left, top, right, bottom;
-};
-
-Box boxOf(const Answering::ChipPlace& place, double width) {
-  return {place.x, place.y, place.x + width, place.y + Answering::chipHeight};
-}
-
-bool overlap(const Box& a, const Box& b) {
-  return a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;
-}
-
-// A bar is 2 points wide.
-bool crosses(double bar, const Box& chip) {
-  return bar + 1 > chip.left && bar - 1 < chip.right;
-}
-
-} // namespace
-
-TEST(Chips, StandRightOfTheirBar) {
-  const auto places = Answering::placeChips(Answering::MarkerSize{300, 60}, std::nullopt, 739);
-  EXPECT_EQ(places.answer, (Answering::ChipPlace{306, 6}));
-}
-
-TEST(Chips, GoLeftWhereTheyWouldLeaveTheStrip) {
-  const auto places = Answering::placeChips(Answering::MarkerSize{700, 60}, std::nullopt, 739);
-  EXPECT_EQ(places.answer, (Answering::ChipPlace{634, 6}));
-}
-
-TEST(Chips, OfCloseMarkersTurnAwayFromEachOther) {
-  const auto places =
-      Answering::placeChips(Answering::MarkerSize{211, 60}, Answering::MarkerSize{280, 104}, 739);
-  EXPECT_EQ(places.answer, (Answering::ChipPlace{145, 6}));
-  EXPECT_EQ(places.truth, (Answering::ChipPlace{286, 6}));
-}
-
-TEST(Chips, StackWhereThereIsNoRoomBesideEachOther) {
-  const auto left =
-      Answering::placeChips(Answering::MarkerSize{10, 60}, Answering::MarkerSize{30, 104}, 739);
-  EXPECT_EQ(left.answer, (Answering::ChipPlace{36, 6}));
-  EXPECT_EQ(left.truth, (Answering::ChipPlace{36, 30}));
-  const auto right =
-      Answering::placeChips(Answering::MarkerSize{735, 60}, Answering::MarkerSize{720, 104}, 739);
-  EXPECT_EQ(right.truth, (Answering::ChipPlace{610, 6}));
-  EXPECT_EQ(right.answer, (Answering::ChipPlace{654, 30}));
-}
-
-RC_GTEST_PROP(ChipLaws, StayInsideTheStripClearOfBarsAndOfEachOther, ()) {
-  const double strip = *rc::gen::inRange(560, 2400);
-  const auto marker = [strip](int widest) {
-    return Answering::MarkerSize{*rc::gen::inRange(0, 10001) * strip / 10000,
-                                 static_cast<double>(*rc::gen::inRange(30, widest))};
-  };
-  const Answering::MarkerSize answer = marker(80);
-  const Answering::MarkerSize truth = marker(130);
-  const auto places = Answering::placeChips(answer, truth, strip);
-  const Box a = boxOf(places.answer, answer.chipWidth);
-  const Box t = boxOf(places.truth, truth.chipWidth);
-  for (const Box& box : {a, t}) {
-    RC_ASSERT(box.left >= 0);
-    RC_ASSERT(box.right <= strip);
-    RC_ASSERT(box.top >= 0);
-    RC_ASSERT(box.bottom <= Answering::stripHeight - 22); // clear of the ticks
-    RC_ASSERT(!crosses(answer.x, box));
-    RC_ASSERT(!crosses(truth.x, box));
-  }
-  RC_ASSERT(!overlap(a, t));
 }

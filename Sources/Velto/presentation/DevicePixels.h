@@ -1,0 +1,13 @@
+// Lengths and positions moved to whole device pixels. All lengths are in points;
+// `devicePixelRatio` is pixels per point.
+#pragma once
+
+namespace velto::DevicePixels {
+
+// The edge between device pixels that is nearest to `x`.
+[[nodiscard]] double snapped(double x, double devicePixelRatio);
+
+// `width` rounded to whole device pixels, at least one.
+[[nodiscard]] double wholeWidth(double width, double devicePixelRatio);
+
+} // namespace velto::DevicePixels

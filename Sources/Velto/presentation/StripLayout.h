@@ -1,0 +1,19 @@
+// The lengths of the answer strips, and where ticks and markers stand on them. All lengths are in
+// points; horizontal positions count from the strip's left edge.
+#pragma once
+
+namespace velto::StripLayout {
+
+inline constexpr double stripHeight = 76;
+inline constexpr double areaHeight = 88; // a strip and the labels under it
+inline constexpr double tickWidth = 1;
+inline constexpr double markerWidth = 2; // of a marker's bar
+
+// The left edge of a tick `width` wide for the value at `x`: centred on it, but inside the strip;
+// on whole device pixels.
+[[nodiscard]] double tickLeft(double x, double width, double stripWidth, double devicePixelRatio);
+
+// The same for the bar of a marker.
+[[nodiscard]] double markerLeft(double x, double stripWidth, double devicePixelRatio);
+
+} // namespace velto::StripLayout
