@@ -60,11 +60,6 @@ public:
   // Delivers all pending renders.
   void settle() { work_.settle(); }
 
-  // Write access to the record; the session itself gives read access only.
-  [[nodiscard]] Profile& record() {
-    return const_cast<Profile&>(session.profile()); // NOLINT(*-const-cast): see above
-  }
-
   // Renders, answers and submits.
   void grade(bool hit) {
     settle();

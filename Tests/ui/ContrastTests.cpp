@@ -268,18 +268,6 @@ TEST(WithoutColour, MarkersAndDisabledButtonsAreToldApart) {
 }
 
 TEST(WithoutColour, WeakAndStrongBandsDifferInHeight) {
-<<<<<<< HEAD
-  Uncoloured stage(Drill::frequency);
-  const auto answer = [&](double target, double octaves) {
-    const Trial trial{.drill = Drill::frequency, .difficulty = 40, .targetFreq = target};
-    for (int i = 0; i < 3; ++i)
-      stage.record().record(trial, Drills::grade(target * std::exp2(octaves), trial));
-  };
-  answer(100, 0);
-  answer(1000, 0.6);
-  answer(4000, 1.2);
-  stage.session.setAnswer(1000); // lets the views look again
-=======
   const Uncoloured stage(Drill::frequency, [](Profile& profile) {
     const auto answer = [&](double target, double octaves) {
       const Trial trial{.drill = Drill::frequency, .difficulty = 40, .targetFreq = target};
@@ -290,7 +278,6 @@ TEST(WithoutColour, WeakAndStrongBandsDifferInHeight) {
     answer(1000, 0.6);
     answer(4000, 1.2);
   });
->>>>>>> ebcae0326afea7ef665c7563a6ade33a1f770d82
   const auto height = [&](int band) {
     return stage.item(QStringLiteral("bar%1").arg(band))->property("barHeight").toDouble();
   };

@@ -17,11 +17,7 @@ namespace {
 void answer(Profile& profile, double targetFreq, double octavesOff, int times) {
   for (int i = 0; i < times; ++i) {
     const Trial trial{.drill = Drill::frequency, .difficulty = 40, .targetFreq = targetFreq};
-<<<<<<< HEAD
-    stage.record().record(trial, Drills::grade(targetFreq * std::exp2(octavesOff), trial));
-=======
     profile.record(trial, Drills::grade(targetFreq * std::exp2(octavesOff), trial));
->>>>>>> ebcae0326afea7ef665c7563a6ade33a1f770d82
   }
 }
 
