@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# The one entry for people: installs what is missing, builds, runs, tests. `./build.sh help`.
+# Entry point for developers: installs missing packages, builds, runs and tests. See `./build.sh
+# help`.
 
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -11,19 +12,19 @@ Usage: ./build.sh [COMMAND]
 
   build, or none    install missing packages, configure and build (release, in build/)
   run [SWITCHES]    build, then run build/bin/velto with the switches; without a display, run a
-                    trial on a private desk and say where its picture is
+                    trial on a private desk and print the path of its screenshot
   test [OPTIONS]    build and run the tests; further arguments go to ctest, for example -R Signals
       --long        the long tests instead of the default ones
       --matrix      the tests across compilers and architectures
       --asan        built with the address and undefined-behaviour sanitizers
-      --tsan        the tests of what has threads, built with the thread sanitizer
-      --coverage    count the lines that the tests run; fails below 95 % of the core's
-  lint              run the formatters and the checkers over the sources
+      --tsan        the tests of threaded code, built with the thread sanitizer
+      --coverage    measure the line coverage; fails below 95 % in the core
+  lint              run the formatters and checkers over the sources
       --fix         let the formatters rewrite the sources
-      --quick       of tests and benchmarks, only those that the last commit changed get clang-tidy
-  docs              make the manual of the libraries, build/docs/html/index.html
+      --quick       no clang-tidy for tests and benchmarks that the last commit did not change
+  docs              generate the API reference, build/docs/html/index.html
   package           build a Debian package, in build-package/
-      --check       and check it: linters, and a bare Debian 12 to install it into (as root)
+      --check       and check it: linters, and an installation in a bare Debian 12 (as root)
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
                     go to the benchmarks, for example --benchmark_filter=render
   help              this text
@@ -82,6 +83,7 @@ testPackages=(
   grim
   libatspi2.0-dev
   libclang-rt-14-dev
+  libebur128-dev
   libgtest-dev
   librapidcheck-dev
   libxcb-xtest0-dev
@@ -90,8 +92,6 @@ testPackages=(
   pkg-config
   python3-fonttools
   python3-ufolib2
-  qml6-module-qtquick-window
-  qml6-module-qttest
   qt6-wayland
   sway
   valgrind
@@ -122,13 +122,20 @@ coveragePackages=(
 
 matrixPackages=(
   clang
+  clang-19
   g++-aarch64-linux-gnu
   g++-mingw-w64-x86-64-posix
+  libc++-19-dev-wasm32
+  libc++abi-19-dev-wasm32
+  libclang-rt-19-dev-wasm32
+  lld-19
+  nodejs
   qemu-user
+  wasi-libc
   wine64
 )
 
-# For the checks of the package.
+# For package --check.
 checkPackages=(
   appstream
   debootstrap
@@ -138,11 +145,11 @@ checkPackages=(
   mandoc
 )
 
-# Installs those of the named packages that are missing. Where there is no apt-get, and where its
-# user may not install, it says what is needed and goes on: the build tells what it cannot find.
+# Installs missing packages. Without apt-get, or without the rights to use it, prints what is needed
+# and goes on; the build then reports what it cannot find.
 provide() {
   if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
-    say "No apt-get here. What is needed, by its Debian names: $*"
+    say "No apt-get. Required packages, by their Debian names: $*"
     return
   fi
   local -A installed=()
@@ -159,20 +166,20 @@ provide() {
   local -a as=(env DEBIAN_FRONTEND=noninteractive)
   if ((EUID != 0)); then
     if ! command -v sudo >/dev/null; then
-      say "Neither root nor sudo. Install them as root: apt-get install ${missing[*]}"
+      say "No root rights and no sudo. Run as root: apt-get install ${missing[*]}"
       return
     fi
-    # Without a terminal nobody can type a password.
+    # Without a terminal, sudo cannot ask for a password.
     if [[ -t 0 ]]; then as=(sudo "${as[@]}"); else as=(sudo -n "${as[@]}"); fi
   fi
-  "${as[@]}" apt-get update </dev/null || say 'The package lists could not be refreshed; trying the old ones'
+  "${as[@]}" apt-get update </dev/null || say 'Cannot refresh the package lists; using the old ones'
   "${as[@]}" apt-get install -y --no-install-recommends -o DPkg::Lock::Timeout=300 \
     "${missing[@]}" </dev/null || fail "apt-get could not install: ${missing[*]}"
 }
 
 # --- Build ----------------------------------------------------------------------------------------
 
-# preset, its folder, further settings. Only what differs from the last time is configured again.
+# configure PRESET FOLDER [NAME=VALUE...]: configures FOLDER unless it already has these settings.
 configure() {
   local preset=$1 folder=$2 setting
   shift 2
@@ -191,7 +198,7 @@ compile() {
   cmake --build "$@"
 }
 
-# A folder that was configured with the tests keeps them.
+# Keeps an existing configuration, which may include the tests.
 configureProgram() {
   [[ -f $root/build/CMakeCache.txt && -f $root/build/build.ninja ]] \
     || configure release "$root/build" VELTO_BUILD_TESTS=OFF
@@ -205,7 +212,7 @@ build() {
 
 # --- Run ------------------------------------------------------------------------------------------
 
-# Whether a display is there and somebody listens on it.
+# True if there is a display to connect to.
 hasDisplay() {
   local wayland=${WAYLAND_DISPLAY-} x=${DISPLAY-}
   if [[ -n $wayland ]]; then
@@ -215,8 +222,8 @@ hasDisplay() {
   [[ $x =~ ^([^:]*):([0-9]+)(\.[0-9]+)?$ ]] || return 1
   local host=${BASH_REMATCH[1]} number=${BASH_REMATCH[2]}
   if [[ -z $host || $host == unix ]]; then
-    # A socket without a listener is what a dead server left. One that this network namespace does
-    # not list may have been lent to a container.
+    # A socket file counts even if no server is known to listen: one that was lent to a container is
+    # not listed in this network namespace.
     [[ -S /tmp/.X11-unix/X$number ]] || grep -q " @/tmp/.X11-unix/X$number\$" /proc/net/unix
   else
     timeout 5 bash -c "exec 3<>/dev/tcp/$host/$((6000 + number))" 2>/dev/null
@@ -227,7 +234,7 @@ hasSound() {
   [[ -n ${PULSE_SERVER-} || -S ${XDG_RUNTIME_DIR-}/pulse/native ]] || compgen -G '/dev/snd/pcm*p' >/dev/null
 }
 
-# Whether one of the words is among the switches: words, --, switches.
+# given WORD... -- [SWITCH...]: true if one of the words is among the switches.
 given() {
   local -a words=()
   while [[ $1 != -- ]]; do words+=("$1"); shift; done
@@ -239,7 +246,7 @@ given() {
   return 1
 }
 
-# The value after the first occurrence of a switch: switch, switches.
+# valueOf NAME [SWITCH...]: prints the argument after the first NAME.
 valueOf() {
   local wanted=$1
   shift
@@ -256,7 +263,7 @@ run() {
     compile "$root/build" --target velto
   } >&2
   local program=$root/build/bin/velto
-  if given --probe --brand-check --bench --seed-demo -- "$@" || hasDisplay; then
+  if given --help --version --probe --brand-check --bench --seed-demo -- "$@" || hasDisplay; then
     if [[ -n ${WAYLAND_DISPLAY-} && -z ${DISPLAY-} ]]; then provide qt6-wayland >&2; fi
     exec "$program" "$@"
   fi
@@ -268,7 +275,7 @@ run() {
   trial "$program" "$@"
 }
 
-# A scripted trial where nobody sees or hears it: program, switches.
+# trial PROGRAM [SWITCH...]: runs a scripted trial on a private desk.
 trial() {
   local program=$1 folder=$root/build/trial
   shift
@@ -279,7 +286,7 @@ trial() {
   [[ -n $picture ]] || fail '--shot needs a path' 2
 
   provide "${deskPackages[@]}"
-  say 'No display here: a trial runs on a private desk with its own screen and sound server'
+  say 'No display: running a trial on a private desk with its own screen and sound server'
   say "velto $*"
   rm -rf "$folder"
   mkdir -p "$folder/profile"
@@ -331,7 +338,7 @@ runTests() {
   case $preset in
     asan-ubsan | tsan)
       sanitizerOptions
-      # Their shadow memory collides with the wide address randomisation of newer kernels.
+      # Their shadow memory collides with the address randomisation of newer kernels.
       if setarch -R true 2>/dev/null; then wrapper=(setarch -R); fi
       ;;
     coverage) find "$folder" -name '*.gcda' -delete ;;
@@ -341,13 +348,13 @@ runTests() {
   "${wrapper[@]}" ctest --test-dir "$folder" -L "^$label\$" --no-tests=error --no-label-summary \
     --output-on-failure -j2 --output-log "$log" "${extra[@]}" || status=$?
   if [[ $preset == coverage ]]; then coverage "$folder" || status=1; fi
-  # The verdict is the last line, for whoever reads only that.
+  # Print the summary as the last line.
   grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+$' "$log" | tail -n 1 || true
   exit "$status"
 }
 
-# Each file of suppressions names libraries that are built without the sanitizer, with the reason.
-# The options of the caller come last and win.
+# Each suppression file names libraries that are built without the sanitizer, with the reason. The
+# caller's options come last and win.
 sanitizerOptions() {
   local files=$root/Tests/sanitizers
   local strict=strict_string_checks=1:detect_stack_use_after_return=1
@@ -358,13 +365,13 @@ sanitizerOptions() {
   export TSAN_OPTIONS="suppressions=$files/threads.supp:$strict:${TSAN_OPTIONS-}"
 }
 
-# Lists the lines that no test ran, then holds the core against its share: build folder.
+# coverage BUILD: prints the line coverage per file, then fails if the core's is too low.
 coverage() {
   local -a report=(gcovr --root "$root/Sources/Velto" --object-directory "$1/Sources/Velto"
     --exclude-throw-branches)
-  say 'Lines that the tests run'
+  say 'Line coverage'
   "${report[@]}" --sort-percentage
-  say 'The core'
+  say 'Line coverage of the core'
   "${report[@]}" --fail-under-line 95 "$1/Sources/Velto/core"
 }
 
@@ -397,7 +404,7 @@ docs() {
   provide "${docsPackages[@]}"
   mkdir -p "$root/build/docs"
   (cd "$root" && doxygen Documentation/Doxyfile)
-  say 'The manual: build/docs/html/index.html'
+  say 'The API reference: build/docs/html/index.html'
 }
 
 # --- Package --------------------------------------------------------------------------------------

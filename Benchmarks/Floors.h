@@ -1,5 +1,5 @@
-// What the arithmetic of a material or a filter costs at least: the chain of operations of which
-// each waits for the one before it, and nothing else, over one trial's length of samples.
+// Lower bounds for the cost of a material or a filter: nothing but its chain of dependent
+// operations, over the samples of one trial.
 #pragma once
 
 #include <cstdint>

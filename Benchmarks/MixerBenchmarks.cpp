@@ -1,7 +1,8 @@
-// One block of the device callback, as the sound output asks for it, from the engine's clock to the
-// headroom, beside a plain copy of as many samples.
+// One block of the device callback, from the engine's clock to the headroom, beside a plain copy of
+// as many samples.
 
 #include "AudioEngine.h"
+#include "Mixer.h"
 #include "ReferenceTrial.h"
 
 #include <benchmark/benchmark.h>
@@ -14,9 +15,9 @@
 namespace velto::benchmarks {
 namespace {
 
-constexpr std::size_t blockFrames = 480; // what PulseAudio asks for, 10 ms
+constexpr std::size_t blockFrames = 480; // PulseAudio's request, 10 ms
 
-// An output that asks when the benchmark says so.
+// An output that renders when the benchmark says so.
 class PulledDevice final : public OutputDevice {
 public:
   explicit PulledDevice(Renderer*& renderer) : renderer_(renderer) {}
@@ -62,19 +63,20 @@ void resting(benchmark::State& state) {
 }
 BENCHMARK(resting)->Name("callback/480 frames, one voice heard");
 
-// A crossfade takes 15 blocks: each of the first ten starts anew, so that all voices move.
+// A crossfade takes 15 blocks. A new one starts every ten, so that all voices keep fading.
 void crossfading(benchmark::State& state) {
   PlayingEngine playing;
   std::int64_t block = 0;
   for (auto _ : state) {
     if (block++ % 10 == 0)
-      playing.engine().crossfadeTo(block / 10 % 2);
+      playing.engine().switchTo(block / 10 % 2);
     playing.callback();
   }
 }
 BENCHMARK(crossfading)->Name("callback/480 frames, crossfading");
 
-// No more blocks than the ring of the tap has room for: the benchmark asks faster than it is read.
+// Limited to the blocks for which the tap's ring has room: the benchmark renders faster than the
+// tap is read.
 void tapped(benchmark::State& state) {
   PlayingEngine playing;
   playing.engine().installTap(4096, [](const TapBuffer&) {});

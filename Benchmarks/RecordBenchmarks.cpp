@@ -1,4 +1,4 @@
-// Statistics, save and load of a full record, beside one pass over its rows and over its bytes.
+// Statistics, encoding and decoding of a full record, beside one pass over its rows or its bytes.
 
 #include "Coding.h"
 #include "Signals.h"
@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::int64_t fullRecord = 5000; // rows that a profile keeps
 
-// `count` answers, the last one now, `secondsBetween` apart.
+// `count` answers, `secondsBetween` apart, the last one now.
 Stored recordOf(std::int64_t count, double secondsBetween) {
   const double now = Date::now().secondsSinceReferenceDate;
   Xorshift64 generator(1);
@@ -44,7 +44,7 @@ void statistics(benchmark::State& state) {
   for (auto _ : state)
     benchmark::DoNotOptimize(Statistics::compute(record.attempts, record.lifetime, now));
 }
-// All of today, and a year of days.
+// All answers today, and spread over a year.
 BENCHMARK(statistics)
     ->ArgNames({"rows", "seconds between"})
     ->Args({200, 0})

@@ -1,4 +1,4 @@
-// The trials that are measured, for the program and for its reference.
+// The measured trials, for the program and for the reference model.
 #pragma once
 
 #include "Drills.h"
@@ -9,7 +9,7 @@ namespace velto::benchmarks {
 inline constexpr double trialSeconds = 3.2;
 inline constexpr std::size_t trialFrames = 153600;
 
-// A trial of middling difficulty.
+// A trial of medium difficulty.
 [[nodiscard]] inline Trial trialOf(Drill drill) {
   return Drills::makeTrial(50, Drills::defaultMaterial(drill), 4242, drill);
 }

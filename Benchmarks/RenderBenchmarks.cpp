@@ -1,4 +1,4 @@
-// A whole trial of each drill, beside the reference model's.
+// A whole trial of each drill, beside the reference model.
 
 #include "ReferenceTrial.h"
 

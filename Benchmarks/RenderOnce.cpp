@@ -1,4 +1,4 @@
-// Renders one trial twice: once so that what is made once is made, once to be counted.
+// Renders one trial twice: first to build the shared tables, then to be counted.
 //
 //   velto_render_once <drill> [reference]
 
@@ -20,7 +20,7 @@ std::size_t framesOf(Drill drill, bool byReference) {
 
 } // namespace
 
-// What is counted; found by its name.
+// The counted function. callgrind finds it by its name.
 extern "C" __attribute__((noinline)) std::size_t countedRender(const Drill& drill,
                                                                bool byReference) {
   return framesOf(drill, byReference);

@@ -1,5 +1,5 @@
-// Materials, filters and measurements over one trial's length, beside their reference and the
-// floors.
+// Materials, filters and measurements over the length of one trial, beside the reference model and
+// the floors.
 
 #include "Floors.h"
 #include "ReferenceTrial.h"
@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::uint64_t seed = 4242;
 
-// `work` returns a value, so that none of it is optimised away.
+// `work` returns a value, so that it is not optimised away.
 template <typename Work>
 void measure(const std::string& name, Work work) {
   benchmark::RegisterBenchmark(name.c_str(), [work](benchmark::State& state) {

@@ -1,5 +1,5 @@
-# Turns the tree that CPack has staged into what Debian wants: a stripped program, compressed
-# manuals and changelogs.
+# Prepares the tree staged by CPack for Debian: strips the program, and compresses manuals and
+# changelogs.
 
 set(prefix ${CPACK_TEMPORARY_INSTALL_DIRECTORY}${CPACK_PACKAGING_INSTALL_PREFIX})
 set(doc ${prefix}/share/doc/velto)

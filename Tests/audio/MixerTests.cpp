@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <deque>
 #include <limits>
+#include <memory>
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
 #include <vector>
@@ -28,13 +28,12 @@ class Desk {
 public:
   void play(std::vector<Slot> slots, std::int64_t chosen, std::uint64_t startDelayFrames,
             Switching switching = Switching::crossfade) {
-    auto& playback = playbacks_.emplace_back();
-    playback.switching = switching;
-    std::copy(slots.begin(), slots.end(), playback.slots.begin());
-    playback.startDelayFrames = startDelayFrames;
-    scene_.playback = &playback;
-    ++scene_.generation;
+    scene_.slots = {};
+    std::copy(slots.begin(), slots.end(), scene_.slots.begin());
+    scene_.startDelayFrames = startDelayFrames;
+    scene_.switching = switching;
     scene_.chosen = chosen;
+    ++scene_.load;
     mixer.publish(scene_);
   }
 
@@ -45,9 +44,18 @@ public:
   }
 
   void silence() {
-    scene_.playback = nullptr;
-    ++scene_.generation;
+    scene_.slots = {};
+    scene_.startDelayFrames = 0;
+    scene_.chosen = -1;
+    ++scene_.load;
     mixer.publish(scene_);
+  }
+
+  // The output is closed, and another one is opened.
+  void beginStream() {
+    ++scene_.stream;
+    silence();
+    mixer.releaseAllButLatest();
   }
 
   // The next frames, both channels.
@@ -67,15 +75,12 @@ public:
     return renderBoth(frames, blockFrames).l;
   }
 
-  [[nodiscard]] float volume(std::size_t voice) const {
-    return mixer.volume(voice, scene_.generation);
-  }
+  [[nodiscard]] float volume(std::size_t voice) const { return mixer.volume(voice, scene_.load); }
 
   Mixer mixer;
 
 private:
   Scene scene_;
-  std::deque<Playback> playbacks_;
 };
 
 class MixerWithBlocks : public ::testing::TestWithParam<std::size_t> {};
@@ -325,124 +330,57 @@ TEST(Mixer, AnUnknownSlotLetsNothingBeHeard) {
   }
 }
 
-TEST(Mixer, AGenerationIsAdoptedWithTheNextBlockOnly) {
+// A slot whose samples tell whether anybody still holds them.
+struct WatchedSlot {
+  explicit WatchedSlot(std::size_t frames = 10) {
+    auto samples = std::make_shared<Samples>(frames, 1.0F);
+    alive = samples;
+    const SharedSamples shared(samples, *samples);
+    slot = {shared, shared};
+  }
+
+  Slot slot;
+  std::weak_ptr<Samples> alive;
+};
+
+TEST(Mixer, KeepsAReplacedLoadUntilABlockHasAdoptedTheNext) {
   Desk desk;
-  desk.play({constantSlot(10, 1, 1)}, 0, 0);
-  EXPECT_EQ(desk.mixer.adoptedGeneration(), 0U);
+  WatchedSlot first;
+  desk.play({first.slot}, 0, 0);
+  first.slot = {};
   (void)desk.render(1);
-  EXPECT_EQ(desk.mixer.adoptedGeneration(), 1U);
   desk.silence();
-  EXPECT_EQ(desk.mixer.adoptedGeneration(), 1U);
+  EXPECT_FALSE(first.alive.expired());
   (void)desk.render(1);
-  EXPECT_EQ(desk.mixer.adoptedGeneration(), 2U);
+  desk.fadeTo(0); // publishing frees what is no longer played
+  EXPECT_TRUE(first.alive.expired());
 }
 
-TEST(Mixer, AfterAResetNothingIsLeft) {
+TEST(Mixer, FreesALoadThatWasNeverPlayed) {
   Desk desk;
-  desk.play({constantSlot(10, 1, 1)}, 0, 0);
+  WatchedSlot skipped;
+  desk.play({skipped.slot}, 0, 0);
+  skipped.slot = {};
+  desk.silence();
+  (void)desk.render(1);
+  desk.silence();
+  EXPECT_TRUE(skipped.alive.expired());
+}
+
+TEST(Mixer, ANewStreamPlaysNothingOfTheOneBefore) {
+  Desk desk;
+  WatchedSlot old;
+  desk.play({old.slot}, 0, 0);
+  old.slot = {};
   (void)desk.render(ramp);
   desk.silence();
+  (void)desk.render(10); // its tail has 230 frames left
+  desk.play({constantSlot(10, 1, 1)}, 0, 0);
   (void)desk.render(10);
-  desk.mixer.reset();
+  desk.beginStream();
+  EXPECT_TRUE(old.alive.expired());
   for (const float sample : desk.render(1000))
     ASSERT_EQ(sample, 0.0F);
-}
-
-// Through silence
-
-TEST_P(MixerWithBlocks, ASwitchThroughSilenceFallsFor75msAndRisesFor75ms) {
-  Desk desk;
-  desk.play({constantSlot(10, 1, 1), constantSlot(10, -1, -1)}, 0, 0, Switching::throughSilence);
-  (void)desk.render(ramp);
-  desk.fadeTo(1);
-  const auto out = desk.render(ramp + 100, GetParam());
-  constexpr std::size_t half = ramp / 2;
-  for (std::size_t i = 0; i < half; ++i)
-    ASSERT_NEAR(out[i], 1 - static_cast<double>(i) / half, 6e-8) << i;
-  for (std::size_t i = half; i < ramp; ++i)
-    ASSERT_NEAR(out[i], -static_cast<double>(i - half) / half, 6e-8) << i;
-  for (std::size_t i = ramp; i < out.size(); ++i)
-    ASSERT_EQ(out[i], -1.0F) << i;
-}
-
-TEST(Mixer, ASwitchThroughSilenceThatInterruptsOneStartsFromThePresentGain) {
-  for (const std::size_t interruption : {1200U, 5400U}) {
-    Desk desk;
-    desk.play({constantSlot(10, 1, 1), constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, 0, 0,
-              Switching::throughSilence);
-    (void)desk.render(ramp);
-    desk.fadeTo(1);
-    const auto before = desk.render(interruption);
-    desk.fadeTo(2);
-    const auto out = desk.render(ramp + 1);
-    const double gain = interruption < 3600 ? 1 - static_cast<double>(interruption) / 3600
-                                            : static_cast<double>(interruption - 3600) / 3600;
-    EXPECT_NEAR(out[0], gain, 6e-8);
-    EXPECT_NEAR(out[1800], gain / 2, 6e-8);
-    EXPECT_EQ(out[3600], 0.0F);
-    EXPECT_NEAR(out[5400], 0.5, 6e-8);
-    EXPECT_EQ(out[ramp], 1.0F);
-  }
-}
-
-TEST(Mixer, ChoosingTheChosenSlotThroughSilenceChangesNothing) {
-  Desk desk;
-  desk.play({constantSlot(10, 1, 1), constantSlot(10, 0.5F, 0.5F)}, 0, 0,
-            Switching::throughSilence);
-  (void)desk.render(ramp);
-  desk.fadeTo(0);
-  for (const float sample : desk.render(ramp))
-    ASSERT_EQ(sample, 1.0F);
-  desk.fadeTo(1);
-  (void)desk.render(1000);
-  desk.fadeTo(1);
-  EXPECT_NEAR(desk.render(1)[0], 1 - 1000.0 / 3600, 6e-8);
-  (void)desk.render(ramp - 1001);
-  EXPECT_EQ(desk.render(1)[0], 0.5F);
-}
-
-TEST(Mixer, AVolumeThroughSilenceTakesSixStepsDownAndSixUp) {
-  Desk desk;
-  desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 0, Switching::throughSilence);
-  (void)desk.render(ramp);
-  desk.fadeTo(1);
-  for (unsigned k = 0; k <= 12; ++k) {
-    (void)desk.render(1);
-    EXPECT_EQ(desk.volume(0), k < 6 ? static_cast<float>(6 - k) / 6.0F : 0.0F) << k;
-    EXPECT_EQ(desk.volume(1), k > 6 ? static_cast<float>(k - 6) / 6.0F : 0.0F) << k;
-    (void)desk.render(step - 1);
-  }
-}
-
-// What both ears get while slots are switched, as magnitudes: the same whichever slot is flipped.
-RC_GTEST_PROP(Mixer, ThroughSilenceNoEnvelopeTellsTheFlippedSlot, ()) {
-  const double correlation = *rc::gen::element(1.0, 0.35);
-  const auto delay = *rc::gen::element<std::uint64_t>(0, 100, 3840);
-  const auto first = *rc::gen::inRange<std::int64_t>(0, 3);
-  const auto wait = *rc::gen::inRange<std::size_t>(1, 9000);
-  const auto switches =
-      *rc::gen::container<std::vector<std::int64_t>>(40, rc::gen::inRange<std::int64_t>(0, 3));
-  const auto pauses = *rc::gen::container<std::vector<std::size_t>>(
-      40, rc::gen::element<std::size_t>(240, 240, 240, 240, 1000, 3600, 7200, 9000));
-  std::vector<kit::Recording> heard;
-  for (std::int64_t odd = 0; odd < 3; ++odd) {
-    Trial trial = Drills::makeTrial(0, Material::pad, 4242, Drill::polarity);
-    trial.oddSlot = odd;
-    trial.correlation = correlation;
-    Desk desk;
-    desk.play(Drills::render(trial, 0.5, Noise::audible), first, delay, Switching::throughSilence);
-    kit::Recording out = desk.renderBoth(wait, 240);
-    for (std::size_t i = 0; i < switches.size(); ++i) {
-      desk.fadeTo(switches[i]);
-      out.append(desk.renderBoth(pauses[i], 240));
-    }
-    heard.push_back(std::move(out));
-  }
-  for (const std::size_t odd : {1U, 2U})
-    for (std::size_t i = 0; i < heard[0].frames(); ++i) {
-      RC_ASSERT(heard[odd].l[i] == heard[0].l[i]);
-      RC_ASSERT(std::abs(heard[odd].r[i]) == std::abs(heard[0].r[i]));
-    }
 }
 
 // Between two crossfades in progress too: the gains of a scene never add up to more than 1.

@@ -3,6 +3,7 @@
 #include "kit/Eventually.h"
 #include "kit/FakeOutput.h"
 #include "kit/Slots.h"
+#include "kit/TestPlayer.h"
 
 #include <gtest/gtest.h>
 
@@ -31,7 +32,7 @@ constexpr std::size_t ramp = 7200;
 // A player on a device that the test drives. It closes only when it ends.
 struct PlayerTest : ::testing::Test {
   FakeOutput output;
-  Player player{output.factory(), 1ms};
+  kit::TestPlayer player{output.factory(), 1ms};
 
   std::vector<float> left(std::size_t frames, std::size_t block = 480) {
     return output.pull(frames, block).l;
@@ -209,7 +210,7 @@ TEST_F(PlayerTest, StopIsIdleAtOnceAndClosesTheDevice) {
 
 TEST(Player, StopFadesAndThenStaysSilent) {
   FakeOutput output;
-  Player player(output.factory(), 1s);
+  kit::TestPlayer player(output.factory(), 1s);
   const std::vector<Slot> slots{constantSlot(10, 1, 1)};
   player.load(slots, 0);
   (void)output.pull(2 * ramp, 480);
@@ -222,7 +223,7 @@ TEST(Player, StopFadesAndThenStaysSilent) {
 
 TEST(Player, StopInACrossfadeLeavesNothingOfItBehind) {
   FakeOutput output;
-  Player player(output.factory(), 1s);
+  kit::TestPlayer player(output.factory(), 1s);
   const std::vector<Slot> slots{constantSlot(10, 0.5F, 0), constantSlot(10, 1, 0)};
   player.load(slots, 0);
   (void)output.pull(2 * ramp, 480);
@@ -257,7 +258,7 @@ TEST_F(PlayerTest, StopTwiceAndStopWhileIdleAreHarmless) {
 TEST(Player, ASecondLoadPlaysNotOneFrameOfTheFirstAfterItsStart) {
   for (const std::size_t block : {1U, 64U, 441U, 480U, 1920U, 333U}) {
     FakeOutput output;
-    Player player(output.factory(), 100ms);
+    kit::TestPlayer player(output.factory(), 100ms);
     const std::vector<Slot> first{constantSlot(10, 1, 1), constantSlot(10, 1, 1)};
     const std::vector<Slot> second{noiseSlot(3000, 1), noiseSlot(3000, 2), noiseSlot(3000, 3)};
     player.load(first, 1);
@@ -429,7 +430,7 @@ private:
   }
 
   FakeOutput& output_;
-  Player player_;
+  kit::TestPlayer player_;
   std::vector<Slot> slots_;
   std::int64_t current_ = 0;
   bool isPlaying_ = false;
@@ -455,7 +456,7 @@ RC_GTEST_PROP(Player, FollowsItsRulesForAnySequenceOfCalls, ()) {
 // For the thread sanitizer: everything that the main thread can do, as fast as it can, against a
 // device thread that renders all the time. Buffers come and go.
 TEST(Player, MainThreadAndDeviceThreadNeverMeetInABuffer) {
-  Player player([] { return std::make_unique<RacingDevice>(); }, 0ms);
+  kit::TestPlayer player([] { return std::make_unique<RacingDevice>(); }, 0ms);
   float highest = 0;
   for (std::uint32_t i = 0; i < 3000; ++i) {
     const std::vector<Slot> slots{noiseSlot(50 + i % 7, i), noiseSlot(60, i + 1), noiseSlot(70, i)};

@@ -304,14 +304,18 @@ TEST(Measure, NormalizeScalesToTheTarget) {
 }
 
 TEST(Measure, NormalizeRoundsTheGainToAFloatFirst) {
-  // A level of 0 dB and a target of -20 dB: the gain is the float nearest to 0.1, and each sample
-  // a product of floats. 0.7 times 0.1 in doubles rounds to another float.
   Samples x = square(1, 1000);
-  x[0] = 0.7f;
-  const double level = Measure::rmsDB(x);
-  const float gain = static_cast<float>(std::pow(10.0, (-20 - level) / 20));
-  EXPECT_EQ(Measure::normalizeRMS(x, -20)[0], 0.7f * gain);
-  EXPECT_NE(static_cast<double>(gain), std::pow(10.0, (-20 - level) / 20));
+  for (std::size_t i = 0; i < 100; ++i)
+    x[i] = 0.7f + 0.001f * static_cast<float>(i);
+  const double gain = std::pow(10.0, (-20 - Measure::rmsDB(x)) / 20);
+  const Samples normalized = Measure::normalizeRMS(x, -20);
+  int otherInDoubles = 0;
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    EXPECT_EQ(normalized[i], x[i] * static_cast<float>(gain)) << i;
+    if (normalized[i] != static_cast<float>(static_cast<double>(x[i]) * gain))
+      ++otherInDoubles;
+  }
+  EXPECT_GT(otherInDoubles, 0);
 }
 
 TEST(Measure, LevelsOfHugeAndInfiniteSamplesAreTheModels) {

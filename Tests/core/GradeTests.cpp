@@ -108,6 +108,11 @@ TEST(Grade, FrequencyThresholdIsTheDoubleNearestAThird) {
   ASSERT_NEAR(answer, 1.2599210498948732, 1e-15); // 2^(1/3)
   EXPECT_TRUE(grade(answer, frequencyTrial(1)).correct);
   EXPECT_FALSE(grade(std::nextafter(answer, 2), frequencyTrial(1)).correct);
+  // Below the truth the last hit is one step of the error from the third.
+  const Grade below = grade(0.7937005259840998, frequencyTrial(1));
+  EXPECT_EQ(below.error, std::nextafter(1.0 / 3, 0));
+  EXPECT_TRUE(below.correct);
+  EXPECT_FALSE(grade(std::nextafter(0.7937005259840998, 0), frequencyTrial(1)).correct);
 }
 
 TEST(Grade, FrequencyOfNothingIsAMiss) {

@@ -124,6 +124,11 @@ TEST(Bands, NearestIsMeasuredInOctaves) {
   EXPECT_EQ(Bands::nearestIndex(96000), 26u);
 }
 
+TEST(Bands, EquallyFarIsTheLower) {
+  EXPECT_EQ(Bands::nearestIndex(0), 0u);
+  EXPECT_EQ(Bands::nearestIndex(std::numeric_limits<double>::infinity()), 0u);
+}
+
 // makeTrial
 
 TEST(Trial, FieldsThatAreNotTheDrillsKeepTheirDefaults) {
@@ -210,6 +215,15 @@ TEST(Trial, LevelAndDynamicsTargetsAreRoundedToTheirSteps) {
         row.targetGRdB)
         << row.seed << " at " << row.difficulty;
   }
+}
+
+// The state after this seed is 1, and the fraction of it 0: the targets are the lowest ones.
+TEST(Trial, HalvesAreRoundedAwayFromZero) {
+  constexpr std::uint64_t seed = 13721891023265367629U;
+  const auto level = Drills::makeTrial(62.5, Material::pad, seed, Drill::level);
+  EXPECT_EQ(level.targetLevelDB, 1.15); // 22.5 steps
+  const auto dynamics = Drills::makeTrial(3.75, Material::pad, seed, Drill::dynamics);
+  EXPECT_EQ(dynamics.targetGRdB, 4.7); // 46.5 steps
 }
 
 TEST(Trial, PolarityHasItsOddSlotFromTheState) {

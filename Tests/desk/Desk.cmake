@@ -2,16 +2,16 @@
 #                 [DISPLAY] [SOUND [PROMPT]] [LOCALE] [LONG] [SERIAL]
 #                 [SIZE WxHxD] [TIMEOUT seconds] [ENVIRONMENT name=value...])
 #
-# Registers a test that runs on a private desk; see `desk --help` for what it finds there.
+# Registers a test that runs on a private desk; see `desk --help` for what the desk provides.
 #   DISPLAY  with an X server and a window manager
-#   SOUND    with a sound server. Such tests never run side by side (resource lock "sound"). A virtual
-#            machine can stand still for 100 ms; what is played has 250 ms in store against that.
-#   PROMPT   with no more in store than the program asks for
-#   LOCALE   registers name.comma too: the same under a locale whose decimal separator is a comma
-#   LONG     label "long" in place of "default"
+#   SOUND    with a sound server. Such tests never run in parallel (resource lock "sound"). Playback
+#            is buffered by 250 ms, because a virtual machine can stall for 100 ms.
+#   PROMPT   with no more buffering than the program asks for
+#   LOCALE   registers name.comma too: the same test under a locale with a decimal comma
+#   LONG     label "long" instead of "default"
 #   SERIAL   nothing else runs meanwhile
-#   TIMEOUT  60 s unless given, 900 s for LONG
-# A target named as the command must be defined before.
+#   TIMEOUT  60 s by default, 900 s with LONG
+# A target used as the command must be defined before.
 
 set(VELTO_DESK ${CMAKE_CURRENT_LIST_DIR}/desk CACHE INTERNAL "Runs a command on a private desk")
 set(VELTO_DESK_LOCALES ${PROJECT_BINARY_DIR}/locales CACHE INTERNAL "Locales compiled for tests")
@@ -52,7 +52,7 @@ function(velto_desk_test)
     list(REMOVE_AT command 0)
     list(PREPEND command $<TARGET_FILE:${program}>)
   endif()
-  # The desk drops settings of the desktop, so what the test wants is set inside it.
+  # The desk unsets desktop variables, so set the test's own inside it.
   if(arg_ENVIRONMENT)
     list(PREPEND command env ${arg_ENVIRONMENT})
   endif()
@@ -76,8 +76,8 @@ function(velto_desk_test)
   endif()
 endfunction()
 
-# Compiles the comma locale once for all tests that need it; takes more than a second. A test's name
-# is known in its own directory only, hence one for each directory.
+# Compiles the comma locale once for all tests that need it; takes more than a second. A test name
+# is visible only in its own directory, hence one test per directory.
 function(velto_comma_locale)
   file(RELATIVE_PATH place ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
   set(name commaLocale:${place})

@@ -302,10 +302,10 @@ TEST(Engine, KeepsBuffersUntilTheMixerHasLetGoOfThem) {
   (void)leftOf(output, 480);
   engine.play({noiseSlot(1000, 2)}, 0, 0);
   EXPECT_FALSE(watched.expired()); // the mixer may be reading it right now
-  engine.crossfadeTo(0);
+  engine.switchTo(0);
   EXPECT_FALSE(watched.expired());
   (void)leftOf(output, 1);
-  engine.crossfadeTo(0);
+  engine.switchTo(0);
   EXPECT_TRUE(watched.expired());
 }
 
@@ -320,7 +320,7 @@ TEST(Engine, BuffersThatWereReplacedBeforeTheyWereHeardAreFreedToo) {
     engine.play({std::move(slot)}, 0, 0);
   }
   (void)leftOf(output, 1);
-  engine.crossfadeTo(0);
+  engine.switchTo(0);
   for (std::size_t i = 0; i < 9; ++i)
     EXPECT_TRUE(watched[i].expired()) << i;
   EXPECT_FALSE(watched[9].expired());

@@ -8,6 +8,7 @@
 #endif
 #include "kit/Eventually.h"
 #include "kit/Slots.h"
+#include "kit/TestPlayer.h"
 
 #include <gtest/gtest.h>
 
@@ -38,7 +39,7 @@ std::chrono::seconds duration() {
 
 // Everything that the main thread can do to a callback: a switch every 20 ms, most of them in the
 // middle of a crossfade, new slots, a tap, and now and then a stop.
-void practise(Player& player, Clock::time_point end) {
+void practise(kit::TestPlayer& player, Clock::time_point end) {
   std::vector<std::vector<Slot>> trials;
   for (std::uint32_t i = 0; i < 6; ++i)
     trials.push_back({kit::noiseSlot(48000 + i, i), kit::noiseSlot(30000, i + 1),
@@ -70,7 +71,7 @@ TEST(Callback, NeverLocksAllocatesOrMakesASystemCall) {
 #endif
   CallbackCounts counts;
   {
-    Player player;
+    kit::TestPlayer player;
     practise(player, Clock::now() + duration());
     counts = player.engine().callbackCounts();
   }

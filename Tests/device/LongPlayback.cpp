@@ -13,6 +13,7 @@
 #include "kit/LoopWatch.h"
 #include "kit/SinkStream.h"
 #include "kit/Slots.h"
+#include "kit/TestPlayer.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -90,7 +91,7 @@ bool run(std::uint64_t seconds) {
   std::vector<float> samples;
   if (!stream.read(samples))
     return false;
-  Player player;
+  kit::TestPlayer player;
   player.load(slots, 0);
   if (!player.isPlaying())
     return false;

@@ -105,7 +105,7 @@ TEST_F(OutputTapTest, BuffersHave4096FramesAndTheBusesFormat) {
   for (const BusFormat& format : listener.formats_) {
     EXPECT_EQ(format.sampleRateHz, 48000);
     EXPECT_EQ(format.channelCount, 2U);
-    EXPECT_EQ(format, Engine::outputFormat());
+    EXPECT_EQ(format, engine.outputFormat());
   }
 }
 

@@ -9,6 +9,7 @@
 #include "kit/Slots.h"
 #include "kit/SoundServer.h"
 #include "kit/Spectrum.h"
+#include "kit/TestPlayer.h"
 
 #include <gtest/gtest.h>
 
@@ -94,7 +95,7 @@ TEST_F(Recorded, ForAMinuteOfSwitchingNoFrameIsLostOrDoubledAndAllSlotsKeepOnePh
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1), noiseSlot(loopFrames, 2),
                                 noiseSlot(loopFrames, 3)};
   Recorder recorder;
-  Player player;
+  kit::TestPlayer player;
   player.load(slots, 0);
   ASSERT_TRUE(player.isPlaying());
   std::vector<std::size_t> played{0};
@@ -155,7 +156,7 @@ class Prompt : public Recorded {};
 TEST_F(Prompt, AGapIsCountedAsAMissedCallback) {
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1)};
   Recorder recorder;
-  Player player;
+  kit::TestPlayer player;
   player.load(slots, 0);
   recorder.waitForMore(second / 2);
   const CallbackCounts before = player.engine().callbackCounts();
@@ -192,7 +193,7 @@ TEST_F(Prompt, BusyProcessorsLoseNoFrameInAMinuteOfFastSwitching) {
   for (const float level : {0.25F, 0.5F, -0.25F})
     slots.push_back(kit::slotOf(*noise.l, Samples(loopFrames, level)));
   Recorder recorder;
-  Player player;
+  kit::TestPlayer player;
   player.load(slots, 0);
   recorder.waitForMore(second); // before the fade-in is over switches would change its course
   const BusyProcessors busy;
@@ -223,7 +224,7 @@ TEST_F(Prompt, BusyProcessorsLoseNoFrameInAMinuteOfFastSwitching) {
 TEST_F(Recorded, ASwitchIsAStraightLineOf150ms) {
   const std::vector<Slot> slots{constantSlot(4800, 0.5F, 0.5F), constantSlot(4800, 0, 0)};
   Recorder recorder;
-  Player player;
+  kit::TestPlayer player;
   player.load(slots, 0);
   recorder.waitForMore(second / 2);
   player.switchTo(1);
@@ -247,7 +248,7 @@ TEST_F(Recorded, ASwitchIsAStraightLineOf150ms) {
 TEST_F(Recorded, ASineThatFadesToSilenceLeavesNothingAboveIt) {
   const std::vector<Slot> slots{sineSlot(4800, 100, 0.5), constantSlot(4800, 0, 0)}; // 1 kHz
   Recorder recorder;
-  Player player;
+  kit::TestPlayer player;
   player.load(slots, 0);
   double worst = -400, worstPeak = -400;
   std::vector<std::size_t> fades;
@@ -279,7 +280,7 @@ TEST_F(Recorded, ASwitchBetweenSlotsThatAreAlikeLeavesNoTrace) {
   const Slot a = noiseSlot(loopFrames, 1), b = kit::slotOf(*a.l, *a.r);
   const std::vector<Slot> slots{a, b, a};
   Recorder recorder;
-  Player player;
+  kit::TestPlayer player;
   player.load(slots, 0);
   recorder.waitForMore(second / 2);
   for (const std::int64_t slot : {1, 0, 2, 1, 2, 0}) {
@@ -302,7 +303,7 @@ TEST_F(Recorded, ASwitchBetweenSlotsThatAreAlikeLeavesNoTrace) {
 TEST_F(Recorded, AStartRisesFromZero) {
   const std::vector<Slot> slots{constantSlot(4800, 0.5F, -0.5F)};
   Recorder recorder;
-  Player player;
+  kit::TestPlayer player;
   player.load(slots, 0);
   recorder.waitForMore(second / 2);
   const Recording out = asRendered(recorder.stop());
@@ -320,7 +321,7 @@ TEST_F(Recorded, AStartRisesFromZero) {
 TEST_F(Recorded, ASecondLoadPlaysNotOneFrameOfTheFirst) {
   const std::vector<Slot> first{noiseSlot(loopFrames, 1)}, next{noiseSlot(loopFrames, 2)};
   Recorder recorder;
-  Player player;
+  kit::TestPlayer player;
   player.load(first, 0);
   recorder.waitForMore(second / 2);
   player.load(next, 0);
@@ -343,7 +344,7 @@ TEST_F(Recorded, ASecondLoadPlaysNotOneFrameOfTheFirst) {
 
 TEST_F(Recorded, AnEngineThatStartsAgainPlaysNothingOld) {
   Recorder recorder;
-  Player player;
+  kit::TestPlayer player;
   for (std::uint32_t round = 0; round < 5; ++round) {
     const std::vector<Slot> slots{noiseSlot(loopFrames, 10 + round)};
     const std::size_t before = recorder.frames();
@@ -373,7 +374,7 @@ TEST_F(Recorded, AfterStopTheStreamIsGoneAndNothingUsesTheProcessor) {
 #else
   constexpr double idle = 0.001;
 #endif
-  Player player;
+  kit::TestPlayer player;
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1), noiseSlot(loopFrames, 2)};
   player.load(slots, 0);
   ASSERT_TRUE(eventually([] { return !streams().empty(); }));
@@ -397,7 +398,7 @@ TEST_F(Recorded, DISABLED_howLongThingsTake) {
     return std::chrono::duration<double, std::milli>(time).count();
   };
   {
-    Player player;
+    kit::TestPlayer player;
     double slowest = 0;
     for (std::size_t round = 0; round < 10; ++round) {
       const auto before = Clock::now();
@@ -409,7 +410,7 @@ TEST_F(Recorded, DISABLED_howLongThingsTake) {
     }
     report("load with a stream to open, slowest of 10", slowest, 1, "ms");
   }
-  Player player;
+  kit::TestPlayer player;
   recorder.waitForMore(4800);
   const std::size_t before = recorder.frames();
   const auto loaded = Clock::now();
@@ -451,7 +452,7 @@ TEST_F(Recorded, WithoutAnySoundLoadSaysSoInOneLineAndStaysIdle) {
   const std::string server = std::getenv("PULSE_SERVER");
   setenv("PULSE_SERVER", "unix:/nonexistent/velto", 1);
   setenv("ALSA_CONFIG_PATH", "/dev/null", 1);
-  Player player;
+  kit::TestPlayer player;
   ::testing::internal::CaptureStderr();
   const auto before = std::chrono::steady_clock::now();
   player.load(std::vector<Slot>{noiseSlot(1000, 1)}, 0);
@@ -475,7 +476,7 @@ class LastOnItsDesk : public Recorded {};
 
 TEST_F(LastOnItsDesk, AServerThatEndsWhilePlayingIsSurvived) {
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1), noiseSlot(loopFrames, 2)};
-  auto player = std::make_unique<Player>();
+  auto player = std::make_unique<kit::TestPlayer>();
   player->load(slots, 0);
   ASSERT_TRUE(eventually([] { return !streams().empty(); }));
   (void)kit::runCommand("pactl exit");

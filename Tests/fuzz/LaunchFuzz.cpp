@@ -1,5 +1,5 @@
-// Whatever the command line says, one argument a line: it is read without harm, and a number that
-// it gives can be graded.
+// Parses any command line, one argument per line, without harm. Any number that it gives can be
+// graded.
 #include "FatalError.h"
 #include "LaunchOptions.h"
 #include "NumberArgument.h"
@@ -30,7 +30,7 @@ std::vector<std::string> linesOf(std::string_view text) {
   return lines;
 }
 
-// What a switch's value is, said in another way.
+// Checks the value of a switch against a second implementation.
 void requireValue(const std::vector<std::string>& list, const Arguments& arguments,
                   std::string_view name) {
   for (std::size_t i = 0; i < list.size(); ++i) {
@@ -61,10 +61,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto list = linesOf(std::string_view(reinterpret_cast<const char*>(data), size));
   const Arguments arguments(list);
   for (const char* name :
-       {"--probe", "--bench-audio", "--brand-check", "--bench", "--audio-selftest", "--seed-demo",
-        "--shot", "--drill", "--answer", "--appearance"})
+       {"--fair", "--help", "--version", "--probe", "--bench-audio", "--brand-check", "--bench",
+        "--audio-selftest", "--seed-demo", "--shot", "--drill", "--answer", "--appearance"})
     requireValue(list, arguments, name);
   const LaunchOptions options = launchOptions(arguments);
+  require(options.fair == arguments.has("--fair"), "fair trials out of nothing");
   require(options.shotPath == arguments.valueOf("--shot"), "another path for the snapshot");
   require(options.fixedDark.has_value() == arguments.valueOf("--appearance").has_value(),
           "an appearance out of nothing");

@@ -1,5 +1,5 @@
-// Whatever bytes a profile file holds: they are refused, or they are a record that the program can
-// live with.
+// Reads any bytes as a profile file: they are refused, or they are a record that the program can
+// work with.
 #include "Coding.h"
 #include "FatalError.h"
 #include "Progress.h"

@@ -1,11 +1,11 @@
-// Right and wrong answers.
+// Correct and wrong answers.
 #pragma once
 
 #include "Drills.h"
 
 namespace velto::kit {
 
-// The answer that is exactly right, in the unit of the session's answer.
+// The exact answer, in the unit of the session's answer.
 [[nodiscard]] inline double truthOf(const Trial& trial) {
   switch (trial.drill) {
   case Drill::frequency:
@@ -20,7 +20,7 @@ namespace velto::kit {
   return static_cast<double>(trial.oddSlot);
 }
 
-// An answer that a listener can give and that is a miss.
+// A wrong answer that a listener can give.
 [[nodiscard]] inline double missOf(const Trial& trial) {
   switch (trial.drill) {
   case Drill::frequency:

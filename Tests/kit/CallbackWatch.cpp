@@ -35,9 +35,9 @@ void count(std::atomic<std::uint64_t>& offences) {
     offences.fetch_add(1, std::memory_order_relaxed);
 }
 
-// ---- System calls, where the kernel hands them over ----
+// ---- System calls, as dispatched by the kernel ----
 
-// What the kernel reads at each system call of this thread.
+// Read by the kernel at each system call of this thread.
 enum : char { allow = 0, handOver = 1 }; // SYSCALL_DISPATCH_FILTER_ALLOW, _BLOCK
 constinit thread_local volatile char dispatch = allow;
 
@@ -45,7 +45,8 @@ constinit thread_local volatile char dispatch = allow;
 
 constexpr int setSyscallUserDispatch = 59; // PR_SET_SYSCALL_USER_DISPATCH
 
-// Counts the system call, makes it, and lets the callback make more: leaving the handler is one.
+// Counts and makes the system call, then lets the callback make more unseen: returning from the
+// handler is a system call itself.
 void takeSystemCall(int, siginfo_t*, void* context) {
   dispatch = allow;
   systemCalls.fetch_add(1, std::memory_order_relaxed);
@@ -65,7 +66,7 @@ bool handOverSystemCalls() {
   struct sigaction action = {};
   action.sa_sigaction = takeSystemCall;
   action.sa_flags = SA_SIGINFO;
-  // The sound library's threads block all signals; a blocked SIGSYS would end the process.
+  // The sound library's threads block all signals, and a blocked SIGSYS would end the process.
   sigset_t own;
   sigemptyset(&own);
   sigaddset(&own, SIGSYS);
@@ -108,7 +109,7 @@ void watchedState(cubeb_stream* stream, void* user, cubeb_state state) {
   watched->state(stream, watched->user, state);
 }
 
-// What the program would find under this name without this file.
+// The function that the program would have under this name without this file.
 void* next(const char* name, std::atomic<void*>& known) {
   void* function = known.load(std::memory_order_relaxed);
   if (function == nullptr) {
@@ -138,12 +139,11 @@ bool CallbackWatch::seesEverySystemCall() {
 
 } // namespace velto::kit
 
-// --- What the linker finds before the libraries' own ---------------------------------------------
+// --- Replacements that the linker finds before the libraries' functions ---
 
 using namespace velto::kit;
 
-// A function that is counted and passed through: kind, result, name, parameters, arguments.
-// NOLINTBEGIN(bugprone-macro-parentheses): the lists bring theirs
+// Defines a function that counts and passes through: kind, result, name, parameters, arguments.
 #define VELTO_COUNTED(kind, result, name, parameters, arguments)                                   \
   result name parameters {                                                                         \
     static constinit std::atomic<void*> known{nullptr};                                            \
@@ -161,7 +161,7 @@ int cubeb_stream_init(cubeb* context, cubeb_stream** stream, const char* name,
                       void* user) {
   static constinit std::atomic<void*> known{nullptr};
   static std::mutex mutex;
-  static std::vector<std::unique_ptr<Watched>> all; // a stream may outlive what knows of it
+  static std::vector<std::unique_ptr<Watched>> all; // kept: a stream may outlive its creator
   const std::lock_guard lock(mutex);
   all.push_back(std::make_unique<Watched>(Watched{data, state, user}));
   const auto real =
@@ -170,7 +170,7 @@ int cubeb_stream_init(cubeb* context, cubeb_stream** stream, const char* name,
               latency, watchedData, watchedState, all.back().get());
 }
 
-// Allocations, by the C library's other names for them: looking these up would allocate.
+// Allocations call the C library's internal names: looking up the public ones would allocate.
 
 void* __libc_malloc(std::size_t);
 void* __libc_calloc(std::size_t, std::size_t);
@@ -239,7 +239,7 @@ VELTO_COUNTED(locks, int, sem_wait, (sem_t * semaphore), (semaphore))
 VELTO_COUNTED(locks, int, sem_trywait, (sem_t * semaphore) noexcept, (semaphore))
 VELTO_COUNTED(locks, int, sem_post, (sem_t * semaphore) noexcept, (semaphore))
 
-// System calls. Where the kernel hands all of them over they are counted there.
+// System calls. If the kernel dispatches all of them, they are counted there instead.
 
 VELTO_COUNTED(systemCalls, ssize_t, write, (int file, const void* bytes, std::size_t size),
               (file, bytes, size))

@@ -1,4 +1,4 @@
-// What the process writes to standard output.
+// Capture of standard output.
 #pragma once
 
 #include <cstdio>
@@ -9,7 +9,7 @@
 
 namespace velto::kit {
 
-// Takes the place of standard output from construction to `text`.
+// Replaces standard output from construction to text().
 class CapturedOutput {
 public:
   CapturedOutput() : earlier_(::dup(STDOUT_FILENO)) {
@@ -20,7 +20,7 @@ public:
   CapturedOutput(const CapturedOutput&) = delete;
   CapturedOutput& operator=(const CapturedOutput&) = delete;
 
-  // All that was written; what comes later goes where it went before.
+  // Everything written so far. Restores standard output.
   [[nodiscard]] std::string text() {
     restore();
     std::string text;

@@ -1,4 +1,4 @@
-// How often somebody hits who does not listen.
+// Probability of correct answers without listening.
 #pragma once
 
 #include "Drills.h"
@@ -10,13 +10,13 @@
 
 namespace velto::kit {
 
-// An answer that the window can give, and the probability that it hits.
+// An answer that the window can give, and its probability of being correct.
 struct BlindAnswer {
   double answer = 0;
   double chance = 0;
 };
 
-// Every answer that the window can give in a drill.
+// All answers that the window can give in a drill.
 [[nodiscard]] inline std::vector<double> possibleAnswers(Drill drill) {
   std::vector<double> answers;
   const auto steps = [&](int count, double step) {
@@ -40,7 +40,8 @@ struct BlindAnswer {
   return answers;
 }
 
-// The targets of a difficulty, each as likely as any other; a continuous range in many small parts.
+// The targets at a difficulty, all equally likely. A continuous range is split into many small
+// parts.
 [[nodiscard]] inline std::vector<Trial> equallyLikelyTrials(Drill drill, double difficulty) {
   const double d = difficulty / 100;
   std::vector<Trial> trials;
@@ -71,7 +72,7 @@ struct BlindAnswer {
   return trials;
 }
 
-// The answer that hits most of the targets of a difficulty.
+// The answer that is correct for most of the targets at a difficulty.
 [[nodiscard]] inline BlindAnswer bestBlindAnswer(Drill drill, double difficulty) {
   const std::vector<Trial> trials = equallyLikelyTrials(drill, difficulty);
   BlindAnswer best;
@@ -85,11 +86,12 @@ struct BlindAnswer {
   return best;
 }
 
-// The most hits of `trials` that somebody with `chance` exceeds in less than one case of a hundred.
-[[nodiscard]] inline int mostHitsByChance(double chance, int trials) {
+// The number of hits in `trials` trials that a listener with `chance` exceeds with a probability
+// below 1 - `confidence`.
+[[nodiscard]] inline int mostHitsByChance(double chance, int trials, double confidence = 0.99) {
   double probability = std::pow(1 - chance, trials), sum = probability;
   int hits = 0;
-  while (sum < 0.99) {
+  while (sum < confidence) {
     probability *= (trials - hits) * chance / ((hits + 1) * (1 - chance));
     sum += probability;
     ++hits;

@@ -1,5 +1,4 @@
-// Runs the program as its users do: with arguments, surroundings and standard streams of the test's
-// choice.
+// Runs the program as a user would, with given arguments, environment and standard streams.
 #pragma once
 
 #include <algorithm>
@@ -20,27 +19,27 @@
 namespace velto::kit {
 
 struct ChildOptions {
-  // What standard output or standard error is.
+  // Kinds of standard output or standard error.
   enum class Stream {
     captured,
     closed,     // no descriptor at all
-    readerGone, // a pipe that nobody reads
+    readerGone, // a pipe without a reader
     fullDisk,
-    full // a pipe that makes no writer wait, filled up, and read a while after the start
+    full // a non-blocking pipe that is filled up, and read a while after the start
   };
 
-  std::map<std::string, std::string> environment{}; // nothing else is inherited
+  std::map<std::string, std::string> environment{}; // nothing is inherited
   Stream out = Stream::captured;
   Stream error = Stream::captured;
-  std::string folder = "/"; // the current one
+  std::string folder = "/"; // current folder
 };
 
 struct ChildResult {
-  int status = -1; // as a shell tells it: 128 + n when ended by signal n
+  int status = -1; // as in a shell: 128 + n if signal n ended it
   std::string out, error;
 };
 
-// One stream of a child, from both sides.
+// Both ends of one stream of a child.
 class ChildStream {
 public:
   explicit ChildStream(ChildOptions::Stream kind) {
@@ -66,7 +65,7 @@ public:
   ChildStream(const ChildStream&) = delete;
   ChildStream& operator=(const ChildStream&) = delete;
 
-  // In the child.
+  // In the child: replaces `descriptor`.
   void takeTheirPlace(int descriptor) const {
     if (childEnd_ >= 0)
       ::dup2(childEnd_, descriptor);
@@ -77,7 +76,7 @@ public:
   void leaveToChild() { close(childEnd_); }
   [[nodiscard]] int readEnd() const { return ownEnd_; }
 
-  // Appends what has come, without the filling; closes at the end.
+  // Appends what has arrived, without the filling. Closes the stream at its end.
   void read(std::string& text) {
     char bytes[4096];
     const ssize_t count = ::read(ownEnd_, bytes, sizeof bytes);
@@ -96,12 +95,12 @@ private:
     descriptor = -1;
   }
 
-  ssize_t filling_ = 0; // bytes that are not the child's
+  ssize_t filling_ = 0; // bytes to skip: not the child's
   int ownEnd_ = -1;
   int childEnd_ = -1;
 };
 
-// Runs `arguments` (the program first) to its end. One that hangs for a minute is killed.
+// Runs `arguments` (program first) to the end. Kills the child after a minute.
 [[nodiscard]] inline ChildResult runChild(const std::vector<std::string>& arguments,
                                           const ChildOptions& options = {}) {
   std::vector<char*> words, variables;
@@ -130,13 +129,13 @@ private:
   out.leaveToChild();
   error.leaveToChild();
 
-  // Nothing depends on this but that the child finds the pipe still full.
+  // Lets the child meet the full pipe. Nothing else depends on this time.
   if (options.out == ChildOptions::Stream::full)
     ::poll(nullptr, 0, 500);
   ChildResult result;
   const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
   while (out.readEnd() >= 0 || error.readEnd() >= 0) {
-    // A negative descriptor is skipped.
+    // poll() skips negative descriptors.
     pollfd streams[] = {{out.readEnd(), POLLIN, 0}, {error.readEnd(), POLLIN, 0}};
     if (std::chrono::steady_clock::now() > end)
       ::kill(child, SIGKILL);

@@ -1,4 +1,4 @@
-// Runs a command line and takes what it prints.
+// Runs a command line and captures its output.
 #pragma once
 
 #include <array>
@@ -9,11 +9,11 @@
 namespace velto::kit {
 
 struct CommandResult {
-  int status = -1; // exit status; 128 and the signal's number if one ended it
+  int status = -1; // exit status, or 128 + n if signal n ended it
   std::string output;
 };
 
-// Runs `command` with the shell; its standard output is returned, its standard error too where the
+// Runs `command` in the shell. Captures its standard output, and its standard error only if the
 // command redirects it.
 [[nodiscard]] inline CommandResult runCommand(const std::string& command) {
   CommandResult result;

@@ -43,7 +43,7 @@ struct Desktop::Connection {
     return reply->atom;
   }
 
-  // The property's bytes; empty if the window or the property is not there.
+  // The property's bytes; empty if the window or the property does not exist.
   [[nodiscard]] std::string property(xcb_window_t window, const std::string& name) const {
     const auto reply = own(xcb_get_property_reply(
         xcb, xcb_get_property(xcb, 0, window, atom(name), XCB_ATOM_ANY, 0, 4096), nullptr));
@@ -68,7 +68,7 @@ struct Desktop::Connection {
                         static_cast<std::uint32_t>(values.size()), values.data());
   }
 
-  // Asks the window manager.
+  // Sends a request to the window manager.
   void request(xcb_window_t window, const std::string& name,
                std::array<std::uint32_t, 5> data) const {
     xcb_client_message_event_t event{};
@@ -83,8 +83,8 @@ struct Desktop::Connection {
     sync();
   }
 
-  // Returns when the window manager has dealt with every event so far: it holds a press back until
-  // it has looked at it, and a key pressed meanwhile would overtake it.
+  // Returns when the window manager has handled all events so far. It holds a press back until it
+  // has looked at it, and a key pressed meanwhile would overtake the press.
   void waitForManager(Desktop& desktop) const {
     const xcb_window_t asker = xcb_generate_id(xcb);
     xcb_create_window(xcb, 0, asker, root, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
@@ -95,7 +95,7 @@ struct Desktop::Connection {
     xcb_destroy_window(xcb, asker);
   }
 
-  // Returns when the server has done everything asked so far.
+  // Returns when the server has handled all requests so far.
   void sync() const { own(xcb_get_input_focus_reply(xcb, xcb_get_input_focus(xcb), nullptr)); }
 
   void input(std::uint8_t type, std::uint8_t detail, int x = 0, int y = 0) const {
@@ -111,7 +111,7 @@ struct Desktop::Connection {
     if (!reply)
       throw std::runtime_error("no keyboard");
     const xcb_keysym_t* symbols = xcb_get_keyboard_mapping_keysyms(reply.get());
-    // A keypad digit is the shifted symbol of its key.
+    // Keypad digits are the shifted symbols of their keys.
     for (int column = 0; column < 2; ++column)
       for (int code = 0; code < count; ++code)
         if (symbols[code * reply->keysyms_per_keycode + column] == key)
@@ -140,7 +140,7 @@ Desktop::~Desktop() {
     setCapsLock(false);
     setNumLock(false);
     switchToDesktop(0);
-  } catch (const std::exception&) { // the display is gone, and its locks with it
+  } catch (const std::exception&) { // the display is gone, with its locks
   }
   xcb_disconnect(connection_->xcb);
 }
@@ -278,7 +278,7 @@ WindowId Desktop::openWindow(const WindowGeometry& geometry, bool takesFocus, bo
                     static_cast<std::uint16_t>(geometry.width),
                     static_cast<std::uint16_t>(geometry.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
                     XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &background);
-  // Hints: input; size hints: a position that the user chose.
+  // Hints: input. Size hints: a position chosen by the user.
   connection_->setNumbers(window, "WM_HINTS", XCB_ATOM_WM_HINTS,
                           {1, takesFocus ? 1U : 0U, 0, 0, 0, 0, 0, 0, 0});
   std::vector<std::uint32_t> sizeHints(18);

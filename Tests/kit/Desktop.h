@@ -1,4 +1,4 @@
-// The user's hands on a private desk: mouse, keyboard and window manager of an X display.
+// A user's input on a private desk: mouse, keyboard and window manager of an X display.
 #pragma once
 
 #include <cstdint>
@@ -11,10 +11,10 @@
 
 namespace velto::kit {
 
-// Windows are named by their X identifiers.
+// X window identifiers.
 using WindowId = std::uint32_t;
 
-// Key symbols of X, as in <X11/keysymdef.h>.
+// X key symbols, as in <X11/keysymdef.h>.
 namespace Keys {
 inline constexpr std::uint32_t space = 0x20, one = 0x31, two = 0x32, three = 0x33, four = 0x34;
 inline constexpr std::uint32_t zero = 0x30, a = 0x61, n = 0x6e, x = 0x78;
@@ -27,11 +27,11 @@ inline constexpr std::uint32_t capsLock = 0xffe5, numLock = 0xff7f;
 } // namespace Keys
 
 struct WindowGeometry {
-  int x = 0, y = 0; // of its content, on the screen
+  int x = 0, y = 0; // of the content, on the screen
   int width = 0, height = 0;
 };
 
-// One thread. What goes wrong, and a wait that takes too long, is thrown as a std::runtime_error.
+// One thread. Failures and timeouts throw std::runtime_error.
 class Desktop {
 public:
   Desktop();
@@ -39,42 +39,43 @@ public:
   Desktop(const Desktop&) = delete;
   Desktop& operator=(const Desktop&) = delete;
 
-  // The window of the process `pid` with this title, once the window manager shows it.
+  // Waits until the window manager shows the window of process `pid` with this title.
   [[nodiscard]] WindowId waitForWindow(const std::string& title, pid_t pid);
   [[nodiscard]] WindowGeometry geometry(WindowId window);
-  // Whether it is mapped: neither minimised nor on another desktop.
+  // True if the window is mapped: neither minimised nor on another desktop.
   [[nodiscard]] bool isViewable(WindowId window);
   [[nodiscard]] WindowId activeWindow();
   void waitForActive(WindowId window);
 
-  // A press and release of the left button at a point of the window.
+  // Clicks the left button at a point of the window.
   void click(WindowId window, int x, int y);
-  // A press at one point, a movement to another and a release.
+  // Presses at one point, moves to another and releases.
   void drag(WindowId window, int fromX, int fromY, int toX, int toY);
 
-  // Presses and releases a key while others are held.
+  // Presses and releases a key while `held` keys are down.
   void press(std::uint32_t key, std::initializer_list<std::uint32_t> held = {});
   void keyDown(std::uint32_t key);
   void keyUp(std::uint32_t key);
-  // Switches a lock on or off, whatever it was.
+  // Sets a lock, whatever its state.
   void setCapsLock(bool on);
   void setNumLock(bool on);
 
   void minimise(WindowId window);
   void activate(WindowId window); // raises and focuses; restores a minimised window
-  void close(WindowId window);    // as the button in its title bar does
+  void close(WindowId window);    // like the button in its title bar
   void switchToDesktop(std::uint32_t desktop);
 
-  // A plain window of this process. Without `takesFocus` it lies above all others and never gets
-  // the focus; `everywhere` puts it on all desktops. Returns once it is shown (and focused).
+  // Opens a plain window of this process and waits until it is shown (and focused). Without
+  // `takesFocus` it lies above all others and never gets the focus; `everywhere` puts it on all
+  // desktops.
   [[nodiscard]] WindowId openWindow(const WindowGeometry& geometry, bool takesFocus,
                                     bool everywhere = false);
   void closeWindow(WindowId window);
 
-  // The colours (0xRRGGBB) of a part of the window, row by row, as the screen shows them.
+  // The colours (0xRRGGBB) of a part of the window on the screen, row by row.
   [[nodiscard]] std::vector<std::uint32_t> picture(WindowId window, const WindowGeometry& part);
 
-  // Returns when `condition` holds; `what` names it when it does not come to hold.
+  // Waits until `condition` holds; `what` names the condition in the error.
   void waitUntil(const std::function<bool()>& condition, const std::string& what);
 
 private:

@@ -1,4 +1,4 @@
-// Waiting for what another thread or process is about to do.
+// Waits for other threads or processes.
 #pragma once
 
 #include <chrono>
@@ -8,7 +8,7 @@
 
 namespace velto::kit {
 
-// Returns when `condition` holds, with true; after a generous while with false.
+// Waits until `condition` holds. Returns false after `patience`.
 template <typename Condition>
 [[nodiscard]] bool eventually(Condition condition,
                               std::chrono::seconds patience = std::chrono::seconds(20)) {
@@ -21,8 +21,7 @@ template <typename Condition>
   return true;
 }
 
-// Returns when `condition` holds. When it does not come to hold, a std::runtime_error says that it
-// was waited in vain until `what`.
+// Waits until `condition` holds. Throws std::runtime_error, naming `what`, on a timeout.
 template <typename Condition>
 void waitUntil(Condition condition, const std::string& what) {
   if (!eventually(condition))

@@ -1,4 +1,4 @@
-// Output devices for tests: one whose blocks the test pulls, and one that runs a thread.
+// Fake output devices: one whose blocks the test pulls, and one with a thread of its own.
 #pragma once
 
 #include "OutputDevice.h"
@@ -20,8 +20,8 @@
 
 namespace velto::kit {
 
-// The far side of a fake device: what the test sees and does. It outlives the devices that its
-// factory makes, of which one at a time is open. Any thread.
+// The test's side of a fake device. Outlives the devices made by its factory, of which one at a
+// time is open. Any thread.
 class FakeOutput {
 public:
   explicit FakeOutput(std::size_t latencyFrames = 1920) : latencyFrames_(latencyFrames) {}
@@ -30,7 +30,7 @@ public:
     return [this] { return std::make_unique<Device>(*this); };
   }
 
-  // Renders one block. A device that is closed or has failed pulls nothing.
+  // Renders one block; empty if the device is closed or has failed.
   [[nodiscard]] Recording pullBlock(std::size_t frames) {
     const std::lock_guard lock(mutex_);
     if (renderer_ == nullptr || failed_)
@@ -42,7 +42,8 @@ public:
     return Recording::fromInterleaved(block);
   }
 
-  // Renders `frames` frames in blocks of `blockFrames`.
+  // Renders `frames` frames in blocks of `blockFrames`. Fewer if the device is closed or has
+  // failed.
   [[nodiscard]] Recording pull(std::size_t frames, std::size_t blockFrames) {
     Recording recording;
     while (recording.frames() < frames) {
@@ -54,19 +55,19 @@ public:
     return recording;
   }
 
-  // Lets the next devices fail to start, or start again.
+  // Makes the next devices fail to start with `error`; nullopt lets them start again.
   void refuse(std::optional<std::string> error) {
     const std::lock_guard lock(mutex_);
     refusal_ = std::move(error);
   }
 
-  // Breaks the open device, as a dying sound server does.
+  // Breaks the open device, like a dying sound server.
   void fail() {
     const std::lock_guard lock(mutex_);
     failed_ = true;
   }
 
-  // Lets openings and closings wait until `letGo`, as a server that does not answer does.
+  // Blocks opening and closing until letGo(), like a server that does not answer.
   void hold() {
     const std::lock_guard lock(mutex_);
     isHeld_ = true;
@@ -77,7 +78,7 @@ public:
     released_.notify_all();
   }
 
-  // How many openings and closings wait.
+  // Number of blocked openings and closings.
   [[nodiscard]] int held() const {
     const std::lock_guard lock(mutex_);
     return held_;
@@ -88,16 +89,16 @@ public:
     return renderer_ != nullptr;
   }
 
-  // How often a device was opened.
+  // Number of openings so far.
   [[nodiscard]] int opened() const {
     const std::lock_guard lock(mutex_);
     return opened_;
   }
 
-  // Whether a block was written beyond its end.
+  // True if a block was written beyond its end.
   [[nodiscard]] bool overran() const { return overran_; }
 
-  // False if it is still open after a generous while.
+  // Returns false on a timeout.
   [[nodiscard]] bool waitUntilClosed() {
     std::unique_lock lock(mutex_);
     return closed_.wait_for(lock, std::chrono::seconds(20),
@@ -159,11 +160,11 @@ private:
   int opened_ = 0;
 };
 
-// A device whose own thread renders without a pause, as fast as it can, and shares no lock with
-// anybody: what orders its accesses is the code under test alone.
+// A device whose own thread renders without a pause and shares no lock with any other thread: only
+// the code under test orders its accesses.
 class RacingDevice final : public OutputDevice {
 public:
-  // With a pause between its blocks it leaves the processor to others.
+  // A `pause` between blocks leaves the processor to others.
   explicit RacingDevice(std::chrono::microseconds pause = {}) : pause_(pause) {}
   ~RacingDevice() override { stop(); }
 
@@ -193,7 +194,7 @@ public:
     return std::numeric_limits<std::size_t>::max();
   }
 
-  // Whether any device ever rendered something beyond full scale, or no number.
+  // True if any device ever rendered a sample beyond ±2, or NaN.
   [[nodiscard]] static bool wasWild() { return wild_.load(); }
 
 private:

@@ -1,4 +1,4 @@
-// A desktop portal on the session bus, whose settings the test chooses.
+// A desktop portal on the session bus, with settings chosen by the test.
 #pragma once
 
 #include <QCoreApplication>
@@ -14,8 +14,8 @@
 
 namespace velto::kit {
 
-// Answers on a thread and a connection of its own, so that a program of the same process may wait
-// for it. All calls from the thread that made it.
+// Answers on a thread and connection of its own, so that a program in the same process may block on
+// it. Call all functions from the thread that created it.
 class FakePortal {
 public:
   FakePortal() {
@@ -36,7 +36,7 @@ public:
   FakePortal(const FakePortal&) = delete;
   FakePortal& operator=(const FakePortal&) = delete;
 
-  // Sets a value and tells everybody.
+  // Sets a value and sends the change signal.
   void set(const QString& space, const QString& key, const QVariant& value) {
     QMetaObject::invokeMethod(
         &object_, [&] { object_.set(space, key, value); }, Qt::BlockingQueuedConnection);
@@ -72,7 +72,7 @@ private:
       if (setting == settings_.end())
         return bus.send(message.createErrorReply(
             QStringLiteral("org.freedesktop.portal.Error.NotFound"), QStringLiteral("not set")));
-      // The portal wraps its values twice.
+      // The portal wraps values twice.
       const QVariant once = QVariant::fromValue(QDBusVariant(setting->second));
       return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(once))));
     }

@@ -43,7 +43,7 @@ int errorOf(FileFault fault) {
   }
 }
 
-// Does `real`, or what the fault makes of it. `half` is a part of the operation that may come
+// Performs `real`, or what the fault makes of it. `half` is the part of the operation that may come
 // before the fault.
 template <typename Real, typename Half>
 auto faulty(Real real, Half half) -> decltype(real()) {
@@ -74,7 +74,7 @@ auto faulty(Real real, Half half) -> decltype(real()) {
   return -1;
 }
 
-// An operation without halves: it is done for `half` alone and left out before other faults.
+// For operations without halves: FileFault::half performs them, other half faults leave them out.
 template <typename Real>
 auto faulty(Real real) -> decltype(real()) {
   return faulty(real, [&]() -> decltype(real()) {
@@ -98,7 +98,7 @@ std::size_t FileFaults::operationsSoFar() {
 
 } // namespace velto::kit
 
-// ---- What the linker finds before the C library's own ----
+// ---- Replacements that the linker finds before the C library's functions ----
 
 using velto::kit::faulty;
 
@@ -124,7 +124,7 @@ ssize_t write(int descriptor, const void* bytes, size_t count) {
                 [&] { return writeSome(count > 1 ? count / 2 : count); });
 }
 
-// A close that fails has closed the descriptor.
+// A failing close closes the descriptor anyway.
 int close(int descriptor) {
   const auto really = [&] { return static_cast<int>(::syscall(SYS_close, descriptor)); };
   return faulty(really, really) == 0 ? 0 : (static_cast<void>(really()), -1);

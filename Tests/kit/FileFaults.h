@@ -1,6 +1,6 @@
-// Lets chosen file operations of this very process go wrong. A test program that links
-// FileFaults.cpp has its own open, write, close, rename, unlink and flock, which pass through to
-// the system until faults are armed.
+// Injects faults into file operations of this process. A test program that links FileFaults.cpp
+// gets its own open, write, close, rename, unlink and flock, which pass through to the system until
+// faults are armed.
 #pragma once
 
 #include <cstddef>
@@ -13,15 +13,15 @@ enum class FileFault {
   noSpace,
   notPermitted,
   interrupted,  // fails with EINTR
-  half,         // a write takes half of its bytes; others are done as they are
-  halfAndError, // a write takes half of its bytes and fails with EIO; others fail
-  death,        // the process is killed instead of the operation
-  halfAndDeath, // a write takes half of its bytes and the process is killed; others as above
-  lateDeath,    // the process is killed right after the operation
+  half,         // a write takes half of its bytes; other operations succeed
+  halfAndError, // a write takes half of its bytes, then EIO; others fail with EIO
+  death,        // SIGKILL instead of the operation
+  halfAndDeath, // a write takes half of its bytes, then SIGKILL; others as death
+  lateDeath,    // SIGKILL right after the operation
 };
 
-// While it lives, this thread's file operations are counted, and those with the numbers given (the
-// first is 0) go wrong. One at a time.
+// While it exists, counts this thread's file operations and makes those with the given numbers
+// (from 0) fail. One at a time.
 class FileFaults {
 public:
   explicit FileFaults(std::map<std::size_t, FileFault> faults = {});

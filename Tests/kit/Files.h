@@ -1,4 +1,4 @@
-// Folders and files of a test's own.
+// Scratch folders and files.
 #pragma once
 
 #include <cstdlib>
@@ -11,8 +11,8 @@
 
 namespace velto::kit {
 
-// A fresh folder that vanishes with everything in it. Where none can be made, a std::runtime_error
-// is thrown.
+// A new folder that is removed with its contents. Throws std::runtime_error if it cannot be
+// created.
 class ScratchFolder {
 public:
   explicit ScratchFolder(
@@ -35,13 +35,13 @@ private:
   std::filesystem::path path_;
 };
 
-// The bytes of a file; none where it cannot be read.
+// The bytes of a file; empty if it cannot be read.
 [[nodiscard]] inline std::string contentOf(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-// Writes a file, and makes its folder if need be.
+// Writes a file. Creates its folder if needed.
 inline void put(const std::filesystem::path& path, const std::string& content) {
   std::filesystem::create_directories(path.parent_path());
   std::ofstream(path, std::ios::binary) << content;

@@ -1,4 +1,4 @@
-// What a process holds of the machine.
+// Resources used by a process.
 #pragma once
 
 #include "Files.h"
@@ -17,9 +17,9 @@ struct Footprint {
   double residentMegabytes = 0; // 10^6 bytes
   std::size_t handles = 0;      // open files
   std::size_t threads = 0;
-  double processorSeconds = 0; // that its threads have run so far, in all
+  double processorSeconds = 0; // of all threads so far
 
-  // Of the process `pid`. All of it is 0 if there is none.
+  // Of the process `pid`; all 0 if it does not exist.
   [[nodiscard]] static Footprint of(pid_t pid) {
     const std::filesystem::path folder = "/proc/" + std::to_string(pid);
     Footprint footprint;
@@ -31,7 +31,7 @@ struct Footprint {
     footprint.handles = entries(folder / "fd");
     footprint.threads = entries(folder / "task");
     footprint.processorSeconds = processorSecondsIn(folder / "stat");
-    // Reading the folder took a handle itself.
+    // Reading the folder took a handle.
     if (pid == getpid())
       --footprint.handles;
     return footprint;
@@ -42,7 +42,7 @@ struct Footprint {
 private:
   [[nodiscard]] static double processorSecondsIn(const std::filesystem::path& stat) {
     const std::string text = contentOf(stat);
-    // The name in brackets may hold spaces; the times are the 12th and 13th field behind it.
+    // The name in brackets may contain spaces; the times are the 12th and 13th fields after it.
     std::istringstream fields(text.substr(std::min(text.rfind(')') + 1, text.size())));
     std::string skipped;
     for (int field = 1; field < 12; ++field)

@@ -1,4 +1,4 @@
-// A part of a test that runs in a process of its own.
+// Runs part of a test in a process of its own.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -19,8 +19,8 @@
 
 namespace velto::kit {
 
-// A copy of this process that runs `body` and ends; it is killed when this goes. Its status is 1 if
-// an expectation failed in it.
+// A fork of this process that runs `body` and exits, with 1 if an expectation failed in it. The
+// destructor kills it.
 class Forked {
 public:
   template <typename Body>
@@ -32,7 +32,7 @@ public:
   Forked& operator=(const Forked&) = delete;
   ~Forked() { static_cast<void>(killed()); }
 
-  // Waits for its end; the exit status, or 128 and the signal's number.
+  // Waits for the end. Returns the exit status, or 128 + n if signal n ended it.
   int ended() {
     if (process_ <= 0)
       return status_;
@@ -66,8 +66,7 @@ private:
   int status_ = -1;
 };
 
-// Runs `body` where it may mount and unmount without anybody noticing; false where that is not
-// allowed.
+// Runs `body` in a process with its own mounts. Returns false if that is not permitted.
 template <typename Body>
 [[nodiscard]] bool withOwnMounts(Body body) {
   constexpr int notAllowed = 77;

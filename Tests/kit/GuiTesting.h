@@ -1,4 +1,4 @@
-// What a program that draws the interface without a display needs. Included once per program.
+// Set-up of programs that draw the interface without a display. Include once per program.
 #pragma once
 
 #include "Files.h"
@@ -14,10 +14,10 @@ Q_IMPORT_QML_PLUGIN(VeltoPlugin)
 
 namespace velto::kit {
 
-// Before the application is made: no display, no desktop, and the renderer that the program uses.
+// Call before creating the application. No display, no session bus, and the program's own renderer.
 inline void prepareGui() {
   try {
-    static const ScratchFolder runtimeFolder; // for what Qt keeps while it runs
+    static const ScratchFolder runtimeFolder; // for Qt's runtime files
     qputenv("XDG_RUNTIME_DIR", runtimeFolder.path().c_str());
   } catch (const std::exception& error) {
     qFatal("%s", error.what());

@@ -1,4 +1,5 @@
 #include "Player.h"
+#include "TestPlayer.h"
 #include "kit/Alignment.h"
 #include "kit/FakeOutput.h"
 #include "kit/Footprint.h"
@@ -66,7 +67,7 @@ TEST(Alignment, FindsSoundAndSilence) {
   EXPECT_EQ(firstSilence(recording, 0, 60), 100U);
 }
 
-// A sine of amplitude 1 under a Hann window: half its power by the amplitude, 3/8 by the window.
+// A sine of amplitude 1 under a Hann window: power 1/2, times 3/8 for the window.
 TEST(Spectrum, ASineLiesInItsBins) {
   const Slot slot = sineSlot(4096, 512, 1); // 6 kHz
   const auto power = powerSpectrum(*slot.l);
@@ -96,14 +97,14 @@ TEST(Spectrum, TheResidualIsTheLevelOfTheDifference) {
   EXPECT_EQ(residualDB(a, a), -std::numeric_limits<double>::infinity());
 }
 
-// What a player puts out over two switches, as rendered, in blocks of odd sizes.
+// A player's output over two switches, rendered in blocks of odd sizes.
 struct Played {
   std::vector<Slot> slots{noiseSlot(4000, 1), noiseSlot(4000, 2), noiseSlot(4000, 3)};
   Recording recording;
 
   Played() {
     FakeOutput output;
-    Player player(output.factory());
+    TestPlayer player(output.factory());
     player.load(slots, 0);
     for (const std::int64_t next : {2, 1, -1}) {
       recording.append(output.pull(30000, 441));
@@ -149,7 +150,7 @@ TEST(LoopWatch, FollowsAPlayerThroughItsSwitches) {
   EXPECT_EQ(watch.frames(), 90000U);
   EXPECT_EQ(watch.switches(), 2U);
   EXPECT_EQ(watch.pendingSwitches(), 0U);
-  // The voices begin 3840 frames after the load, at gain 0; they are 3360 from the rise's end.
+  // The voices begin 3840 frames after the load, at gain 0, 3360 frames before the rise ends.
   EXPECT_EQ(watch.fadedFrames(), 3359U + 2 * 7200);
   EXPECT_EQ(watch.exactFrames() + watch.fadedFrames(), 90000U - 3841);
 }

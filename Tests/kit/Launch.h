@@ -1,4 +1,4 @@
-// The trials that the real program makes, as far as they are known from outside.
+// The trials that the program makes, as far as known from outside.
 #pragma once
 
 #include "Drills.h"
@@ -9,9 +9,9 @@
 
 namespace velto::kit {
 
-inline constexpr std::uint64_t seedStep = 40503; // from one trial's seed to the next
+inline constexpr std::uint64_t seedStep = 40503; // between the seeds of successive trials
 
-// What the program plays a drill on unless it is told otherwise.
+// The default material of a drill.
 [[nodiscard]] inline Material usualMaterial(Drill drill) {
   switch (drill) {
   case Drill::frequency:
@@ -25,19 +25,19 @@ inline constexpr std::uint64_t seedStep = 40503; // from one trial's seed to the
   return Material::pinkNoise;
 }
 
-// Trials follow from the second in which the program started. To be made just before that.
+// Trials follow from the second in which the program started. Create just before the start.
 class Launch {
 public:
-  // The program has made its first trial by now.
+  // Call once the program has made its first trial.
   void hasHappened() { latest_ = secondsNow(); }
 
-  // What a listener without a record may get as trial `number`, from 0: one for each second in
-  // which the start may have been.
+  // Candidates for trial `number` (from 0) of a listener without a record: one for each second in
+  // which the program may have started.
   [[nodiscard]] std::vector<Trial> trials(Drill drill, Material material,
                                           std::size_t number = 0) const {
     std::vector<Trial> trials;
     for (auto second = earliest_; second <= latest_; ++second)
-      // The program makes two trials at once and plays the second.
+      // The program makes two trials at the start and plays the second.
       trials.push_back(Drills::makeTrial(
           20, material, static_cast<std::uint64_t>(second) + (2 + number) * seedStep, drill));
     return trials;

@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 namespace velto::kit::Listener {
@@ -14,7 +15,7 @@ namespace {
 
 constexpr std::size_t bandCount = 27;
 
-// Exact third-octave bands: ten to the decade, and 1 kHz is one of them.
+// Exact third-octave bands: ten per decade, one of them at 1 kHz.
 double centreHz(std::size_t band) {
   return 1000 * std::pow(10, (static_cast<double>(band) - 14) / 10);
 }
@@ -40,7 +41,7 @@ double power(const Recording& recording) {
   return sum;
 }
 
-// The correlation coefficient of two channels.
+// Correlation coefficient of two channels.
 double correlation(const std::vector<float>& a, const std::vector<float>& b) {
   double ab = 0, aa = 0, bb = 0;
   for (std::size_t i = 0; i < a.size(); ++i) {
@@ -52,13 +53,30 @@ double correlation(const std::vector<float>& a, const std::vector<float>& b) {
   return ab / std::sqrt(aa * bb);
 }
 
-// Frames of two parts that lie at the same place of the loop.
+// `x` less the straight line that fits it best.
+std::vector<double> withoutTrend(std::span<const float> x) {
+  const double middle = (static_cast<double>(x.size()) - 1) / 2;
+  double sum = 0, slope = 0, squares = 0;
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    const double t = static_cast<double>(i) - middle;
+    sum += static_cast<double>(x[i]);
+    slope += t * static_cast<double>(x[i]);
+    squares += t * t;
+  }
+  std::vector<double> rest;
+  for (std::size_t i = 0; i < x.size(); ++i)
+    rest.push_back(static_cast<double>(x[i]) - sum / static_cast<double>(x.size()) -
+                   (static_cast<double>(i) - middle) * slope / squares);
+  return rest;
+}
+
+// Frames of two parts at the same place of the loop.
 struct Stretch {
   std::size_t inA = 0, inB = 0, frames = 0;
 };
 
 std::vector<Stretch> stretches(const Part& a, const Part& b, std::size_t loopFrames) {
-  // Frame i of `a` lies where frame i + shift + k * loopFrames of `b` does, for any whole k.
+  // Frame i of `a` lies at the place of frame i + shift + k * loopFrames of `b`, for any integer k.
   const auto loop = static_cast<std::ptrdiff_t>(loopFrames);
   const auto sizeA = static_cast<std::ptrdiff_t>(a.sound.frames());
   const auto sizeB = static_cast<std::ptrdiff_t>(b.sound.frames());
@@ -101,7 +119,7 @@ std::optional<std::size_t> boostedBand(const Recording& a, const Recording& b) {
   std::array<double, bandCount> lift{};
   for (std::size_t band = 0; band < bandCount; ++band)
     lift[band] = 10 * std::log10(after[band] / before[band]);
-  // Loudness matching moves all bands alike: what counts is how far one stands out.
+  // Loudness matching shifts all bands alike, so only the lift relative to the others counts.
   auto sorted = lift;
   std::sort(sorted.begin(), sorted.end());
   const auto highest = std::max_element(lift.begin(), lift.end());
@@ -127,9 +145,26 @@ double gainReductionDB(const Recording& a, const Recording& b) {
   return 20 * std::log10(most / least);
 }
 
+double gainReductionByPiecesDB(const Recording& a, const Recording& b) {
+  constexpr std::size_t piece = 240, step = 60;
+  constexpr double loud = 1e-7; // mean power: -70 dB
+  double least = std::numeric_limits<double>::infinity(), most = 0;
+  for (std::size_t i = 0; i + piece <= std::min(a.frames(), b.frames()); i += step) {
+    const auto x = withoutTrend(std::span(a.l).subspan(i, piece));
+    const auto y = withoutTrend(std::span(b.l).subspan(i, piece));
+    const double xx = std::inner_product(x.begin(), x.end(), x.begin(), 0.0);
+    if (xx < loud * double{piece})
+      continue;
+    const double gain = std::inner_product(x.begin(), x.end(), y.begin(), 0.0) / xx;
+    least = std::min(least, gain);
+    most = std::max(most, gain);
+  }
+  return 20 * std::log10(most / least);
+}
+
 std::optional<std::size_t> flippedSlot(std::span<const Part> parts, std::size_t loopFrames) {
   constexpr std::size_t slots = 3, enough = 4800;
-  // For each pair of slots: +1 where their right channels go together, -1 where against each other.
+  // For each pair of slots: +1 if their right channels are in phase, -1 if opposed, 0 if unknown.
   std::array<std::array<int, slots>, slots> sign{};
   for (const Part& a : parts)
     for (const Part& b : parts) {
@@ -142,7 +177,7 @@ std::optional<std::size_t> flippedSlot(std::span<const Part> parts, std::size_t 
       if (std::abs(together) > 0.9)
         sign[a.slot][b.slot] = sign[b.slot][a.slot] = together > 0 ? 1 : -1;
     }
-  // Two relations between three slots tell the third.
+  // Two relations between three slots give the third.
   for (std::size_t i = 0; i < slots; ++i) {
     const std::size_t j = (i + 1) % slots, k = (i + 2) % slots;
     if (sign[i][j] == 0)

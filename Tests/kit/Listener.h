@@ -1,5 +1,5 @@
-// What a trained ear tells from the sound alone. These functions see recorded samples and the
-// length of the loop, nothing of the trial: no seed, no difficulty, no rendered slot.
+// Judges sound as a trained ear would. These functions see recorded samples and the loop's length,
+// but nothing of the trial: no seed, no difficulty, no rendered slot.
 #pragma once
 
 #include "Recording.h"
@@ -11,37 +11,41 @@
 
 namespace velto::kit::Listener {
 
-// A settled part of a recording, in which one slot alone was heard.
+// A settled part of a recording, in which only one slot is heard.
 struct Part {
   std::size_t slot = 0;
-  std::size_t begin = 0; // the frame of the recording at which it starts
+  std::size_t begin = 0; // first frame in the recording
   Recording sound;
 };
 
-// The longest stretch of `a` and of `b` that lies at the same place of a loop of `loopFrames`: two
-// recordings of equal length, empty if the parts share no place.
+// The longest stretch of `a` and `b` at the same place of a loop of `loopFrames`: two recordings of
+// equal length, empty if the parts share no place.
 [[nodiscard]] std::pair<Recording, Recording> samePlace(const Part& a, const Part& b,
                                                         std::size_t loopFrames);
 
-// All such stretches, joined.
+// All such stretches, concatenated.
 [[nodiscard]] std::pair<Recording, Recording> everyPlace(const Part& a, const Part& b,
                                                          std::size_t loopFrames);
 
-// Which of the 27 third-octave bands from 40 Hz to 16 kHz is lifted most in `b` over `a` (the same
-// stretch of both): its index. None unless it stands out from the bands' median by 1 dB. Needs
-// `spectrumFrames` frames.
+// Index of the third-octave band (27 bands, 40 Hz to 16 kHz) with the largest lift from `a` to `b`,
+// which are the same stretch. nullopt unless the lift exceeds the median of all bands by 1 dB, or
+// with fewer than `spectrumFrames` frames.
 inline constexpr std::size_t spectrumFrames = 32768;
 [[nodiscard]] std::optional<std::size_t> boostedBand(const Recording& a, const Recording& b);
 
-// By how many dB the RMS level of `b` (the same stretch as `a`) exceeds that of `a`.
+// RMS level of `b` over that of `a`, in dB. Both are the same stretch.
 [[nodiscard]] double levelDifferenceDB(const Recording& a, const Recording& b);
 
-// The range in dB of the gain that turns `a` into `b` (the same stretch of both), sample by sample
-// where `a` is louder than -60 dB. A constant gain does not count.
+// Range in dB of the gain from `a` to `b` (the same stretch), sample by sample where `a` exceeds
+// -60 dB. A constant gain does not count.
 [[nodiscard]] double gainReductionDB(const Recording& a, const Recording& b);
 
-// Which of three slots has its right channel inverted against the other two; none if all are alike,
-// or if not every slot was heard at a place of the loop where another was.
+// The same for high-passed recordings, in which no sample has a gain of its own: compares pieces of
+// 5 ms, apart from what is slower than a piece.
+[[nodiscard]] double gainReductionByPiecesDB(const Recording& a, const Recording& b);
+
+// Index of the slot, of three, whose right channel is inverted against the other two. nullopt if
+// all are alike, or if the parts do not relate all slots to each other.
 [[nodiscard]] std::optional<std::size_t> flippedSlot(std::span<const Part> parts,
                                                      std::size_t loopFrames);
 

@@ -1,11 +1,13 @@
 #include "kit/Listener.h"
 
+#include "kit/Highpass.h"
 #include "kit/Slots.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <vector>
 
 namespace velto::kit {
@@ -15,7 +17,7 @@ using Listener::Part;
 
 constexpr std::size_t loopFrames = 153600;
 
-// `frames` frames of a loop, from where a recording that began with the loop is at `begin`.
+// `frames` frames of a loop from frame `begin` of a recording that started with the loop.
 Part part(const Slot& slot, std::size_t number, std::size_t begin, std::size_t frames) {
   Part part{.slot = number, .begin = begin, .sound = {}};
   for (std::size_t i = 0; i < frames; ++i) {
@@ -87,7 +89,7 @@ TEST(Listener, HearsTheRangeOfAGainCurveApartFromItsMakeUp) {
   const Recording a = part(noiseSlot(loopFrames, 1), 0, 0, 48000).sound;
   Recording b = a;
   for (std::size_t i = 0; i < b.frames(); ++i) {
-    // From 0 down by 7.3 dB and back, then 2 dB of make-up.
+    // 0 dB, down to -7.3 dB and back, with 2 dB of make-up gain.
     const double ramp = 1 - std::abs(static_cast<double>(i) / 24000 - 1);
     const double gain = std::pow(10, (2 - 7.3 * ramp) / 20);
     b.l[i] = static_cast<float>(static_cast<double>(b.l[i]) * gain);
@@ -96,11 +98,48 @@ TEST(Listener, HearsTheRangeOfAGainCurveApartFromItsMakeUp) {
   EXPECT_NEAR(Listener::gainReductionDB(a, scaled(a, 2)), 0, 1e-6);
 }
 
+// The curve of a compressor: down within 5 ms at each of many hits, back within 120 ms.
+TEST(Listener, HearsTheRangeOfAGainCurveAbove20Hz) {
+  const Slot slot = noiseSlot(loopFrames, 1);
+  for (const double deepest : {1.0, 4.0, 12.0}) {
+    Recording a = part(slot, 0, 0, loopFrames).sound, b = a;
+    double reduction = 0;
+    for (std::size_t i = 0; i < b.frames(); ++i) {
+      const bool hit = i % 24000 > 12000 && i % 24000 < 14400;
+      reduction += ((hit ? deepest : 0) - reduction) / (hit ? 240.0 : 5760.0);
+      const double low = 0.2 * std::sin(twoPi * 5 * static_cast<double>(i) / 48000);
+      a.l[i] = static_cast<float>(static_cast<double>(a.l[i]) + low);
+      b.l[i] = static_cast<float>(static_cast<double>(a.l[i]) * std::pow(10, -reduction / 20));
+    }
+    const Recording x = highpassed(a, 20), y = highpassed(b, 20);
+    EXPECT_NEAR(Listener::gainReductionByPiecesDB(x, y), deepest, 0.25);
+    EXPECT_NEAR(Listener::gainReductionByPiecesDB(x, scaled(y, 2)), deepest, 0.25);
+    EXPECT_EQ(Listener::gainReductionByPiecesDB(x, x), 0);
+  }
+}
+
+TEST(Highpass, TakesAwayWhatLiesBelow) {
+  const auto levelAfter = [](double hz, double corner) {
+    std::vector<float> tone(96000);
+    for (std::size_t i = 0; i < tone.size(); ++i)
+      tone[i] = static_cast<float>(0.5 + std::sin(twoPi * hz * static_cast<double>(i) / 48000));
+    const std::vector<float> out = highpassed(tone, corner);
+    return Measure::rmsDB(std::span(out).last(48000)) + 3.0103;
+  };
+  EXPECT_NEAR(levelAfter(20, 20), -3.0103, 0.001);
+  EXPECT_NEAR(levelAfter(10, 20), -24.1, 0.05); // 10 lg (1 + 2^8)
+  EXPECT_NEAR(levelAfter(1000, 20), 0, 0.001);
+  EXPECT_NEAR(levelAfter(5000, 5000), -3.0103, 0.001);
+  // A constant leaves nothing.
+  const std::vector<float> rest = highpassed(std::vector<float>(96000, 0.05F), 20);
+  EXPECT_LT(Measure::rmsDB(std::span(rest).last(48000)), -200);
+}
+
 TEST(Listener, NamesTheFlippedSlotFromPartsThatOverlapInPairs) {
   const Slot plain = noiseSlot(loopFrames, 1), odd = inverted(plain);
   for (std::size_t flipped = 0; flipped < 3; ++flipped) {
     const auto slot = [&](std::size_t number) { return number == flipped ? odd : plain; };
-    // 1 and 3, then 2 and 1 again share a place of the loop; 2 and 3 never do.
+    // Slots 1 and 3, and 2 and 1, share a place of the loop; 2 and 3 never do.
     const std::vector<Part> parts{part(slot(0), 0, 0, 60000), part(slot(1), 1, 80000, 40000),
                                   part(slot(2), 2, 150000, 30000), part(slot(0), 0, 230000, 40000)};
     EXPECT_EQ(Listener::flippedSlot(parts, loopFrames), flipped);

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t rampFrames = 7200; // 150 ms
 constexpr std::size_t riseFrames = 600;  // 12.5 ms
-constexpr std::size_t windowFrames = 32; // enough to know a place in noise by
+constexpr std::size_t windowFrames = 32; // enough to identify a position in noise
 constexpr std::size_t mostBreaks = 100;
 constexpr double tolerance = 1e-7;
 
@@ -107,7 +107,7 @@ void LoopWatch::searchThread(Frame frame) {
       resumeAt(*place);
 }
 
-// Where the window begins.
+// The position in the slots at which the window begins; nullptr if there is none.
 const LoopWatch::Place* LoopWatch::placeOfWindow() const {
   const std::uint64_t bits = bitsOf(window_[0]);
   auto place = std::lower_bound(places_.begin(), places_.end(), bits,

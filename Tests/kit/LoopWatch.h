@@ -1,4 +1,4 @@
-// Following playback frame by frame for as long as one likes, in constant memory.
+// Verifies playback frame by frame, for any length of time in constant memory.
 #pragma once
 
 #include "Drills.h"
@@ -12,32 +12,32 @@
 
 namespace velto::kit {
 
-// Holds a recording against what a player was told: the current slot, bit for bit and at the one
-// phase that all slots share since the start, or the crossfade between two of them. Where it is
-// neither, a break is noted and the thread taken up again behind it.
+// Compares playback with what the player was told: the current slot, bit for bit and at the one
+// phase that all slots share, or a crossfade between two slots. Records a break where it is
+// neither, then synchronises again.
 //
-// The slots are noise, all of one length: no two frames of them are alike.
+// The slots are noise of one length, in which no two frames are alike.
 class LoopWatch {
 public:
-  // Slot `startAt` fades in; its crossfade has run `lead` frames when the voices begin.
+  // Slot `startAt` fades in; its fade has run for `lead` frames when the voices begin.
   LoopWatch(std::vector<Slot> slots, std::size_t startAt, std::size_t lead);
 
-  // From some frame on that has not been taken yet, `slot` is heard.
+  // Announces a switch to `slot` at some frame not taken yet.
   void expectSwitch(std::size_t slot) { expected_.push_back(slot); }
 
-  // The next frames, interleaved, at the level at which they were rendered.
+  // The next frames, interleaved, at their rendered level.
   void take(std::span<const float> interleaved);
 
   [[nodiscard]] std::uint64_t frames() const { return frame_; }
   [[nodiscard]] std::uint64_t exactFrames() const { return exact_; }
   [[nodiscard]] std::uint64_t fadedFrames() const { return faded_; }
   [[nodiscard]] std::uint64_t switches() const { return switches_; }
-  // Told, but not heard yet.
+  // Announced but not heard yet.
   [[nodiscard]] std::size_t pendingSwitches() const { return expected_.size(); }
 
-  // Each break in words, for example "frame 123: 480 frames are missing"; the first hundred.
-  // Silence that was inserted, with every frame in its order around it, is what a sound server
-  // plays when the player is not given processor time.
+  // The first hundred breaks in words, for example "frame 123: 480 frames are missing". Inserted
+  // silence between otherwise continuous frames is what a sound server plays when the player gets
+  // no processor time.
   [[nodiscard]] const std::vector<std::string>& breaks() const { return breaks_; }
 
 private:
@@ -45,7 +45,7 @@ private:
     float l, r;
     bool operator==(const Frame&) const = default;
   };
-  // Where a frame stands in the slots. No two frames are alike, so its bits find it.
+  // Position of a frame in the slots. No two frames are alike, so the bits identify it.
   struct Place {
     std::uint64_t bits;
     std::uint32_t slot, position;
@@ -74,8 +74,8 @@ private:
   std::size_t rampFrame_ = 0; // of the rise or the fade
   std::uint64_t lostAt_ = 0;
   std::size_t lostPosition_ = 0;
-  std::uint64_t silent_ = 0; // frames without sound from there on
-  std::deque<Frame> window_; // the latest frames while the thread is lost
+  std::uint64_t silent_ = 0; // silent frames since lostAt_
+  std::deque<Frame> window_; // latest frames while lost
 
   std::uint64_t exact_ = 0, faded_ = 0, switches_ = 0;
   std::vector<std::string> breaks_;

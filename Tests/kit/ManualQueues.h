@@ -1,4 +1,4 @@
-// Work queues whose work runs when the test says so.
+// Work queues that run only when the test says so.
 #pragma once
 
 #include "Session.h"
@@ -19,7 +19,7 @@ struct ManualQueues {
             .main = [this](auto work) { main.push_back(std::move(work)); }};
   }
 
-  // Runs the work that has waited as the `index`-th longest; false if there is none such.
+  // Runs the work at `index` in the queue, oldest first. False if there is none.
   static bool runOne(Queue& queue, std::size_t index = 0) {
     if (index >= queue.size())
       return false;
@@ -30,7 +30,7 @@ struct ManualQueues {
     return true;
   }
 
-  // Runs all work, and what it leads to.
+  // Runs all work, including work that it queues.
   void settle() {
     while (runOne(background) || runOne(main)) {
     }

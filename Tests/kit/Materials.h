@@ -1,4 +1,4 @@
-// The program's buffer of a material, whichever it is.
+// The program's samples of any material.
 #pragma once
 
 #include "Drills.h"

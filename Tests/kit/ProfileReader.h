@@ -1,4 +1,4 @@
-// Reads a profile file as any JSON reader would, apart from the program's own code.
+// Reads a profile file with a plain JSON parser, independent of the program's own code.
 #pragma once
 
 #include <cstdint>
@@ -34,11 +34,10 @@ struct ReadProfile {
   bool operator==(const ReadProfile&) const = default;
 };
 
-// None if there is no file, or if it is no complete profile: it may be under way.
+// nullopt if the file is missing or not a complete profile, which may still be in the making.
 [[nodiscard]] std::optional<ReadProfile> readProfile(const std::filesystem::path& file);
 
-// The profile once it holds `attempts` attempts; waits for that, and throws a std::runtime_error
-// when it does not come.
+// Waits until the profile holds `attempts` attempts. Throws std::runtime_error on a timeout.
 [[nodiscard]] ReadProfile waitForAttempts(const std::filesystem::path& file, std::size_t attempts);
 
 } // namespace velto::kit

@@ -1,4 +1,4 @@
-// Runs a program as a child with a practice record of its own.
+// Runs a program as a child process with its own practice record.
 #pragma once
 
 #include "Files.h"
@@ -13,12 +13,12 @@
 
 namespace velto::kit {
 
-// A running program. Its profile folder, and whatever else it writes through `scratch`, lives as
-// long as this object; the process does not outlive it either: it is asked to end, then ended, and
-// always reaped. What goes wrong is thrown as a std::runtime_error.
+// A running program. Its profile folder and everything in `scratch` exist as long as this object.
+// The destructor ends the process, with SIGTERM and then SIGKILL, and reaps it. Failures throw
+// std::runtime_error.
 class ProgramRunner {
 public:
-  // Changes to the environment: a value, or none to take a variable away.
+  // Changes to the environment: a value, or nullopt to remove a variable.
   using Environment = std::map<std::string, std::optional<std::string>>;
 
   explicit ProgramRunner(const std::string& program, std::vector<std::string> arguments = {},
@@ -34,12 +34,12 @@ public:
   [[nodiscard]] const std::filesystem::path& scratch() const { return scratch_.path(); }
 
   [[nodiscard]] bool isRunning();
-  // Its exit status, 128 + n if signal n ended it; none if it still runs after a generous while.
+  // The exit status, or 128 + n if signal n ended it; nullopt on a timeout.
   [[nodiscard]] std::optional<int> waitForExit();
-  // Asks it to end and waits until it is gone.
+  // Sends SIGTERM and waits for the end.
   void terminate();
 
-  // What it has written so far, both without a pause in between.
+  // Standard error and standard output so far.
   [[nodiscard]] std::string errors() const;
   [[nodiscard]] std::string output() const;
 

@@ -1,4 +1,4 @@
-// What the tests of the practice record share: surroundings that are put back, and rows.
+// Shared parts of the tests of the practice record: scoped environment, rows, generators.
 #pragma once
 
 #include "Record.h"
@@ -27,7 +27,7 @@ using kit::contentOf;
 using kit::put;
 using kit::ScratchFolder;
 
-// An environment variable that has another value, or none, for as long as this lives.
+// Sets or removes an environment variable for its scope.
 class ScopedVariable {
 public:
   ScopedVariable(std::string name, const std::optional<std::string>& value)
@@ -52,7 +52,7 @@ private:
   std::optional<std::string> previous_;
 };
 
-// Another time zone for as long as this lives.
+// Sets the time zone for its scope.
 class ScopedTimeZone {
 public:
   explicit ScopedTimeZone(const std::string& zone) : variable_(std::in_place, "TZ", zone) {
@@ -69,7 +69,7 @@ private:
   std::optional<ScopedVariable> variable_;
 };
 
-// `text` with the one place where `from` stands changed to `to`.
+// `text` with its only occurrence of `from` replaced by `to`.
 inline std::string changed(std::string text, const std::string& from, const std::string& to) {
   const auto position = text.find(from);
   if (position == text.npos || text.find(from, position + 1) != text.npos)
@@ -103,7 +103,7 @@ inline Date utc(int year, int month, int day, int hour = 0, int minute = 0, int 
   return since1970(utcSeconds(year, month, day, hour, minute, second));
 }
 
-// A moment by the clock on the wall of the time zone in force.
+// A moment in local time.
 inline Date local(int year, int month, int day, int hour = 12, int minute = 0, int second = 0) {
   auto fields = fieldsOf(year, month, day, hour, minute, second);
   fields.tm_isdst = -1;
@@ -181,7 +181,7 @@ inline BandRoll anyBandRoll() {
   return {*anyInteger(), *anyInteger(), *finiteDouble()};
 }
 
-// In UTF-8, with everything that needs an escape.
+// UTF-8 names with every character that needs an escape.
 inline std::string anyName() {
   std::string name;
   for (int i = *rc::gen::inRange(0, 6); i > 0; --i)

@@ -7,7 +7,7 @@ namespace velto::kit {
 
 namespace {
 
-// What no healthy server ever needs.
+// More than any healthy server needs.
 constexpr std::chrono::seconds patience{20};
 
 } // namespace

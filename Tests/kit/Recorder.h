@@ -1,4 +1,4 @@
-// Records what a PulseAudio sink plays, frame by frame.
+// Records what a PulseAudio sink plays.
 #pragma once
 
 #include "Recording.h"
@@ -16,9 +16,9 @@
 namespace velto::kit {
 
 // Records the monitor of a sink from construction to `stop`. The recorded frames are the test's
-// clock: waiting for them waits for the sink's real time.
+// clock: waiting for frames waits for the sink's real time.
 //
-// All functions are called by one thread. What goes wrong is thrown as a std::runtime_error.
+// Call all functions from one thread. Failures throw std::runtime_error.
 class Recorder {
 public:
   using Clock = std::chrono::steady_clock;
@@ -33,16 +33,16 @@ public:
   // Frames that have arrived so far.
   [[nodiscard]] std::size_t frames() const;
 
-  // Returns when `count` more frames than now have arrived.
+  // Waits until `count` more frames have arrived.
   void waitForMore(std::size_t count);
 
-  // What has arrived so far.
+  // Everything that has arrived so far.
   [[nodiscard]] Recording recording() const;
 
-  // When `frame` was here at the latest. It was played earlier, by the recorder's latency.
+  // Upper bound of the arrival time of `frame`. It was played earlier, by the recorder's latency.
   [[nodiscard]] Clock::time_point arrival(std::size_t frame) const;
 
-  // Ends the recording and returns the whole of it.
+  // Ends the recording and returns all of it.
   Recording stop();
 
 private:
@@ -51,9 +51,9 @@ private:
   SinkStream stream_;
   mutable std::mutex mutex_;
   std::condition_variable more_;
-  std::vector<float> samples_;                                   // under mutex_; interleaved
-  std::vector<std::pair<std::size_t, Clock::time_point>> reads_; // under mutex_; frames by then
-  bool ended_ = false;                                           // under mutex_
+  std::vector<float> samples_;                                   // guarded by mutex_; interleaved
+  std::vector<std::pair<std::size_t, Clock::time_point>> reads_; // guarded by mutex_; frames so far
+  bool ended_ = false;                                           // guarded by mutex_
   std::thread reader_;
 };
 

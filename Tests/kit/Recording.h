@@ -1,4 +1,4 @@
-// Stereo audio that a test has recorded.
+// Recorded stereo audio.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 namespace velto::kit {
 
-// Frames at 48000 Hz, one vector a channel.
+// Frames at 48000 Hz, one vector per channel.
 struct Recording {
   std::vector<float> l, r;
 
@@ -17,7 +17,7 @@ struct Recording {
     r.insert(r.end(), more.r.begin(), more.r.end());
   }
 
-  // `count` of its frames from `begin` on.
+  // `count` frames from `begin`.
   [[nodiscard]] Recording part(std::size_t begin, std::size_t count) const {
     const auto of = [&](const std::vector<float>& channel) {
       const auto from = channel.begin() + static_cast<std::ptrdiff_t>(begin);
@@ -26,7 +26,7 @@ struct Recording {
     return {of(l), of(r)};
   }
 
-  // An odd last sample is left out.
+  // Ignores an odd last sample.
   [[nodiscard]] static Recording fromInterleaved(const std::vector<float>& samples) {
     Recording recording;
     for (std::size_t i = 0; i + 1 < samples.size(); i += 2) {
@@ -37,8 +37,7 @@ struct Recording {
   }
 };
 
-// A recording of the output at the level at which it was rendered; doubling undoes the headroom
-// exactly.
+// Recorded output at its rendered level. Doubling undoes the headroom exactly.
 [[nodiscard]] inline Recording asRendered(Recording recording) {
   for (auto* channel : {&recording.l, &recording.r})
     for (float& sample : *channel)

@@ -1,4 +1,4 @@
-// A practice record of the test's own.
+// Practice record of a test.
 #pragma once
 
 #include "Files.h"
@@ -8,7 +8,7 @@
 
 namespace velto::kit {
 
-// While it lives, profiles are made in a fresh folder, which it removes at the end.
+// While it exists, profiles are created in a new folder; the destructor removes the folder.
 class ScratchProfile {
 public:
   ScratchProfile() { ::setenv("VELTO_PROFILE_DIR", folder().c_str(), 1); }

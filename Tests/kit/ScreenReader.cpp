@@ -13,7 +13,7 @@ namespace velto::kit {
 
 namespace {
 
-// What screen readers ask for.
+// Events that screen readers subscribe to.
 constexpr std::array eventTypes{
     "object:state-changed:showing",           "object:state-changed:focused",
     "object:state-changed:checked",           "object:state-changed:sensitive",
@@ -69,7 +69,7 @@ bool contains(const std::vector<std::string>& list, const std::string& item) {
   return std::find(list.begin(), list.end(), item) != list.end();
 }
 
-using Visitor = std::function<bool(AtspiAccessible*)>; // true: enough
+using Visitor = std::function<bool(AtspiAccessible*)>; // returns true to stop
 
 bool visit(AtspiAccessible* object, const Visitor& visitor) {
   if (visitor(object))
@@ -101,7 +101,7 @@ struct ScreenReader::Bus {
   static void receive(AtspiEvent* event, void* self) {
     auto& bus = *static_cast<Bus*>(self);
     ++bus.events[event->type];
-    // What a screen reader does: the one kind of object that it speaks of unasked.
+    // Like a screen reader, which announces only notifications on its own.
     if (std::string(event->type) == "object:state-changed:showing" && event->detail1 == 1 &&
         atspi_accessible_get_role(event->source, nullptr) == ATSPI_ROLE_NOTIFICATION)
       bus.announcements.push_back(taken(atspi_accessible_get_name(event->source, nullptr)));
@@ -113,7 +113,7 @@ struct ScreenReader::Bus {
     }
   }
 
-  // The first object that shows and has this role and this name.
+  // The first showing object with this role and name.
   [[nodiscard]] Owned<AtspiAccessible> find(const std::string& role,
                                             const std::string& name) const {
     Owned<AtspiAccessible> found;
@@ -178,7 +178,7 @@ void ScreenReader::read(pid_t pid) {
         return bus_->program != nullptr;
       },
       "the program is on the accessibility bus");
-  // Every look is a question to the program.
+  // No cache: every query goes to the program.
   atspi_accessible_set_cache_mask(bus_->program.get(), ATSPI_CACHE_NONE);
 }
 

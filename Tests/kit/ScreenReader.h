@@ -1,5 +1,5 @@
-// Assistive technology at another program: what the accessibility bus tells of it, and what can be
-// done there.
+// An assistive technology for another program: what the accessibility bus reports of it, and what
+// can be done through the bus.
 #pragma once
 
 #include <functional>
@@ -10,7 +10,7 @@
 
 namespace velto::kit {
 
-// What the bus told of an object at one moment.
+// What the bus reported about an object at one moment.
 struct AccessibleObject {
   std::string role; // as the bus names it: "slider", "radio button"
   std::string name, description;
@@ -22,37 +22,35 @@ struct AccessibleObject {
   [[nodiscard]] bool can(const std::string& action) const;
 };
 
-// One thread, one at a time. What goes wrong, and a wait that takes too long, is thrown as a
-// std::runtime_error.
+// One thread, one instance at a time. Failures and timeouts throw std::runtime_error.
 class ScreenReader {
 public:
-  // Listens to the programs of the accessibility bus from now on.
+  // Listens to all programs on the accessibility bus from now on.
   ScreenReader();
   ~ScreenReader();
   ScreenReader(const ScreenReader&) = delete;
   ScreenReader& operator=(const ScreenReader&) = delete;
 
-  // Turns to the program of that process, once it shows a window.
+  // Selects the program of process `pid`, once it shows a window.
   void read(pid_t pid);
 
-  // All objects of the program, parents before their children.
+  // All objects of the program, parents before children.
   [[nodiscard]] std::vector<AccessibleObject> objects();
-  // Whether an object that shows has this role and this name, and which.
+  // Whether a showing object has this role and name.
   [[nodiscard]] bool shows(const std::string& role, const std::string& name);
   [[nodiscard]] AccessibleObject object(const std::string& role, const std::string& name);
-  // The object that has the focus.
+  // The focused object.
   [[nodiscard]] AccessibleObject focus();
 
   void act(const std::string& role, const std::string& name, const std::string& action);
   void setValue(const std::string& role, const std::string& name, double value);
 
-  // Returns when `condition` holds; `what` names it when it does not come to hold.
+  // Waits until `condition` holds; `what` names the condition in the error.
   void waitUntil(const std::function<bool()>& condition, const std::string& what);
 
-  // What would have been spoken so far without a look at the window: the names of notifications
-  // that came into sight.
+  // What a screen reader would have announced so far: the names of notifications that appeared.
   [[nodiscard]] std::vector<std::string> announcements();
-  // Of which kind of event the bus told how often so far.
+  // Number of events of this type so far.
   [[nodiscard]] std::size_t eventCount(const std::string& type);
 
 private:

@@ -1,4 +1,4 @@
-// What can be read from a picture of the window, and what the window should look like.
+// Reads pictures of the window, and compares them with what the window should look like.
 #pragma once
 
 #include "Stage.h"
@@ -14,7 +14,7 @@
 #include <cmath>
 #include <cstdlib>
 
-// Readable failures.
+// Readable failure messages.
 inline void PrintTo(const QColor& color, std::ostream* out) {
   *out << color.name(QColor::HexArgb).toStdString();
 }
@@ -27,7 +27,7 @@ inline void PrintTo(const QRectF& rect, std::ostream* out) {
 
 namespace velto::kit {
 
-// A palette as the tests know it.
+// The tests' own copy of a palette.
 struct Hues {
   QColor bg, surface, soft, ink, muted, faint, line, identity, signal, control, selectedFill, track,
       good, warn, bad;
@@ -74,7 +74,7 @@ inline const Hues lightHues{
   return color;
 }
 
-// `top` over the opaque `ground`.
+// `top` blended over the opaque `ground`.
 [[nodiscard]] inline QColor over(const QColor& top, const QColor& ground) {
   const float a = top.alphaF();
   const auto blend = [a](float x, float y) { return a * x + (1 - a) * y; };
@@ -82,13 +82,13 @@ inline const Hues lightHues{
                           blend(top.blueF(), ground.blueF()));
 }
 
-// The largest difference of a channel, 0 to 255.
+// Largest difference of a channel, 0 to 255.
 [[nodiscard]] inline int difference(const QColor& a, const QColor& b) {
   return std::max({std::abs(a.red() - b.red()), std::abs(a.green() - b.green()),
                    std::abs(a.blue() - b.blue()), std::abs(a.alpha() - b.alpha())});
 }
 
-// A grabbed window whose pixels are asked for in points.
+// A grabbed window with its pixels addressed in points.
 class Picture {
 public:
   explicit Picture(const QImage& image)
@@ -98,14 +98,14 @@ public:
   [[nodiscard]] QSize pixels() const { return image_.size(); }
   [[nodiscard]] QColor pixel(int x, int y) const { return image_.pixelColor(x, y); }
 
-  // The pixel that a point lies in.
+  // The pixel that contains `point`.
   [[nodiscard]] QColor colorAt(QPointF point) const {
     return pixel(static_cast<int>(std::floor(point.x() * scale_ + 1e-6)),
                  static_cast<int>(std::floor(point.y() * scale_ + 1e-6)));
   }
 
-  // How far from `ground` toward `color` the pixels along `step` from `start` lie, added up: the
-  // thickness in pixels of a line of that colour.
+  // Sum of the shares of `color` in the pixels along `step` from `start`: the thickness in pixels
+  // of a line of that colour.
   [[nodiscard]] double thickness(QPoint start, QPoint step, int count, const QColor& ground,
                                  const QColor& color) const {
     double sum = 0;
@@ -114,7 +114,7 @@ public:
     return sum;
   }
 
-  // How far from `ground` toward `color` a pixel lies, by the channel where the two differ most.
+  // Share of `color` in a pixel blended with `ground`, by the channel in which the two differ most.
   [[nodiscard]] static double share(const QColor& pixel, const QColor& ground,
                                     const QColor& color) {
     const std::array from{ground.red(), ground.green(), ground.blue()};
@@ -132,7 +132,7 @@ private:
   double scale_;
 };
 
-// Two levels of a channel: roundings of blended colours.
+// Tolerance per channel for rounding in blended colours.
 inline constexpr int hueTolerance = 2;
 
 inline void expectColor(const QColor& seen, const QColor& expected, const char* what) {
@@ -150,7 +150,7 @@ inline void expectRect(const QRectF& seen, const QRectF& expected, double tolera
                     << testing::PrintToString(expected);
 }
 
-// A text of the scene and the ground it is drawn on.
+// A text item and its background.
 struct ExpectedText {
   QString text;
   QString family;
@@ -161,7 +161,7 @@ struct ExpectedText {
   QColor ground; // opaque
 };
 
-// Reads a text from the scene, and looks for it in the picture.
+// Checks a text item's properties, then looks for the text in the picture.
 inline void expectText(QQuickItem* item, const Picture& picture, const ExpectedText& expected) {
   SCOPED_TRACE(item->objectName().toStdString());
   EXPECT_EQ(item->property("text").toString(), expected.text);
@@ -176,7 +176,7 @@ inline void expectText(QQuickItem* item, const Picture& picture, const ExpectedT
   EXPECT_FALSE(item->property("truncated").toBool());
   EXPECT_LE(item->property("contentWidth").toDouble(), item->width() + 0.01) << "cut";
 
-  // Every pixel is a blend of the ground and the colour, and strokes reach most of the colour.
+  // Every pixel is a blend of ground and colour, and strokes reach most of the colour.
   const QColor full = over(expected.color, expected.ground);
   const QRectF box = Stage::box(item);
   const double s = picture.scale();
@@ -199,7 +199,7 @@ inline void expectText(QQuickItem* item, const Picture& picture, const ExpectedT
   EXPECT_EQ(strangers, 0) << "pixels that are no blend of text and ground";
 }
 
-// An outlined or filled box of the scene.
+// An outlined or filled box.
 struct ExpectedBox {
   double radius = 0;
   bool continuous = false;
@@ -207,10 +207,10 @@ struct ExpectedBox {
   QColor stroke; // with its opacity; fully transparent for none
   double strokeWidth = 1;
   QColor ground;          // opaque
-  QPointF probe = {0, 0}; // a place of the fill, in points from the box's top left corner
+  QPointF probe = {0, 0}; // a point of the fill, from the box's top left corner
 };
 
-// Reads a box from the scene and its fill, its outline and its corners from the picture.
+// Checks a box's properties, then its fill, outline and corners in the picture.
 inline void expectBox(QQuickItem* item, const Picture& picture, const ExpectedBox& expected) {
   SCOPED_TRACE(item->objectName().toStdString());
   const QRectF box = Stage::box(item);
@@ -225,12 +225,12 @@ inline void expectBox(QQuickItem* item, const Picture& picture, const ExpectedBo
   }
 
   const double s = picture.scale();
-  // Edges lie on the nearest whole pixels.
+  // Edges are rounded to whole pixels.
   const auto pixel = [s](double points) { return static_cast<int>(std::round(points * s)); };
   const QColor fill = over(expected.fill, expected.ground);
   expectColor(picture.colorAt(box.topLeft() + expected.probe), fill, "the fill");
 
-  // Beyond the upper corners there is the ground; a square corner would be seen.
+  // Round upper corners show the ground; square ones would not.
   if (expected.radius * s >= 4)
     for (const int x : {pixel(box.left()), pixel(box.right()) - 1}) {
       const QColor square = stroked ? over(expected.stroke, fill) : fill;

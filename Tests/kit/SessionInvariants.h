@@ -1,4 +1,4 @@
-// What holds for a session at any moment, whatever was done to it.
+// Invariants of a session.
 #pragma once
 
 #include "Session.h"
@@ -7,8 +7,8 @@
 
 namespace velto::kit {
 
-// The rule that is broken; empty if all hold. `device` tells whether every output device starts at
-// once and none breaks.
+// The violated invariant; empty if all hold. `device` means that every output device starts at once
+// and none fails.
 [[nodiscard]] inline std::string brokenInvariant(Session& session, bool device) {
   const auto& trial = session.trial();
   if (!trial)

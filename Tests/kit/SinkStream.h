@@ -1,4 +1,4 @@
-// What a PulseAudio sink plays, as it comes.
+// The sound that a PulseAudio sink plays, as a stream.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,8 @@
 
 namespace velto::kit {
 
-// Listens to the monitor of a sink through `parec`, a process of its own, from construction on.
-// What goes wrong is thrown as a std::runtime_error.
+// Reads the monitor of a sink from construction on, through a `parec` process. Failures throw
+// std::runtime_error.
 class SinkStream {
 public:
   explicit SinkStream(const std::string& source = "velto_sink.monitor");
@@ -20,18 +20,18 @@ public:
   SinkStream& operator=(const SinkStream&) = delete;
 
   // Waits for sound and appends it to `samples`: 32-bit floats at 48000 Hz, two channels
-  // interleaved; half a frame may come with one call and its other half with the next. False when
-  // the stream has ended. One thread at a time.
+  // interleaved. A call may end within a frame. Returns false at the end of the stream. One thread
+  // at a time.
   bool read(std::vector<float>& samples);
 
-  // Ends the stream: `read` gives what is still on its way. Any thread.
+  // Ends the stream; read() still returns what is in transit. Any thread.
   void end();
 
 private:
   pid_t child_ = -1;
   int pipe_ = -1;
   std::vector<char> block_;
-  std::size_t kept_ = 0; // bytes at the front of block_ that are no whole sample yet
+  std::size_t kept_ = 0; // bytes at the front of block_ of an incomplete sample
 };
 
 } // namespace velto::kit

@@ -1,4 +1,4 @@
-// Slots for tests of playback.
+// Slots for playback tests.
 #pragma once
 
 #include "Drills.h"
@@ -18,7 +18,7 @@ namespace velto::kit {
   return slotOf(Samples(frames, l), Samples(frames, r));
 }
 
-// Noise in [-0.5, 0.5) of which no two frames of a slot, and no two seeds, are alike.
+// Noise in [-0.5, 0.5). No two frames of a slot, and no two seeds, are alike.
 [[nodiscard]] inline Slot noiseSlot(std::size_t frames, std::uint32_t seed) {
   Samples l(frames), r(frames);
   std::uint32_t state = seed * 2654435761U + 1;
@@ -33,7 +33,7 @@ namespace velto::kit {
   return slotOf(l, r);
 }
 
-// A sine that loops without a seam: `frames` holds `cycles` whole cycles.
+// A sine that loops seamlessly: `cycles` whole cycles in `frames` frames.
 [[nodiscard]] inline Slot sineSlot(std::size_t frames, std::size_t cycles, double amplitude) {
   Samples x(frames);
   for (std::size_t i = 0; i < frames; ++i)

@@ -1,4 +1,4 @@
-// A piece of interface of the test's own.
+// A test's own piece of QML.
 #pragma once
 
 #include "Seen.h"
@@ -10,8 +10,8 @@
 
 namespace velto::kit {
 
-// Shows `qml`, in which Qt Quick and the program's types are known, on a ground of its own. Main
-// thread only; needs a QGuiApplication.
+// Shows `qml`, which may use Qt Quick and the program's types, on a plain background. Main thread
+// only. Needs a QGuiApplication.
 struct Snippet {
   QQuickView view;
   QQuickItem* root = nullptr;

@@ -1,4 +1,4 @@
-// Sound servers for tests that start, freeze and end them: for a desk without one of its own.
+// Sound servers for tests that start, freeze and end them, on a desk without a server of its own.
 #pragma once
 
 #include <string>
@@ -6,20 +6,20 @@
 
 namespace velto::kit {
 
-// The server that the desk would have started, at the address that the programs on the desk look
-// at. What goes wrong is thrown as a std::runtime_error.
+// The server that the desk would have started, at the same address. Failures throw
+// std::runtime_error.
 class SoundServer {
 public:
-  // Returns once it answers.
+  // Returns once the server answers.
   SoundServer();
   ~SoundServer() { kill(); }
   SoundServer(const SoundServer&) = delete;
   SoundServer& operator=(const SoundServer&) = delete;
 
-  // Ends it without giving it a chance to say so.
+  // Ends it with SIGKILL.
   void kill();
 
-  // It keeps its connections and answers nobody, until `thaw`.
+  // Stops the process until thaw(): connections stay open, but nothing answers.
   void freeze();
   void thaw();
 
@@ -27,7 +27,7 @@ private:
   pid_t pid_ = -1;
 };
 
-// Runs `pactl` with these arguments and returns what it writes.
+// Runs `pactl` with `arguments` and returns its output.
 std::string pactl(const std::string& arguments);
 
 } // namespace velto::kit

@@ -16,7 +16,7 @@ using Complex = std::complex<double>;
 
 constexpr double sampleRate = 48000;
 
-// Cooley and Tukey's transform, in place: a power of two of points; +1 forwards, -1 backwards
+// Cooley-Tukey FFT in place; the size is a power of two. `direction` is +1 forwards, -1 backwards
 // (unscaled).
 void transform(std::vector<Complex>& x, double direction) {
   const std::size_t size = x.size();
@@ -75,7 +75,7 @@ LoopLevel loopLevel(std::span<const float> x, double lowHz) {
     power += static_cast<double>(sample) * static_cast<double>(sample) / size;
   }
   power -= mean * mean;
-  // The lines below lowHz are few: take them off one by one, each with its mirror image.
+  // Few lines lie below lowHz: subtract them one by one, each with its mirror image.
   for (double k = 1; k * sampleRate / size < lowHz; ++k) {
     const Complex turn = std::polar(1.0, -2 * std::numbers::pi * k / size);
     Complex line = 0, phase = 1;

@@ -1,5 +1,5 @@
-// The practice view on a stage: the real view and session, a sound output that nobody hears, and
-// renders that arrive when the test says so.
+// The practice view with a real session, an inaudible output, and renders that arrive when the test
+// says so.
 #pragma once
 
 #include "Answers.h"
@@ -11,6 +11,7 @@
 #include "PracticeModel.h"
 #include "ProgressModel.h"
 #include "Session.h"
+#include "TestPlayer.h"
 #include "Theme.h"
 
 #include <QImage>
@@ -27,7 +28,7 @@
 
 namespace velto::kit {
 
-// Main thread only; needs a QGuiApplication. One at a time, for its scratch profile.
+// Main thread only. Needs a QGuiApplication. One at a time, because of its scratch profile.
 class Stage {
 public:
   static constexpr double launchTime = 1'700'000'000;
@@ -38,7 +39,7 @@ public:
   explicit Stage(Drill drill = Drill::frequency, bool dark = true, QSize size = {1180, 386},
                  const Earlier& earlier = {})
       : record_(earlier),
-        session(drill, work_.queues(), std::make_unique<Player>(output_.factory()), launchTime),
+        session(drill, work_.queues(), std::make_unique<TestPlayer>(output_.factory()), launchTime),
         model(session), progress(session) {
     view.engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
     view.setResizeMode(QQuickView::SizeRootObjectToView);
@@ -56,7 +57,7 @@ public:
       throw std::runtime_error("the window does not become active");
   }
 
-  // Lets every render arrive.
+  // Delivers all pending renders.
   void settle() { work_.settle(); }
 
   // Renders, answers and submits.
@@ -73,7 +74,7 @@ public:
 
   [[nodiscard]] QQuickItem* root() const { return view.rootObject(); }
 
-  // The shown item of that name; null where there is none.
+  // The visible item of this name; nullptr if there is none.
   [[nodiscard]] QQuickItem* find(const QString& name) const { return find(root(), name); }
 
   [[nodiscard]] static QQuickItem* find(QQuickItem* from, const QString& name) {
@@ -95,13 +96,13 @@ public:
     return found;
   }
 
-  // Where an item lies in the window, in points.
+  // Position and size of an item in the window, in points.
   [[nodiscard]] QRectF box(const QString& name) const { return box(item(name)); }
   [[nodiscard]] static QRectF box(const QQuickItem* item) {
     return item->mapRectToScene({0, 0, item->width(), item->height()});
   }
 
-  // The window's content once its one animation has come to rest.
+  // The window's content after its animation has finished.
   [[nodiscard]] QImage picture() {
     const auto* veil = root()->findChild<QQuickItem*>(QStringLiteral("veil"));
     const double rest = session.rendering() ? 0.6 : 0;

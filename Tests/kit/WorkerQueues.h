@@ -1,4 +1,5 @@
-// Work queues like the program's: a thread renders, and the test's thread takes what it is handed.
+// Work queues like the program's: a worker thread renders, and the test's thread runs the main
+// queue.
 #pragma once
 
 #include "Session.h"
@@ -32,7 +33,7 @@ public:
             .main = [this](auto work) { add(main_, std::move(work)); }};
   }
 
-  // Runs what is handed to the main thread, here, until `condition` holds.
+  // Runs main-queue work on this thread until `condition` holds.
   void runUntil(const std::function<bool()>& condition) {
     while (!condition())
       take(main_)();
@@ -49,7 +50,7 @@ private:
     changed_.notify_all();
   }
 
-  // Waits for work; work that does nothing when the queues end.
+  // Waits for work. Returns a no-op when the queues end.
   WorkQueues::Work take(Queue& queue) {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [&] { return !queue.empty() || ending_; });
@@ -74,8 +75,8 @@ private:
 
   std::mutex mutex_;
   std::condition_variable changed_;
-  Queue background_, main_; // under mutex_
-  bool ending_ = false;     // under mutex_
+  Queue background_, main_; // guarded by mutex_
+  bool ending_ = false;     // guarded by mutex_
   std::thread worker_;      // last: it uses all of the above
 };
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Read by the comparisons, which set `root`: what velto_core is built from.
-# shellcheck disable=SC2154
+# Sourced by the comparisons, which set `root`: flags and sources of velto_core.
+# shellcheck disable=SC2034,SC2154
 
-# The flags that exactness rests on, as the project states them.
+# The flags that exactness depends on, from the project's own CMakeLists.txt.
 mapfile -t flags < <(grep -oE -- '-ffp-contract=off|-fno-tree-slp-vectorize' "$root/CMakeLists.txt")
 if ((${#flags[@]} != 2)); then
   echo "CMakeLists.txt does not state the two flags."

@@ -44,10 +44,11 @@ protected:
   }
 
   // Without a display.
-  [[nodiscard]] velto::kit::CommandResult check() const {
-    return velto::kit::runCommand(
-        "env -u DISPLAY -u WAYLAND_DISPLAY HOME=" + (folder() / "home").string() + " " +
-        (folder() / "tree/bin/velto").string() + " --brand-check 2>&1");
+  [[nodiscard]] velto::kit::CommandResult check() const { return check(folder() / "home"); }
+  [[nodiscard]] velto::kit::CommandResult check(const fs::path& home) const {
+    return velto::kit::runCommand("cd " + folder().string() +
+                                  "; env -u DISPLAY -u WAYLAND_DISPLAY HOME=" + home.string() +
+                                  " tree/bin/velto --brand-check 2>&1");
   }
 
 private:
@@ -91,6 +92,13 @@ TEST_F(BrandCheck, IsGreenWithTheFaceAndItsMaster) {
       << text[5];
   EXPECT_EQ(text[6], "  brand gate green");
   EXPECT_EQ(result.status, 0);
+}
+
+// As the profile does: then the account's home counts, which has no master.
+TEST_F(BrandCheck, IgnoresARelativeHome) {
+  shipFace();
+  layMaster();
+  EXPECT_EQ(lines(check("home").output)[2], "  FAIL  " + unmodified + "brand repo copy unreadable");
 }
 
 TEST_F(BrandCheck, ComparesTheWidthsThatItPrints) {

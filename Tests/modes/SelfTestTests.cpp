@@ -1,6 +1,8 @@
 #include "SelfTest.h"
 
+#include "AudioEngine.h"
 #include "Player.h"
+#include "Report.h"
 #include "kit/CapturedOutput.h"
 #include "kit/FakeOutput.h"
 
@@ -32,7 +34,7 @@ Verdict verdictOf(const Run& run) {
 }
 
 Verdict judged(const Samples& captured) {
-  return verdictOf([&captured] { return SelfTest::judge(captured); });
+  return verdictOf([&captured] { return SelfTest::judge(captured, Report::line); });
 }
 
 // A square wave has the same RMS and peak level.
@@ -117,8 +119,10 @@ private:
 };
 
 TEST(SelfTest, PassesOnAnOutputThatPlays) {
-  const Verdict verdict = verdictOf(
-      [] { return Player::selfTest([] { return std::make_unique<PacedDevice>(1000); }); });
+  const Verdict verdict = verdictOf([] {
+    return Player::selfTest(
+        std::make_unique<Engine>([] { return std::make_unique<PacedDevice>(1000); }), Report::line);
+  });
   EXPECT_TRUE(verdict.passed);
   ASSERT_EQ(verdict.lines.size(), 4U);
   EXPECT_EQ(verdict.lines[0], "output bus: 48000 Hz, 2 ch");
@@ -134,8 +138,10 @@ TEST(SelfTest, PassesOnAnOutputThatPlays) {
 }
 
 TEST(SelfTest, FailsOnAnOutputThatFallsSilent) {
-  const Verdict verdict =
-      verdictOf([] { return Player::selfTest([] { return std::make_unique<PacedDevice>(35); }); });
+  const Verdict verdict = verdictOf([] {
+    return Player::selfTest(
+        std::make_unique<Engine>([] { return std::make_unique<PacedDevice>(35); }), Report::line);
+  });
   EXPECT_FALSE(verdict.passed);
   ASSERT_EQ(verdict.lines.size(), 3U);
   EXPECT_TRUE(verdict.lines[1].starts_with("captured  : ")) << verdict.lines[1];
@@ -145,7 +151,9 @@ TEST(SelfTest, FailsOnAnOutputThatFallsSilent) {
 TEST(SelfTest, FailsWithItsOwnLineWhereNoEngineStarts) {
   kit::FakeOutput output;
   output.refuse("no sound here");
-  const Verdict verdict = verdictOf([&output] { return Player::selfTest(output.factory()); });
+  const Verdict verdict = verdictOf([&output] {
+    return Player::selfTest(std::make_unique<Engine>(output.factory()), Report::line);
+  });
   EXPECT_FALSE(verdict.passed);
   EXPECT_EQ(verdict.lines, std::vector<std::string>{"FAIL  engine did not start"});
 }

@@ -1,7 +1,7 @@
 // velto_pictures FOLDER [SCALE]
 //
-// Writes a picture of the practice window for each drill, state and palette, at the given scale;
-// without one, at 1x and at 2x. The same program gives the same pictures.
+// Writes a picture of the practice window for each drill, state and palette at the given scale;
+// without SCALE, at 1x and at 2x. The same program writes the same pictures.
 
 #include "kit/GuiTesting.h"
 #include "kit/Stage.h"
@@ -16,7 +16,7 @@ namespace {
 
 using namespace velto;
 
-// `focused` has the ring of the keyboard's focus round the picker.
+// `focused` shows the focus ring around the picker.
 enum class State { ungraded, rendering, focused, hit, miss };
 
 QString name(State state) {

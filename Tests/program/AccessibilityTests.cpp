@@ -1,5 +1,5 @@
-// Practising without seeing the window: from another process over the accessibility bus, and by the
-// keyboard alone, with a screen reader that listens. Run on a private desk with a session bus.
+// Practises without looking at the window: from another process over the accessibility bus, and
+// with the keyboard alone while a screen reader listens. Run on a private desk with a session bus.
 #include "kit/Desktop.h"
 #include "kit/Launch.h"
 #include "kit/ProfileReader.h"
@@ -21,7 +21,7 @@
 namespace velto::kit {
 namespace {
 
-// The program with a screen reader at it, and the trials that it must have made.
+// The program with a screen reader attached, and the trials that it must have made.
 class Practice {
 public:
   Practice()
@@ -39,8 +39,8 @@ public:
                      "the trial is rendered");
   }
 
-  // The answer that was just submitted is recorded and announced as the program's trial `number`
-  // (from 0) of the drill grades it.
+  // Checks that the answer just submitted is recorded, and announced as the grade of the drill's
+  // trial `number` (from 0).
   void expectVerdict(Drill drill, std::size_t number, double answer) {
     SCOPED_TRACE(std::string(drill.rawValue()));
     const std::size_t row = answered_++;
@@ -89,7 +89,7 @@ public:
     reader_.act("slider", "Frequency", "Decrease");
     reader_.act("slider", "Frequency", "Decrease");
     EXPECT_EQ(value("Frequency"), 800);
-    reader_.setValue("slider", "Frequency", 3300); // the nearest band answers
+    reader_.setValue("slider", "Frequency", 3300); // rounded to the nearest band
     scale = reader_.object("slider", "Frequency");
     EXPECT_EQ(scale.value, 3150);
     EXPECT_EQ(scale.description, "3.15 kHz");
@@ -166,7 +166,7 @@ private:
   ScreenReader& reader_;
 };
 
-// By the keyboard alone; the screen reader tells what has become of it.
+// With the keyboard alone; the screen reader reports the result.
 class KeyboardHands {
 public:
   explicit KeyboardHands(Practice& practice)
@@ -177,7 +177,7 @@ public:
     tabTo("slider", "Frequency");
     press({Keys::right, Keys::up, Keys::pageDown, Keys::left});
     waitForValue("630 Hz");      // 1000, 1250, 1600, 800, 630
-    desktop_.press(Keys::space); // switches, and nothing else
+    desktop_.press(Keys::space); // only switches
     reader_.waitUntil([&] { return reader_.object("radio button", "Play B").is("checked"); },
                       "B is played");
     desktop_.press(Keys::returnKey);
@@ -210,7 +210,7 @@ public:
     reader_.waitUntil(
         [&] { return reader_.focus().name == "Slot 2" && reader_.focus().is("checked"); },
         "slot 2 is chosen");
-    desktop_.press(Keys::three); // plays the third, and chooses nothing
+    desktop_.press(Keys::three); // plays the third without choosing it
     desktop_.press(Keys::returnKey);
     practice_.expectVerdict(Drill::polarity, 3, 1);
     EXPECT_TRUE(reader_.object("radio button", "Play 3").is("checked"));
@@ -233,7 +233,7 @@ private:
     desktop_.press(Keys::tab);
     waitForFocus(role, name);
   }
-  // From the picker back to the drills, and on to the next one.
+  // From the picker back to the drills, then to the next drill.
   void nextDrill(const std::string& from, const std::string& to) {
     desktop_.press(Keys::tab, {Keys::shift});
     waitForFocus("radio button", from);

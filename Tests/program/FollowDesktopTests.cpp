@@ -1,5 +1,5 @@
-// The window follows the desktop while it is open: light and dark, fonts, motion, scale. The real
-// program under X, with a portal whose settings the test chooses; run on a private desk with a
+// The window follows the desktop while it is open: light and dark, fonts, motion, scale. Runs the
+// program under X, with a portal whose settings the test chooses. Run on a private desk with a
 // session bus.
 #include "kit/Desktop.h"
 #include "kit/FakeOutput.h"
@@ -50,8 +50,8 @@ public:
   [[nodiscard]] std::uint32_t ground() { return desktop.picture(window_, {4, 4, 1, 1}).at(0); }
   [[nodiscard]] WindowGeometry geometry() { return desktop.geometry(window_); }
 
-  // What is still the same after a while: where another window has been, its picture may stay until
-  // this one is painted again.
+  // The picture once it has stopped changing. Where another window was, old content may remain
+  // until this one is painted again.
   [[nodiscard]] std::vector<std::uint32_t> pixelsAtRest() {
     std::vector<std::uint32_t> last;
     desktop.waitUntil(
@@ -67,7 +67,7 @@ public:
   void waitForGround(std::uint32_t color) {
     desktop.waitUntil([&] { return ground() == color; }, "the ground changes");
   }
-  // The picture of a rendered trial: the primary button is enabled, in ink.
+  // The trial is rendered when the primary button is enabled, painted in ink.
   void waitUntilRendered(std::uint32_t ink) {
     const auto at = [this](double points) {
       return static_cast<int>(std::lround(points * scale_));
@@ -89,7 +89,7 @@ private:
   double scale_;
 };
 
-// The window of a program that is started now; gone again, so that it covers no other.
+// The picture of a newly started program, which then ends so that its window covers no other.
 std::vector<std::uint32_t> pixelsFromTheStart(std::uint32_t ink) {
   Window window;
   window.waitUntilRendered(ink);
@@ -127,7 +127,7 @@ TEST(FollowsTheDesktop, FromOneFontToAnotherWhileItIsOpen) {
   window.desktop.waitUntil([&] { return window.pixelsAtRest() == wanted; },
                            "it looks like one that was started with those fonts");
   EXPECT_NE(wanted, before);
-  if (window.geometry().width == small.width) { // it has not had to grow
+  if (window.geometry().width == small.width) { // the window did not have to grow
     portal.set(interface, "font-name", "");
     portal.set(interface, "monospace-font-name", "");
     window.desktop.waitUntil([&] { return window.pixelsAtRest() == before; }, "the fonts are back");
@@ -166,7 +166,7 @@ TEST(Motion, IsReducedWhereEitherSettingAsksForIt) {
     portal.set(interface, "enable-animations", true);
     portal.set(appearance, "reduced-motion", 0U);
     expect(false);
-    // As it is set when the program starts.
+    // Set before the program starts.
     portal.set(appearance, "reduced-motion", 1U);
     Appearance late(fixed);
     EXPECT_TRUE(QTest::qWaitFor([&] { return late.reducedMotion(); }, 10000));
@@ -215,7 +215,7 @@ int main(int argc, char** argv) {
   velto::kit::prepareGui();
   qputenv("DBUS_SESSION_BUS_ADDRESS", bus);
   const QGuiApplication application(argc, argv);
-  qunsetenv("QT_QPA_PLATFORM"); // the program's own window is a real one
+  qunsetenv("QT_QPA_PLATFORM"); // the program itself opens a real window
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }

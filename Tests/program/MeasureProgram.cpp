@@ -1,5 +1,5 @@
-// Prints how quick and how frugal the real program is: run on a private desk, with nothing else
-// beside it. Asserts nothing.
+// Prints response times and resource use of the program. Checks nothing. Run on a private desk with
+// nothing else running.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
 #include "kit/Footprint.h"
@@ -33,7 +33,7 @@ void report(const std::string& what, std::vector<double> values, const std::stri
             << " runs)\n";
 }
 
-// The newest frame's arrival includes the recorder's own latency of about 20 ms.
+// Includes the recorder's own latency of about 20 ms.
 double untilChange(Recorder& recorder, const std::function<bool(const Recording&)>& changed,
                    Clock::time_point from) {
   while (!changed(recorder.recording()))
@@ -41,7 +41,7 @@ double untilChange(Recorder& recorder, const std::function<bool(const Recording&
   return milliseconds(Clock::now() - from);
 }
 
-// From exec to the first pixel of the window in a colour of its own ground: what the user sees.
+// From exec to the first pixel in the window's own background colour.
 double firstFrame(Desktop& desktop) {
   ProgramRunner program(VELTO_PROGRAM, {"--appearance", "light"});
   const WindowId window = desktop.waitForWindow("MORLA Velto", program.pid());
@@ -50,7 +50,7 @@ double firstFrame(Desktop& desktop) {
   return milliseconds(Clock::now() - program.startTime());
 }
 
-// A slot switch: each frame of the loop comes back 153600 frames later unless the slot changed.
+// A slot switch: a frame of the loop recurs after 153600 frames unless the slot has changed.
 double slotSwitch(Desktop& desktop, Recorder& recorder) {
   recorder.waitForMore(153600 + 24000);
   std::size_t at = recorder.frames();
@@ -93,7 +93,7 @@ std::vector<double> repeated(int times, Measure measure) {
   return figures;
 }
 
-// The processor time that the program takes while so many seconds are played.
+// Processor time of the program while `seconds` seconds are played.
 double processorSeconds(Recorder& recorder, const ProgramRunner& program, std::size_t seconds) {
   const double before = Footprint::of(program.pid()).processorSeconds;
   recorder.waitForMore(seconds * 48000);

@@ -1,10 +1,11 @@
-// What the player makes of targets across their whole range, told by ear from a real sink: run on a
-// private desk.
+// Plays targets across their whole range and judges the sound of a real sink. Run on a private
+// desk.
 #include "Drills.h"
 #include "Player.h"
 #include "kit/Alignment.h"
 #include "kit/Listener.h"
 #include "kit/Recorder.h"
+#include "kit/TestPlayer.h"
 
 #include <gtest/gtest.h>
 
@@ -18,18 +19,18 @@ namespace {
 
 constexpr double seconds = 3.2;
 constexpr std::size_t loopFrames = 153600;
-constexpr std::size_t settleFrames = 24000; // a crossfade and the way to the recorder
+constexpr std::size_t settleFrames = 24000; // crossfade and latency of the recorder
 
 Listener::Part listen(Recorder& recorder, std::size_t slot, std::size_t begin) {
   recorder.waitForMore(begin + loopFrames - recorder.frames());
   return {.slot = slot, .begin = begin, .sound = recorder.recording().part(begin, loopFrames)};
 }
 
-// The whole loop of A and of B, frame by frame at the same place.
+// The whole loop of A and of B, aligned frame by frame.
 std::pair<Recording, Recording> hearBoth(const Trial& trial) {
   const std::vector<Slot> slots = Drills::render(trial, seconds);
   Recorder recorder;
-  Player player;
+  kit::TestPlayer player;
   player.load(slots, 0);
   if (!player.isPlaying())
     throw std::runtime_error("the player does not play");

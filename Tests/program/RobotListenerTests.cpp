@@ -1,11 +1,15 @@
-// Somebody practises on the real program and goes by ear: run on a private desk. VELTO_PROGRAM
-// names the program, VELTO_ROBOT_TRIALS the number of trials a drill.
+// A robot practises with the program and answers by ear, without and with --fair. It judges what
+// lies above 20 Hz. Run on a private desk. VELTO_PROGRAM names the program; the variable
+// VELTO_ROBOT_TRIALS sets the number of trials per drill.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
+#include "kit/Highpass.h"
 #include "kit/Listener.h"
 #include "kit/ProfileReader.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
+#include "kit/Store.h"
+#include "kit/Way.h"
 
 #include "Numbers.h"
 #include "Scales.h"
@@ -26,11 +30,13 @@ namespace velto::kit {
 namespace {
 
 constexpr std::size_t loopFrames = 153600; // a trial lasts 3.2 s
-// From a key press to a slot that is heard alone: the way to the sink, and a crossfade of 150 ms.
-constexpr std::size_t settleFrames = 28800;
+
+// From a key press to a slot that is heard alone: the way to the sink, a switch of 150 ms, and 0.2
+// s for the high-pass filter to forget it.
+const std::size_t settleFrames = framesInStore() + 16800;
 
 // From "n" to the next trial's first slot, heard alone.
-constexpr std::size_t nextTrialFrames = 48000;
+const std::size_t nextTrialFrames = framesInStore() + 36000;
 
 // The answer area of a window 1180 points wide.
 constexpr int stripLeft = 40, stripWidth = 739, stripMiddle = 172;
@@ -45,11 +51,12 @@ int pixelAt(double share) {
   return stripLeft + std::min(static_cast<int>(std::lround(share * stripWidth)), stripWidth - 1);
 }
 
-// One listener at the program, practising one drill.
+// A listener that practises one drill with the program.
 class Robot {
 public:
-  explicit Robot(const std::string& drill)
-      : recorder_(std::make_unique<Recorder>()), program_(VELTO_PROGRAM, {"--drill", drill}),
+  Robot(const std::string& drill, Way way)
+      : recorder_(std::make_unique<Recorder>()),
+        program_(VELTO_PROGRAM, arguments({"--drill", drill}, way)),
         window_(desktop_.waitForWindow("MORLA Velto", program_.pid())) {
     const WindowGeometry geometry = desktop_.geometry(window_);
     if (geometry.width != 1180 || geometry.height != 386)
@@ -58,8 +65,8 @@ public:
     waitForSound();
   }
 
-  // Starts the next trial, as a listener who does not want the current one does, or has answered
-  // it. What plays may have rests of its own: only its end and a pause later is it the new one.
+  // Starts the next trial, whether or not the current one was answered. Throws if no pause of 50 ms
+  // ends within `nextTrialFrames`.
   void nextTrial() {
     recorder_ = std::make_unique<Recorder>();
     desktop_.press(Keys::n);
@@ -71,21 +78,21 @@ public:
       throw std::runtime_error("the next trial does not come");
   }
 
-  // Switches to a slot and lets the crossfade pass.
+  // Switches to a slot and waits for the crossfade.
   void switchTo(std::size_t slot) {
     desktop_.press(Keys::one + static_cast<std::uint32_t>(slot));
     slot_ = slot;
     settled_ = recorder_->frames() + settleFrames;
   }
 
-  // Listens to the slot until `frame` of the recording.
+  // Records the slot until `frame` of the recording.
   [[nodiscard]] Listener::Part listenUntil(std::size_t frame) {
     const std::size_t now = recorder_->frames();
     if (frame > now)
       recorder_->waitForMore(frame - now);
     return {.slot = slot_,
             .begin = settled_,
-            .sound = recorder_->recording().part(settled_, frame - settled_)};
+            .sound = highpassed(recorder_->recording(), 20).part(settled_, frame - settled_)};
   }
 
   [[nodiscard]] Listener::Part listenFor(std::size_t frames) {
@@ -108,7 +115,7 @@ private:
       const Recording soFar = recorder_->recording();
       const std::size_t sound = firstSound(soFar, 0);
       slot_ = 0;
-      settled_ = sound + 9600;
+      settled_ = sound + 16800;
       if (sound < soFar.frames())
         return;
       if (soFar.frames() > 480000)
@@ -121,10 +128,10 @@ private:
   ProgramRunner program_;
   WindowId window_ = 0;
   std::size_t slot_ = 0;
-  std::size_t settled_ = 0; // the frame from which the slot is heard alone
+  std::size_t settled_ = 0; // first frame in which the slot is heard alone
 };
 
-// A and B at the same place of the loop, `frames` frames of each; the whole loop in two pieces.
+// `frames` frames of A and of B at the same place of the loop. The whole loop comes in two pieces.
 std::pair<Recording, Recording> hearBoth(Robot& robot, std::size_t frames) {
   const Listener::Part a = robot.listenFor(frames);
   robot.switchTo(1);
@@ -133,7 +140,7 @@ std::pair<Recording, Recording> hearBoth(Robot& robot, std::size_t frames) {
   return Listener::samePlace(a, robot.listenUntil(a.begin + loopFrames + frames), loopFrames);
 }
 
-// The staircase of a beginner after these answers.
+// A beginner's staircase after the answers so far.
 struct Beginner {
   ReadStaircase state{.difficulty = 20};
 
@@ -155,15 +162,15 @@ struct Beginner {
   }
 };
 
-// One practice session and what must hold after each of its answers.
+// A practice session, checked after each answer.
 class Practice {
 public:
-  explicit Practice(std::string drill) : drill_(std::move(drill)), robot_(drill_) {}
+  Practice(std::string drill, Way way) : drill_(std::move(drill)), robot_(drill_, way) {}
 
   Robot& robot() { return robot_; }
 
-  // Submits what was pointed at. The profile holds one attempt more, made at the staircase's
-  // difficulty, and the staircase has moved by its rule.
+  // Submits the current answer. Checks that the profile has one more attempt, made at the
+  // staircase's difficulty, and that the staircase has moved by its rule.
   ReadAttempt submit() {
     const double difficulty = beginner_.state.difficulty;
     const ReadProfile profile = robot_.submit(++attempts_);
@@ -195,7 +202,7 @@ void report(const std::string& drill, std::vector<double> misses) {
             << Numbers::fixed(worst, 4) << " dB\n";
 }
 
-// The truth lies `error` above or below the answer, on the grid that targets are rounded to.
+// The target lies `error` above or below the answer, on the grid to which targets are rounded.
 double truthNearest(double heard, double answer, double error, double grid) {
   double best = 1e9;
   for (const double candidate : {answer - error, answer + error})
@@ -205,9 +212,20 @@ double truthNearest(double heard, double answer, double error, double grid) {
   return best;
 }
 
-TEST(RobotListener, HearsTheBoostedBand) {
-  Practice practice("frequency");
-  for (std::size_t trial = 0; trial < trialsPerDrill(3); ++trial) {
+class RobotListener : public ::testing::TestWithParam<Way> {
+protected:
+  // A test's part of `trials`, of which the fair ones are the larger half.
+  [[nodiscard]] static std::size_t usual(std::size_t trials) {
+    return GetParam() == Way::fair ? (trials + 1) / 2 : trials / 2;
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(Ways, RobotListener, ::testing::Values(Way::standard, Way::fair),
+                         [](const auto& way) { return nameOf(way.param); });
+
+TEST_P(RobotListener, HearsTheBoostedBand) {
+  Practice practice("frequency", GetParam());
+  for (std::size_t trial = 0; trial < trialsPerDrill(usual(3)); ++trial) {
     if (trial > 0)
       practice.robot().nextTrial();
     const auto [a, b] = hearBoth(practice.robot(), Listener::spectrumFrames + 480);
@@ -222,10 +240,10 @@ TEST(RobotListener, HearsTheBoostedBand) {
   }
 }
 
-TEST(RobotListener, HearsTheLevelDifference) {
-  Practice practice("level");
+TEST_P(RobotListener, HearsTheLevelDifference) {
+  Practice practice("level", GetParam());
   std::vector<double> misses;
-  for (std::size_t trial = 0; trial < trialsPerDrill(3); ++trial) {
+  for (std::size_t trial = 0; trial < trialsPerDrill(usual(3)); ++trial) {
     if (trial > 0)
       practice.robot().nextTrial();
     const auto [a, b] = hearBoth(practice.robot(), 24000);
@@ -246,16 +264,16 @@ TEST(RobotListener, HearsTheLevelDifference) {
   report("level", misses);
 }
 
-TEST(RobotListener, HearsTheGainReduction) {
-  Practice practice("dynamics");
+TEST_P(RobotListener, HearsTheGainReduction) {
+  Practice practice("dynamics", GetParam());
   std::vector<double> misses;
-  for (std::size_t trial = 0; trial < trialsPerDrill(2); ++trial) {
+  for (std::size_t trial = 0; trial < trialsPerDrill(usual(2)); ++trial) {
     if (trial > 0)
       practice.robot().nextTrial();
     const auto [a, b] = hearBoth(practice.robot(), loopFrames);
     ASSERT_EQ(a.frames(), loopFrames);
-    const double heard = Listener::gainReductionDB(a, b);
-    EXPECT_EQ(Listener::gainReductionDB(a, a), 0);
+    const double heard = Listener::gainReductionByPiecesDB(a, b);
+    EXPECT_EQ(Listener::gainReductionByPiecesDB(a, a), 0);
     const int x = pixelAt(heard / 14);
     practice.robot().point(x);
     const ReadAttempt attempt = practice.submit();
@@ -270,18 +288,19 @@ TEST(RobotListener, HearsTheGainReduction) {
   report("dynamics", misses);
 }
 
-TEST(RobotListener, HearsTheFlippedSlot) {
-  Practice practice("polarity");
+TEST_P(RobotListener, HearsTheFlippedSlot) {
+  Practice practice("polarity", GetParam());
   Robot& robot = practice.robot();
   // 1, 2, 3, 1 at such lengths that 3 and 2 each share a place of the loop with 1.
-  constexpr std::size_t dwell = 67200;
-  for (std::size_t trial = 0; trial < trialsPerDrill(3); ++trial) {
+  constexpr std::size_t listening = 38400;
+  const std::size_t dwell = settleFrames + listening;
+  for (std::size_t trial = 0; trial < trialsPerDrill(usual(3)); ++trial) {
     if (trial > 0)
       robot.nextTrial();
     std::vector<Listener::Part> parts{robot.listenFor(dwell)};
     for (const std::size_t slot : {1U, 2U, 0U}) {
       robot.switchTo(slot);
-      parts.push_back(robot.listenFor(dwell - settleFrames));
+      parts.push_back(robot.listenFor(listening));
     }
     const auto slot = Listener::flippedSlot(parts, loopFrames);
     std::vector<Listener::Part> deaf(parts.size(), parts[0]);

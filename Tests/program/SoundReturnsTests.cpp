@@ -1,5 +1,5 @@
-// The real program while sound comes and goes: run on a private desk with a display, where each
-// test starts and ends sound servers of its own.
+// The program while sound servers come and go. Run on a private desk with a display; each test
+// starts and ends its own sound servers.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
 #include "kit/Eventually.h"
@@ -34,7 +34,7 @@ std::string line(const std::string& reason) {
   return "Velto: engine start failed - " + reason + "\n";
 }
 
-// The program with its window in front, in the level drill.
+// The program in the level drill, with its window in front.
 class Practice {
 public:
   Practice()
@@ -44,7 +44,7 @@ public:
     desktop.waitForActive(window);
   }
 
-  // Whether slot `slot` of trial `number`, from 0, comes to be heard, bit for bit.
+  // True once slot `slot` of trial `number` (from 0) is heard, bit for bit; false on a timeout.
   [[nodiscard]] bool hears(Recorder& recorder, std::size_t slot, std::size_t number = 0) const {
     for (int round = 0; round < 200; ++round) {
       recorder.waitForMore(4800);
@@ -58,18 +58,18 @@ public:
     return false;
   }
 
-  // Whether it comes to have said exactly this on standard error.
+  // True once standard error is exactly `text`; false on a timeout.
   [[nodiscard]] bool says(const std::string& text) const {
     return eventually([&] { return program.errors() == text; });
   }
 
-  // Whether its window still takes an answer.
+  // True if the window accepts an answer.
   [[nodiscard]] bool reacts(std::size_t attempts) {
     desktop.press(Keys::returnKey);
     return waitForAttempts(program.profileFile(), attempts).attempts.size() == attempts;
   }
 
-  // Whether it ends when its window is closed.
+  // True if the program exits with 0 when its window is closed.
   [[nodiscard]] bool ends() {
     desktop.close(window);
     return program.waitForExit() == 0;
@@ -88,7 +88,7 @@ std::string streams() {
   return pactl("list short sink-inputs");
 }
 
-// Whether no stream is there for longer than a try would take to come.
+// True if no stream appears for longer than the interval between two attempts.
 bool staysSilent() {
   const auto end = std::chrono::steady_clock::now() + 2200ms;
   while (std::chrono::steady_clock::now() < end) {
@@ -130,7 +130,7 @@ TEST(SoundReturns, WhenTheServerDiesAndComesBackTimeAndAgain) {
     Recorder recorder;
     EXPECT_TRUE(practice.hears(recorder, round == 0 ? 1 : 0));
   }
-  // The next trial does not wait for the next try.
+  // A new trial does not wait for the next attempt.
   server->kill();
   said += line(refused);
   ASSERT_TRUE(practice.says(said));
@@ -192,7 +192,7 @@ TEST(SoundReturns, OnTheSinkThatBecomesTheDefaultOneOrIsLeft) {
   EXPECT_EQ(practice.program.errors(), "");
 }
 
-// The server resamples and mixes down: what is heard is the level, without a gap.
+// The server resamples and mixes down, so check the level, and that there is no gap.
 TEST(SoundReturns, OnSinksOfAnotherRateAndOfOneChannel) {
   const SoundServer server;
   std::optional<Practice> practice;
@@ -200,7 +200,7 @@ TEST(SoundReturns, OnSinksOfAnotherRateAndOfOneChannel) {
     const std::string name = "odd" + std::to_string(format.size());
     pactl("load-module module-null-sink norewinds=1 sink_name=" + name + " " + format);
     pactl("set-default-sink " + name);
-    if (!practice) // opens the first one, and is moved to the others
+    if (!practice) // opens the first sink and is moved to the others
       practice.emplace();
     ASSERT_TRUE(eventually([] { return !streams().empty(); }));
     Recorder recorder(name + ".monitor");
@@ -208,7 +208,7 @@ TEST(SoundReturns, OnSinksOfAnotherRateAndOfOneChannel) {
     const Recording sound = recorder.stop();
     const std::size_t begin = sound.frames() - 14400;
     const double level = Measure::rmsDB(std::span(sound.l).subspan(begin));
-    EXPECT_NEAR(level, -26, 2) << format; // pink noise at -20 dB, and the headroom
+    EXPECT_NEAR(level, -26, 2) << format; // pink noise at -20 dB, minus the headroom
     EXPECT_EQ(firstSilence(sound, begin, 48), sound.frames()) << format;
   }
   EXPECT_EQ(practice->program.errors(), "");
@@ -236,7 +236,7 @@ TEST(SoundReturns, NeverHoldsUpTheWindowOfAProgramWhoseServerFreezes) {
   EXPECT_TRUE(practice.reacts(1));
   practice.desktop.press(Keys::n);
   practice.desktop.minimise(practice.window);
-  std::this_thread::sleep_for(300ms); // the output is being closed, in vain
+  std::this_thread::sleep_for(300ms); // the program tries in vain to close the output
   practice.desktop.activate(practice.window);
   practice.desktop.waitForActive(practice.window);
   EXPECT_TRUE(practice.reacts(2));

@@ -1,5 +1,5 @@
-// The real window under a Wayland compositor: what is drawn, the keys, and what follows the desktop
-// and the focus. Run on a private desk with a display, a compositor beside it, and a session bus.
+// The window under a Wayland compositor: painting, keys, and how it follows desktop and focus. Run
+// on a private desk with a display, next to a compositor and a session bus.
 #include "kit/Alignment.h"
 #include "kit/Command.h"
 #include "kit/Eventually.h"
@@ -36,7 +36,7 @@ std::string run(const std::string& command) {
   return result.output;
 }
 
-// The window of a process in the compositor's tree.
+// Finds the window of a process in the compositor's tree.
 std::optional<nlohmann::json> findWindow(const nlohmann::json& node, pid_t pid) {
   if (node.value("pid", 0) == pid && node.contains("app_id"))
     return node;
@@ -49,7 +49,7 @@ std::optional<nlohmann::json> findWindow(const nlohmann::json& node, pid_t pid) 
 
 class Window {
 public:
-  // Without `audible` it finds no sound server.
+  // Without `audible` the program finds no sound server.
   explicit Window(std::vector<std::string> arguments, bool audible = true)
       : program(VELTO_PROGRAM, std::move(arguments), environment(audible)) {
     waitUntil([this] { return node() && node()->value("focused", false); }, "the window opens");
@@ -60,7 +60,7 @@ public:
   }
   void focus() const { run("swaymsg '[pid=" + std::to_string(program.pid()) + "] focus'"); }
 
-  // What the screen shows of it, in pixels.
+  // The window's content on the screen, in pixels.
   [[nodiscard]] QImage picture() const {
     const auto rect = node().value()["rect"];
     const auto number = [&](const char* name) { return std::to_string(rect[name].get<int>()); };
@@ -70,13 +70,13 @@ public:
     return QImage(QString::fromStdString(file)).convertToFormat(QImage::Format_RGB32);
   }
 
-  // Away from where it was opened: an output that shows things larger shows less of them.
+  // Moves the window to the top left: a scaled output shows less of the desktop.
   void moveIntoSight() const {
     run("swaymsg '[pid=" + std::to_string(program.pid()) + "] move absolute position 20 20'");
     waitUntil([this] { return node().value()["rect"]["x"] == 20; }, "the window moves");
   }
 
-  // Once the primary button is enabled: in the dark palette's ink.
+  // Waits until the primary button is enabled, painted in the dark palette's ink.
   void waitUntilRendered() const {
     waitUntil([&] { return picture().pixel(710, 246) == qRgb(0xF0, 0xF1, 0xF4); },
               "the trial is rendered");
@@ -111,7 +111,7 @@ private:
   }
 };
 
-// A run that takes the program's own picture.
+// Runs the program to take its own screenshot.
 class Shot {
 public:
   explicit Shot(const std::string& platform)

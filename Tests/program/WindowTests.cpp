@@ -1,6 +1,6 @@
-// Keyboard, mouse and lifecycle of the real window, each judged by what leaves the sink: run on a
-// private desk. The trials follow from the second in which the program started, so that every
-// recorded frame can be held against the slot that must be heard, bit for bit.
+// Keyboard, mouse and lifecycle of the window, judged by the sink's sound. Run on a private desk.
+// The trials follow from the second in which the program started, so every recorded frame can be
+// compared bit for bit with the slot that must be heard.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
 #include "kit/Files.h"
@@ -28,16 +28,16 @@
 namespace velto::kit {
 namespace {
 
-constexpr std::size_t provenFrames = 2400; // enough to tell a slot by its bits
+constexpr std::size_t provenFrames = 2400; // enough to identify a slot by its bits
 
-// Points of a window 1180 points wide.
+// Points in a window 1180 points wide.
 struct Point {
   int x, y;
 };
 constexpr Point slotA{66, 258}, slotB{126, 258}, drums{593, 258}, submitButton{740, 258};
 constexpr Point polarityChip{745, 40}, background{400, 365};
 
-// The program, its window, and what it must play.
+// The program, its window, and the trials that it must play.
 class Stage {
 public:
   explicit Stage(Drill drill = Drill::level, std::vector<std::string> arguments = {})
@@ -64,19 +64,18 @@ public:
     return Drills::makeTrial(20, material_, firstSeed_ + number * seedStep, drill_);
   }
 
-  // The slots of the program's trial `number`, from 0.
+  // The slots of the program's trial `number` (from 0).
   [[nodiscard]] std::vector<Slot> slots(std::size_t number) const {
     return Drills::render(trial(number), 3.2);
   }
 
-  // Where a loop is known to be: the frame `begin` of the recording is the frame `phase` of the
-  // slot.
+  // A known place of a loop: frame `begin` of the recording is frame `phase` of the slot.
   struct Place {
     std::size_t begin = 0;
     std::size_t phase = 0;
   };
 
-  // Returns once the newest frames are this slot's alone; throws when that does not come.
+  // Waits until the newest frames are this slot alone. Throws on a timeout.
   Place waitFor(std::size_t trialNumber, std::size_t slot) {
     const std::vector<Slot> all = slots(trialNumber);
     Place place;
@@ -89,7 +88,7 @@ public:
     return place;
   }
 
-  // The number, below `end`, of the trial whose first slot is heard.
+  // Waits until the first slot of a trial from `begin` up to `end` is heard. Returns its number.
   std::size_t waitForAnyTrial(std::size_t begin, std::size_t end) {
     std::vector<Slot> firsts;
     for (std::size_t number = begin; number < end; ++number)
@@ -106,14 +105,14 @@ public:
     return found;
   }
 
-  // Returns once nothing has been heard for 0.2 s.
+  // Waits for 0.2 s of silence.
   void waitForSilence() {
     waitUntilPlaying([](const Recording& sound, std::size_t) {
       return sound.frames() > 9600 && firstSound(sound, sound.frames() - 9600) == sound.frames();
     });
   }
 
-  // Whether the slot has gone on without any change from `place` until `frames` frames from now.
+  // Whether the slot continues unchanged from `place` until `frames` frames from now.
   testing::AssertionResult goesOn(const Place& place, std::size_t trialNumber, std::size_t slot,
                                   std::size_t frames = 19200) {
     recorder.waitForMore(frames);
@@ -125,7 +124,7 @@ public:
     return testing::AssertionFailure() << "changed " << changed - place.begin << " frames on";
   }
 
-  // Whether nothing is heard until `frames` frames from now.
+  // Whether there is silence until `frames` frames from now.
   testing::AssertionResult staysSilent(std::size_t frames = 14400) {
     const std::size_t from = recorder.frames();
     recorder.waitForMore(frames);
@@ -135,11 +134,11 @@ public:
     return testing::AssertionFailure() << "something is heard";
   }
 
-  // Whether the loop at `place` began at 0 when sound began after the silence at `silentFrame`.
+  // Whether the loop at `place` started at its beginning when sound returned after `silentFrame`.
   testing::AssertionResult beganAtZero(std::size_t silentFrame, const Place& place) const {
     const std::size_t start = firstSound(asRendered(recorder.recording()), silentFrame);
     const std::size_t phase = (place.begin - start) % 153600;
-    // The very first frames have a gain of next to nothing.
+    // The gain of the very first frames is almost 0.
     if (place.phase >= phase && place.phase <= phase + 4)
       return testing::AssertionSuccess();
     return testing::AssertionFailure() << "at " << place.phase << " instead of " << phase;
@@ -187,7 +186,7 @@ TEST(Keys, SpaceGoesRoundTheSlotsAndDigitsPickOne) {
   stage.waitFor(0, 1);
   stage.desktop.press(Keys::one);
   const auto place = stage.waitFor(0, 0);
-  stage.desktop.press(Keys::three); // two slots only
+  stage.desktop.press(Keys::three); // there are only two slots
   EXPECT_TRUE(stage.goesOn(place, 0, 0));
   EXPECT_EQ(stage.program.errors(), "");
 }
@@ -203,7 +202,7 @@ TEST(Keys, ThreePicksTheThirdOfThreeSlots) {
   stage.waitFor(number, 0);
   stage.desktop.press(Keys::three);
   stage.waitFor(number, 2);
-  stage.desktop.press(Keys::space); // round to the first
+  stage.desktop.press(Keys::space); // wraps around to the first
   stage.waitFor(number, 0);
 }
 
@@ -222,7 +221,7 @@ TEST(Keys, OtherKeysAndKeysWithAModifierDoNothing) {
   stage.desktop.press(Keys::keypadTwo);
   EXPECT_TRUE(stage.goesOn(place, 0, 0));
   EXPECT_FALSE(readProfile(stage.program.profileFile()));
-  // Num lock alone blocks nothing.
+  // Num lock alone does not matter.
   stage.desktop.press(Keys::two);
   stage.waitFor(0, 1);
 }
@@ -248,7 +247,7 @@ TEST(Keys, NStartsTheNextTrialAndReturnSubmitsFirst) {
   stage.desktop.press(Keys::two);
   stage.waitFor(0, 1);
   stage.desktop.press(Keys::n);
-  stage.waitFor(1, 0); // from the first slot again
+  stage.waitFor(1, 0); // starts with the first slot
   EXPECT_FALSE(readProfile(stage.program.profileFile()));
   stage.desktop.press(Keys::two);
   auto place = stage.waitFor(1, 1);
@@ -256,7 +255,7 @@ TEST(Keys, NStartsTheNextTrialAndReturnSubmitsFirst) {
   const ReadProfile profile = waitForAttempts(stage.program.profileFile(), 1);
   const double truth = stage.trial(1).targetLevelDB;
   EXPECT_NEAR(profile.attempts[0].error, std::abs(truth - 2), 1e-9);
-  EXPECT_TRUE(stage.goesOn(place, 1, 1)); // a grade does not stop the sound
+  EXPECT_TRUE(stage.goesOn(place, 1, 1)); // grading does not stop the sound
   stage.desktop.press(Keys::returnKey);
   stage.waitFor(2, 0);
 }
@@ -265,10 +264,10 @@ TEST(Keys, AHeldReturnActsOnceWhileAHeldSpaceAndAHeldNGoOn) {
   Stage stage;
   const auto place = stage.waitFor(0, 0);
   stage.desktop.keyDown(Keys::returnKey);
-  EXPECT_TRUE(stage.goesOn(place, 0, 0, 62400)); // far into the key's repetition
+  EXPECT_TRUE(stage.goesOn(place, 0, 0, 62400)); // long after key repetition starts
   stage.desktop.keyUp(Keys::returnKey);
   EXPECT_EQ(waitForAttempts(stage.program.profileFile(), 1).attempts.size(), 1U);
-  // Held, space switches on and on.
+  // While held, space keeps switching.
   stage.desktop.keyDown(Keys::space);
   stage.recorder.waitForMore(62400);
   stage.desktop.keyUp(Keys::space);
@@ -276,7 +275,7 @@ TEST(Keys, AHeldReturnActsOnceWhileAHeldSpaceAndAHeldNGoOn) {
   const std::size_t late = sound.frames() - 14400; // long after a single crossfade
   EXPECT_FALSE(loopPhase(sound, late, 14400, stage.slots(0)[0]));
   EXPECT_FALSE(loopPhase(sound, late, 14400, stage.slots(0)[1]));
-  // Held, n starts trial after trial.
+  // While held, n keeps starting trials.
   stage.desktop.keyDown(Keys::n);
   stage.recorder.waitForMore(62400);
   stage.desktop.keyUp(Keys::n);
@@ -300,7 +299,7 @@ TEST(Mouse, SlotsMaterialsDrillsStripAndButtonAreClicked) {
   stage.click(polarityChip);
   stage.practise(Drill::polarity, Material::pad);
   const auto place = stage.waitFor(2, 0);
-  stage.desktop.press(Keys::returnKey); // nothing chosen yet
+  stage.desktop.press(Keys::returnKey); // nothing is chosen yet
   EXPECT_TRUE(stage.goesOn(place, 2, 0));
   EXPECT_EQ(readProfile(stage.program.profileFile())->attempts.size(), 1U);
   stage.click({40 + 739 / 2, 172});
@@ -370,7 +369,7 @@ TEST(Lifecycle, AWindowThatIsCoveredButKeepsTheFocusPlaysOn) {
 
 TEST(Lifecycle, ATrialRenderedWhileSuspendedWaitsUntilResumed) {
   Stage stage;
-  // While the program is held, so that it learns of both before the render can be done.
+  // Stop the program, so that it gets both events before the render can finish.
   kill(stage.program.pid(), SIGSTOP);
   stage.desktop.press(Keys::n);
   stage.desktop.minimise(stage.window);
@@ -464,7 +463,7 @@ TEST(Scripted, OnlyTheWordLightGivesTheLightAppearance) {
 TEST(Scripted, AnAnswerWithoutAShotAndABenchWithoutAValueOnlyOpenTheWindow) {
   Stage stage(Drill::level, {"--answer", "3", "--bench-audio"});
   const auto place = stage.waitFor(0, 0);
-  EXPECT_TRUE(stage.goesOn(place, 0, 0, 110000)); // beyond the moment of a scripted answer
+  EXPECT_TRUE(stage.goesOn(place, 0, 0, 110000)); // past the time of a scripted answer
   EXPECT_TRUE(stage.program.isRunning());
   EXPECT_FALSE(std::filesystem::exists(stage.program.profileFile()));
 }

@@ -277,7 +277,7 @@ void requireBands(const Stats& stats, const std::vector<Attempt>& rows, const Li
     const BandRoll old = lifetime.contains(b) ? lifetime.at(b) : BandRoll{};
     const auto inBand = [&](const Attempt& a) { return a.bandIndex == b; };
     const auto hitInBand = [&](const Attempt& a) { return a.bandIndex == b && a.correct; };
-    double errors = old.errorSum; // multiples of 1/64: exact in any order
+    double errors = old.errorSum; // tenths: the sum depends on the order, oldest first
     for (const Attempt& a : rows)
       errors += inBand(a) ? a.error : 0;
     const BandStat& band = stats.bands[static_cast<std::size_t>(b)];
@@ -329,13 +329,13 @@ RC_GTEST_PROP(Statistics, AgreeWithAPassForEachFigure, ()) {
         drill,
         drill == Drill::frequency ? std::optional(*rc::gen::inRange<std::int64_t>(0, 27))
                                   : std::nullopt,
-        *rc::gen::arbitrary<bool>(), *rc::gen::inRange(0, 64) / 64.0,
+        *rc::gen::arbitrary<bool>(), *rc::gen::inRange(0, 64) / 10.0,
         since1970(today * 86400 - *rc::gen::inRange(0, 9) * 86400 + *rc::gen::inRange(0, 86400))));
     rows.back().difficulty = *rc::gen::inRange(0, 100);
   }
   Lifetime lifetime;
   for (int i = *rc::gen::inRange(0, 27); i > 0; --i)
-    lifetime[*rc::gen::inRange<std::int64_t>(0, 27)] = {5, 2, *rc::gen::inRange(0, 640) / 64.0};
+    lifetime[*rc::gen::inRange<std::int64_t>(0, 27)] = {5, 2, *rc::gen::inRange(0, 640) / 10.0};
 
   const Stats stats = Statistics::compute(rows, lifetime, since1970(today * 86400 + 7));
 

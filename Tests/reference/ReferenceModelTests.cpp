@@ -169,6 +169,13 @@ TEST(ReferenceTrial, HasTheValuesWorkedOutByHand) {
   EXPECT_EQ(makeTrial(-5, Material::pad, 17, Drill::polarity).correlation, 1);
 }
 
+// The state after this seed is 1, and the fraction of it 0: the targets are the lowest ones.
+TEST(ReferenceTrial, RoundsHalvesAwayFromZero) {
+  constexpr std::uint64_t seed = 13721891023265367629U;
+  EXPECT_EQ(makeTrial(62.5, Material::pad, seed, Drill::level).targetLevelDB, 1.15); // 22.5 steps
+  EXPECT_EQ(makeTrial(3.75, Material::pad, seed, Drill::dynamics).targetGRdB, 4.7);  // 46.5 steps
+}
+
 TEST(ReferenceGrade, HasTheTextsWorkedOutByHand) {
   Trial trial = makeTrial(0, Material::pad, 0, Drill::frequency);
   trial.targetFreq = 1000;

@@ -8,6 +8,7 @@
 #include "kit/Files.h"
 #include "kit/Footprint.h"
 #include "kit/ScratchProfile.h"
+#include "kit/TestPlayer.h"
 #include "kit/WorkerQueues.h"
 
 #include <gtest/gtest.h>
@@ -52,8 +53,7 @@ protected:
       listen(static_cast<std::size_t>(slot));
     }
     if (number % 50 == 49) {
-      session_.setSuspended(true);
-      session_.player().stop();
+      session_.suspend();
       session_.resume();
       ASSERT_TRUE(session_.player().isPlaying());
     }
@@ -108,8 +108,8 @@ protected:
   kit::ScratchProfile scratch_;
   kit::WorkerQueues work_;
   kit::FakeOutput output_;
-  Session session_{Drill::frequency, work_.queues(), std::make_unique<Player>(output_.factory()),
-                   1'700'000'000};
+  Session session_{Drill::frequency, work_.queues(),
+                   std::make_unique<kit::TestPlayer>(output_.factory()), 1'700'000'000};
   std::size_t answers_ = 0;
   std::array<std::int64_t, 27> bandAnswers_{}, bandHits_{};
 };

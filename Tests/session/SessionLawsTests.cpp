@@ -6,6 +6,7 @@
 #include "kit/ManualQueues.h"
 #include "kit/ScratchProfile.h"
 #include "kit/SessionInvariants.h"
+#include "kit/TestPlayer.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -114,7 +115,7 @@ struct Rig {
   kit::ManualQueues work;
   kit::FakeOutput output;
   Session session{Drill::frequency, work.queues(),
-                  std::make_unique<Player>(output.factory(), std::chrono::milliseconds(1)),
+                  std::make_unique<kit::TestPlayer>(output.factory(), std::chrono::milliseconds(1)),
                   launchTime};
 };
 
@@ -230,10 +231,7 @@ struct Suspend final : Step {
     model.suspended = true;
     model.playing = false;
   }
-  void act(Rig& rig) const override {
-    rig.session.setSuspended(true);
-    rig.session.player().stop();
-  }
+  void act(Rig& rig) const override { rig.session.suspend(); }
   void show(std::ostream& out) const override { out << "suspend"; }
 };
 

@@ -3,6 +3,7 @@
 #include "kit/FakeOutput.h"
 #include "kit/ManualQueues.h"
 #include "kit/ScratchProfile.h"
+#include "kit/TestPlayer.h"
 
 #include <gtest/gtest.h>
 
@@ -26,8 +27,9 @@ struct Rig {
 
   explicit Rig(Drill drill = Drill::frequency, double time = launchTime,
                Session::Trials trials = Session::Trials::standard)
-      : session(std::make_unique<Session>(
-            drill, work.queues(), std::make_unique<Player>(output.factory()), time, trials)) {}
+      : session(std::make_unique<Session>(drill, work.queues(),
+                                          std::make_unique<kit::TestPlayer>(output.factory()), time,
+                                          trials)) {}
 
   Session& operator*() const { return *session; }
   Session* operator->() const { return session.get(); }
@@ -95,9 +97,9 @@ TEST(SessionStartDeathTest, RefusesAClockThatShowsNoTime) {
   kit::ManualQueues work;
   kit::FakeOutput output;
   for (const double time : impossible)
-    EXPECT_DEATH(
-        Session(Drill::frequency, work.queues(), std::make_unique<Player>(output.factory()), time),
-        "clock");
+    EXPECT_DEATH(Session(Drill::frequency, work.queues(),
+                         std::make_unique<kit::TestPlayer>(output.factory()), time),
+                 "clock");
 }
 
 TEST(SessionChanges, ADrillStartsOneTrialWithItsMaterial) {
@@ -201,8 +203,7 @@ TEST(SessionFairTrials, KeepTheWayOfTheSlotsThatPlayThroughASuspension) {
   Rig rig(Drill::polarity, launchTime, Session::Trials::fair);
   rig.settle();
   rig->setDrill(Drill::level); // is not rendered yet: the polarity trial plays on
-  rig->setSuspended(true);
-  rig->player().stop();
+  rig->suspend();
   rig->resume();
   (void)rig.output.pull(20000, 480);
   rig->select(1);
@@ -296,7 +297,7 @@ TEST(SessionSubmit, TheNextTrialHasTheMovedDifficulty) {
 
 TEST(SessionSuspension, HoldsBackTheRenderUntilResumed) {
   Rig rig;
-  rig->setSuspended(true);
+  rig->suspend();
   rig.settle();
   EXPECT_FALSE(rig->rendering());
   EXPECT_EQ(rig->slots().size(), 2U);
@@ -311,14 +312,14 @@ TEST(SessionSuspension, HoldsBackTheRenderUntilResumed) {
 TEST(SessionSuspension, ResumingWithoutOneDoesNothing) {
   Rig rig;
   rig.settle();
-  rig->player().stop();
+  rig->stopPlayback();
   rig->resume();
   EXPECT_FALSE(rig->player().isPlaying());
 }
 
 TEST(SessionSuspension, ResumingWithoutSlotsPlaysNothing) {
   Rig rig;
-  rig->setSuspended(true);
+  rig->suspend();
   rig->resume();
   EXPECT_FALSE(rig->suspended());
   EXPECT_FALSE(rig->player().isPlaying());

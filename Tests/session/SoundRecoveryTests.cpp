@@ -4,6 +4,7 @@
 #include "kit/Eventually.h"
 #include "kit/FakeOutput.h"
 #include "kit/ScratchProfile.h"
+#include "kit/TestPlayer.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
@@ -152,7 +153,7 @@ private:
 };
 
 std::unique_ptr<Player> playerOn(kit::FakeOutput& output) {
-  return std::make_unique<Player>(output.factory(), 1ms, Player::Opening::inBackground);
+  return std::make_unique<kit::TestPlayer>(output.factory(), 1ms, Player::Opening::inBackground);
 }
 
 constexpr double launchTime = 1'700'000'000;
@@ -214,10 +215,10 @@ TEST(SessionSound, ComesBackAtTheCurrentSlotAndSpeaksOnceAnOutage) {
     rig.output.refuse("gone");
     rig.output.fail();
     rig.session.followSound(later(0ms));
-    ASSERT_TRUE(rig.eventually([&] { return rig.session.player().engine().error() == "gone"; }));
+    ASSERT_TRUE(rig.eventually([&] { return rig.session.player().error() == "gone"; }));
     for (int i = 1; i <= 20; ++i) { // tries time and again
       rig.session.followSound(later(i * 3s));
-      ASSERT_TRUE(rig.eventually([&] { return rig.session.player().engine().error() == "gone"; }));
+      ASSERT_TRUE(rig.eventually([&] { return rig.session.player().error() == "gone"; }));
     }
     EXPECT_FALSE(rig.plays());
     rig.session.select(1);
@@ -233,7 +234,7 @@ TEST(SessionSound, TheNextTrialTriesAtOnce) {
   Rig rig;
   rig.output.refuse("gone");
   ::testing::internal::CaptureStderr();
-  ASSERT_TRUE(rig.eventually([&] { return rig.session.player().engine().error() == "gone"; }));
+  ASSERT_TRUE(rig.eventually([&] { return rig.session.player().error() == "gone"; }));
   rig.settle();
   rig.output.refuse(std::nullopt);
   rig.session.newTrial();
@@ -245,8 +246,7 @@ TEST(SessionSound, WhileSuspendedNothingIsTriedAndResumingPlays) {
   Rig rig;
   ASSERT_TRUE(rig.eventually([&] { return rig.plays(); }));
   rig.session.select(1);
-  rig.session.setSuspended(true);
-  rig.session.player().stop();
+  rig.session.suspend();
   ASSERT_TRUE(rig.output.waitUntilClosed());
   for (int i = 0; i < 20; ++i) {
     rig.session.followSound(later(i * 1s));
@@ -263,8 +263,7 @@ TEST(SessionSound, AnOutputThatOpensAfterTheSuspensionPlaysNothingAndCloses) {
   rig.output.hold();
   rig.settle();
   ASSERT_TRUE(kit::eventually([&] { return rig.output.held() == 1; }));
-  rig.session.setSuspended(true);
-  rig.session.player().stop();
+  rig.session.suspend();
   rig.output.letGo();
   ASSERT_TRUE(rig.eventually([&] { return rig.output.opened() == 1 && !rig.output.isOpen(); }));
   rig.session.followSound(later(0ms));

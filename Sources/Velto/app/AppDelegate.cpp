@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "AudioEngine.h"
 #include "Theme.h"
 #include "desktop/CapsLock.h"
 #include "desktop/Fonts.h"
@@ -46,7 +47,7 @@ WorkQueues qtWorkQueues() {
 AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
     : options_(std::move(options)),
       session_(options_.drill, qtWorkQueues(),
-               std::make_unique<Player>(std::move(makeDevice), Engine::defaultCloseDelay,
+               std::make_unique<Player>(std::make_unique<Engine>(std::move(makeDevice)),
                                         Player::Opening::inBackground),
                secondsSince1970(),
                options_.fair ? Session::Trials::fair : Session::Trials::standard),
@@ -56,7 +57,7 @@ AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
 }
 
 AppDelegate::~AppDelegate() {
-  // Renders still under way hand their results to the event loop.
+  // Renders in progress hand their results to the event loop.
   QThreadPool::globalInstance()->waitForDone();
 }
 
@@ -117,8 +118,8 @@ void AppDelegate::followDesktop() {
 }
 
 void AppDelegate::limitSize() {
-  // Window managers count sizes up from the smallest one, in steps of whole points and whole pixels
-  // at once. The initial size is to be one of them at every usual scale.
+  // Window managers count sizes up from the minimum, in steps of whole points that are also whole
+  // pixels. The initial size must be one of them at every common scale.
   const auto smallest = [root = window_->rootObject()](const char* property, int initial) {
     constexpr double step = 4; // points
     const double spare = initial - root->property(property).toDouble();
@@ -158,10 +159,7 @@ void AppDelegate::followExposure() {
 }
 
 void AppDelegate::suspend() {
-  if (session_.suspended())
-    return;
-  session_.setSuspended(true);
-  session_.player().stop();
+  session_.suspend();
   soundTimer_.stop();
 }
 
@@ -170,7 +168,7 @@ void AppDelegate::resume() {
   soundTimer_.start();
 }
 
-// No event tells that sound can be had again, so it is looked for.
+// Nothing signals that output is back, so poll for it.
 void AppDelegate::installSoundTimer() {
   soundTimer_.setInterval(soundInterval);
   connect(&soundTimer_, &QTimer::timeout, this,
@@ -181,7 +179,7 @@ void AppDelegate::installSoundTimer() {
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::KeyRelease)
     noteRelease(static_cast<const QKeyEvent&>(*event));
-  // Return is a shortcut of the view; accepting this keeps it from being one.
+  // Return is a shortcut of the view; accepting the event suppresses the shortcut.
   if (event->type() == QEvent::ShortcutOverride &&
       isRepeatedReturn(static_cast<const QKeyEvent&>(*event))) {
     event->accept();
@@ -201,7 +199,7 @@ void AppDelegate::noteRelease(const QKeyEvent& event) {
 }
 
 bool AppDelegate::isRepeatedReturn(const QKeyEvent& event) const {
-  // X repeats a key as a release and a press of the same moment. Qt tells it from a real one only
+  // X11 repeats a key as a release and a press with the same timestamp. Qt detects the repeat only
   // if both have arrived by the time it looks.
   return event.key() == Qt::Key_Return &&
          (event.isAutoRepeat() || event.timestamp() == returnReleased_);
@@ -237,7 +235,7 @@ void AppDelegate::scheduleShot(const QString& path) {
 }
 
 bool AppDelegate::submitScripted(double answer) {
-  // A slot that no integer holds ends the run before anything is recorded.
+  // Reject a slot that fits no integer before anything is recorded.
   if (session_.drill() == Drill::polarity && !(std::abs(answer) < 0x1p63)) {
     std::fputs("Velto: --answer is not a slot\n", stderr);
     return false;
@@ -253,13 +251,13 @@ int AppDelegate::shoot(const QString& path) {
   QBuffer buffer(&png);
   if (picture.isNull() || !buffer.open(QIODevice::WriteOnly) || !picture.save(&buffer, "PNG"))
     return EXIT_FAILURE;
-  // A picture that cannot be written is no failure of the run.
+  // A picture that cannot be written does not fail the run.
   QFile file(path);
   if (file.open(QIODevice::WriteOnly))
     file.write(png);
   file.close();
   std::fprintf(stderr, "wrote %s\n", path.toUtf8().constData());
-  session_.player().stop();
+  session_.stopPlayback();
   return EXIT_SUCCESS;
 }
 

@@ -1,8 +1,9 @@
-// The window and what drives the session from outside of it: keys, focus and visibility, and the
-// scripted run that ends in a snapshot.
+// The window, and what drives the session from outside: keys, focus, visibility, and the scripted
+// run that ends in a snapshot.
 #pragma once
 
 #include "LaunchOptions.h"
+#include "OutputDevice.h"
 #include "PracticeModel.h"
 #include "ProgressModel.h"
 #include "Session.h"
@@ -18,28 +19,28 @@
 
 namespace velto {
 
-// Work queues on Qt's thread pool and on the main thread's event loop.
+// Work queues on Qt's thread pool and the main thread's event loop.
 [[nodiscard]] WorkQueues qtWorkQueues();
 
-// Main thread only; needs a QGuiApplication.
+// Main thread only. Needs a QGuiApplication.
 class AppDelegate : public QObject {
   Q_OBJECT
 
 public:
-  // Makes the session, which starts the first trial and plays to the devices of `makeDevice`.
+  // Creates the session, which starts the first trial and plays on devices from `makeDevice`.
   explicit AppDelegate(LaunchOptions options,
                        OutputDeviceFactory makeDevice = makeDefaultOutputDevice);
   ~AppDelegate() override;
 
-  // Registers the wordmark's face and opens the window. False, after a line on standard error, when
-  // the interface cannot be loaded.
+  // Registers the wordmark's face and opens the window. If the interface cannot be loaded, writes a
+  // line to standard error and returns false.
   [[nodiscard]] bool applicationDidFinishLaunching();
 
   [[nodiscard]] Session& session() { return session_; }
   [[nodiscard]] QQuickView* window() { return window_.get(); }
 
 private Q_SLOTS:
-  // The window is never smaller than its content.
+  // Keeps the window at least as large as its content.
   void limitSize();
 
 private:
@@ -55,7 +56,7 @@ private:
   void resume();
   void installSoundTimer();
   void scheduleShot(const QString& path);
-  // Both are the ends of the scripted run: false, or a status that is not 0, when it failed.
+  // The steps of the scripted run. On failure, false or a non-zero exit status.
   [[nodiscard]] bool submitScripted(double answer);
   [[nodiscard]] int shoot(const QString& path);
 
@@ -65,9 +66,9 @@ private:
   PracticeModel model_;
   ProgressModel progress_;
   std::unique_ptr<QQuickView> window_;
-  QTimer soundTimer_; // while not suspended
+  QTimer soundTimer_; // runs while not suspended
   bool exposed_ = false;
-  std::optional<quint64> returnReleased_; // when Return was last released, ms
+  std::optional<quint64> returnReleased_; // timestamp of the last release of Return, ms
   Qt::WindowStates windowStates_;
 };
 

@@ -1,11 +1,11 @@
-// How the window's pixels are made.
+// Rendering set-up of the window.
 #pragma once
 
 namespace velto::Graphics {
 
-// Chooses Qt Quick's software scene graph, which starts at once and draws the same pixels
-// everywhere, and even stems for the desktop's fonts. What the environment says about either wins.
-// To be called once, before the QGuiApplication is made.
+// Selects Qt Quick's software renderer, which starts at once and draws the same pixels everywhere,
+// and disables stem darkening in the desktop's CFF fonts. QT_QUICK_BACKEND and FREETYPE_PROPERTIES
+// in the environment take precedence. Call once, before creating the QGuiApplication.
 void prepare();
 
 } // namespace velto::Graphics

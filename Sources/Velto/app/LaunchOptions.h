@@ -1,4 +1,4 @@
-// What the command line asks for.
+// Command-line options.
 #pragma once
 
 #include "Drills.h"
@@ -11,24 +11,24 @@
 
 namespace velto {
 
-// The program's arguments, program path first. Switches are matched exactly, anywhere; a switch's
-// value is the argument after its first occurrence.
+// The program's arguments, program path first. Switches match exactly, in any position; the value
+// of a switch is the argument after its first occurrence.
 class Arguments {
 public:
   explicit Arguments(std::vector<std::string> list) : list_(std::move(list)) {}
 
   [[nodiscard]] bool has(std::string_view name) const;
-  // None when the switch is not there or stands last.
+  // nullopt if the switch is missing or last.
   [[nodiscard]] std::optional<std::string> valueOf(std::string_view name) const;
 
 private:
   std::vector<std::string> list_;
 };
 
-// What the window is launched with.
+// Launch options of the window.
 struct LaunchOptions {
   std::optional<std::string> shotPath;  // --shot: where the snapshot goes
-  Drill drill = Drill::frequency;       // --drill; an unknown drill counts as none
+  Drill drill = Drill::frequency;       // --drill; default for an unknown drill
   std::optional<double> scriptedAnswer; // --answer, used with --shot only
   std::optional<bool> fixedDark;        // --appearance: false for "light", true for anything else
   bool fair = false;                    // --fair

@@ -10,14 +10,14 @@ namespace velto {
 
 namespace {
 
-// A number's text without its sign and its 0x.
+// A number's text without sign and 0x.
 struct Spelling {
   std::string_view text;
   std::chars_format format;
 };
 
-// Whether what follows a sign or 0x may be given to from_chars, which would take another sign, an
-// infinity in hexadecimal, or a payload behind "nan".
+// Whether the text after a sign or 0x may be passed to from_chars, which would also accept another
+// sign, an infinity in hexadecimal, or a payload after "nan".
 bool isPlain(const Spelling& spelling) {
   const auto [text, format] = spelling;
   if (text.empty() || text.front() == '-' || text.back() == ')')
@@ -26,9 +26,8 @@ bool isPlain(const Spelling& spelling) {
   return format != std::chars_format::hex || hexStart.find(text.front()) != hexStart.npos;
 }
 
-// Whether a number that no double can hold lies below 1: from_chars does not say which end of the
-// range was missed. It does when the first digit other than 0, moved by the exponent, stands
-// behind the point.
+// True if an out-of-range literal underflowed rather than overflowed: from_chars does not say
+// which. It did if its first non-zero digit, shifted by the exponent, lies behind the point.
 bool isBelowOne(const Spelling& spelling) {
   const auto [text, format] = spelling;
   const bool hexadecimal = format == std::chars_format::hex;
@@ -40,7 +39,7 @@ bool isBelowOne(const Spelling& spelling) {
   std::string_view exponentText = text.substr(std::min(mark + 1, text.size()));
   if (exponentText.starts_with('+'))
     exponentText.remove_prefix(1);
-  // An exponent beyond 64 bits decides by its sign.
+  // The sign of an exponent beyond 64 bits decides.
   std::int64_t exponent = 0;
   const char* end = exponentText.data() + exponentText.size();
   if (std::from_chars(exponentText.data(), end, exponent).ec == std::errc::result_out_of_range)

@@ -6,9 +6,9 @@
 
 namespace velto {
 
-// The double that the whole of `text` spells: decimal or 0x hexadecimal, "inf", "infinity" or
-// "nan", with an optional sign. Too large a magnitude gives an infinity, too small a zero. None for
-// anything else (white space around the number included). Any thread.
+// The double that the whole of `text` spells: decimal, 0x hexadecimal, "inf", "infinity" or "nan",
+// with an optional sign. Overflow gives an infinity, underflow zero. nullopt for anything else,
+// including white space around the number. Any thread.
 [[nodiscard]] std::optional<double> numberArgument(std::string_view text);
 
 } // namespace velto

@@ -1,6 +1,7 @@
-// Reads the command line and runs what it asks for.
+// Parses the command line and runs the window or a mode.
 
 #include "AppDelegate.h"
+#include "AudioEngine.h"
 #include "Bench.h"
 #include "BrandCheck.h"
 #include "DemoData.h"
@@ -26,7 +27,7 @@ namespace {
 
 using namespace velto;
 
-// Qt aborts with a page of advice when there is no display to connect to.
+// Without a display, Qt aborts with a page of advice: exit with one line instead.
 void reportMessages(QtMsgType type, const QMessageLogContext&, const QString& text) {
   if (type == QtFatalMsg) {
     std::fputs("Velto: there is no display to open a window on\n", stderr);
@@ -36,7 +37,7 @@ void reportMessages(QtMsgType type, const QMessageLogContext&, const QString& te
     std::fprintf(stderr, "Velto: %s\n", text.toUtf8().constData());
 }
 
-// Qt tells the icon under X; under Wayland the desktop finds it by the desktop file's name.
+// Qt passes the icon on under X11; under Wayland the desktop finds it by the desktop file's name.
 QIcon windowIcon() {
   QIcon icon;
   for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
@@ -59,24 +60,28 @@ int runWindow(int argc, char** argv, const LaunchOptions& options) {
   return QGuiApplication::exec();
 }
 
-// Fonts need an application, but no display.
+// Fonts need an application, but no display. The check changes nothing on disk, but an application
+// that starts looks for a Wayland socket, and where the session has no folder for one Qt creates it
+// in the temporary folder: it finds none meanwhile.
 bool runBrandCheck(int argc, char** argv) {
   qInstallMessageHandler(reportMessages);
   qputenv("QT_QPA_PLATFORM", "offscreen");
+  const auto temporary = Environment::ofProcess().variable("TMPDIR");
+  Environment::setVariable("TMPDIR", "/there is no such folder");
   const QGuiApplication application(argc, argv);
+  Environment::setVariable("TMPDIR", temporary);
   return BrandCheck::run();
 }
 
-// A mode whose lines could not be written has told nobody what it found.
+// A mode whose output was lost has failed.
 int statusOf(bool passed) {
   return passed && Report::isComplete() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 } // namespace
 
-// The first switch of this list that is given decides, wherever it stands: who asks for help gets
-// it and nothing else happens. Modes without a window need no display, and all but the brand check
-// make no application.
+// The first switch below that was given decides, wherever it stands on the command line. Modes
+// without a window need no display, and only the brand check creates an application.
 int main(int argc, char** argv) {
   StandardStreams::prepare();
   const Arguments arguments(std::vector<std::string>(argv, argv + argc));
@@ -96,10 +101,10 @@ int main(int argc, char** argv) {
     return statusOf(runBrandCheck(argc, argv));
   if (arguments.has("--bench")) {
     Bench::run();
-    return statusOf(true);
+    return EXIT_SUCCESS;
   }
   if (arguments.has("--audio-selftest"))
-    return statusOf(Player::selfTest());
+    return statusOf(Player::selfTest(std::make_unique<Engine>(), Report::line));
   if (arguments.has("--seed-demo")) {
     DemoData::seed();
     return EXIT_SUCCESS;

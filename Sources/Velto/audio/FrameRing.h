@@ -1,4 +1,4 @@
-// Stereo frames on their way from the audio thread to a thread that may wait.
+// Hands stereo frames from the audio thread to a thread that may wait.
 #pragma once
 
 #include <atomic>
@@ -8,8 +8,8 @@
 
 namespace velto {
 
-// A ring between one writer and one reader. Neither side ever waits; all memory is taken, and
-// touched, at construction. A block that does not fit is dropped whole and counted.
+// A lock-free ring with a single writer and a single reader. All memory is allocated, and touched,
+// at construction. A block that does not fit is dropped whole and counted.
 class FrameRing {
 public:
   // Holds up to `capacityFrames` frames, one or more.
@@ -18,14 +18,14 @@ public:
   FrameRing(const FrameRing&) = delete;
   FrameRing& operator=(const FrameRing&) = delete;
 
-  // Copies `frames` stereo frames in. Writer only. Real-time safe.
+  // Writes `frames` stereo frames. Writer only. Real-time safe.
   void write(const float* interleaved, std::size_t frames) noexcept;
 
-  // Reader only: the oldest `frames` frames, or nothing and false while there are fewer. Real-time
-  // safe.
+  // Reads the oldest `frames` frames. Reads nothing and returns false if there are fewer. Reader
+  // only. Real-time safe.
   [[nodiscard]] bool read(float* left, float* right, std::size_t frames) noexcept;
 
-  // Frames that found no room so far. Any thread.
+  // Number of frames dropped so far. Any thread.
   [[nodiscard]] std::uint64_t droppedFrames() const {
     return dropped_.load(std::memory_order_relaxed);
   }
@@ -34,7 +34,7 @@ private:
   const std::size_t capacity_;
   std::vector<float> samples_; // interleaved; frame n lies at n modulo capacity_
 
-  // Frames so far. Each is stored by one side, when it is done with the frames before it.
+  // Frame counts. Each is stored by one side, when it is done with the frames before it.
   std::atomic<std::uint64_t> written_{0}; // writer
   std::atomic<std::uint64_t> read_{0};    // reader
   std::atomic<std::uint64_t> dropped_{0}; // writer

@@ -4,14 +4,15 @@
 #include <bit>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace velto {
 
 namespace {
 
-// A volume and the generation that it belongs to, in one word: both are always of one moment.
-std::uint64_t packed(std::uint32_t generation, float volume) {
-  return std::uint64_t{generation} << 32 | std::bit_cast<std::uint32_t>(volume);
+// A volume and the load that it belongs to in one word, so that both are of one moment.
+std::uint64_t packed(std::uint32_t load, float volume) {
+  return std::uint64_t{load} << 32 | std::bit_cast<std::uint32_t>(volume);
 }
 
 } // namespace
@@ -24,56 +25,62 @@ Mixer::Mixer() {
         0.5 + 0.5 * std::cos(std::numbers::pi * static_cast<double>(i) / double{tailFrames});
 }
 
-float Mixer::volume(std::size_t voice, std::uint32_t generation) const {
-  const std::uint64_t published = publishedVolumes_[voice].load(std::memory_order_relaxed);
-  if (published >> 32 != generation)
-    return 0;
-  return std::bit_cast<float>(static_cast<std::uint32_t>(published));
+void Mixer::publish(Scene scene) {
+  kept_.push_back(std::make_unique<const Published>(std::move(scene), ++published_));
+  latest_.publish(kept_.back().get());
+  const std::uint64_t adopted = adopted_.load(std::memory_order_acquire);
+  std::erase_if(kept_, [adopted](const auto& entry) { return entry->number < adopted; });
 }
 
-void Mixer::reset() {
-  scene_.playback = nullptr;
-  scene_.tap = nullptr;
-  voices_ = {};
-  tailLeft_ = 0;
+void Mixer::releaseAllButLatest() {
+  scene_ = &silence_;
+  std::erase_if(kept_, [this](const auto& entry) { return entry->number < published_; });
+}
+
+float Mixer::volume(std::size_t slot, std::uint32_t load) const {
+  const std::uint64_t published = publishedVolumes_[slot].load(std::memory_order_relaxed);
+  if (published >> 32 != load)
+    return 0;
+  return std::bit_cast<float>(static_cast<std::uint32_t>(published));
 }
 
 void Mixer::render(float* interleaved, std::size_t frames) noexcept {
   adoptLatestScene();
   for (std::size_t done = 0; done < frames; done += chunkFrames)
     renderChunk(interleaved + 2 * done, std::min(frames - done, chunkFrames));
-  if (scene_.tap != nullptr)
-    scene_.tap->write(interleaved, frames);
+  if (scene_->tap)
+    scene_->tap->write(interleaved, frames);
   publishState();
 }
 
 void Mixer::adoptLatestScene() {
-  const Scene* latest = scenes_.fetch();
+  const Published* const* latest = latest_.fetch();
   if (latest == nullptr)
     return;
-  const Scene previous = scene_;
-  scene_ = *latest;
-  if (scene_.generation != previous.generation) {
+  const Scene& previous = *scene_;
+  scene_ = &(*latest)->scene;
+  if (scene_->stream != previous.stream)
+    forget();
+  if (scene_->load != previous.load) {
     keepTail();
-    adoptPlayback(scene_.playback);
+    adoptSlots();
     beginRamp(Switching::crossfade);
-    // From here on nothing refers to the previous playback.
-    adoptedGeneration_.store(scene_.generation, std::memory_order_release);
-  } else if (scene_.ramp != previous.ramp) {
+  } else if (scene_->ramp != previous.ramp) {
     adoptChoice(previous.chosen);
   }
-  // Likewise for the previous tap.
-  adoptedTapGeneration_.store(scene_.tapGeneration, std::memory_order_release);
+  adopted_.store((*latest)->number, std::memory_order_release);
 }
 
-void Mixer::adoptPlayback(const Playback* playback) {
+void Mixer::forget() {
   voices_ = {};
-  start_ = clock_;
-  if (playback == nullptr)
-    return;
-  start_ += playback->startDelayFrames;
+  tailLeft_ = 0;
+}
+
+void Mixer::adoptSlots() {
+  voices_ = {};
+  start_ = clock_ + scene_->startDelayFrames;
   for (std::size_t i = 0; i < voices_.size(); ++i) {
-    const Slot& slot = playback->slots[i];
+    const Slot& slot = scene_->slots[i];
     if (!slot.l || !slot.r)
       continue;
     voices_[i].l = slot.l->data();
@@ -85,10 +92,8 @@ void Mixer::adoptPlayback(const Playback* playback) {
 }
 
 void Mixer::adoptChoice(std::int64_t previous) {
-  const Switching switching =
-      scene_.playback == nullptr ? Switching::crossfade : scene_.playback->switching;
-  if (switching == Switching::crossfade || scene_.chosen != previous)
-    beginRamp(switching);
+  if (scene_->switching == Switching::crossfade || scene_->chosen != previous)
+    beginRamp(scene_->switching);
 }
 
 void Mixer::beginRamp(Switching switching) {
@@ -96,7 +101,7 @@ void Mixer::beginRamp(Switching switching) {
     Voice& voice = voices_[i];
     const double gain = gainAt(voice, clock_);
     voice.line.from = voice.line.at(clock_);
-    voice.line.to = static_cast<std::int64_t>(i) == scene_.chosen ? 1 : 0;
+    voice.line.to = static_cast<std::int64_t>(i) == scene_->chosen ? 1 : 0;
     voice.line.begin = clock_;
     voice.line.switching = switching;
     if (clock_ >= voice.riseEnd)
@@ -109,7 +114,7 @@ void Mixer::beginRamp(Switching switching) {
   }
 }
 
-// What would be heard next without the change of scenes goes on by itself, fading.
+// Renders the outgoing load's next 5 ms as a fading tail.
 void Mixer::keepTail() {
   const std::size_t played = tailFrames - tailLeft_;
   std::copy(tail_.begin() + static_cast<std::ptrdiff_t>(2 * played), tail_.end(), tail_.begin());
@@ -164,7 +169,7 @@ void Mixer::addVoice(const Voice& voice, double* mix, std::size_t frames) const 
 
 void Mixer::publishState() {
   for (std::size_t i = 0; i < voices_.size(); ++i)
-    publishedVolumes_[i].store(packed(scene_.generation, voices_[i].line.volumeAt(clock_)),
+    publishedVolumes_[i].store(packed(scene_->load, voices_[i].line.volumeAt(clock_)),
                                std::memory_order_relaxed);
   publishedClock_.store(clock_, std::memory_order_relaxed);
 }
@@ -179,7 +184,7 @@ double Mixer::gainAt(const Voice& voice, std::uint64_t frame) {
   return voice.riseFrom + (voice.riseTo - voice.riseFrom) * (risen / length);
 }
 
-// Whether the gain moves no more.
+// True once the gain is constant.
 bool Mixer::rests(const Voice& voice) const {
   return clock_ >= voice.riseEnd && clock_ - voice.line.begin >= rampFrames;
 }

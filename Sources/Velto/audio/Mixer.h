@@ -1,60 +1,32 @@
-// What leaves the speakers: looping voices, crossfades and their clock, frame by frame.
+// Computes what is heard, frame by frame: looping slots, and the switches between them.
 #pragma once
 
-#include "FrameRing.h"
 #include "Renderer.h"
-#include "Slot.h"
+#include "Scene.h"
 #include "TripleBuffer.h"
 
 #include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <vector>
 
 namespace velto {
 
-// How a switch gets from one slot to another.
-enum class Switching : std::uint8_t {
-  crossfade,     // both are heard meanwhile
-  throughSilence // the one before falls silent, then the other rises: the course of the level is
-                 // the same for any two slots
-};
-
-// The slots of one load, never written once the mixer may see them.
-struct Playback {
-  // How many voices can play at once.
-  static constexpr std::size_t maxSlots = 3;
-
-  std::array<Slot, maxSlots> slots;   // without buffers where nothing plays
-  std::uint64_t startDelayFrames = 0; // from the hand-over to the first frame of all voices
-  Switching switching = Switching::crossfade;
-};
-
-// What the mixer is to play.
-struct Scene {
-  const Playback* playback = nullptr; // null: silence
-  std::uint32_t generation = 0;       // grows with each change of `playback`
-  std::uint32_t ramp = 0;             // changes with each crossfade within a generation
-  std::int64_t chosen = 0;            // the slot that is heard once the crossfade is over
-  FrameRing* tap = nullptr;           // gets a copy of every frame, unless null
-  std::uint32_t tapGeneration = 0;    // grows with each change of `tap`
-};
-
-// Plays all slots of a scene in sample-locked loops from one common frame, and moves the gain of
-// each voice along a straight line to 1 (the chosen slot) or 0 (the others).
+// Plays all slots of a scene in sample-locked loops from one common frame, each at a gain of its
+// own: 1 for the chosen slot, 0 for the others, and in between while a switch is under way.
 //
-// - A crossfade takes 150 ms, in frames that were rendered. A new one starts from where
-//   the gains are.
-// - The crossfade of a new scene starts at the hand-over, its voices `startDelayFrames` later. A
-//   gain moves only while its voice plays: it rises from 0, within the voice's first 12.5 ms, to
-//   where the crossfade then stands.
-// - Switching::throughSilence takes as long: 75 ms from the present gain down to 0, then 75 ms up
-// to
-//   1. Only one voice is heard at any frame. Choosing the slot that is chosen already changes
-//   nothing.
-// - A scene that ends is not cut off: what was heard runs to zero within 5 ms, under the next one.
-// - Gains and sums are 64-bit floats, rounded once. Between two slots that are alike a crossfade
-//   changes no bit.
+// - A switch takes 150 ms of rendered frames and starts from the present gains. A crossfade moves
+//   each gain along a straight line. A switch through silence moves them to 0 in 75 ms, then the
+//   chosen one to 1: only one slot is heard at any frame. There, choosing the chosen slot again is
+//   a no-op.
+// - A load fades in: its crossfade starts when the scene is adopted, its slots `startDelayFrames`
+//   later. A gain moves only while its slot plays: from 0, within 12.5 ms, to where the crossfade
+//   then stands.
+// - A load that is replaced fades out within 5 ms, under the next one.
+// - Gains and sums are 64-bit floats, rounded once. A crossfade between identical slots changes no
+//   bit.
 class Mixer final : public Renderer {
 public:
   static constexpr std::uint64_t stepFrames = 600; // 12.5 ms
@@ -64,32 +36,22 @@ public:
 
   Mixer();
 
-  // Hands `scene` over; it takes effect with the next block. Its playback stays valid until
-  // `adoptedGeneration` has passed it, its tap until `adoptedTapGeneration` has. Main thread;
-  // real-time safe.
-  void publish(const Scene& scene) { scenes_.publish(scene); }
+  // Hands `scene` over. It is adopted at the beginning of the next block, unless a newer one has
+  // been published by then. Frees scenes that are no longer played. Main thread.
+  void publish(Scene scene);
 
-  // The generation that the mixer plays: it touches no playback of an older one again. Any thread.
-  [[nodiscard]] std::uint32_t adoptedGeneration() const {
-    return adoptedGeneration_.load(std::memory_order_acquire);
-  }
+  // Frees all scenes but the latest. Only while nobody renders or publishes; the next scene must
+  // belong to another stream.
+  void releaseAllButLatest();
 
-  // The same for taps: it writes to no tap of an older generation again. Any thread.
-  [[nodiscard]] std::uint32_t adoptedTapGeneration() const {
-    return adoptedTapGeneration_.load(std::memory_order_acquire);
-  }
-
-  // The volume of a voice at the last step of its crossfade, in 0 to 1; 0 as long as another
-  // generation than `generation` plays. Any thread.
-  [[nodiscard]] float volume(std::size_t voice, std::uint32_t generation) const;
+  // The volume of a slot at the latest step of its switch, 0 to 1; 0 while another load than `load`
+  // plays. Any thread.
+  [[nodiscard]] float volume(std::size_t slot, std::uint32_t load) const;
 
   // Frames rendered so far. Any thread.
   [[nodiscard]] std::uint64_t clock() const {
     return publishedClock_.load(std::memory_order_relaxed);
   }
-
-  // Forgets what was playing, and the tap. Any thread, while nobody renders.
-  void reset();
 
   // Audio thread: no lock, no allocation, no system call.
   void render(float* interleaved, std::size_t frames) noexcept override;
@@ -110,7 +72,7 @@ private:
     const float* r = nullptr;
     std::size_t length = 0; // frames of the loop; 0: nothing plays
     Line line;              // the crossfade
-    // Before the frame riseEnd the gain is not on that line yet, but on one that leads there.
+               // Until the frame riseEnd the gain is on another line, which leads there.
     std::uint64_t riseBegin = 0, riseEnd = 0;
     double riseFrom = 0, riseTo = 0;
   };
@@ -118,7 +80,8 @@ private:
   static constexpr std::size_t chunkFrames = 256;
 
   void adoptLatestScene();
-  void adoptPlayback(const Playback* playback);
+  void forget();
+  void adoptSlots();
   void adoptChoice(std::int64_t previous);
   void beginRamp(Switching switching);
   void keepTail();
@@ -130,11 +93,22 @@ private:
   [[nodiscard]] static double gainAt(const Voice& voice, std::uint64_t frame);
   [[nodiscard]] bool rests(const Voice& voice) const;
 
-  TripleBuffer<Scene> scenes_; // main thread writes, audio thread reads
+  // A published scene; numbers grow by one with each.
+  struct Published {
+    Scene scene;
+    std::uint64_t number = 0;
+  };
+
+  TripleBuffer<const Published*> latest_; // publisher writes, audio thread reads
+
+  // Main thread only, or while nobody publishes.
+  std::vector<std::unique_ptr<const Published>> kept_; // all that may still be played, oldest first
+  std::uint64_t published_ = 0;                        // the number of the latest scene
 
   // Audio thread only.
-  Scene scene_;
-  std::array<Voice, Playback::maxSlots> voices_;
+  const Scene silence_;
+  const Scene* scene_ = &silence_;
+  std::array<Voice, Scene::maxSlots> voices_;
   std::uint64_t clock_ = 0; // the next frame to render
   std::uint64_t start_ = 0; // the first frame of all voices
   std::array<double, 2 * chunkFrames> mix_{};
@@ -143,10 +117,9 @@ private:
   std::array<double, tailFrames> tailFade_{}; // never written after construction
 
   // Audio thread writes, any thread reads.
-  std::atomic<std::uint32_t> adoptedGeneration_{0};
-  std::atomic<std::uint32_t> adoptedTapGeneration_{0};
+  std::atomic<std::uint64_t> adopted_{0}; // the number of `scene_`: no older scene is read again
   std::atomic<std::uint64_t> publishedClock_{0};
-  std::array<std::atomic<std::uint64_t>, Playback::maxSlots> publishedVolumes_{};
+  std::array<std::atomic<std::uint64_t>, Scene::maxSlots> publishedVolumes_{};
   static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 };
 

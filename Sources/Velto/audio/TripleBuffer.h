@@ -1,4 +1,4 @@
-// The latest value that one thread has to say to another: newer values replace unread ones.
+// Hands the latest value from one thread to another; newer values replace unread ones.
 #pragma once
 
 #include <array>
@@ -6,8 +6,8 @@
 
 namespace velto {
 
-// A triple buffer between one writer and one reader. Neither side ever waits, allocates or fails,
-// and there is nothing that could overflow. `T` is a small value that is copied freely.
+// Single writer, single reader. Wait-free: neither side locks, allocates or fails. `T` is a small
+// value that is copied freely.
 template <typename T>
 class TripleBuffer {
 public:
@@ -17,8 +17,8 @@ public:
     writing_ = shared_.exchange(writing_ | fresh, std::memory_order_acq_rel) & index;
   }
 
-  // Reader only. The newest value, or null if it has been fetched before. It stays as it is until
-  // the next fetch that returns a value. Real-time safe.
+  // The newest value, or null if it has been fetched before. Valid until the next fetch that
+  // returns a value. Reader only. Real-time safe.
   const T* fetch() {
     if ((shared_.load(std::memory_order_relaxed) & fresh) == 0)
       return nullptr;

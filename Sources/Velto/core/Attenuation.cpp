@@ -11,10 +11,10 @@ namespace velto {
 
 namespace {
 
-// 2^y for |y| < 1000 with a relative error below `exp2Error`: a whole power times the series of
-// 2^r = e^(r ln 2) for |r| <= 1/2, cut after r^10.
+// 2^y for |y| < 1000 with a relative error below `exp2Error`. Splits y into an integer and a
+// remainder |r| <= 1/2, and cuts the Taylor series of 2^r = e^(r ln 2) after r^10.
 //
-// Adding `toInteger` leaves y rounded to an integer in the low bits of the sum.
+// Adding `toInteger` leaves y, rounded to an integer, in the low bits of the sum.
 constexpr double exp2Error = 1e-12;
 
 double quickExp2(double y) {
@@ -42,9 +42,9 @@ float attenuatedExactly(float x, double reductionDB) {
   return static_cast<float>(static_cast<double>(x) * std::pow(10.0, -reductionDB / 20));
 }
 
-// Rounding is monotonic: where both ends of an interval that holds the true product round to one
-// float, so does the product. Elsewhere, about once in ten thousand samples, the true power
-// decides. At most a block at once; two loops, so that the first runs in vectors.
+// Rounding is monotonic: if both ends of an interval around the true product round to the same
+// float, so does the product. Otherwise, about once in ten thousand samples, std::pow decides. At
+// most `blockFrames` samples. Two loops, so that the compiler can vectorise the first.
 void attenuateBlock(std::span<const float> x, std::span<const double> reductionDB,
                     std::span<float> out) {
   constexpr double octavesPerDB = 0.16609640474436813; // log2(10) / 20

@@ -15,7 +15,7 @@ namespace {
 constexpr double halfKneeDB = 3;
 constexpr double detectorFloor = 1e-9; // amplitude
 
-// Soft-knee static curve: the reduction, in dB, of a sample `over` dB above the threshold.
+// Soft-knee static curve: the gain reduction in dB at a level `over` dB above the threshold.
 double gainReduction(double over) {
   if (over >= halfKneeDB)
     return over - 0.25 * over;
@@ -24,8 +24,8 @@ double gainReduction(double over) {
   return 0;
 }
 
-// The levels of a buffer's samples in dB. A logarithm costs more than everything else that a sample
-// passes through, so a level is computed when it is first asked for, and kept.
+// Sample levels in dB, computed on first use and cached: the logarithm costs more than the rest of
+// the work per sample.
 class Levels {
 public:
   explicit Levels(std::span<const float> x) : x_(x), levelsDB_(x.size(), unknown) {}
@@ -37,24 +37,24 @@ public:
   }
 
 private:
-  static constexpr double unknown = 0; // also a level: full scale is computed each time
+  static constexpr double unknown = 0; // also the level of full scale, then recomputed
   std::span<const float> x_;
   std::vector<double> levelsDB_;
 };
 
-// An amplitude below which no sample is reduced at `thresholdDB`. It lies a little below the knee,
-// by far more than what logarithm and power may be off; 0 where the detector's floor is above it.
+// An amplitude below which no sample is reduced at `thresholdDB`: below the knee by far more than
+// the rounding errors of log10 and pow. 0 if the knee lies near the detector's floor.
 float idleBelow(double thresholdDB) {
   const double knee = std::pow(10.0, (thresholdDB - halfKneeDB) / 20);
   return knee > 2 * detectorFloor ? static_cast<float>(knee * (1 - 1e-6)) : 0.0f;
 }
 
-// One-pole smoothing of the gain reduction: fast while it rises, slow while it falls.
+// One-pole smoothing of the gain reduction: fast attack, slow release.
 //
-// The slower coefficient is the larger one. So of the two products below the larger is the attack's
-// while the difference is negative and the release's while it is positive: what a branch would
-// choose, to the last bit, without one. The envelope never gets NaN: with a finite threshold all
-// samples are finite, and an infinite one reduces nothing.
+// The release coefficient is the larger one, so max() picks the attack product for a negative
+// difference and the release product for a positive one: the same bits as a branch, without a
+// branch. The envelope never becomes NaN: a finite threshold implies finite samples, and an
+// infinite one reduces nothing.
 class ReductionSmoother {
 public:
   double next(double reduction) {
@@ -63,7 +63,7 @@ public:
     return envelope_;
   }
 
-  // What next(0) does.
+  // Same as next(0).
   double nextIdle() { return envelope_ *= release_; }
 
 private:
@@ -72,8 +72,8 @@ private:
   double envelope_ = 0;
 };
 
-// Whether the largest smoothed reduction at `thresholdDB` stays below the target. It only grows
-// from sample to sample, so the first that gets there decides.
+// True if the largest smoothed reduction at `thresholdDB` stays below the target. Returns at the
+// first sample that reaches it.
 bool staysBelow(double targetGRdB, double thresholdDB, std::span<const float> x, Levels& levels) {
   ReductionSmoother smoother;
   const float idle = idleBelow(thresholdDB);
@@ -86,7 +86,8 @@ bool staysBelow(double targetGRdB, double thresholdDB, std::span<const float> x,
   return true;
 }
 
-// The threshold that the last of twelve halvings probes, not the middle of what remains after it.
+// Twelve bisection steps. Returns the last threshold tried, not the middle of the remaining
+// interval.
 double thresholdHitting(double targetGRdB, std::span<const float> x, Levels& levels) {
   constexpr int rounds = 12;
   double hi = Measure::peakDB(x);

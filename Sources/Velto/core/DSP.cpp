@@ -8,7 +8,7 @@ namespace velto {
 
 namespace {
 
-// The terms that every design shares.
+// Terms shared by all designs.
 struct Prewarp {
   double cs, sn, alpha;
 

@@ -1,8 +1,8 @@
-// Second-order filter sections and level measurements.
+// Biquad filter sections and level measurements.
 //
-// Samples are 32-bit floats, full scale is 1; every sum, coefficient and state is a 64-bit float.
-// Nothing here locks or logs, and only normalizeRMS allocates: what is called on one section or one
-// buffer by one thread is real-time safe. NaN goes in and out unnoticed.
+// Samples are 32-bit floats, full scale is 1; sums, coefficients and states are 64-bit floats.
+// Real-time safe, except normalizeRMS(), which allocates. An object or buffer belongs to one thread
+// at a time. NaN is not checked for.
 #pragma once
 
 #include "Pair.h"
@@ -16,39 +16,39 @@ namespace velto {
 // A mono buffer at 48000 Hz.
 using Samples = std::vector<float>;
 
-// The sample rate of everything that Velto computes and plays, in Hz.
+// Sample rate of all rendering and playback, in Hz.
 inline constexpr double sampleRateHz = 48000.0;
 
 // 2π, to the nearest double.
 inline constexpr double twoPi = 6.283185307179586;
 
-// One second-order section in direct form I, normalised so that a0 is 1. The designs follow Robert
-// Bristow-Johnson's "Cookbook formulae for audio EQ biquad filter coefficients"; each returns a
-// section whose state is zero.
+// A second-order filter section in direct form I, normalised to a0 = 1. The designs follow Robert
+// Bristow-Johnson, "Cookbook formulae for audio EQ biquad filter coefficients"; each returns a
+// section with zero state.
 //
-// A plain value: copying it copies the state. Changing coefficients while it runs is not
-// click-free.
+// A plain value: copying it copies the state. Changing coefficients while it runs may click.
 struct Biquad {
   double b0 = 1, b1 = 0, b2 = 0; // feed-forward
   double a1 = 0, a2 = 0;         // feedback
   double x1 = 0, x2 = 0;         // the previous two inputs
   double y1 = 0, y2 = 0;         // the previous two outputs, before rounding to 32 bits
 
-  // The designs. `f0` and `sampleRate` in Hz, 0 < f0 < sampleRate / 2; `q` > 0. Other values are
-  // not checked and give a section of no use.
+  // Designs. `f0` and `sampleRate` in Hz, 0 < f0 < sampleRate / 2; `q` > 0. Arguments are not
+  // checked; others give an unusable section.
 
-  // Unity gain at 0 Hz, `q` (as a factor) at `f0`, 12 dB less an octave far above it.
+  // Unity gain at 0 Hz, a gain of `q` (linear) at `f0`, 12 dB less per octave far above it.
   [[nodiscard]] static Biquad lowpass(double f0, double q, double sampleRate);
-  // Unity gain at half the sample rate, `q` (as a factor) at `f0`, 12 dB less an octave far below.
+  // Unity gain at half the sample rate, a gain of `q` (linear) at `f0`, 12 dB less per octave far
+  // below it.
   [[nodiscard]] static Biquad highpass(double f0, double q, double sampleRate);
-  // Unity gain at `f0`, and -3 dB at two frequencies f0 / q apart (less, near half the sample
+  // Unity gain at `f0`, -3 dB at two frequencies f0 / q apart (closer together near half the sample
   // rate).
   [[nodiscard]] static Biquad bandpass(double f0, double q, double sampleRate);
-  // A gain of `gainDB` dB at `f0`, unity far from it, and half of `gainDB` at two frequencies about
-  // f0 / q apart. A gain of 0 dB changes nothing.
+  // A gain of `gainDB` dB at `f0`, unity far from it, half of `gainDB` at two frequencies that lie
+  // about f0 / q apart. 0 dB gives a flat response.
   [[nodiscard]] static Biquad peaking(double f0, double gainDB, double q, double sampleRate);
 
-  // One sample through the section.
+  // Filters one sample.
   [[nodiscard]] float process(float sample) {
     const double x = static_cast<double>(sample);
     const double y = b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2;
@@ -59,16 +59,16 @@ struct Biquad {
     return static_cast<float>(y);
   }
 
-  // The magnitude of the designed response at `frequency` Hz, in dB, whatever the state; -360 dB at
-  // a perfect zero. 0 <= frequency <= sampleRate / 2.
+  // Magnitude response at `frequency` (Hz) in dB, independent of the state; -360 dB at a perfect
+  // zero. 0 <= frequency <= sampleRate / 2.
   [[nodiscard]] double responseDB(double frequency, double sampleRate) const;
 };
 
-// A section that takes two successive samples at once, and gives what it would give for one after
-// the other: all that needs none of its outputs is computed for both together.
+// A section that filters two successive samples at a time, with the same results as one after the
+// other. Whatever does not depend on its outputs is computed for both at once.
 class PairedBiquad {
 public:
-  // Begins with `section`'s state.
+  // Starts with the state of `section`.
   explicit PairedBiquad(const Biquad& section)
       : section_(section), inputs_{section.x2, section.x1}, y1_(section.y1), y2_(section.y2) {}
 
@@ -86,38 +86,39 @@ public:
 
 private:
   Biquad section_;
-  Pair inputs_; // the previous two, the older one first
+  Pair inputs_; // the previous two, older one first
   double y1_, y2_;
 };
 
 // Levels in dB relative to full scale. Sums run from the first sample to the last.
 namespace Measure {
 
-// RMS level; -infinity for an empty buffer, -240 for digital silence, 0 for a square wave of ±1.
+// RMS level in dB; -infinity for an empty buffer, -240 for digital silence, 0 for a square wave of
+// ±1.
 [[nodiscard]] double rmsDB(std::span<const float> x);
 
-// The RMS level of samples that are seen one by one, for whoever makes or filters them anyway.
+// Accumulates an RMS level, for loops that compute the samples anyway.
 class RunningRMS {
 public:
   void add(float sample) {
     const double v = static_cast<double>(sample);
     sumOfSquares_ += v * v;
   }
-  // One after the other.
+  // Adds the first, then the second.
   void add(SamplePair samples) {
     const Pair v = widened(samples);
     const Pair squares = v * v;
     sumOfSquares_ += squares[0];
     sumOfSquares_ += squares[1];
   }
-  // What rmsDB() says of the `count` samples that were added.
+  // Same as rmsDB() of the samples added so far, `count` in number.
   [[nodiscard]] double levelDB(std::size_t count) const;
 
 private:
   double sumOfSquares_ = 0;
 };
 
-// Level of the largest absolute sample; -240 for silence and for an empty buffer.
+// Peak level in dB; -240 for silence and for an empty buffer.
 [[nodiscard]] double peakDB(std::span<const float> x);
 
 // The factor that takes an RMS level of `levelDB` to `targetDB`; 1 where `levelDB` is not finite.
@@ -129,9 +130,10 @@ void scale(std::span<float> x, float gain);
 // `x` scaled to an RMS level of `targetDB`. Silence stays silent, an empty buffer empty.
 [[nodiscard]] Samples normalizeRMS(Samples x, double targetDB);
 
-// Amplitude at `freq` Hz by one Hann-windowed DFT bin, 4 / x.size() of the sample rate wide between
-// its zeros. A sine of amplitude a at `freq` measures about a / 2: the window's coherent gain stays
-// in the figure, so compare ratios. `x` holds two samples or more; an empty buffer gives 0.
+// Magnitude of one Hann-windowed DFT bin at `freq` (Hz); its main lobe is 4 / x.size() of the
+// sample rate wide. A sine of amplitude a at `freq` gives about a / 2, because the window's
+// coherent gain is not compensated: compare ratios. `x` has at least two samples; an empty buffer
+// gives 0.
 [[nodiscard]] double magnitudeAt(std::span<const float> x, double freq, double sampleRate);
 
 } // namespace Measure

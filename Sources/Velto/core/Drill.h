@@ -1,4 +1,4 @@
-// The drills and the source materials that they are played on.
+// Drills and their source materials.
 #pragma once
 
 #include <array>
@@ -10,8 +10,7 @@
 
 namespace velto {
 
-// The four kinds of exercise. The raw value is the identity, the serialised form and the key of
-// per-drill maps.
+// The four kinds of exercise. The raw value identifies a drill in files and in per-drill maps.
 class Drill {
 public:
   enum Case : std::uint8_t {
@@ -21,16 +20,16 @@ public:
     polarity   // which of three slots has its right channel flipped
   };
 
-  constexpr Drill(Case value) : value_(value) {}     // NOLINT: a case is a drill
-  constexpr operator Case() const { return value_; } // NOLINT: and so that it can be switched over
+  constexpr Drill(Case value) : value_(value) {}     // NOLINT: implicit, a case is a drill
+  constexpr operator Case() const { return value_; } // NOLINT: implicit, for switch
 
-  // None for a text that is no drill's.
+  // nullopt if `rawValue` names no drill.
   [[nodiscard]] static std::optional<Drill> fromRawValue(std::string_view rawValue);
   // "frequency", "level", "dynamics" or "polarity".
   [[nodiscard]] std::string_view rawValue() const;
   [[nodiscard]] std::string_view id() const { return rawValue(); }
 
-  // All drills, in the order in which they are shown and stored.
+  // All drills, in display and file order.
   static const std::array<Drill, 4> allCases;
 
 private:
@@ -40,22 +39,22 @@ private:
 inline constexpr std::array<Drill, 4> Drill::allCases{Drill::frequency, Drill::level,
                                                       Drill::dynamics, Drill::polarity};
 
-// The synthesised source materials. The raw value is the display name and the serialised form.
+// The synthesised source materials. The raw value is the display name and the form in files.
 class Material {
 public:
   enum Case : std::uint8_t { pinkNoise, drums, pad };
 
-  constexpr Material(Case value) : value_(value) {}  // NOLINT: a case is a material
-  constexpr operator Case() const { return value_; } // NOLINT: and so that it can be switched over
+  constexpr Material(Case value) : value_(value) {}  // NOLINT: implicit, a case is a material
+  constexpr operator Case() const { return value_; } // NOLINT: implicit, for switch
 
-  // None for a text that is no material's.
+  // nullopt if `rawValue` names no material.
   [[nodiscard]] static std::optional<Material> fromRawValue(std::string_view rawValue);
   // "Pink noise", "Drum loop" or "Synth pad".
   [[nodiscard]] std::string_view rawValue() const;
-  // "Pink", "Drums" or "Pad": for a button.
+  // For a button: "Pink", "Drums" or "Pad".
   [[nodiscard]] std::string_view shortName() const;
 
-  // All materials, in the order in which they are shown.
+  // All materials, in display order.
   static const std::array<Material, 3> allCases;
 
 private:
@@ -67,7 +66,7 @@ inline constexpr std::array<Material, 3> Material::allCases{Material::pinkNoise,
 
 namespace Drills {
 
-// The material that a drill starts with.
+// The material a drill starts with.
 [[nodiscard]] Material defaultMaterial(Drill drill);
 
 } // namespace Drills

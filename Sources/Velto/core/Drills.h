@@ -1,7 +1,7 @@
 // The training model: drills, trials, grading, the staircase, and the audio of a trial.
 //
-// Plain values and pure functions. They may run on any thread but the audio thread, which only
-// reads samples: values hold texts, and rendering takes milliseconds and allocates.
+// Plain values and pure functions. Any thread but the audio thread: values hold strings, and
+// rendering takes milliseconds and allocates.
 #pragma once
 
 #include "Bands.h"

@@ -14,7 +14,7 @@ constexpr std::size_t snareFrames = 9600;
 constexpr std::size_t closedHatFrames = 2640;
 constexpr std::size_t openHatFrames = 7680;
 
-// The values of `voice` at each frame, given its time in seconds.
+// Samples `voice`, a function of the time in seconds, at each frame.
 template <typename Voice>
 std::vector<double> table(std::size_t frames, Voice voice) {
   std::vector<double> values(frames);
@@ -29,7 +29,7 @@ std::vector<double> decay(std::size_t frames, double seconds) {
 
 std::vector<double> kickTable() {
   return table(kickFrames, [](double tau) {
-    // Instantaneous frequency times elapsed time, not its integral: the chirp falls faster.
+    // Frequency times time rather than its integral, so that the chirp falls faster.
     const double frequency = 55 + 75 * std::exp(-tau / 0.022);
     const double amplitude = 0.9 * std::exp(-tau / 0.075);
     return amplitude * std::sin(twoPi * frequency * tau);

@@ -1,4 +1,4 @@
-// The verdict on an answer.
+// Grading of answers.
 #pragma once
 
 #include "Trial.h"
@@ -18,9 +18,9 @@ struct Grade {
   bool operator==(const Grade&) const = default;
 };
 
-// Grades `answer`: Hz (frequency), dB (level, dynamics), or a slot index (polarity; truncated
-// toward zero, and one that is not finite stops the process). A hit is within a third of an octave,
-// 0.75 dB or 2 dB, bounds included, or the flipped slot.
+// Grades `answer`: Hz (frequency), dB (level, dynamics) or a slot index (polarity; truncated toward
+// zero, aborts if it does not fit into 64 bits). Correct within a third of an octave, 0.75 dB
+// (level) or 2 dB (dynamics), bounds included, or for the flipped slot.
 [[nodiscard]] Grade grade(double answer, const Trial& trial);
 
 } // namespace velto::Drills

@@ -11,7 +11,7 @@ namespace velto {
 
 namespace {
 
-// Room for any double in fixed notation: 309 digits before the point, a sign, and the decimals.
+// Room for any double in fixed notation: 309 digits before the point, sign and decimals.
 constexpr std::size_t longestNumber = 512;
 
 template <typename Number, typename... Format>

@@ -1,7 +1,6 @@
-// Numbers as text, and conversions that must not go wrong silently.
+// Number formatting and checked integer conversions.
 //
-// Everything here is independent of the process's locale: a comma locale changes printf and strtod,
-// so no other file formats a number.
+// Independent of the process's locale, unlike printf and strtod, which a comma locale changes.
 #pragma once
 
 #include <cstdint>
@@ -9,28 +8,28 @@
 
 namespace velto::Numbers {
 
-// `value` with exactly `decimals` digits (0 or more) after the point, as printf("%.*f") writes it
-// in the C locale. Any thread.
+// `value` with exactly `decimals` (0 or more) digits after the point, like printf("%.*f") in the C
+// locale. Any thread.
 [[nodiscard]] std::string fixed(double value, int decimals);
 
-// `value` with at most `digits` significant digits, as printf("%.*g") writes it in the C locale.
-// Any thread.
+// `value` with at most `digits` significant digits, like printf("%.*g") in the C locale. Any
+// thread.
 [[nodiscard]] std::string general(double value, int digits);
 
-// The fewest digits that read back as the same double ("0.1", "1e+21", "-0"). `value` is finite.
-// Any thread.
+// Shortest text that reads back as the same double: "0.1", "1e+21", "-0". `value` is finite. Any
+// thread.
 [[nodiscard]] std::string shortest(double value);
 
-// Appends what shortest() returns, or the integer, to `text`. Any thread.
+// Appends shortest(value), or the digits of an integer, to `text`. Any thread.
 void append(std::string& text, double value);
 void append(std::string& text, std::int64_t value);
 void append(std::string& text, std::uint64_t value);
 
-// `value` truncated toward zero. A value that is not finite or does not fit into 64 bits is a
-// programming error: the process stops.
+// `value` truncated toward zero. Aborts if it is not finite or does not fit into 64 bits. Any
+// thread.
 [[nodiscard]] std::int64_t truncated(double value);
 
-// `count` + 1, or `count` where that would overflow.
+// `count` + 1, or `count` if that would overflow. Any thread.
 [[nodiscard]] std::int64_t saturatingIncrement(std::int64_t count);
 
 } // namespace velto::Numbers

@@ -1,7 +1,7 @@
-// Two 64-bit floats that are computed with at once: each operation is that of double, on both.
+// Two 64-bit floats in one vector register. Arithmetic is element by element.
 //
-// Every 64-bit processor has registers of this width and every compiler of this project knows them,
-// so that sums whose order is fixed run two to an instruction without a rounding changed.
+// Every 64-bit processor has such registers, and every supported compiler these vector types: sums
+// in a fixed order run two at a time with unchanged rounding.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@ using Pair = double __attribute__((vector_size(16)));
 // Two 32-bit floats, for instance two successive samples.
 using SamplePair = float __attribute__((vector_size(8)));
 
-// Rounds to 32 bits, and back, which is exact.
+// Rounding to 32 bits, and the exact conversion back.
 [[nodiscard]] inline SamplePair rounded(Pair a) {
   return __builtin_convertvector(a, SamplePair);
 }
@@ -33,7 +33,7 @@ using SamplePair = float __attribute__((vector_size(8)));
   return static_cast<double>(a);
 }
 
-// The samples i and i + 1 of a buffer, which has both.
+// Samples i and i + 1 of `x`. Both must exist.
 [[nodiscard]] inline SamplePair pairAt(std::span<const float> x, std::size_t i) {
   SamplePair samples;
   std::memcpy(&samples, &x[i], sizeof samples);
@@ -43,7 +43,7 @@ inline void setPair(std::span<float> x, std::size_t i, SamplePair samples) {
   std::memcpy(&x[i], &samples, sizeof samples);
 }
 
-// The first, or second, of two values each, for instance of two successive frames.
+// The first, or second, elements of `a` and `b`, for instance of two successive frames.
 [[nodiscard]] inline Pair firstOfEach(Pair a, Pair b) {
   return __builtin_shufflevector(a, b, 0, 2);
 }
@@ -51,7 +51,7 @@ inline void setPair(std::span<float> x, std::size_t i, SamplePair samples) {
   return __builtin_shufflevector(a, b, 1, 3);
 }
 
-// The second of `a` and the first of `b`.
+// The second element of `a` and the first of `b`.
 [[nodiscard]] inline Pair straddling(Pair a, Pair b) {
   return __builtin_shufflevector(a, b, 1, 2);
 }

@@ -1,5 +1,5 @@
-// Setting a level, filtering and measuring share one pass over the samples wherever the next step
-// allows it: a pass costs less than the memory it walks through.
+// Passes over the samples are merged where possible: the memory traffic costs more than the
+// arithmetic.
 
 #include "Rendering.h"
 
@@ -12,8 +12,8 @@ namespace velto {
 
 namespace {
 
-// The buffers of a trial, in one allocation, not yet filled. One large block is cheaper than
-// several: a heap hands it back and forth whole.
+// The buffers of a trial in one uninitialised allocation. One large block is cheaper to allocate
+// and free than several.
 class Buffers {
 public:
   Buffers(std::size_t count, double seconds)
@@ -31,13 +31,13 @@ private:
   std::shared_ptr<float[]> block_;
 };
 
-// Two slots of one channel each.
+// Two mono slots.
 std::vector<Slot> monoSlots(const Buffers& buffers) {
   const SharedSamples a = buffers.share(0), b = buffers.share(1);
   return {{a, a}, {b, b}};
 }
 
-// Fills `out` with the trial's material, and returns the gain that it still lacks.
+// Fills `out` with the trial's material. Returns the gain still to be applied.
 float fillSource(std::span<float> out, const Trial& trial, Noise noise) {
   switch (trial.material) {
   case Material::pinkNoise:
@@ -50,7 +50,7 @@ float fillSource(std::span<float> out, const Trial& trial, Noise noise) {
   fatalError("an unknown material");
 }
 
-// Fills `out` with the trial's material, and returns its level in dB.
+// Fills `out` with the trial's material at its output level. Returns that level in dB.
 double fillLeveledSource(std::span<float> out, const Trial& trial, Noise noise) {
   const float gain = fillSource(out, trial, noise);
   Measure::RunningRMS rms;

@@ -1,4 +1,4 @@
-// From a trial to the audio of its slots.
+// Renders the audio of a trial.
 #pragma once
 
 #include "Signals.h"
@@ -9,11 +9,11 @@
 
 namespace velto::Drills {
 
-// The slots of `trial`, in slot order: three for polarity, two for the others, each of
-// Signals::frameCount(seconds) frames at 48000 Hz. The first slot is the material at an RMS level
-// of -20 dB; so are boosted and compressed ones, a louder one is `targetLevelDB` above. Samples may
-// lie beyond full scale. `noise` is what pink noise and the right channel of a polarity trial are
-// made of. `seconds` is finite and not negative, else the process stops; 0 gives empty buffers.
+// The slots of `trial` in slot order: three for polarity, two for the others, each of
+// Signals::frameCount(seconds) frames at 48000 Hz. The first slot is the material at -20 dB RMS;
+// boosted and compressed slots have the same level, a louder one lies `targetLevelDB` above.
+// Samples may exceed full scale. `noise` applies to pink noise and to the right channel of polarity
+// trials. Aborts if `seconds` is negative or not finite; 0 gives empty buffers.
 [[nodiscard]] std::vector<Slot> render(const Trial& trial, double seconds,
                                        Noise noise = Noise::asDrawn);
 

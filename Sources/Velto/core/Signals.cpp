@@ -17,7 +17,7 @@ namespace {
 constexpr double outputLevelDB = -20;
 constexpr double noiseMean = 1; // of Xorshift64::nextNoise
 
-// Fills `out` with what `next` returns, two samples a time, and returns its level in dB.
+// Fills `out` with the results of `next`, two samples at a time. Returns the level in dB.
 template <typename Next>
 double fillPairs(std::span<float> out, Next next) {
   Measure::RunningRMS rms;
@@ -72,10 +72,10 @@ void addHat(std::span<float> loop, std::size_t start, std::span<const double> en
 }
 
 // Paul Kellet's refined pink filter: six one-pole filters and a delayed tap, summed in this order.
-// The filters run two to a pair, the sums of two successive frames in another.
+// Filters are computed in pairs, sums in pairs of successive frames.
 class PinkFilter {
 public:
-  // Two frames of white noise, made pink.
+  // Filters two frames of white noise.
   Pair next(Pair noise) {
     const Poles now = after(poles_, noise[0]);
     const Poles then = after(now, noise[1]);
@@ -104,10 +104,10 @@ private:
   double tap_ = 0;
 };
 
-// Twelve sawtooth oscillators on an A major chord, three a root, with random phases.
+// Twelve sawtooth oscillators on an A major chord, three per note, with random phases.
 //
-// Everything is kept at twice a sawtooth's phase: doubling is exact, so the sums are those of the
-// phases themselves. Oscillators run two to a pair, the sums of two successive frames in another.
+// Phases are stored doubled: doubling is exact, so the sums are the same. Oscillators are computed
+// in pairs, sums in pairs of successive frames.
 class SawtoothChord {
 public:
   static constexpr std::size_t blockFrames = 8;
@@ -123,13 +123,13 @@ public:
     }
   }
 
-  // The mean of the oscillators in the next frames.
+  // The mean of the oscillators in each of the next frames.
   Block next() {
     return next([](std::size_t) {});
   }
 
-  // The same; on the way calls `meanwhile` with 0 up to blockFrames / 2 - 1. Sums and what waits
-  // for its own results, as a filter does, cost less in turns than one after the other.
+  // Same, and calls `meanwhile` with 0 to blockFrames / 2 - 1 on the way. Interleaving hides the
+  // latency of dependent operations such as a filter's.
   template <typename Meanwhile>
   Block next(Meanwhile meanwhile) {
     Block sums{};
@@ -154,7 +154,7 @@ private:
     Pair increment{};
     Pair phase{}; // 0 up to 2
 
-    // Whether a phase may reach 2 within a block; with a frame to spare for rounding.
+    // Whether a phase may reach 2 within a block, with a frame of margin for rounding.
     [[nodiscard]] bool mayWrap() const {
       const Pair end = phase + static_cast<double>(blockFrames + 1) * increment;
       return end[0] >= 2 || end[1] >= 2;
@@ -186,7 +186,7 @@ float gainToOutputLevel(std::span<const float> x) {
   return Measure::gainFrom(Measure::rmsDB(x), outputLevelDB);
 }
 
-// A material at its level: what `fill` makes, times the gain that it returns.
+// A material at its output level: what `fill` renders, times the gain that it returns.
 template <typename Fill>
 Samples leveled(double seconds, std::uint64_t seed, Fill fill) {
   Samples out(Signals::frameCount(seconds));
@@ -226,7 +226,7 @@ float Signals::fillPink(std::span<float> out, std::uint64_t seed, Noise noise) {
         fillPairs(out, [&] { return rounded(filter.next(generator.nextNoisePair())); });
     return Measure::gainFrom(levelDB, outputLevelDB);
   }
-  // The two sections of a fourth-order Butterworth filter.
+  // A fourth-order Butterworth high-pass in two sections.
   PairedBiquad first(Biquad::highpass(20, 0.5412, sampleRateHz));
   PairedBiquad second(Biquad::highpass(20, 1.3066, sampleRateHz));
   const double levelDB = fillPairs(out, [&] {

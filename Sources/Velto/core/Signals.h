@@ -1,9 +1,8 @@
-// The seeded generator and the source materials that trials are played on.
+// The seeded generator and the source materials of trials.
 //
-// Everything is computed from a duration and a 64-bit seed, bit for bit the same on every call, and
-// leaves with an RMS level of -20 dB; its peaks may lie above full scale. All functions are pure
-// and may run on any thread. None is meant for the audio thread: those that return samples
-// allocate, and the first drums make tables (DrumVoices).
+// Materials are computed from a duration and a 64-bit seed, bit-identical on every call. Their RMS
+// level is -20 dB; peaks may exceed full scale. Pure functions. Any thread but the audio thread:
+// functions that return samples allocate, and the first drums build tables (DrumVoices).
 #pragma once
 
 #include "DSP.h"
@@ -17,7 +16,7 @@
 namespace velto {
 
 // George Marsaglia's xorshift64 with the shifts 13, 7, 17 ("Xorshift RNGs", Journal of Statistical
-// Software 8, 2003). A state of zero would never leave zero, so a seed of 0 is replaced.
+// Software 8, 2003). A state of zero would stay zero, so a seed of 0 is replaced.
 class Xorshift64 {
 public:
   static constexpr std::uint64_t zeroSeedReplacement = 0x9E3779B97F4A7C15;
@@ -39,18 +38,18 @@ public:
   // The next value in [0, 1).
   constexpr double nextUnit() { return unit(next()); }
 
-  // The next noise value. It lies in [-1, 3) with a mean of +1: twice the usual scale, kept because
-  // every material's sound depends on it.
+  // The next noise value, in [-1, 3) with a mean of +1: twice the usual range. Every material's
+  // sound depends on it.
   constexpr double nextNoise() { return top53Bits() * 0x1p-51 - 1; }
 
-  // The next two.
+  // The next two noise values.
   Pair nextNoisePair() {
     const double first = top53Bits();
     return Pair{first, top53Bits()} * 0x1p-51 - 1;
   }
 
 private:
-  // They fit into a signed integer, which every processor converts at once.
+  // Converted from a signed integer, which takes a single instruction.
   constexpr double top53Bits() {
     return static_cast<double>(static_cast<std::int64_t>(next() >> 11));
   }
@@ -58,44 +57,43 @@ private:
   std::uint64_t state_;
 };
 
-// What a material takes of the generator's noise.
+// How materials use the generator's noise.
 enum class Noise : std::uint8_t {
-  asDrawn, // all of it; its mean of +1 reaches pink noise and the decorrelation noise
-  audible  // less its mean; pink noise then loses what lies below 20 Hz
+  asDrawn, // unchanged; the mean of +1 reaches pink noise and the decorrelation noise
+  audible  // mean removed; pink noise is also high-passed at 20 Hz
 };
 
 namespace Signals {
 
-// The number of frames that `seconds` take at 48000 Hz, truncated. A negative or non-finite
-// duration is a programming error: the process stops. This holds for every duration below; 0 gives
-// an empty buffer.
+// Number of frames in `seconds` at 48000 Hz, truncated. Aborts if the duration is negative or not
+// finite. This holds for every duration below; 0 gives an empty buffer.
 [[nodiscard]] std::size_t frameCount(double seconds);
 
-// Pink noise, 3 dB less an octave from about 10 Hz up: Paul Kellet's refined filter, as he
-// published it on the music-dsp list, over the generator's noise. Noise::asDrawn leaves it with a
-// mean that carries almost all of its power; Noise::audible takes the mean off each draw and adds a
-// fourth-order Butterworth high-pass at 20 Hz.
+// Pink noise, -3 dB per octave from about 10 Hz up: Paul Kellet's refined filter, as published on
+// the music-dsp list, applied to the generator's noise. With Noise::asDrawn its mean carries almost
+// all of its power; Noise::audible removes the mean from each draw and adds a fourth-order
+// Butterworth high-pass at 20 Hz.
 [[nodiscard]] Samples pink(double seconds, std::uint64_t seed, Noise noise = Noise::asDrawn);
 
-// A bar of eighth notes at 100 beats per minute (kick, snare, hi-hat) that repeats: 2.4 s a bar. It
-// may end anywhere in the bar.
+// A repeating bar of eighth notes at 100 beats per minute (kick, snare, hi-hat), 2.4 s long. May
+// end anywhere in the bar.
 [[nodiscard]] Samples drums(double seconds, std::uint64_t seed);
 
-// A sustained A major chord of twelve sawtooth oscillators through a low-pass filter, faded over
-// 10 ms at both ends.
+// A sustained A major chord of twelve low-passed sawtooth oscillators, with 10 ms fades at both
+// ends.
 [[nodiscard]] Samples pad(double seconds, std::uint64_t seed);
 
-// A stereo pair (left, right) made from `mono`: left is `mono` itself, right is `correlation` parts
-// of it mixed with 1 - `correlation` parts of noise below 6 kHz, at the level of `mono`. 0 to 1: at
-// 1 both are the same but for rounding. Drums and pad then measure a correlation of
-// c / sqrt(c^2 + (1 - c)^2); pink noise as drawn measures more, because its mean is that of the
-// noise that it is mixed with.
+// A stereo pair (left, right) from `mono`: left is `mono`, right is a mix of c parts of `mono` and
+// (1 - c) parts of noise low-passed at 6 kHz, at the level of `mono`. c is `correlation`, from 0 to
+// 1; with c = 1 both channels are equal but for rounding. Drums and pad then measure a correlation
+// of c / sqrt(c^2 + (1 - c)^2); pink noise as drawn measures more, because it shares its mean with
+// the noise.
 [[nodiscard]] std::pair<Samples, Samples> stereoise(std::span<const float> mono, double correlation,
                                                     std::uint64_t seed,
                                                     Noise noise = Noise::asDrawn);
 
-// The same materials before their level is set, in a buffer that the caller provides: each fills
-// all of `out` and returns the factor that takes it to -20 dB.
+// The same materials without their level, in a buffer of the caller: fills all of `out` and returns
+// the gain that takes it to -20 dB RMS.
 [[nodiscard]] float fillPink(std::span<float> out, std::uint64_t seed,
                              Noise noise = Noise::asDrawn);
 // As fillPink().
@@ -103,8 +101,9 @@ namespace Signals {
 // As fillPink().
 [[nodiscard]] float fillPad(std::span<float> out, std::uint64_t seed);
 
-// The right channel of stereoise() before its level is set: fills `out`, as long as `mono` and
-// apart from it, and returns the factor that takes it to the level of `mono`, which is `levelDB`.
+// The right channel of stereoise() without its level: fills `out`, which has the length of `mono`
+// and does not overlap it, and returns the gain that takes it to `levelDB`, the level of `mono` in
+// dB.
 [[nodiscard]] float fillDecorrelated(std::span<float> out, std::span<const float> mono,
                                      double levelDB, double correlation, std::uint64_t seed,
                                      Noise noise = Noise::asDrawn);

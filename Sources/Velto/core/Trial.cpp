@@ -10,12 +10,12 @@ namespace velto {
 
 namespace {
 
-// `value` to a multiple of 1 / `perUnit`, halves away from zero.
+// Rounds `value` to a multiple of 1 / `perUnit`, halves away from zero.
 double roundedToSteps(double value, double perUnit) {
   return std::round(value * perUnit) / perUnit;
 }
 
-// A target that is uniform between `lowFraction` of `hi` and `hi`.
+// A target distributed uniformly between `lowFraction` * `hi` and `hi`.
 double targetBelow(double hi, double lowFraction, double u, double stepsPerUnit) {
   const double lo = lowFraction * hi;
   return roundedToSteps(lo + (hi - lo) * u, stepsPerUnit);

@@ -1,4 +1,4 @@
-// One exercise, and how it follows from a seed.
+// One exercise, generated from a seed.
 #pragma once
 
 #include "Drill.h"
@@ -7,7 +7,7 @@
 
 namespace velto {
 
-// One generated exercise. A field that does not belong to the drill is 0 (`correlation`: 1).
+// One generated exercise. Fields that the drill does not use are 0 (`correlation`: 1).
 struct Trial {
   Drill drill = Drill::frequency;
   std::uint64_t seed = 0; // as passed to makeTrial
@@ -27,8 +27,8 @@ struct Trial {
 
 namespace Drills {
 
-// The trial of a seed: the same arguments always give the same trial, bit for bit. A `difficulty`
-// outside 0 to 100 is kept in the trial but acts as the nearest end. From difficulty 0 to 100:
+// Generates a trial; the same arguments give the same trial, bit for bit. A `difficulty` outside 0
+// to 100 is stored as passed but acts as the nearest end. From difficulty 0 to 100:
 // - frequency: boosts of 12 down to 3 dB with a Q of 2 up to 5, on any band;
 // - level: 45 to 100 % of 6 down to 0.4 dB, in steps of 0.05 dB;
 // - dynamics: 40 to 100 % of 12 down to 2 dB, in steps of 0.1 dB;
@@ -36,9 +36,9 @@ namespace Drills {
 [[nodiscard]] Trial makeTrial(double difficulty, Material material, std::uint64_t seed,
                               Drill drill);
 
-// A seed for the trial number `counter` that tells nothing of its neighbours: the output function
-// of SplitMix64 (G. L. Steele, D. Lea, C. H. Flood, "Fast splittable pseudorandom number
-// generators", OOPSLA 2014). A bijection: different counters give different seeds.
+// Seed of trial number `counter`, unrelated to those of its neighbours: the output function of
+// SplitMix64 (G. L. Steele, D. Lea, C. H. Flood, "Fast splittable pseudorandom number generators",
+// OOPSLA 2014). A bijection: different counters give different seeds.
 [[nodiscard]] std::uint64_t mixedSeed(std::uint64_t counter);
 
 } // namespace Drills

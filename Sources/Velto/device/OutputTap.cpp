@@ -10,9 +10,9 @@ namespace velto {
 
 namespace {
 
-// The audio thread wakes nobody, so the ring is looked at every so often. It holds many times what
-// arrives meanwhile: a second of audio, and never less than some buffers.
-constexpr std::chrono::milliseconds lookInterval{10};
+// The audio thread signals nothing, so the ring is polled. It holds many times what arrives
+// meanwhile: a second of audio, and never less than some buffers.
+constexpr std::chrono::milliseconds pollInterval{10};
 
 std::size_t capacityFor(const BusFormat& format, std::size_t bufferFrames) {
   constexpr std::size_t leastBuffers = 16;
@@ -22,9 +22,9 @@ std::size_t capacityFor(const BusFormat& format, std::size_t bufferFrames) {
 } // namespace
 
 OutputTap::OutputTap(const BusFormat& format, std::size_t bufferFrames, Block block)
-    : format_(format), block_(std::move(block)), ring_(capacityFor(format, bufferFrames)),
-      left_(bufferFrames), right_(bufferFrames),
-      thread_([this](const std::stop_token& ending) { deliver(ending); }) {}
+    : format_(format), block_(std::move(block)),
+      ring_(std::make_shared<FrameRing>(capacityFor(format, bufferFrames))), left_(bufferFrames),
+      right_(bufferFrames), thread_([this](const std::stop_token& ending) { deliver(ending); }) {}
 
 void OutputTap::stop() {
   thread_.request_stop();
@@ -37,9 +37,9 @@ void OutputTap::deliver(const std::stop_token& ending) {
   std::condition_variable_any wake; // by nothing but the end
   std::unique_lock lock(mutex);
   while (!ending.stop_requested()) {
-    while (!ending.stop_requested() && ring_.read(left_.data(), right_.data(), left_.size()))
-      block_({format_, {left_, right_}, ring_.droppedFrames()});
-    wake.wait_for(lock, ending, lookInterval, [] { return false; });
+    while (!ending.stop_requested() && ring_->read(left_.data(), right_.data(), left_.size()))
+      block_({format_, {left_, right_}, ring_->droppedFrames()});
+    wake.wait_for(lock, ending, pollInterval, [] { return false; });
   }
 }
 

@@ -1,12 +1,14 @@
-// Hands what the mixer puts out to a listener that may take its time.
+// Hands the output of the mixer to a callback that need not be real-time safe.
 #pragma once
 
 #include "FrameRing.h"
+#include "PlaybackEngine.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <span>
 #include <stop_token>
 #include <thread>
@@ -14,24 +16,17 @@
 
 namespace velto {
 
-// What the mixer puts out.
-struct BusFormat {
-  double sampleRateHz = 0;
-  std::size_t channelCount = 0;
-
-  bool operator==(const BusFormat&) const = default;
-};
-
-// A stretch of the output, valid while the block that got it runs.
+// A part of the output, valid until the block returns.
 struct TapBuffer {
   BusFormat format;
-  std::array<std::span<const float>, 2> channels; // left, right: the tap's count of frames each
-  std::uint64_t droppedFrames = 0;                // lost so far, because the block could not follow
+  std::array<std::span<const float>, 2>
+      channels;                    // left, right; as many frames as the tap was given
+  std::uint64_t droppedFrames = 0; // so far, because the block fell behind
 };
 
-// A ring that the audio thread fills, and a thread that empties it in buffers of equal length,
-// frame by frame as they were rendered. The audio thread never waits for the block: when the block
-// stays behind by more than the ring holds, frames are dropped and counted.
+// A ring that the audio thread fills, and a thread that delivers it in buffers of equal length. The
+// audio thread never waits: if the block falls behind by more than the ring holds, frames are
+// dropped and counted.
 class OutputTap {
 public:
   using Block = std::function<void(const TapBuffer&)>;
@@ -43,19 +38,19 @@ public:
   OutputTap(const OutputTap&) = delete;
   OutputTap& operator=(const OutputTap&) = delete;
 
-  // The block is not running and will not be called again when this returns; not to be called by
-  // the block itself. The ring stays.
+  // When this returns, the block is not running and will not be called again. Must not be called by
+  // the block. The ring stays valid.
   void stop();
 
   // For the audio thread to write to.
-  [[nodiscard]] FrameRing& ring() { return ring_; }
+  [[nodiscard]] const std::shared_ptr<FrameRing>& ring() const { return ring_; }
 
 private:
   void deliver(const std::stop_token& ending);
 
   const BusFormat format_;
   const Block block_;
-  FrameRing ring_;
+  const std::shared_ptr<FrameRing> ring_;
 
   // Delivering thread only.
   std::vector<float> left_, right_;

@@ -8,7 +8,7 @@ namespace velto {
 
 namespace {
 
-// Whoever calls is the only one who writes.
+// Single writer.
 void increment(std::atomic<std::uint64_t>& count) {
   count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 }

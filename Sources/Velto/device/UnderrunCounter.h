@@ -1,4 +1,4 @@
-// Whether the sound output is fed in time.
+// Counts underruns of the sound output.
 #pragma once
 
 #include <atomic>
@@ -8,40 +8,41 @@
 
 namespace velto {
 
-// How often an output asked for frames, and how often they came too late.
+// Numbers of callbacks.
 struct CallbackCounts {
   std::uint64_t all = 0;
-  std::uint64_t late = 0;   // among all: little was left to play, or nothing
-  std::uint64_t missed = 0; // among late: nothing was left for sure, the listener heard a gap
+  std::uint64_t late = 0;   // of all: little or nothing was left to play
+  std::uint64_t missed = 0; // of late: the buffer ran dry, an audible dropout
 
   bool operator==(const CallbackCounts&) const = default;
 };
 
-// Counts late and missed callbacks by their distance in time; the sound library tells of none.
+// Judges callbacks by the time between them, because the sound library reports no underruns.
 //
-// A callback fills the output's buffer, so what is in it lasts from then for as long as the buffer
-// is: the latency that was asked for (`outputLatencyFrames`, 60 ms), or the largest block that was
-// ever asked for if that is more. The frames of the next callback must be there before that. From
-// the beginning of one callback to the end of the next,
-// - more than three quarters of the buffer (45 ms) make it late: PulseAudio keeps the last quarter
-//   in the sink, so the stream itself had run dry. The listener hears a gap only if the callback
-//   before was held up as well;
-// - more than the whole of it (60 ms) make it missed: there was a gap.
+// A callback fills the output's buffer: the requested latency (`outputLatencyFrames`, 60 ms), or
+// the largest block requested so far if that is longer. The next callback must end before the
+// buffer is empty. From the beginning of one callback to the end of the next,
+// - more than three quarters of the buffer (45 ms) count as late: PulseAudio keeps the last quarter
+// in
+//   the sink, so the stream itself has run dry. It is audible only if the callback before was
+//   delayed as well;
+// - more than the whole buffer (60 ms) count as missed: a dropout.
 //
-// The first distance of a stream is not judged: the output begins to play some time after its first
-// block has come.
+// The first interval of a stream does not count: the output starts to play some time after its
+// first block.
 class UnderrunCounter {
 public:
   using Time = std::chrono::steady_clock::time_point;
 
-  // A stream begins whose buffer has at least `bufferFrames` frames. While nobody calls `note`.
+  // Begins a stream whose buffer holds at least `bufferFrames` frames. Only while nobody calls
+  // note().
   void begin(std::size_t bufferFrames);
 
-  // A callback for `frames` frames ran from `begin` to `end`. Audio thread: no lock, no allocation,
-  // no system call.
+  // Counts a callback for `frames` frames that ran from `begin` to `end`. Audio thread. Real-time
+  // safe.
   void note(Time begin, Time end, std::size_t frames) noexcept;
 
-  // Of all streams so far. Any thread.
+  // Sums over all streams. Any thread.
   [[nodiscard]] CallbackCounts counts() const;
 
 private:

@@ -46,7 +46,7 @@ void timeRendering(Drill drill) {
 
 // ---- Statistics ----
 
-// Everything that a view reads after an update, in one sum.
+// Sums everything that a view reads after an update.
 double readAll(const Profile& profile) {
   const Stats& stats = profile.stats();
   auto sum = static_cast<double>(stats.streak + stats.todayCount);
@@ -68,7 +68,7 @@ void timeStatistics(std::int64_t count) {
   profile.trim();
   profile.recompute();
 
-  [[maybe_unused]] volatile double read = 0; // so that reading is not left out
+  [[maybe_unused]] volatile double read = 0; // keeps the reads from being optimised away
   const auto start = Clock::now();
   for (int update = 0; update < updates; ++update) {
     profile.recompute();

@@ -1,4 +1,4 @@
-// What rendering and statistics cost.
+// Cost of rendering and of the statistics.
 #pragma once
 
 #include "Record.h"
@@ -8,11 +8,11 @@
 
 namespace velto::Bench {
 
-// Prints the time of rendering a trial of each drill and of a view update over records of several
-// sizes. Touches no record but its own. Main thread only.
+// Prints the time to render a trial of each drill, and to update a view with records of several
+// sizes. Uses a temporary record. Main thread only.
 void run();
 
-// `count` answers that are dated now, always the same but for their ids and dates.
+// `count` answers dated now; ids and dates apart, the same on every call.
 [[nodiscard]] std::vector<Attempt> syntheticAttempts(std::int64_t count);
 
 } // namespace velto::Bench

@@ -1,5 +1,6 @@
 #include "BrandCheck.h"
 
+#include "Environment.h"
 #include "Numbers.h"
 #include "Report.h"
 #include "desktop/Fonts.h"
@@ -24,9 +25,13 @@ namespace {
 constexpr int pointSize = 22;
 const QString wordmark = QStringLiteral("MORLA Velto");
 
+// Empty where no home is known.
 QString masterFile() {
-  return QDir::home().filePath(
-      QStringLiteral("Projects/morla/company/morla-brand/type/MORLADisplay-Regular.otf"));
+  const auto home = Environment::ofProcess().home();
+  if (!home)
+    return {};
+  return QDir(QString::fromStdString(home->string()))
+      .filePath(QStringLiteral("Projects/morla/company/morla-brand/type/MORLADisplay-Regular.otf"));
 }
 
 std::optional<QByteArray> digestOf(const QString& path) {
@@ -46,7 +51,7 @@ QFont font(const QString& family, QFont::Weight weight) {
   return font;
 }
 
-// The brand font as the font system hands it out, if it knows such a family.
+// The brand font, if the font system knows its family.
 std::optional<QFont> brandFont() {
   const QString family = QString::fromLatin1(BrandType::family);
   if (!QFontDatabase::hasFamily(family))
@@ -54,7 +59,7 @@ std::optional<QFont> brandFont() {
   return font(family, QFont::Normal);
 }
 
-// Name record 6 of the face that is really drawn; the Windows platform's record is UTF-16.
+// Name record 6 of the face that is actually drawn. Records of the Windows platform are UTF-16.
 std::string postScriptName(const QFont& font) {
   constexpr quint16 windowsPlatform = 3;
   constexpr quint16 postScriptNameId = 6;
@@ -81,7 +86,7 @@ std::string postScriptName(const QFont& font) {
   return {};
 }
 
-// One run: prints gates and remembers whether all passed.
+// Prints the gates and tracks whether all passed.
 class Run {
 public:
   bool gates() {

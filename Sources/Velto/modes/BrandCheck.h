@@ -1,10 +1,11 @@
-// Proves that the wordmark will be drawn in its own face and not in a substitute.
+// Checks that the wordmark is drawn in its own face, not in a substitute.
 #pragma once
 
 namespace velto::BrandCheck {
 
-// Prints a line for each gate and the verdict; true when all gates passed. Every gate is tried, but
-// the last one needs the face. Needs a QGuiApplication; changes nothing on disk.
+// Prints a line for each gate and the verdict. True if all gates passed. Every gate runs, except
+// that the last one needs the face. Changes nothing on disk. Needs a QGuiApplication. Main thread
+// only.
 [[nodiscard]] bool run();
 
 } // namespace velto::BrandCheck

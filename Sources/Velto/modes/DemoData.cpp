@@ -10,7 +10,7 @@ namespace velto {
 
 namespace {
 
-// How likely the listener of the story is to hit: weakest at 160 to 315 Hz, best in the middle.
+// Hit probability of the fictitious listener: lowest at 160 to 315 Hz, highest in the middle.
 double hitProbability(Drill drill, double bandCentre) {
   if (drill != Drill::frequency)
     return 0.68;

@@ -1,11 +1,11 @@
-// A made-up practice history, to look at the side panel without practising.
+// Fictitious practice history, for looking at the side panel.
 #pragma once
 
 namespace velto::DemoData {
 
-// Replaces the answers and staircases of the record in VELTO_PROFILE_DIR by 160 answers, always the
-// same but for their ids and dates, and tells so on standard error. Without that variable it
-// refuses and touches nothing. Main thread only.
+// Replaces the answers and staircases of the record in VELTO_PROFILE_DIR with 160 answers which,
+// ids and dates apart, are the same on every call. Reports it on standard error. Without
+// VELTO_PROFILE_DIR refuses and changes nothing. Main thread only.
 void seed();
 
 } // namespace velto::DemoData

@@ -1,4 +1,4 @@
-// What --help and --version print.
+// Text of --help and --version.
 #pragma once
 
 #include "ProfileLocation.h"
@@ -11,17 +11,16 @@ namespace velto::Help {
 
 struct Switch {
   std::string_view name;        // "--drill"
-  std::string_view value;       // what stands for its value in the text; empty where it takes none
+  std::string_view value;       // placeholder for its value; empty if it takes none
   std::string_view explanation; // one line
   bool startsWindow;
 };
 
-// Every switch of the program: first those of the window, then the modes without one in the order
-// in which they decide.
+// All switches: those of the window, then the modes without one, in order of precedence.
 [[nodiscard]] std::span<const Switch> switches();
 
-// The text of --help, without the last line feed. Its lines fit 80 columns, but for the path of the
-// record, about which `environment` is asked; it need not know any place.
+// The text of --help, without the last line feed. Lines fit 80 columns, except the path of the
+// record, which is looked up in `environment`; there may be none.
 [[nodiscard]] std::string text(const Environment& environment);
 
 // "velto 1.2.3".

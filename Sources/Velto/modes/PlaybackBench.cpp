@@ -1,5 +1,6 @@
 #include "PlaybackBench.h"
 
+#include "AudioEngine.h"
 #include "Drills.h"
 #include "Player.h"
 #include "Session.h"
@@ -10,7 +11,7 @@
 namespace velto {
 
 int PlaybackBench::run(bool loaded) {
-  Player player;
+  Player player(std::make_unique<Engine>());
   if (loaded) {
     const Trial trial{.drill = Drill::frequency,
                       .seed = 9,

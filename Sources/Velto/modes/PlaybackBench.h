@@ -1,9 +1,9 @@
-// A load to measure the player with from outside.
+// A load for measuring the player from outside.
 #pragma once
 
 namespace velto::PlaybackBench {
 
-// Runs the player for 25 seconds, with a fixed trial loaded or idle, and returns the exit status 0.
+// Runs the player for 25 seconds, with a fixed trial if `loaded`, else idle. Returns exit status 0.
 // Main thread only.
 int run(bool loaded);
 

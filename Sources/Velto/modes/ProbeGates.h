@@ -1,16 +1,16 @@
-// The gates of the probe, in the order in which it runs them.
+// The gates of the probe, in order of execution.
 #pragma once
 
 namespace velto::ProbeGates {
 
-// Each prints its header line, then its checks by Probe::check, all of them whatever fails. Main
-// thread only.
+// Each prints a header line and then, by Probe::check(), all of its checks, even after a failure.
+// Main thread only.
 void frequency();
 void level();
 void dynamics();
 void polarity();
 void staircase();
-void record(); // the roll-up and the streak; touches no practice record but its own
+void record(); // roll-up and streak; uses a temporary record
 void grading();
 void determinism();
 

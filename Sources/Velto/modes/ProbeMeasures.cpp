@@ -1,4 +1,4 @@
-// The probe's own measurements.
+// Measurements of the probe.
 
 #include "Probe.h"
 

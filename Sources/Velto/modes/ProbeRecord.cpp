@@ -1,4 +1,4 @@
-// The gate of the probe that measures the practice record: its roll-up and the streak.
+// The probe's gate for the practice record: roll-up and streak.
 
 #include "ProbeGates.h"
 
@@ -39,7 +39,7 @@ Attempt frequencyAnswer(Date date, bool correct) {
           .bandIndex = correct ? strongBand : weakBand};
 }
 
-// Misses in the weak band and hits in the strong one by turns.
+// Misses in the weak band alternating with hits in the strong one.
 std::vector<Attempt> alternatingAnswers(std::size_t count) {
   const Date now = Date::now();
   std::vector<Attempt> attempts;
@@ -113,8 +113,8 @@ void checkUnderTheCap() {
 
 // ---- Streak ----
 
-// A moment that lies `days` civil days before the day of `now`: the same time of day, or, where the
-// clocks were changed meanwhile, one that is near it.
+// A moment `days` civil days before the day of `now`, at the same time of day, or near it if the
+// clocks changed in between.
 Date daysBefore(Date now, std::int64_t days) {
   constexpr double hour = 3600;
   Calendar calendar;
@@ -127,8 +127,8 @@ Date daysBefore(Date now, std::int64_t days) {
   return date;
 }
 
-// The streak after practice on the days that lie so many days back. Starts over where midnight came
-// in between.
+// The streak after practice on the days that lie `daysAgo` back. Retries if midnight came in
+// between.
 std::int64_t streakAfter(std::initializer_list<std::int64_t> daysAgo) {
   const TemporaryRecord scratch("velto-probe-");
   while (true) {

@@ -1,4 +1,4 @@
-// The gates of the probe that measure rendered audio.
+// The probe's gates for rendered audio.
 
 #include "ProbeGates.h"
 
@@ -61,10 +61,10 @@ struct SlotPair {
   explicit SlotPair(const std::vector<Slot>& slots)
       : a(slots[0].l->begin(), slots[0].l->end()), b(slots[1].l->begin(), slots[1].l->end()) {}
 
-  // How much louder B is.
+  // Level of B over A in dB.
   [[nodiscard]] double levelDB() const { return Measure::rmsDB(b) - Measure::rmsDB(a); }
 
-  // How much louder B is at `frequency` Hz.
+  // Level of B over A at `frequency` Hz, in dB.
   [[nodiscard]] double liftDB(double frequency) const {
     const auto magnitude = [frequency](std::span<const float> x) {
       return std::max(Measure::magnitudeAt(x, frequency, sampleRateHz), 1e-12);
@@ -72,7 +72,7 @@ struct SlotPair {
     return 20 * std::log10(magnitude(b) / magnitude(a));
   }
 
-  // How much louder B is in a band around `centre` Hz.
+  // Level of B over A in a band around `centre` Hz, in dB.
   [[nodiscard]] double bandLiftDB(double centre) const {
     const Biquad band = Biquad::bandpass(centre, 4, sampleRateHz);
     return Measure::rmsDB(filtered(b, band)) - Measure::rmsDB(filtered(a, band));
@@ -216,8 +216,8 @@ void ProbeGates::dynamics() {
                fixed(reached, 2) + " dB GR");
 
   const SlotPair compressed = compressedPair(targetGRdB);
-  const double difference = compressed.levelDB();
-  Probe::check("compressed version is loudness-matched", std::abs(difference) < 0.1,
+  const double difference = std::abs(compressed.levelDB());
+  Probe::check("compressed version is loudness-matched", difference < 0.1,
                fixed(difference, 4) + " dB");
   const double spreadA = Probe::envelopeSpreadDB(compressed.a, windowMS);
   const double spreadB = Probe::envelopeSpreadDB(compressed.b, windowMS);

@@ -1,4 +1,4 @@
-// The gates of the probe that measure the staircase and the grading.
+// The probe's gates for staircase and grading.
 
 #include "ProbeGates.h"
 

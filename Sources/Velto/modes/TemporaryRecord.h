@@ -1,4 +1,4 @@
-// A practice record that is not the listener's.
+// Temporary practice record.
 #pragma once
 
 #include <filesystem>
@@ -8,13 +8,13 @@
 
 namespace velto {
 
-// While it lives, profiles are made in a fresh folder of the system's temporary directory, which it
-// removes at the end; then profiles are made where they were before. Works by VELTO_PROFILE_DIR, so
-// the one made last counts, and no other thread may use the environment meanwhile. Where there is
-// no temporary directory to write to, profiles do without their file. Main thread only.
+// While it exists, profiles are created in a new folder in the system's temporary directory; the
+// destructor removes the folder. Sets VELTO_PROFILE_DIR and restores it, so the last one created
+// wins, and no other thread may use the environment meanwhile. If the folder cannot be written,
+// profiles have no file. Main thread only.
 class TemporaryRecord {
 public:
-  // The folder's name is `prefix` and a UUID.
+  // The folder's name is `prefix` followed by a UUID.
   explicit TemporaryRecord(std::string_view prefix);
   ~TemporaryRecord();
 
@@ -23,7 +23,7 @@ public:
 
 private:
   std::filesystem::path folder_;
-  std::optional<std::string> earlier_; // the variable's value
+  std::optional<std::string> earlier_; // the variable's previous value
 };
 
 } // namespace velto

@@ -6,7 +6,7 @@ namespace velto {
 
 namespace {
 
-// The C locale for this thread, while it lives.
+// Sets the C locale for the calling thread in its scope.
 class CLocale {
 public:
   CLocale() : previous_(uselocale(classic())) {}

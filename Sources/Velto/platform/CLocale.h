@@ -1,11 +1,11 @@
-// The locale of a thread.
+// Thread locale.
 #pragma once
 
 #include <functional>
 
 namespace velto {
 
-// Runs `work` with the C locale for this thread, whatever the process has set. Any thread.
+// Runs `work` in the C locale on the calling thread, whatever the process's locale. Any thread.
 void runInCLocale(const std::function<void()>& work);
 
 } // namespace velto

@@ -6,8 +6,8 @@
 
 namespace velto::Descriptors {
 
-// Opens `path` for this process only, again where a signal interrupts it. -1, with the error in
-// errno, if it cannot be opened. Any thread.
+// Opens `path` with O_CLOEXEC and retries on EINTR. Returns -1 and sets errno on failure. Any
+// thread.
 [[nodiscard]] int open(const std::filesystem::path& path, int flags, mode_t mode = 0);
 
 } // namespace velto::Descriptors

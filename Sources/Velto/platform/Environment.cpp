@@ -21,10 +21,25 @@ std::optional<std::string> homeOfAccount() {
   return account->pw_dir;
 }
 
+std::optional<std::filesystem::path> absolute(const std::optional<std::string>& text) {
+  if (!text || !std::filesystem::path(*text).is_absolute())
+    return std::nullopt;
+  return *text;
+}
+
 } // namespace
 
 Environment Environment::ofProcess() {
   return {variableOfProcess, homeOfAccount};
+}
+
+std::optional<std::filesystem::path> Environment::home() const {
+  const auto home = absolutePath("HOME");
+  return home ? home : absolute(accountHome());
+}
+
+std::optional<std::filesystem::path> Environment::absolutePath(const char* name) const {
+  return absolute(variable(name));
 }
 
 void Environment::setVariable(const char* name, const std::optional<std::string>& value) {

@@ -1,14 +1,14 @@
-// What a process knows about its surroundings.
+// Environment variables and the user's home.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
 
 namespace velto {
 
-// Where answers come from: the process, or a test. Each function is called only where its answer
-// matters.
+// Source of look-ups: the process, or a test. Functions are called only if their result is needed.
 struct Environment {
   std::function<std::optional<std::string>(const char* name)> variable;
   std::function<std::optional<std::string>()> accountHome; // from the account database
@@ -16,8 +16,15 @@ struct Environment {
   // The environment of this process. Main thread only.
   [[nodiscard]] static Environment ofProcess();
 
-  // Sets a variable of this process, or removes it. No other thread may use the environment
-  // meanwhile.
+  // The user's home: HOME if it is an absolute path, else that of the account. Nullopt if neither
+  // is one.
+  [[nodiscard]] std::optional<std::filesystem::path> home() const;
+
+  // The value of a variable if it is an absolute path.
+  [[nodiscard]] std::optional<std::filesystem::path> absolutePath(const char* name) const;
+
+  // Sets a variable of this process, or removes it if `value` is nullopt. No other thread may use
+  // the environment meanwhile.
   static void setVariable(const char* name, const std::optional<std::string>& value);
 };
 

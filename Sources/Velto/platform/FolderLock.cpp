@@ -22,7 +22,7 @@ FolderLock::FolderLock(const std::filesystem::path& file, Use use) {
   const int kind = (use == Use::reading ? LOCK_SH : LOCK_EX) | LOCK_NB;
   const auto deadline = std::chrono::steady_clock::now() + 250ms;
   while (::flock(folder_, kind) != 0) {
-    // Where the file system has no such locks there are no turns.
+    // The file system does not support locks: go on without one.
     if (errno != EWOULDBLOCK && errno != EINTR)
       return;
     if (std::chrono::steady_clock::now() >= deadline) {
@@ -33,7 +33,7 @@ FolderLock::FolderLock(const std::filesystem::path& file, Use use) {
   }
 }
 
-// Closing gives the turn up.
+// Closing the descriptor releases the lock.
 FolderLock::~FolderLock() {
   if (folder_ >= 0)
     ::close(folder_);

@@ -1,22 +1,23 @@
-// Keeps programs that use the files of one folder out of each other's way.
+// Inter-process lock on a folder.
 #pragma once
 
 #include <filesystem>
 
 namespace velto {
 
-// Keeps those away that save files of the same folder, as far as the file system can do that.
+// Advisory lock on the folder of a file: shared for reading, exclusive for writing. Best effort:
+// there is no lock if the folder cannot be opened or its file system has none. Any thread.
 class FolderLock {
 public:
   enum class Use { reading, writing };
 
-  // Waits for a quarter of a second at most.
+  // Waits for up to 250 ms.
   FolderLock(const std::filesystem::path& file, Use use);
   FolderLock(const FolderLock&) = delete;
   FolderLock& operator=(const FolderLock&) = delete;
   ~FolderLock();
 
-  // Whether others kept it all the time.
+  // True if others held the lock all that time.
   [[nodiscard]] bool isRefused() const { return refused_; }
 
 private:

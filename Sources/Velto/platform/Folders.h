@@ -1,4 +1,4 @@
-// Folders, and files as wholes. Best effort: a failure is not reported.
+// File and folder operations. Best effort: failures are not reported.
 //
 // Any thread.
 #pragma once
@@ -7,21 +7,21 @@
 
 namespace velto::Folders {
 
-// Where files that do not stay are put.
+// The system's folder for temporary files, by default /tmp.
 [[nodiscard]] std::filesystem::path temporary();
 
-// `path` made absolute with the current folder; `path` itself where that is unknown.
+// `path` made absolute against the current folder; unchanged if that is unknown.
 [[nodiscard]] std::filesystem::path absolute(const std::filesystem::path& path);
 
 [[nodiscard]] bool exists(const std::filesystem::path& path);
 
-// Creates a folder and those above it.
+// Creates a folder and its parents.
 void create(const std::filesystem::path& folder);
 
-// Moves a file. Across file systems the original is removed only once its copy is complete.
+// Moves a file. Across file systems, removes the original only after a complete copy.
 void moveFile(const std::filesystem::path& from, const std::filesystem::path& to);
 
-// Removes a file, or a folder with all that it holds.
+// Removes a file, or a folder and its contents.
 void remove(const std::filesystem::path& path);
 
 } // namespace velto::Folders

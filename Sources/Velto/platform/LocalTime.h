@@ -1,4 +1,4 @@
-// The user's time zone.
+// Local time.
 #pragma once
 
 #include <ctime>
@@ -6,10 +6,11 @@
 
 namespace velto::LocalTime {
 
-// Reads the time zone anew. Main thread only.
+// Reads the time zone again: the variable TZ, else the system's. No other thread may change the
+// environment meanwhile.
 void readTimeZone();
 
-// What calendar and clock show there at `time`; nullopt where the year does not fit. Any thread.
+// Local calendar date and time of day at `time`; nullopt if the year does not fit. Any thread.
 [[nodiscard]] std::optional<std::tm> at(std::time_t time);
 
 } // namespace velto::LocalTime

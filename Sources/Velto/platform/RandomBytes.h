@@ -1,4 +1,4 @@
-// Random numbers of the system.
+// Random bytes from the system.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 
 namespace velto {
 
-// Fills `bytes` with random ones, fit for identifiers. Any thread.
+// Fills `bytes` with random values, good enough for identifiers. Any thread.
 void fillRandomly(std::span<std::uint8_t> bytes);
 
 } // namespace velto

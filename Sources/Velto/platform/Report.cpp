@@ -2,6 +2,7 @@
 
 #include "StandardStreams.h"
 
+#include <cerrno>
 #include <cstring>
 
 namespace velto {
@@ -18,7 +19,8 @@ std::string spaces(std::string_view text, std::size_t width) {
 
 void Report::line(std::string_view text) {
   const int error = StandardStreams::writeToOutput(std::string(text) + '\n');
-  if (error == 0 || hasFailed)
+  // A reader that went away has seen what it wanted.
+  if (error == 0 || error == EPIPE || hasFailed)
     return;
   hasFailed = true;
   StandardStreams::writeToError(std::string("Velto: the report cannot be written: ") +

@@ -1,4 +1,4 @@
-// The lines that the modes without a window print.
+// Output of the modes that run without a window.
 //
 // Main thread only.
 #pragma once
@@ -9,21 +9,20 @@
 
 namespace velto::Report {
 
-// Writes `text` and a line feed to standard output in one piece and unbuffered, so that it stays in
-// order with what others print. The first failure is told on standard error; later lines are tried
-// all the same.
+// Writes `text` and a line feed to standard output, unbuffered, to keep the order with other
+// output. Reports the first failure on standard error; later lines are still tried. A closed pipe
+// is no failure.
 void line(std::string_view text);
 
-// Whether every line so far could be written. A report that nobody could read is no success.
+// True unless a line could not be written.
 [[nodiscard]] bool isComplete();
 
-// "  PASS  name      detail": the name padded with spaces to `nameWidth` characters, a longer one
-// kept whole. Names are ASCII.
+// "  PASS  name      detail". `name` is padded with spaces to `nameWidth` characters; a longer name
+// is kept whole. ASCII only.
 [[nodiscard]] std::string check(bool ok, std::string_view name, std::size_t nameWidth,
                                 std::string_view detail);
 
-// `text` with spaces before or behind it up to `width` characters; a longer one is kept whole.
-// Texts are ASCII.
+// `text` padded with spaces to `width` characters; longer text is kept whole. ASCII only.
 [[nodiscard]] std::string rightAligned(std::string_view text, std::size_t width);
 [[nodiscard]] std::string leftAligned(std::string_view text, std::size_t width);
 

@@ -1,5 +1,4 @@
-// Standard streams tell neither why a file could not be opened nor can they keep other programs
-// away, so this file alone uses the system's own calls.
+// POSIX calls instead of streams: saving depends on errno, O_EXCL and O_NONBLOCK.
 #include "SafeFile.h"
 
 #include "Descriptors.h"
@@ -36,8 +35,7 @@ bool writeAll(int descriptor, std::string_view bytes) {
   return true;
 }
 
-// Some file systems report a failed write only here. Interrupted, the descriptor is closed all the
-// same.
+// Some file systems report a failed write only here. After EINTR the descriptor is closed anyway.
 bool closed(int descriptor) {
   return ::close(descriptor) == 0 || errno == EINTR;
 }
@@ -47,16 +45,16 @@ bool writeAndClose(int descriptor, std::string_view bytes) {
   return closed(descriptor) && written;
 }
 
-// Whether the operation that just failed could not be carried out for want of a sound disk or of
-// room on it, rather than because it is not allowed here.
+// True if the last operation failed because the disk is full or faulty, rather than for lack of
+// permission.
 bool diskFailed() {
   return errno == ENOSPC || errno == EDQUOT || errno == EIO;
 }
 
-// Whether the save may go on: with a whole backup, or without one where the folder takes none.
+// Whether to go on saving: with a complete backup, or without one if the folder takes no new file.
 bool makeBackup(const fs::path& file, std::string_view bytes) {
   const fs::path part = SafeFile::backupPart(file);
-  ::unlink(part.c_str()); // what a save that died left
+  ::unlink(part.c_str()); // left by an interrupted save
   const int descriptor = Descriptors::open(part, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
   if (descriptor < 0)
     return !diskFailed();
@@ -71,10 +69,10 @@ bool makeBackup(const fs::path& file, std::string_view bytes) {
   return goesOn;
 }
 
-// Cut off first, so that what a writer that dies leaves is never a mixture that might be valid.
+// Truncates first: an interrupted write then never leaves a mixture that might parse.
 bool writePlainly(const fs::path& file, std::string_view bytes) {
   constexpr mode_t everyone = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
-  // A pipe without a reader refuses instead of waiting for one.
+  // O_NONBLOCK: fail on a pipe without a reader instead of waiting for one.
   const int descriptor =
       Descriptors::open(file, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK, everyone);
   return descriptor >= 0 && writeAndClose(descriptor, bytes);
@@ -98,7 +96,7 @@ bool SafeFile::write(const fs::path& file, std::string_view bytes) {
   return true;
 }
 
-// Reading anything but a regular file, a pipe or a device, might never end.
+// Regular files only: reading a pipe or a device might never end.
 std::optional<std::string> SafeFile::contents(const fs::path& file) {
   std::error_code error;
   if (!fs::is_regular_file(file, error))

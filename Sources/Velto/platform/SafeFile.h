@@ -1,16 +1,14 @@
-// A file that is rewritten in place and still outlives a writer that dies on the way: while that
-// goes on, a backup holds the same bytes whole.
+// Rewrites a file in place, with a complete backup beside it in case the save is interrupted.
 //
 // A save
-//   1. writes the new bytes to a part of a backup and gives it the backup's name, so that a
-//      backup is always whole,
-//   2. writes the file itself, plainly,
+//   1. writes the new bytes to a partial backup and renames it: a backup is always complete,
+//   2. overwrites the file itself,
 //   3. removes the backup.
-// Whatever happens, the file or its backup is whole. A backup that a save left behind goes with
-// the next one that succeeds.
+// At any time the file or its backup is complete, unless the folder takes no new files. A backup
+// left by an interrupted save is removed by the next successful one.
 //
-// What is written is not forced to the disk: this guards against the death of the program, a full
-// disk and errors, not against a loss of power.
+// There is no fsync: this protects against a crash, a full disk and write errors, not against a
+// loss of power.
 #pragma once
 
 #include "FolderLock.h"
@@ -25,24 +23,24 @@
 
 namespace velto::SafeFile {
 
-// Larger files are as good as unreadable.
+// Larger files are treated as unreadable.
 inline constexpr std::uintmax_t mostBytes = std::uintmax_t{1} << 30;
 
-// Where the backup of `file` lies, and the part that becomes the backup.
+// Paths of the backup of `file` and of the partial backup.
 [[nodiscard]] std::filesystem::path backup(const std::filesystem::path& file);
 [[nodiscard]] std::filesystem::path backupPart(const std::filesystem::path& file);
 
-// Saves `bytes`; says whether the file now holds them. If not, what was saved before is still
-// there. Where the folder takes no new file the plain write goes on without a backup. Programs
-// that save the same file at once take turns; one that keeps it for a quarter of a second makes
-// the save fail. Any thread.
+// Saves `bytes`; false if the file does not hold them now, in which case load() finds the previous
+// bytes or the new ones. A folder that takes no new files has no backup: there, an interrupted or
+// failed write can lose the file. Waits for other programs that use files of the folder, and fails
+// after 250 ms. Any thread.
 bool write(const std::filesystem::path& file, std::string_view bytes);
 
-// The bytes of a regular file; none if it cannot be read. Any thread.
+// The bytes of a regular file; nullopt if it cannot be read. Any thread.
 [[nodiscard]] std::optional<std::string> contents(const std::filesystem::path& file);
 
-// What `decode` makes of the file's bytes or, only where the file is there but gives nothing, of
-// its backup's. Changes nothing. Any thread.
+// Decodes the file or, if it exists but gives nothing, its backup. `decode` returns an optional;
+// nullopt if neither gives a value. Changes nothing. Any thread.
 template <typename Decode>
 [[nodiscard]] std::invoke_result_t<Decode, std::string_view> load(const std::filesystem::path& file,
                                                                   Decode decode) {

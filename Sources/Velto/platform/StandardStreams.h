@@ -7,16 +7,16 @@
 
 namespace velto::StandardStreams {
 
-// Call once, before anything is opened or printed. A reader that goes away then makes a write fail
-// instead of ending the process. A closed standard stream is replaced, so that no file that is
-// opened later takes its descriptor.
+// Call once, before anything is opened or printed. Ignores SIGPIPE, so that writes fail when the
+// reader goes away. Replaces closed standard streams, so that no file opened later gets their
+// descriptors.
 void prepare();
 
-// Writes all bytes, unbuffered. Waits for the reader of a full pipe, also of a non-blocking one.
-// Returns 0 or the errno value of the failure.
+// Writes all bytes, unbuffered. Waits while a pipe is full, even a non-blocking one. Returns 0, or
+// errno on failure.
 [[nodiscard]] int writeToOutput(std::string_view bytes);
 
-// Writes to standard error once; failures are ignored.
+// Writes to standard error in one attempt. Failures are ignored.
 void writeToError(std::string_view bytes);
 
 } // namespace velto::StandardStreams

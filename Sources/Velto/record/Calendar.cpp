@@ -14,8 +14,8 @@ namespace {
 
 constexpr std::int64_t secondsInDay = 86'400;
 
-// The number of days from 1970-01-01 to a date. std::chrono counts them, but knows years up to
-// 32767 only; the calendar repeats every 400 years.
+// Days from 1970-01-01 to a date. std::chrono counts them, but only up to the year 32767, so the
+// year is reduced by the calendar's 400-year cycle.
 std::int64_t civilDayNumber(std::int64_t year, int month, int dayOfMonth) {
   constexpr std::int64_t daysInEra = 146'097;
   const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
@@ -25,7 +25,7 @@ std::int64_t civilDayNumber(std::int64_t year, int month, int dayOfMonth) {
   return era * daysInEra + std::chrono::sys_days(date).time_since_epoch().count();
 }
 
-// What the clock on the wall shows at one moment.
+// Local day and UTC offset at one moment.
 struct WallClock {
   std::int64_t day = 0;
   std::int64_t offset = 0; // seconds ahead of UTC
@@ -48,8 +48,8 @@ std::optional<WallClock> wallClockAt(std::int64_t moment) {
   return WallClock{day, day * secondsInDay + secondOfDay - moment};
 }
 
-// The moment, from `inside` towards `limit` (at most a day away), up to which the wall clock runs
-// like at `inside`: `limit` itself unless a change of the offset comes first.
+// The last moment from `inside` towards `limit`, at most a day away, with the day and offset of
+// `inside`: `limit` itself unless the offset changes on the way.
 std::int64_t reach(std::int64_t inside, std::int64_t limit, const WallClock& local) {
   if (wallClockAt(limit) == local)
     return limit;
@@ -76,7 +76,7 @@ std::optional<Calendar::Day> Calendar::day(Date date) {
   const auto local = wallClockAt(moment);
   if (!local)
     return std::nullopt;
-  // So far from now a double does not hold every second, nor the bounds of a day.
+  // So far from now a double holds neither every second nor a day's bounds: cache nothing.
   if (std::abs(moment) > std::int64_t{1} << 52) {
     begin_ = end_ = 0;
     return local->day;

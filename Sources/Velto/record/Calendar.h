@@ -1,4 +1,4 @@
-// Local days: which civil day a date lies in, in the time zone in force.
+// Local calendar days.
 #pragma once
 
 #include "Date.h"
@@ -8,21 +8,20 @@
 
 namespace velto {
 
-// Days are numbered by the civil calendar (0 is 1970-01-01, each date one more than the date
-// before it), so that "one day earlier" is a subtraction whatever the clocks did in between: a day
-// may have 23 or 25 hours, begin at one in the morning, or not exist at all where a country crossed
-// the date line. A day that does not exist has no dates in it.
+// Numbers days by the civil calendar: 0 is 1970-01-01, and successive dates differ by 1. "One day
+// earlier" is then a subtraction, although a day may have 23 or 25 hours, begin at one in the
+// morning, or be missing where a country crossed the date line. A missing day has no dates in it.
 //
-// Takes the time zone from the process at construction and keeps the bounds of the day last asked
-// for, so that neighbours in time cost a comparison. Not to be used while another thread changes
-// the environment; one object belongs to one thread.
+// Reads the process's time zone at construction, and caches the bounds of the last day found:
+// successive dates on one day cost a comparison. One object belongs to one thread; no other thread
+// may change the environment meanwhile.
 class Calendar {
 public:
   using Day = std::int64_t; // since 1970-01-01
 
   Calendar();
 
-  // None for a date that is not finite or too far away for the system's calendar.
+  // nullopt if `date` is not finite, or too far away for the system's calendar.
   [[nodiscard]] std::optional<Day> day(Date date);
 
   // Whether `date` lies on the day that day() last found. May be false although it does.
@@ -32,7 +31,7 @@ public:
   }
 
 private:
-  // Seconds since 1970-01-01 00:00:00 UTC that share one day: begin_ <= t < end_. Whole numbers.
+  // Cached part of a day: begin_ <= t < end_, in whole seconds since 1970-01-01 00:00:00 UTC.
   double begin_ = 0;
   double end_ = 0;
   Day day_ = 0;

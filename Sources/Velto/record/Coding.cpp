@@ -49,7 +49,7 @@ inline constexpr auto fields<BandRoll> = std::tuple{
     required("errorSum", &BandRoll::errorSum),
 };
 
-// Files from before there was a roll-up have no "lifetime".
+// Files written before the roll-up existed have no "lifetime".
 template <>
 inline constexpr auto fields<Stored> = std::tuple{
     required("attempts", &Stored::attempts),

@@ -1,9 +1,8 @@
-// The JSON form of everything that is kept: which keys a record has, in which order.
+// The JSON form of stored types: their keys, in order.
 //
-// Encoding is compact and gives nothing when a number is not finite, which JSON cannot hold.
-// Decoding is strict: a missing key, a value of another type, an unknown drill or material and
-// malformed JSON all give nothing; unknown keys are skipped. Decoded numbers are not clamped.
-// Any thread.
+// Encoding is compact. Decoding is strict: a missing key, a value of the wrong type, an unknown
+// drill or material, and malformed JSON give nullopt. Unknown keys are skipped; numbers are not
+// clamped. Any thread.
 #pragma once
 
 #include "Drills.h"
@@ -15,14 +14,14 @@
 
 namespace velto::Coding {
 
-// The JSON text of a value; none if one of its numbers is not finite.
+// The JSON text of a value; nullopt if one of its numbers is not finite, which JSON cannot hold.
 [[nodiscard]] std::optional<std::string> encode(const Trial& trial);
 [[nodiscard]] std::optional<std::string> encode(const Staircase& staircase);
 [[nodiscard]] std::optional<std::string> encode(const Attempt& attempt);
 [[nodiscard]] std::optional<std::string> encode(const BandRoll& roll);
 [[nodiscard]] std::optional<std::string> encode(const Stored& stored);
 
-// The value that the whole of `text` spells; none if it spells no such value.
+// The value in `text`; nullopt if the whole of `text` is not such a value.
 [[nodiscard]] std::optional<Trial> decodeTrial(std::string_view text);
 [[nodiscard]] std::optional<Staircase> decodeStaircase(std::string_view text);
 [[nodiscard]] std::optional<Attempt> decodeAttempt(std::string_view text);

@@ -6,7 +6,7 @@ namespace velto {
 
 Date Date::now() {
   using namespace std::chrono;
-  // Subtracted as integers: what is left is small enough for a double to keep its nanoseconds well.
+  // Subtract as integers, so that only the difference is rounded.
   constexpr auto reference = sys_days{2001y / January / 1};
   return {duration<double>(system_clock::now() - reference).count()};
 }

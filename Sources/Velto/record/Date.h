@@ -1,14 +1,13 @@
-// A point in time, as the record keeps it.
+// Points in time.
 #pragma once
 
 namespace velto {
 
-// Any number of seconds is a date, fractions included; one that lies beyond every calendar belongs
-// to no day.
+// A date is any number of seconds, including fractions. Dates beyond the calendar belong to no day.
 struct Date {
   double secondsSinceReferenceDate = 0; // since 2001-01-01 00:00:00 UTC, without leap seconds
 
-  // The wall clock. Any thread.
+  // The current time. Any thread.
   [[nodiscard]] static Date now();
 
   // Seconds from 1970-01-01 to 2001-01-01, both 00:00:00 UTC.

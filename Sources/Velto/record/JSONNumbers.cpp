@@ -20,7 +20,7 @@ std::optional<Integer> parsed(std::string_view text) {
   return value;
 }
 
-// The power of ten behind the "e" of a number, 0 without one; none if it is out of all proportion.
+// The exponent of a number, 0 if it has none; nullopt if it exceeds 32 bits.
 std::optional<std::int64_t> exponentPart(std::string_view text) {
   const std::size_t mark = text.find_first_of("eE");
   if (mark == text.npos)
@@ -32,8 +32,8 @@ std::optional<std::int64_t> exponentPart(std::string_view text) {
   return exponent;
 }
 
-// The decimal digits of the whole number that the unsigned number `text` equals; none if it has a
-// fraction or more digits than any integer here. Exact, where a detour through a double is not.
+// The decimal digits of the integer that the unsigned number `text` equals; nullopt if it is not an
+// integer, or longer than any integer type here. Exact, unlike a conversion to double.
 std::optional<std::string> wholeDigits(std::string_view text) {
   const std::string_view mantissa = text.substr(0, text.find_first_of("eE"));
   const std::string_view whole = mantissa.substr(0, mantissa.find('.'));

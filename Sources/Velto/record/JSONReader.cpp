@@ -23,7 +23,7 @@ Number whole(std::uint64_t value) {
   return {static_cast<double>(value), ifInRange<std::int64_t>(value), value};
 }
 
-// The parser reports integers here only if they begin with a minus sign, so that 0 was "-0".
+// The parser reports integers here only if they begin with a minus sign, so 0 stands for "-0".
 Number whole(std::int64_t value) {
   return {value == 0 ? -0.0 : static_cast<double>(value), value, ifInRange<std::uint64_t>(value)};
 }
@@ -32,8 +32,7 @@ Number decimal(double value, std::string_view text) {
   return {value, JSONNumbers::wholeInt64(text), JSONNumbers::wholeUInt64(text)};
 }
 
-// Takes the parser's events to the reader in charge. Values that nobody wants are counted through,
-// not entered.
+// Forwards parser events to the reader in charge. Of skipped values it only counts the nesting.
 class Dispatcher {
 public:
   explicit Dispatcher(Reader& root) : next_(&root) {}
@@ -84,7 +83,7 @@ private:
     Kind kind;
   };
 
-  // The reader of the value that begins now, or nullptr.
+  // The reader of the value that begins now; nullptr to skip the value.
   Reader* reader() {
     if (!open_.empty() && open_.back().kind == Kind::array)
       return open_.back().reader->element();
@@ -128,11 +127,11 @@ private:
 } // namespace
 
 bool read(std::string_view text, Reader& root) {
-  // The parser takes a zero byte for the end of its input and would ignore what follows.
+  // The parser takes a zero byte for the end of its input and would ignore the rest.
   if (text.find('\0') != text.npos)
     return false;
   bool accepted = false;
-  // The parser asks the locale for its decimal point.
+  // The parser takes its decimal point from the locale.
   runInCLocale([&] {
     Dispatcher dispatcher(root);
     accepted = nlohmann::json::sax_parse(text.begin(), text.end(), &dispatcher);

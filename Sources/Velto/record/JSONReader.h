@@ -1,5 +1,4 @@
-// Reads JSON as a stream: each value goes straight to the reader that expects it, and no tree of
-// the text is ever built.
+// Streaming JSON reader: passes each value to the reader that expects it and builds no tree.
 #pragma once
 
 #include <cstdint>
@@ -8,16 +7,16 @@
 
 namespace velto::JSON {
 
-// One number, under each of the types that hold it. 5.0 and 5e0 are integers; 1.9 and whatever does
-// not fit are not. Every integer is a real number.
+// A number in each type that can hold it. 5.0 and 5e0 are integers; 1.9 and numbers out of range
+// are not.
 struct Number {
   double real = 0;
   std::optional<std::int64_t> int64;
   std::optional<std::uint64_t> uint64;
 };
 
-// Receives values of one kind. Each call says whether the value is acceptable; the first refusal
-// ends the reading. A plain Reader accepts nothing.
+// Receives values of one kind. Each function returns whether the value is acceptable; the first
+// false ends the reading. The base class accepts no value.
 class Reader {
 public:
   Reader() = default;
@@ -32,17 +31,17 @@ public:
 
   virtual bool beginArray() { return false; }
   virtual bool beginObject() { return false; }
-  // The reader of the next element of the array, or of the value of `key`; it must live until that
-  // value ends. nullptr skips the value, whatever it is.
+  // The reader of the next array element, or of the value of `key`. It must live until that value
+  // ends. nullptr skips the value.
   virtual Reader* element() { return nullptr; }
   virtual Reader* member(std::string_view /*key*/) { return nullptr; }
-  // The end of the array or object.
+  // End of the array or object.
   virtual bool end() { return true; }
 };
 
-// Whether the whole of `text` is one well-formed JSON value (RFC 8259, in UTF-8) that `root`
-// accepted. Nesting costs neither stack nor, beyond a bit a level, memory. Any thread; independent
-// of the locale.
+// True if the whole of `text` is one well-formed JSON value (RFC 8259, UTF-8) that `root` accepted.
+// Deep nesting costs no stack, and one bit of memory per level. Any thread. Independent of the
+// process's locale.
 [[nodiscard]] bool read(std::string_view text, Reader& root);
 
 } // namespace velto::JSON

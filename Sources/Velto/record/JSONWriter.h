@@ -1,4 +1,4 @@
-// Writes JSON straight into a string: compact, and members in the order in which they are written.
+// Writes compact JSON to a string. Members keep the order in which they are written.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 
 namespace velto::JSON {
 
-// One text. The caller keeps the order: a key before each value in an object, as many ends as
-// begins; none of that is checked. One object belongs to one thread.
+// One JSON text. The caller must write a key before each value in an object, and as many ends as
+// begins; this is not checked. One object belongs to one thread.
 class Writer {
 public:
   void reserve(std::size_t bytes) { text_.reserve(bytes); }
@@ -19,21 +19,21 @@ public:
   void beginArray() { begin('['); }
   void endArray() { text_ += ']'; }
 
-  // Of an object's member; its value comes next. `name` needs no escapes.
+  // Writes a member's key; its value comes next. `name` must not need escapes.
   void key(std::string_view name);
-  // The same for any `name` in UTF-8.
+  // Same, for any `name` in UTF-8.
   void escapedKey(std::string_view name);
 
   void boolean(bool value);
   void integer(std::int64_t value);
   void integer(std::uint64_t value);
-  // The shortest digits that read back the same. One that is not finite cannot be written: the
-  // whole text fails.
+  // Writes the shortest digits that read back as the same double. A value that is not finite makes
+  // finish() fail.
   void real(double value);
   // Any `value` in UTF-8.
   void string(std::string_view value);
 
-  // The text; none if a number could not be written. The writer is then used up.
+  // The text; nullopt if a number was not finite. Call once, at the end.
   [[nodiscard]] std::optional<std::string> finish();
 
 private:

@@ -1,13 +1,13 @@
-// Records to and from JSON objects. A record's keys are named once, in its table of fields, which
-// serves both directions:
+// Converts records to and from JSON objects. The keys of a record are listed once, in its table of
+// fields, which serves both directions:
 //
 //   template <> inline constexpr auto fields<Point> =
 //       std::tuple{required("x", &Point::x), optional("y", &Point::y)};
 //
-// Writing follows the table's order; an empty std::optional is left out. Reading takes members in
-// any order, skips unknown ones, and fails when a required one is missing or any value is of the
-// wrong type. An optional member may be missing or null. Of a member that occurs twice the last
-// value counts, but each must be valid.
+// Writing follows the order of the table and omits an empty std::optional. Reading takes members in
+// any order, skips unknown ones, and fails if a required member is missing or a value has the wrong
+// type. An optional member may be missing or null. Of a duplicate member the last value counts, but
+// each must be valid.
 #pragma once
 
 #include "Date.h"
@@ -33,7 +33,7 @@
 
 namespace velto::KeyedCoding {
 
-// One row of a table.
+// One row of a table of fields.
 template <typename Record, typename Member, bool mustBePresent>
 struct Field {
   using Value = Member;
@@ -53,7 +53,7 @@ constexpr Field<Record, Member, false> optional(std::string_view key, Member Rec
   return {key, member};
 }
 
-// The table of a record type; std::nullptr_t for all others.
+// The table of fields of a record type; std::nullptr_t for other types.
 template <typename Record>
 inline constexpr std::nullptr_t fields{};
 
@@ -114,7 +114,7 @@ void write(JSON::Writer& writer, const std::vector<Element>& elements) {
   writer.endArray();
 }
 
-// By ascending key, not by the key's text.
+// In numeric order of the keys, not in the order of their text.
 template <typename Value>
 void write(JSON::Writer& writer, const std::map<std::int64_t, Value>& members) {
   writer.beginObject();
@@ -127,7 +127,7 @@ void write(JSON::Writer& writer, const std::map<std::int64_t, Value>& members) {
   writer.endObject();
 }
 
-// Maps by drill name: the drills in their order, then names that are no drill, sorted.
+// Maps by drill name: the drills in their order, then all other names, sorted.
 template <typename Value>
 void write(JSON::Writer& writer, const std::map<std::string, Value>& members) {
   writer.beginObject();
@@ -170,7 +170,7 @@ void write(JSON::Writer& writer, const Record& record) {
 
 // ---- Reading ----
 
-// A reader that puts what it reads into a place that it is told before.
+// A reader that stores what it reads in the place set by fill().
 template <typename Value>
 class Filling : public JSON::Reader {
 public:
@@ -245,7 +245,7 @@ public:
   }
 };
 
-// null is the absence of the value.
+// Reads null as an empty value.
 template <typename Value>
 class NullableReader : public ValueReader<Value> {
 public:
@@ -299,7 +299,7 @@ private:
   JSON::Reader refusing_;
 };
 
-// The reader of a field's value.
+// The reader of a field's value. Optional fields may be null.
 template <typename AnyField>
 using FieldReader = std::conditional_t<AnyField::isRequired, ValueReader<typename AnyField::Value>,
                                        NullableReader<typename AnyField::Value>>;
@@ -352,7 +352,7 @@ private:
 
 // ---- Whole texts ----
 
-// None if a number is not finite.
+// nullopt if a number is not finite.
 template <Keyed Record>
 std::optional<std::string> encode(const Record& record, std::size_t expectedBytes = 0) {
   JSON::Writer writer;
@@ -361,7 +361,7 @@ std::optional<std::string> encode(const Record& record, std::size_t expectedByte
   return writer.finish();
 }
 
-// None if `text` is not well-formed JSON, or not a record of this kind.
+// nullopt if `text` is not well-formed JSON, or not a record of this type.
 template <Keyed Record>
 std::optional<Record> decode(std::string_view text) {
   std::optional<Record> record(std::in_place);

@@ -21,8 +21,8 @@ void migrate(const ProfileLocation& location) {
   Folders::moveFile(*location.earlierFile, location.file());
 }
 
-// The file's path, with its folder created if need be. Absolute, so that a later change of the
-// current folder does not move the record.
+// The file's path. Creates its folder if needed. Absolute, so that a later change of the current
+// folder does not move the record.
 std::filesystem::path prepare(const ProfileLocation& location) {
   migrate(location);
   Folders::create(location.directory);

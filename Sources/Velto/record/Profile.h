@@ -1,5 +1,5 @@
-// The practice record: every answer, the difficulty of each drill, the roll-up of old answers, and
-// the file that keeps them.
+// The practice record: answers, staircases, the roll-up of old answers, and the file that stores
+// them.
 #pragma once
 
 #include "Drills.h"
@@ -19,46 +19,46 @@
 
 namespace velto {
 
-// Main thread only. Trouble with the file is never reported: a file that is missing, unreadable or
-// malformed is an empty record, and a write that fails leaves the record in memory as it is, for
-// the next answer to try again.
+// Main thread only. File errors are not reported: a missing, unreadable or malformed file is an
+// empty record. A failed save keeps the record in memory, and the next answer saves again.
 class Profile {
 public:
-  // Rows that are kept in detail; older ones are rolled up.
+  // Answers kept in detail; older ones are rolled up.
   static constexpr std::size_t detailRows = 5000;
 
-  // Finds the file from the process environment, moves an older version's file there, loads it, and
-  // computes the statistics if there was one to load.
+  // Finds the file from the process's environment, moves an earlier version's file there, loads it
+  // and, if there was one to load, computes the statistics.
   Profile();
   explicit Profile(const ProfileLocation& location);
 
   Profile(const Profile&) = delete;
   Profile& operator=(const Profile&) = delete;
 
-  // Moves the drill's staircase, appends the answer, trims, recomputes and saves.
+  // Updates the drill's staircase, appends the answer, trims, recomputes and saves.
   void record(const Trial& trial, const Drills::Grade& grade);
 
-  // The drill's staircase, or a fresh one.
+  // The drill's staircase; a new one if the drill has none.
   [[nodiscard]] Staircase staircase(Drill drill) const;
 
-  // The share of hits, 0 to 1, among the drill's newest answers; none without answers.
+  // Share of hits, 0 to 1, among the drill's newest Statistics::accuracyWindow answers; nullopt
+  // without answers.
   [[nodiscard]] std::optional<double> accuracy(Drill drill) const;
 
-  // The difficulties of the drill's newest answers, oldest first; valid until the next recompute.
+  // Difficulties of the drill's newest Statistics::curveLength answers, oldest first. Valid until
+  // the next recompute.
   [[nodiscard]] std::span<const double> curve(Drill drill) const;
 
-  // Rebuilds the statistics as of now.
+  // Recomputes the statistics as of now.
   void recompute();
 
-  // Rolls up and removes the oldest rows beyond `detailRows`.
+  // Rolls up and removes the oldest answers beyond `detailRows`.
   void trim();
 
-  // Puts another history in the place of attempts and staircases; the roll-up stays. Neither trims,
-  // recomputes nor saves.
+  // Replaces attempts and staircases; the roll-up stays. Does not trim, recompute or save.
   void replace(std::vector<Attempt> attempts, std::map<std::string, Staircase> staircases);
 
-  // Writes the file in place, with a whole copy beside it while that goes on. A number that JSON
-  // cannot hold, and a disk that does not take the copy, leave the file as it was.
+  // Saves the file as SafeFile::write() does. Leaves the file unchanged if a number is not finite,
+  // or if the disk has no room for the backup.
   void save() const;
 
   [[nodiscard]] const std::vector<Attempt>& attempts() const { return stored_.attempts; }

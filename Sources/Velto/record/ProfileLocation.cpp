@@ -8,20 +8,10 @@ namespace velto {
 
 namespace {
 
-using Path = std::filesystem::path;
-
-std::optional<Path> absolutePath(const std::optional<std::string>& text) {
-  if (!text || !Path(*text).is_absolute())
-    return std::nullopt;
-  return *text;
-}
-
-std::optional<Path> dataDirectory(const Environment& environment) {
-  if (const auto dataHome = absolutePath(environment.variable("XDG_DATA_HOME")))
+std::optional<std::filesystem::path> dataDirectory(const Environment& environment) {
+  if (auto dataHome = environment.absolutePath("XDG_DATA_HOME"))
     return dataHome;
-  auto home = absolutePath(environment.variable("HOME"));
-  if (!home)
-    home = absolutePath(environment.accountHome());
+  const auto home = environment.home();
   if (!home)
     return std::nullopt;
   return *home / ".local" / "share";

@@ -1,4 +1,4 @@
-// Where the profile file lies.
+// Location of the profile file.
 #pragma once
 
 #include "Environment.h"
@@ -8,19 +8,19 @@
 
 namespace velto {
 
-// The folder of a profile file. Nothing here looks at the disk.
+// The folder of a profile file. Nothing here accesses the disk.
 struct ProfileLocation {
   std::filesystem::path directory;
-  std::optional<std::filesystem::path> earlierFile; // where an older version kept its file
+  std::optional<std::filesystem::path> earlierFile; // where an earlier version kept its file
 
   // VELTO_PROFILE_DIR if it is set (empty: the current folder), else "MORLA Velto" in the user's
   // data directory: XDG_DATA_HOME, or .local/share in HOME or in the account's home. Relative
   // paths are ignored; nullopt if none is usable.
   [[nodiscard]] static std::optional<ProfileLocation> find(const Environment& environment);
-  // The same; without a place the process stops.
+  // Same, but aborts if no path is usable.
   [[nodiscard]] static ProfileLocation resolve(const Environment& environment);
 
-  // For the listener: the user's data directory, and why there is none.
+  // Texts for the user: the user's data directory, and why there is none.
   static constexpr const char* dataDirectoryInWords = "XDG_DATA_HOME (by default ~/.local/share)";
   static constexpr const char* noDirectory = "neither XDG_DATA_HOME nor a home is known";
 

@@ -1,4 +1,4 @@
-// A list of observers who are told that something is about to change, or has changed.
+// A list of observers.
 #pragma once
 
 #include <cstdint>
@@ -8,9 +8,8 @@
 
 namespace velto {
 
-// Each send hands `Facts` to every observer. Main thread only. Observers are called in the order in
-// which they subscribed; one that subscribes or unsubscribes from inside a call takes effect with
-// the next send.
+// Each send hands `Facts` to every observer, in order of subscription. Subscribing or unsubscribing
+// inside a call takes effect with the next send. Main thread only.
 template <typename... Facts>
 class Publisher {
 public:

@@ -1,5 +1,4 @@
-// What is kept of practice: the answers, the roll-up of old ones, and the whole of the profile
-// file.
+// Stored types: answers, the roll-up of old ones, and the contents of the profile file.
 #pragma once
 
 #include "Date.h"
@@ -25,16 +24,16 @@ struct Attempt {
   double error = 0;                      // octaves (frequency), dB (level, dynamics), 0 or 1
   std::optional<std::int64_t> bandIndex; // frequency: the centre in Bands::centres, 0 to 26
 
-  // Whether the answer counts for a band of the weakness map: that of its `bandIndex`.
+  // Whether the answer counts in the weakness map, for band `bandIndex`.
   [[nodiscard]] bool isMapped() const { return drill == Drill::frequency && bandIndex; }
-  // The band of the weakness map that the answer counts for, if any.
+  // The band of the weakness map for which the answer counts; nullopt if none.
   [[nodiscard]] std::optional<std::int64_t> mappedBand() const;
 
   bool operator==(const Attempt&) const = default;
 };
 
-// What is left of old `frequency` answers in one band. Sums and counts, so that the mean error and
-// the share of hits over roll-up and rows are those over all answers ever given.
+// Totals of old `frequency` answers in one band. With sums and counts, mean error and share of hits
+// over roll-up and rows equal those over all answers ever given.
 struct BandRoll {
   std::int64_t attempts = 0;
   std::int64_t hits = 0; // of those
@@ -46,10 +45,10 @@ struct BandRoll {
   bool operator==(const BandRoll&) const = default;
 };
 
-// What the profile file holds.
+// Contents of the profile file.
 struct Stored {
   std::vector<Attempt> attempts;               // oldest first
-  std::map<std::string, Staircase> staircases; // by raw drill name; foreign names are kept
+  std::map<std::string, Staircase> staircases; // by raw drill name; unknown names are kept
   std::map<std::int64_t, BandRoll> lifetime;   // by band index
 
   bool operator==(const Stored&) const = default;

@@ -26,8 +26,7 @@ void addTo(BandTable& table, const Attempt& attempt) {
     table[static_cast<std::size_t>(*attempt.bandIndex)].add(attempt);
 }
 
-// Which days there was practice on, and how many answers today has. Rows that lie on one day, as
-// neighbours mostly do, cost a comparison.
+// Days with practice, and today's number of answers. Successive dates on one day cost a comparison.
 class PracticeDays {
 public:
   explicit PracticeDays(Date now) : today_(calendar_.day(now)), isToday_(today_.has_value()) {}
@@ -47,7 +46,7 @@ public:
   }
 
 private:
-  // False for a date that lies on no day.
+  // False if `date` lies on no day.
   bool enterDayOf(Date date) {
     const auto day = calendar_.day(date);
     if (!day)
@@ -59,8 +58,8 @@ private:
 
   Calendar calendar_;
   std::optional<Calendar::Day> today_;
-  std::set<Calendar::Day> days_; // today among them at last
-  bool isToday_;                 // whether the calendar stands on today
+  std::set<Calendar::Day> days_; // streak() adds today
+  bool isToday_;                 // whether the calendar last found today
   std::int64_t todayCount_ = 0;
 };
 
@@ -69,7 +68,7 @@ BandStat bandStat(std::size_t index, const BandRoll& roll) {
   return {static_cast<std::int64_t>(index), roll.attempts, roll.hits, mean};
 }
 
-// The lowest of the bands that share the largest mean error.
+// The band with the largest mean error; the lowest one on a tie.
 std::optional<BandStat> weakestOf(std::span<const BandStat> bands) {
   std::optional<BandStat> weakest;
   for (const BandStat& band : bands) {
@@ -81,14 +80,14 @@ std::optional<BandStat> weakestOf(std::span<const BandStat> bands) {
   return weakest;
 }
 
-// The newest answers of one drill, newest first: as many as a curve has points.
+// The newest answers of one drill, newest first, at most `curveLength`.
 struct Newest {
   std::array<const Attempt*, Statistics::curveLength> rows{};
   std::size_t count = 0;
 };
 using NewestByDrill = std::array<Newest, Drill::allCases.size()>;
 
-// From the newest row backwards, until every drill has its share.
+// Scans backwards from the newest row until every drill has its share.
 NewestByDrill newestOf(std::span<const Attempt> attempts) {
   NewestByDrill drills;
   std::size_t complete = 0;

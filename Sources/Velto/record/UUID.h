@@ -15,10 +15,11 @@ struct UUID {
 
   static constexpr std::size_t textLength = 36;
 
-  // A fresh one of version 4. Any thread.
+  // A random UUID (version 4). Any thread.
   [[nodiscard]] static UUID random();
 
-  // Accepts hexadecimal digits of either case, whatever the version; nothing else around them.
+  // Parses the form above, with hexadecimal digits of either case and any version. nullopt for
+  // anything else.
   [[nodiscard]] static std::optional<UUID> fromString(std::string_view text);
 
   // In upper case.

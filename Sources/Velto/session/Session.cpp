@@ -134,6 +134,13 @@ void Session::submit() {
   objectDidChange.send(Field::record);
 }
 
+void Session::suspend() {
+  if (suspended_)
+    return;
+  suspended_ = true;
+  player_->stop();
+}
+
 void Session::resume() {
   if (!suspended_)
     return;
@@ -143,7 +150,7 @@ void Session::resume() {
 }
 
 void Session::followOpenings() {
-  player_->engine().whenOpeningEnds([main = queues_.main, self = std::weak_ptr(self_)] {
+  player_->whenOpeningEnds([main = queues_.main, self = std::weak_ptr(self_)] {
     main([self] {
       if (const auto session = self.lock())
         (*session)->followSound(std::chrono::steady_clock::now());
@@ -156,7 +163,7 @@ void Session::followSound(SoundRecovery::Time now) {
     return recovery_.rest();
   const SoundRecovery::Step step = recovery_.next(sound(), now);
   if (step.report)
-    Player::reportFailure(player_->engine().error().value_or("the sound server does not answer"));
+    Player::reportFailure(player_->error().value_or("the sound server does not answer"));
   if (!step.load)
     return;
   play();
@@ -166,18 +173,17 @@ void Session::followSound(SoundRecovery::Time now) {
 
 SoundRecovery::Sound Session::sound() const {
   using enum SoundRecovery::Sound;
-  const Engine& engine = player_->engine();
-  if (player_->isPlaying() && engine.isRunning())
+  if (player_->isRunning())
     return plays;
-  switch (engine.output()) {
-  case Engine::Output::open:
+  switch (player_->output()) {
+  case PlaybackEngine::Output::open:
     return ready;
-  case Engine::Output::opening:
+  case PlaybackEngine::Output::opening:
     return opening;
-  case Engine::Output::closed:
+  case PlaybackEngine::Output::closed:
     break;
   }
-  return engine.error() ? refused : lost;
+  return player_->error() ? refused : lost;
 }
 
 } // namespace velto

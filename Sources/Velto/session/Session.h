@@ -1,8 +1,7 @@
 // The practice controller: the chosen drill and material, the current trial and its audio, the
-// listener's pending answer and its grade.
+// pending answer and its grade.
 //
-// Main thread only, but for the render of a trial, which the background queue carries out on a
-// copy.
+// Main thread only. Trials are rendered on the background queue, from a copy.
 #pragma once
 
 #include "Drills.h"
@@ -19,30 +18,29 @@
 
 namespace velto {
 
-// The two queues that a session hands work to. Both take calls from any thread.
+// The two queues that a session posts work to. Any thread.
 struct WorkQueues {
   using Work = std::function<void()>;
   std::function<void(Work)> background; // runs work on another thread, soon
   std::function<void(Work)> main;       // runs work on the main thread, in the order of the calls
 };
 
-// Trouble with the file is never reported. Trouble with playback is: by the player, or by
-// followSound() where the player opens its output in the background.
+// Failures of the record's file are not reported. Failures of playback are: by the player, or by
+// followSound() if the player opens its output in the background.
 class Session {
 public:
   // How trials are made and played.
   enum class Trials : std::uint8_t {
     standard,
-    fair // what can be told without listening is taken away: seeds are mixed, so that targets take
-         // their whole range; noise is the audible one; slots of a polarity trial are switched
-         // through silence
+    fair // nothing can be told without listening: seeds are mixed, so that targets take their whole
+         // range; noise is audible; slots of a polarity trial are switched through silence
   };
 
   // The length of a rendered trial.
   static constexpr double trialSeconds = 3.2;
 
   // Starts two trials of `drill`, one after the other; the audio of the first is dropped when it
-  // arrives. `secondsSince1970` seeds them; one that is not finite or negative stops the process.
+  // arrives. `secondsSince1970` seeds them. A negative or non-finite time stops the process.
   Session(Drill drill, WorkQueues queues, std::unique_ptr<Player> player, double secondsSince1970,
           Trials trials = Trials::standard);
   ~Session();
@@ -76,38 +74,41 @@ public:
   [[nodiscard]] std::int64_t currentSlot() const { return currentSlot_; }
   [[nodiscard]] bool rendering() const { return rendering_; }
 
-  // Sets the drill with its default material and starts a trial, also for the drill it has already.
+  // Sets the drill and its default material and starts a trial, also if the drill stays the same.
   void setDrill(Drill drill);
-  // Sets the material and starts a trial, also for the material it has already.
+  // Sets the material and starts a trial, also if the material stays the same.
   void setMaterial(Material material);
   void setAnswer(double answer);
 
-  [[nodiscard]] Profile& profile() { return profile_; }
-  [[nodiscard]] Player& player() { return *player_; }
+  [[nodiscard]] const Profile& profile() const { return profile_; }
+  [[nodiscard]] const Player& player() const { return *player_; }
   [[nodiscard]] std::uint64_t counter() const {
     return counter_;
   } // the latest trial's seed is made of it
   [[nodiscard]] const std::vector<Slot>& slots() const { return slots_; }
   [[nodiscard]] bool suspended() const { return suspended_; }
-  void setSuspended(bool suspended) { suspended_ = suspended; }
 
-  // Discards the trial and starts a new one. The player goes on with the old audio until the new
-  // one is rendered.
+  // Discards the trial and starts a new one. The old audio plays on until the new one is rendered.
   void newTrial();
-  // Makes slot `slot` (0 or more) the one that is heard; nothing when the trial has fewer slots.
+  // Switches to `slot` (0 or more). A no-op if the trial has fewer slots.
   void select(std::int64_t slot);
-  // Goes to the next slot, from the last one to the first.
+  // Switches to the next slot, from the last one to the first.
   void cycleSlot();
-  // True when the trial is rendered, not graded yet, and has an answer.
+  // True if the trial is rendered, not graded yet, and has an answer.
   [[nodiscard]] bool canSubmit() const;
-  // Grades the pending answer and records it; nothing unless canSubmit().
+  // Grades the pending answer and records it. A no-op unless canSubmit().
   void submit();
+  // Stops playback until resume(); a trial that is rendered meanwhile stays silent. A no-op while
+  // suspended.
+  void suspend();
   // Ends a suspension and plays the slots again from the current one.
   void resume();
-  // Looks after the sound: loads the slots again, from the current one, when the output has been
-  // opened or should be tried again, and reports an outage once. Nothing while suspended. For a
-  // player that opens its output in the background; called at least every second, and by the
-  // session itself when an opening has ended.
+  // Stops playback for good.
+  void stopPlayback() { player_->stop(); }
+  // Keeps the sound alive: loads the slots again, from the current one, when the output has been
+  // opened or should be tried again, and reports an outage once. A no-op while suspended. For a
+  // player that opens its output in the background: call it at least every second; the session
+  // itself does when an opening has ended.
   void followSound(SoundRecovery::Time now);
 
 private:

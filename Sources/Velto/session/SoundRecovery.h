@@ -1,4 +1,4 @@
-// When to try for sound again, and when to speak of its loss.
+// When to try for lost sound again, and when to report an outage.
 #pragma once
 
 #include <chrono>
@@ -6,12 +6,11 @@
 
 namespace velto {
 
-// One outage lasts from the moment in which sound that is due is lost, or does not come, until it
-// plays. It is reported once, as soon as an opening has failed or has taken suspiciously long.
-// Sound that breaks off is tried for at once, then after half a second, a second, and every two
-// seconds.
+// An outage begins when sound that is due breaks off or does not start, and ends when it plays. It
+// is reported once, when an opening has failed or has taken suspiciously long. Lost sound is tried
+// at once, then after 0.5 s, 1 s, and every 2 s.
 //
-// Knows no clock of its own: the caller says what the time is. Main thread only.
+// The caller supplies the time. Main thread only.
 class SoundRecovery {
 public:
   using Time = std::chrono::steady_clock::time_point;
@@ -36,10 +35,10 @@ public:
     bool operator==(const Step&) const = default;
   };
 
-  // What is to be done about sound that is due.
+  // What to do now about sound that is due.
   [[nodiscard]] Step next(Sound sound, Time now);
 
-  // Sound is not due for now. An outage goes on nevertheless.
+  // Sound is not due for now. An outage continues.
   void rest() { openingSince_.reset(); }
 
 private:

@@ -1,8 +1,11 @@
 #include "Player.h"
 
 #include "FatalError.h"
+#include "Numbers.h"
+#include "Rendering.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iostream>
 #include <limits>
 #include <utility>
@@ -23,11 +26,10 @@ void checkPlayable(const Slot& slot) {
 
 } // namespace
 
-Player::Player(OutputDeviceFactory makeDevice, std::chrono::milliseconds closeDelay,
-               Opening opening)
-    : engine_(std::move(makeDevice), closeDelay),
-      opening_(opening), nodes_{PlayerNode(engine_, 0), PlayerNode(engine_, 1),
-                                PlayerNode(engine_, 2)} {}
+Player::Player(std::unique_ptr<PlaybackEngine> engine, Opening opening)
+    : engine_(std::move(engine)),
+      opening_(opening), nodes_{PlayerNode(*engine_, 0), PlayerNode(*engine_, 1),
+                                PlayerNode(*engine_, 2)} {}
 
 void Player::load(std::span<const Slot> slots, std::int64_t startAt, Switching switching) {
   const auto playable = slots.first(std::min(slots.size(), nodeCount));
@@ -35,15 +37,15 @@ void Player::load(std::span<const Slot> slots, std::int64_t startAt, Switching s
   stop();
   if (!startEngine())
     return;
-  engine_.play({playable.begin(), playable.end()}, startAt, startDelaySeconds, switching);
+  engine_->play({playable.begin(), playable.end()}, startAt, startDelaySeconds, switching);
   current_ = startAt;
   isPlaying_ = true;
 }
 
 bool Player::startEngine() {
   if (opening_ == Opening::inBackground)
-    return engine_.startAtOnce();
-  const auto error = engine_.start();
+    return engine_->startAtOnce();
+  const auto error = engine_->start();
   if (error)
     reportFailure(*error);
   return !error;
@@ -57,12 +59,29 @@ void Player::switchTo(std::int64_t slot) {
   if (!isPlaying_ || slot >= static_cast<std::int64_t>(nodeCount))
     return;
   current_ = slot;
-  engine_.crossfadeTo(slot);
+  engine_->switchTo(slot);
 }
 
 void Player::stop() {
-  engine_.stop();
+  engine_->stop();
   isPlaying_ = false;
+}
+
+bool Player::selfTest(std::unique_ptr<PlaybackEngine> engine, const SelfTest::Print& print) {
+  Player player(std::move(engine));
+  player.load(Drills::render(SelfTest::trial(), 2.0), SelfTest::audibleSlot);
+  if (!player.isRunning()) {
+    print("FAIL  engine did not start");
+    return false;
+  }
+  // Longer than the start delay and the fade-in.
+  const Samples captured = player.engine_->captureLeft(std::chrono::milliseconds(1200));
+  player.stop();
+  const BusFormat bus = player.engine_->outputFormat();
+  print("output bus: " + Numbers::fixed(bus.sampleRateHz, 0) + " Hz, " +
+        std::to_string(bus.channelCount) + " ch");
+  print("captured  : " + std::to_string(captured.size()) + " frames");
+  return SelfTest::judge(captured, print);
 }
 
 } // namespace velto
