@@ -27,3 +27,21 @@ RC_GTEST_PROP(TickLaws, AreOnTheGridAndNearTheirPlace, ()) {
   RC_ASSERT(left <= strip);
   RC_ASSERT(std::abs(left + 0.5 - x) <= 1);
 }
+
+TEST(MarkerBars, StartAPointBeforeTheirPlaceAtTheEndsToo) {
+  EXPECT_EQ(StripLayout::markerLeft(0, 1), -1);
+  EXPECT_EQ(StripLayout::markerLeft(739, 1), 738);
+  EXPECT_EQ(StripLayout::markerLeft(100.3, 1), 99);
+  EXPECT_EQ(StripLayout::markerLeft(100.3, 2), 99.5);
+  EXPECT_EQ(StripLayout::markerLeft(0, 1.25), -0.8);
+  EXPECT_EQ(StripLayout::markerLeft(739, 1.5), 738);
+  EXPECT_EQ(StripLayout::markerLeft(0, 2), -1);
+}
+
+RC_GTEST_PROP(MarkerBarLaws, AreOnTheGridAndNearTheirPlace, ()) {
+  const double ratio = *rc::gen::element(1.0, 1.25, 1.5, 2.0, 3.0);
+  const double x = *rc::gen::inRange(0, 200001) / 100.0;
+  const double left = StripLayout::markerLeft(x, ratio);
+  RC_ASSERT(std::abs(left * ratio - std::round(left * ratio)) < 1e-6);
+  RC_ASSERT(std::abs(left + 1 - x) <= 0.5 / ratio + 1e-9);
+}

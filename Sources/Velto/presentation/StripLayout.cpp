@@ -14,8 +14,8 @@ double StripLayout::tickLeft(double x, double width, double stripWidth, double d
   return std::clamp(left, 0.0, std::max(last / devicePixelRatio, 0.0));
 }
 
-double StripLayout::markerLeft(double x, double stripWidth, double devicePixelRatio) {
-  return tickLeft(x, markerWidth, stripWidth, devicePixelRatio);
+double StripLayout::markerLeft(double x, double devicePixelRatio) {
+  return DevicePixels::snapped(x - markerWidth / 2, devicePixelRatio);
 }
 
 } // namespace velto

@@ -13,7 +13,8 @@ inline constexpr double markerWidth = 2; // of a marker's bar
 // on whole device pixels.
 [[nodiscard]] double tickLeft(double x, double width, double stripWidth, double devicePixelRatio);
 
-// The same for the bar of a marker.
-[[nodiscard]] double markerLeft(double x, double stripWidth, double devicePixelRatio);
+// The left edge of the bar of a marker for the value at `x`: centred on it, on a whole device
+// pixel. At the ends of the strip half of the bar stands outside.
+[[nodiscard]] double markerLeft(double x, double devicePixelRatio);
 
 } // namespace velto::StripLayout

@@ -40,9 +40,8 @@ public:
     return StripLayout::tickLeft(x, tickWidth(devicePixelRatio), stripWidth, devicePixelRatio);
   }
   // See StripLayout::markerLeft.
-  [[nodiscard]] Q_INVOKABLE static double markerLeft(double x, double stripWidth,
-                                                     double devicePixelRatio) {
-    return StripLayout::markerLeft(x, stripWidth, devicePixelRatio);
+  [[nodiscard]] Q_INVOKABLE static double markerLeft(double x, double devicePixelRatio) {
+    return StripLayout::markerLeft(x, devicePixelRatio);
   }
   // See ChipLayout::place; these are the top left corners. An undefined position is no marker.
   [[nodiscard]] Q_INVOKABLE static QPointF answerChip(const QVariant& answerX, double answerWidth,

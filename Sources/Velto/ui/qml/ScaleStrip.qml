@@ -77,7 +77,7 @@ Item {
         objectName: "answerMarker"
         visible: strip.valueX !== undefined
         x: strip.valueX ?? 0
-        barLeft: AnswerLayout.markerLeft(x, strip.width, strip.pixelRatio)
+        barLeft: AnswerLayout.markerLeft(x, strip.pixelRatio)
         text: strip.value === undefined ? "" : strip.scaleModel.text(strip.value)
         dimmed: !strip.answerable
         chipPlace: AnswerLayout.answerChip(strip.valueX, chipWidth, strip.truthX, truthMarker.chipWidth, strip.width)
@@ -89,7 +89,7 @@ Item {
         objectName: "truthMarker"
         visible: strip.truthX !== undefined
         x: strip.truthX ?? 0
-        barLeft: AnswerLayout.markerLeft(x, strip.width, strip.pixelRatio)
+        barLeft: AnswerLayout.markerLeft(x, strip.pixelRatio)
         text: strip.truth === undefined ? "" : strip.scaleModel.text(strip.truth)
         isTruth: true
         chipPlace: strip.truthX === undefined ? Qt.point(0, 0) : AnswerLayout.truthChip(strip.valueX, answerMarker.chipWidth, strip.truthX, chipWidth, strip.width)
