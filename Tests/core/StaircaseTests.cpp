@@ -141,23 +141,5 @@ RC_GTEST_PROP(StaircaseLaw, MovesAsTheModel, (const std::vector<bool>& answers))
   }
 }
 
-RC_GTEST_PROP(StaircaseLaw, NeverLeavesItsRange, (const std::vector<bool>& answers)) {
-  Staircase staircase = *anyStaircase();
-  staircase.difficulty = *between(0, 100);
-  for (const bool answer : answers) {
-    staircase.record(answer);
-    RC_ASSERT(staircase.difficulty >= 0 && staircase.difficulty <= 100);
-  }
-}
-
-RC_GTEST_PROP(StaircaseLaw, ReversalsNeverFall, (const std::vector<bool>& answers)) {
-  Staircase staircase = *anyStaircase();
-  for (const bool answer : answers) {
-    const std::int64_t before = staircase.reversals;
-    staircase.record(answer);
-    RC_ASSERT(staircase.reversals >= before && staircase.reversals - before <= 1);
-  }
-}
-
 } // namespace
 } // namespace velto

@@ -214,6 +214,7 @@ TEST(EnvelopeSpread, IsZeroWithFewerThanTwoWindows) {
 TEST(EnvelopeSpread, TakesWindowsOfTheGivenLength) {
   // Levels that alternate every 20 ms are even over 40 ms.
   const Samples x = windows({-10, -16, -10, -16});
+  EXPECT_NEAR(Probe::envelopeSpreadDB(x, 20), 3, 1e-5);
   EXPECT_NEAR(Probe::envelopeSpreadDB(x, 40), 0, 1e-6);
   EXPECT_NEAR(Probe::envelopeSpreadDB(x, 10), 3, 1e-5);
 }

@@ -245,15 +245,6 @@ TEST_F(ProfileTest, AFullDiskHurtsNothing) {
   EXPECT_EQ(profile.attempts().size(), 1U);
 }
 
-TEST_F(ProfileTest, ATruncatedFileIsEmpty) {
-  const std::string content =
-      Coding::encode(Stored{rows(2), {{"level", {}}}, {{3, {1, 1, 1}}}}).value();
-  for (std::size_t length = 0; length < content.size(); length += 7) {
-    put(file(), content.substr(0, length));
-    expectEmpty(Profile(location()));
-  }
-}
-
 // ---- Recording ----
 
 TEST_F(ProfileTest, AnAnswerIsKept) {
@@ -330,31 +321,6 @@ TEST_F(ProfileTest, ATargetBelongsToTheNearestBand) {
   EXPECT_EQ(bandOf(44.8), 1);
   EXPECT_EQ(bandOf(1), 0);
   EXPECT_EQ(bandOf(1e6), 26);
-}
-
-// Between two centres the upper band begins where it is strictly nearer, to the last bit.
-TEST_F(ProfileTest, ATargetHalfwayBetweenTwoBandsBelongsToTheLower) {
-  Profile profile(location());
-  for (std::size_t i = 0; i + 1 < Bands::centres.size(); ++i) {
-    const double low = Bands::centres[i];
-    const double high = Bands::centres[i + 1];
-    double target = std::sqrt(low * high) * (1 - 1e-15);
-    int inUpper = 0;
-    for (int step = 0; step < 16; ++step, target = std::nextafter(target, high)) {
-      const bool upper = std::abs(std::log2(target / high)) < std::abs(std::log2(target / low));
-      inUpper += upper ? 1 : 0;
-      profile.record(frequencyTrial(target), graded(true, 0));
-      EXPECT_EQ(profile.attempts().back().bandIndex, static_cast<std::int64_t>(upper ? i + 1 : i))
-          << target;
-    }
-    EXPECT_GT(inUpper, 0);
-    EXPECT_LT(inUpper, 16);
-  }
-  // Equally far from all of them, namely infinitely: the lowest.
-  for (const double target : {0.0, std::numeric_limits<double>::infinity()}) {
-    profile.record(frequencyTrial(target), graded(true, 0));
-    EXPECT_EQ(profile.attempts().back().bandIndex, 0);
-  }
 }
 
 TEST_F(ProfileTest, AnAnswerMovesItsDrillsStaircase) {

@@ -56,11 +56,6 @@ TEST_F(StatisticsTest, OfNothingAreTwentySevenEmptyBands) {
   EXPECT_TRUE(stats.curves.empty());
 }
 
-TEST_F(StatisticsTest, TheEmptyValueHasNoBands) {
-  EXPECT_TRUE(Stats{}.bands.empty());
-  EXPECT_EQ(Stats{}.weakest, std::nullopt);
-}
-
 TEST_F(StatisticsTest, BandsAddRollUpAndRows) {
   const Lifetime lifetime{{5, {10, 4, 7.5}}, {99, {3, 3, 0.5}}};
   const std::vector<Attempt> rows{
