@@ -124,7 +124,7 @@ TEST(Probe, PrintsTheSameEveryTime) {
   EXPECT_EQ(runProbe().lines, runProbe().lines);
 }
 
-// "Today" is another date in some of them, and some change their clocks.
+// "Today" differs between them, and some have clock changes.
 TEST(Probe, PassesInEveryTimeZone) {
   for (const char* zone : {"UTC", "Pacific/Kiritimati", "Pacific/Niue", "America/New_York",
                            "Europe/Berlin", "Asia/Kathmandu", "Australia/Lord_Howe"}) {
@@ -214,6 +214,7 @@ TEST(EnvelopeSpread, IsZeroWithFewerThanTwoWindows) {
 TEST(EnvelopeSpread, TakesWindowsOfTheGivenLength) {
   // Levels that alternate every 20 ms are even over 40 ms.
   const Samples x = windows({-10, -16, -10, -16});
+  EXPECT_NEAR(Probe::envelopeSpreadDB(x, 20), 3, 1e-5);
   EXPECT_NEAR(Probe::envelopeSpreadDB(x, 40), 0, 1e-6);
   EXPECT_NEAR(Probe::envelopeSpreadDB(x, 10), 3, 1e-5);
 }

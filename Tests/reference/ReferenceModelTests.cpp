@@ -1,4 +1,4 @@
-// The yardstick itself, against figures that no program made: closed forms and draws by hand.
+// The reference model against closed forms and figures worked out by hand.
 
 #include "ReferenceModel.h"
 
@@ -43,21 +43,70 @@ TEST(ReferenceGenerator, ValuesTakeTheTop53Bits) {
 
 // Filters and measurement
 
-TEST(ReferenceFilters, HaveTheirGainsAtTheLandmarks) {
-  EXPECT_NEAR(responseDB(lowpass(5200, 0.6, rate), 0, rate), 0, 1e-9);
-  EXPECT_NEAR(responseDB(lowpass(5200, 0.6, rate), 5200, rate), 20 * std::log10(0.6), 1e-9);
-  EXPECT_NEAR(responseDB(highpass(7800, 0.7, rate), 24000, rate), 0, 1e-9);
-  EXPECT_NEAR(responseDB(highpass(7800, 0.7, rate), 7800, rate), 20 * std::log10(0.7), 1e-9);
-  EXPECT_NEAR(responseDB(bandpass(190, 2, rate), 190, rate), 0, 1e-9);
-  EXPECT_LT(responseDB(bandpass(190, 2, rate), 0, rate), -200);
-  EXPECT_NEAR(responseDB(peaking(1000, 9, 3, rate), 1000, rate), 9, 1e-9);
-  EXPECT_NEAR(responseDB(peaking(1000, 9, 3, rate), 0, rate), 0, 1e-9);
+void expectSection(const Biquad& f, double b0, double b1, double b2, double a1, double a2) {
+  EXPECT_NEAR(f.b0, b0, 1e-14);
+  EXPECT_NEAR(f.b1, b1, 1e-14);
+  EXPECT_NEAR(f.b2, b2, 1e-14);
+  EXPECT_NEAR(f.a1, a1, 1e-14);
+  EXPECT_NEAR(f.a2, a2, 1e-14);
 }
 
-TEST(ReferenceFilters, RingAsAGeometricSeries) {
-  Biquad onePole{1, 0, 0, -0.5, 0};
-  for (int n = 0; n < 60; n++)
-    EXPECT_EQ(onePole.process(n == 0 ? 1.0f : 0.0f), std::ldexp(1.0f, -n)) << n;
+// There cos w0 is 0 and sin w0 is 1: a Q of 0.5 makes alpha 1, a Q of 0.25 makes it 2.
+TEST(ReferenceFilters, HaveSimpleCoefficientsAtAQuarterOfTheRate) {
+  expectSection(lowpass(12000, 0.5, rate), 0.25, 0.5, 0.25, 0, 0);
+  expectSection(highpass(12000, 0.25, rate), 1.0 / 6, -1.0 / 3, 1.0 / 6, 0, -1.0 / 3);
+  expectSection(bandpass(12000, 0.25, rate), 2.0 / 3, 0, -2.0 / 3, 0, -1.0 / 3);
+  expectSection(peaking(12000, 40 * std::log10(2.0), 0.25, rate), 2.5, 0, -1.5, 0, 0); // A = 2
+}
+
+TEST(ReferenceFilters, HaveTheirGainsAtTheLandmarks) {
+  for (const double f0 : {100.0, 1900.0, 7800.0})
+    for (const double q : {0.6, 2.0, 5.0}) {
+      const double peakDB = 20 * std::log10(q);
+      EXPECT_NEAR(responseDB(lowpass(f0, q, rate), 0, rate), 0, 1e-9);
+      EXPECT_NEAR(responseDB(lowpass(f0, q, rate), f0, rate), peakDB, 1e-9);
+      EXPECT_LT(responseDB(lowpass(f0, q, rate), rate / 2, rate), -200);
+      EXPECT_LT(responseDB(highpass(f0, q, rate), 0, rate), -200);
+      EXPECT_NEAR(responseDB(highpass(f0, q, rate), f0, rate), peakDB, 1e-9);
+      EXPECT_NEAR(responseDB(highpass(f0, q, rate), rate / 2, rate), 0, 1e-9);
+      EXPECT_LT(responseDB(bandpass(f0, q, rate), 0, rate), -200);
+      EXPECT_NEAR(responseDB(bandpass(f0, q, rate), f0, rate), 0, 1e-9);
+      EXPECT_LT(responseDB(bandpass(f0, q, rate), rate / 2, rate), -200);
+      EXPECT_NEAR(responseDB(peaking(f0, 6, q, rate), 0, rate), 0, 1e-9);
+      EXPECT_NEAR(responseDB(peaking(f0, 6, q, rate), f0, rate), 6, 1e-9);
+      EXPECT_NEAR(responseDB(peaking(f0, 6, q, rate), rate / 2, rate), 0, 1e-9);
+    }
+}
+
+TEST(ReferenceFilters, FloorTheResponseAndItsDenominator) {
+  EXPECT_NEAR(responseDB({0, 0, 0, 0, 0}, 1000, rate), -360, 1e-9);
+  EXPECT_NEAR(responseDB({1, 0, 0, -1, 0}, 0, rate), 360, 1e-9); // a pole at 0 Hz
+}
+
+TEST(ReferenceFilters, RingAsTheirClosedForm) {
+  // h[n] = r^n sin((n + 1) theta) / sin theta for a1 = -2 r cos theta, a2 = r^2.
+  const double r = 0.97, theta = 0.3;
+  Biquad resonator{1, 0, 0, -2 * r * std::cos(theta), r * r};
+  for (int n = 0; n < 200; n++)
+    EXPECT_NEAR(resonator.process(n == 0 ? 1.0f : 0.0f),
+                std::pow(r, n) * std::sin((n + 1) * theta) / std::sin(theta), 1e-6)
+        << n;
+}
+
+TEST(ReferenceFilters, DelayTheirInputByOneAndTwo) {
+  Biquad taps{1, 0.5, -0.25, 0, 0};
+  Samples out;
+  for (const float in : {1.0f, 0.0f, 0.0f, 4.0f, 0.0f})
+    out.push_back(taps.process(in));
+  EXPECT_EQ(out, (Samples{1, 0.5f, -0.25f, 4, 2}));
+}
+
+TEST(ReferenceFilters, KeepTheirOutputsUnrounded) {
+  // y1 = 2^-30 + 1 would round to 1 as a float; the next output, y1 - 1, tells.
+  Biquad section{1 + 0x1p-30, 0, 0, -1, 0};
+  EXPECT_EQ(section.process(1), 1.0f);
+  section.b0 = -1;
+  EXPECT_EQ(section.process(1), 0x1p-30f);
 }
 
 TEST(ReferenceMeasure, LevelsOfKnownBuffers) {
@@ -77,6 +126,13 @@ TEST(ReferenceMeasure, LevelsOfKnownBuffers) {
   EXPECT_EQ(magnitudeAt({}, 0, rate), 0);
 }
 
+TEST(ReferenceMeasure, FloorsLevelsAtMinus240) {
+  EXPECT_NEAR(rmsDB(Samples(10, 1e-13f)), -240, 1e-12);
+  EXPECT_NEAR(rmsDB(Samples(10, 1e-11f)), -220, 1e-5);
+  EXPECT_NEAR(peakDB({1e-13f}), -240, 1e-12);
+  EXPECT_NEAR(peakDB({-1e-11f}), -220, 1e-5);
+}
+
 TEST(ReferenceMeasure, NormalizeReachesItsTarget) {
   EXPECT_EQ(normalizeRMS({}, -20), Samples());
   EXPECT_EQ(normalizeRMS({0, 0}, -20), Samples(2));
@@ -84,21 +140,95 @@ TEST(ReferenceMeasure, NormalizeReachesItsTarget) {
   EXPECT_NEAR(rmsDB(normalizeRMS({0.3f, 0.1f, -0.7f}, -20)), -20, 1e-6);
 }
 
+TEST(ReferenceMeasure, NormalizeRoundsTheGainToAFloatFirst) {
+  Samples x;
+  for (std::size_t i = 0; i < 100; i++)
+    x.push_back(0.7f + 0.001f * static_cast<float>(i));
+  const double gain = std::pow(10.0, (-20 - rmsDB(x)) / 20);
+  const Samples normalized = normalizeRMS(x, -20);
+  int otherInDoubles = 0;
+  for (std::size_t i = 0; i < x.size(); i++) {
+    EXPECT_EQ(normalized[i], x[i] * static_cast<float>(gain)) << i;
+    if (normalized[i] != static_cast<float>(static_cast<double>(x[i]) * gain))
+      otherInDoubles++;
+  }
+  EXPECT_GT(otherInDoubles, 0);
+}
+
+TEST(ReferenceMeasure, NormalizeLeavesABufferWithoutALevelAlone) {
+  const float infinite = std::numeric_limits<float>::infinity();
+  EXPECT_EQ(normalizeRMS({0.5f, infinite, -0.25f}, -20), (Samples{0.5f, infinite, -0.25f}));
+}
+
 // Materials
 
-TEST(ReferencePink, FirstSamplesFollowFromTheGains) {
-  // Seed 0x8000000000000000: the first noise value is 1.015625, the second
-  // 4 * 0x8002 / 0x10000 - 1 = 1.0001220703125. The impulse response starts with the sum of all
-  // gains, then the gains times their poles and the delayed path.
-  const double h0 = 0.0555179 + 0.0750759 + 0.153852 + 0.3104856 + 0.5329522 - 0.016898 + 0.5362;
-  const double h1 = 0.99886 * 0.0555179 + 0.99332 * 0.0750759 + 0.969 * 0.153852 +
-                    0.8665 * 0.3104856 + 0.55 * 0.5329522 + 0.7616 * 0.016898 + 0.115926;
-  const Samples x = pink(2.5 / 48000, 0x8000000000000000);
-  ASSERT_EQ(x.size(), 2u);
-  const double first = h0 * 1.015625;
-  const double second = h0 * 1.0001220703125 + h1 * 1.015625;
-  EXPECT_NEAR(x[1] / x[0], second / first, 1e-6);
-  EXPECT_NEAR(rmsDB(x), -20, 1e-6);
+// The noise values after a seed.
+std::vector<double> draws(std::uint64_t seed, std::size_t count) {
+  std::vector<double> values;
+  std::uint64_t x = startState(seed);
+  for (std::size_t i = 0; i < count; i++) {
+    x = step(x);
+    values.push_back(noiseValue(x));
+  }
+  return values;
+}
+
+// Pink noise before its level is set: the convolution of `noise` with six one-pole responses g p^k,
+// the direct path at k = 0 and the delayed one at k = 1.
+std::vector<double> pinkByConvolution(const std::vector<double>& noise) {
+  const std::array<double, 6> gains{0.0555179, 0.0750759, 0.153852,
+                                    0.3104856, 0.5329522, -0.016898};
+  const std::array<double, 6> poles{0.99886, 0.99332, 0.969, 0.8665, 0.55, -0.7616};
+  std::vector<double> pink(noise.size());
+  for (std::size_t n = 0; n < noise.size(); n++)
+    for (std::size_t k = 0; k <= n; k++) {
+      double h = k == 0 ? 0.5362 : k == 1 ? 0.115926 : 0;
+      for (std::size_t pole = 0; pole < poles.size(); pole++)
+        h += gains[pole] * std::pow(poles[pole], static_cast<double>(k));
+      pink[n] += 0.11 * h * noise[n - k];
+    }
+  return pink;
+}
+
+// Another form of the same section: transposed direct form II, in doubles.
+std::vector<double> filtered(const Biquad& f, const std::vector<double>& in) {
+  std::vector<double> out;
+  double s1 = 0, s2 = 0;
+  for (const double x : in) {
+    const double y = f.b0 * x + s1;
+    s1 = f.b1 * x - f.a1 * y + s2;
+    s2 = f.b2 * x - f.a2 * y;
+    out.push_back(y);
+  }
+  return out;
+}
+
+// `actual` is `expected` times one factor that brings it to -20 dB.
+void expectAtLevel(const Samples& actual, const std::vector<double>& expected, double tolerance) {
+  ASSERT_EQ(actual.size(), expected.size());
+  double power = 0;
+  for (const double value : expected)
+    power += value * value / static_cast<double>(expected.size());
+  for (std::size_t n = 0; n < expected.size(); n++)
+    ASSERT_NEAR(actual[n], 0.1 * expected[n] / std::sqrt(power), tolerance) << n;
+}
+
+TEST(ReferencePink, IsTheConvolutionWithItsImpulseResponse) {
+  expectAtLevel(pink(200.5 / rate, 1), pinkByConvolution(draws(1, 200)), 1e-7);
+}
+
+TEST(ReferencePink, AudibleIsWithoutMeanThroughAButterworthHighPass) {
+  std::vector<double> noise = draws(1, 2000);
+  for (double& value : noise)
+    value -= 1;
+  // A fourth-order Butterworth filter's sections have Qs of 1 / (2 cos(pi / 8)) and of
+  // 1 / (2 cos(3 pi / 8)).
+  const auto section = [](int i) {
+    const double q = 1 / (2 * std::cos(i * std::numbers::pi / 8));
+    return highpass(20, std::round(q * 1e4) / 1e4, rate);
+  };
+  expectAtLevel(pink(2000.5 / rate, 1, true),
+                filtered(section(3), filtered(section(1), pinkByConvolution(noise))), 1e-6);
 }
 
 TEST(ReferenceDrums, StepsStartAtTheRunningSum) {
@@ -110,25 +240,53 @@ TEST(ReferenceDrums, StepsStartAtTheRunningSum) {
   EXPECT_EQ(stepStarts(0.31), (std::vector<std::int64_t>{0, 14400}));
 }
 
-TEST(ReferenceDrums, TheKickIsItsFormula) {
-  // At 4800 samples, a tenth of a second: 55 + 75 e^(-0.1 / 0.022) = 55.7959... Hz.
-  const Samples x = drums(0.29, 5);
-  const double atTenth = 0.9 * std::exp(-0.1 / 0.075) *
-                         std::sin(2 * std::numbers::pi * 0.1 * (55 + 75 * std::exp(-0.1 / 0.022)));
-  const double atFifth = 0.9 * std::exp(-0.2 / 0.075) *
-                         std::sin(2 * std::numbers::pi * 0.2 * (55 + 75 * std::exp(-0.2 / 0.022)));
-  EXPECT_NEAR(static_cast<double>(x[9600]) / static_cast<double>(x[4800]), atFifth / atTenth, 1e-5);
-  EXPECT_NE(x[13439], 0);
-  EXPECT_EQ(x[13440], 0);
+// A bar and a half, each voice by its formula. Seed 11; the snare draws before its step's hat.
+TEST(ReferenceDrums, VoicesAreTheirFormulas) {
+  const std::vector<std::size_t> starts{0,     14400,  28800,  43199,  57600,  72000,
+                                        86400, 100800, 115200, 129599, 143999, 158399};
+  std::vector<double> expected(172000);
+  const std::vector<double> noise = draws(11, 60000);
+  std::size_t drawn = 0;
+  const auto take = [&](std::size_t count) {
+    const auto begin = noise.begin() + static_cast<std::ptrdiff_t>(drawn);
+    drawn += count;
+    return std::vector<double>(begin, begin + static_cast<std::ptrdiff_t>(count));
+  };
+  for (std::size_t k = 0; k < starts.size(); k++) {
+    const auto tau = [](std::size_t i) { return static_cast<double>(i) / 48000; };
+    const std::size_t place = k % 8;
+    if (place % 3 == 0)
+      for (std::size_t i = 0; i < 13440 && starts[k] + i < expected.size(); i++)
+        expected[starts[k] + i] +=
+            0.9 * std::exp(-tau(i) / 0.075) *
+            std::sin(2 * std::numbers::pi * (55 + 75 * std::exp(-tau(i) / 0.022)) * tau(i));
+    if (place == 4) {
+      std::vector<double> sine;
+      for (std::size_t i = 0; i < 9600; i++)
+        sine.push_back(std::sin(2 * std::numbers::pi * 185 * tau(i)));
+      const auto tone = filtered(bandpass(190, 2, rate), sine);
+      const auto hiss = filtered(bandpass(1900, 0.7, rate), take(9600));
+      for (std::size_t i = 0; i < 9600; i++)
+        expected[starts[k] + i] +=
+            0.55 * std::exp(-tau(i) / 0.055) * (1.4 * tone[i] + 0.8 * hiss[i]);
+    }
+    const bool open = place == 7;
+    const auto hiss = filtered(highpass(7800, 0.7, rate), take(open ? 7680 : 2640));
+    for (std::size_t i = 0; i < hiss.size(); i++)
+      expected[starts[k] + i] += 0.3 * std::exp(-tau(i) / (open ? 0.05 : 0.014)) * hiss[i];
+  }
+  expectAtLevel(drums(172000.5 / rate, 11), expected, 1e-6);
 }
 
-TEST(ReferenceDrums, AHatsFirstSampleIsItsFirstDraw) {
-  // Seed 11, the draws 2641 and 5281, 1.988759224380829 and 1.494467967734725.
-  const Samples x = drums(0.7, 11);
-  EXPECT_EQ(x[14399], 0);
-  EXPECT_EQ(x[28799], 0);
-  EXPECT_NEAR(static_cast<double>(x[28800]) / static_cast<double>(x[14400]),
-              1.494467967734725 / 1.988759224380829, 1e-6);
+TEST(ReferenceDrums, ACutVoiceDrawsNoMoreNoise) {
+  // The snare of step 4 is cut after 480 samples: the step's hat begins with draw 11041.
+  const Samples cut = drums(58080.5 / rate, 11);
+  const std::vector<double> noise = draws(11, 11041);
+  const double snare = 0.55 * 0.8 * bandpass(1900, 0.7, rate).b0;
+  const double hat = 0.3 * highpass(7800, 0.7, rate).b0;
+  ASSERT_EQ(cut.size(), 58080U);
+  EXPECT_NEAR(cut[57600] / cut[14400],
+              (snare * noise[10560] + hat * noise[11040]) / (hat * noise[2640]), 1e-5);
 }
 
 TEST(ReferencePad, IsItsClosedFormOverAFewSamples) {
@@ -141,35 +299,136 @@ TEST(ReferencePad, IsItsClosedFormOverAFewSamples) {
     EXPECT_NEAR(actual[i], expected[i], 1e-7) << i;
 }
 
+// The three tones of a root are equally strong, and their harmonics fall as their number through
+// the filter. The harmonics of the second root lie apart from those of the others.
+TEST(ReferencePad, HasFourRootsInThreeTunings) {
+  const Samples x = pad(6, 77);
+  const Biquad filter = lowpass(5200, 0.6, rate);
+  const double reference = magnitudeAt(x, 164.81, rate);
+  for (const double root : {110.0, 164.81, 277.18})
+    for (const double tuning : {0.994, 1.0, 1.007})
+      EXPECT_NEAR(20 * std::log10(magnitudeAt(x, root * tuning, rate) / reference), 0, 0.2)
+          << root * tuning;
+  EXPECT_GT(magnitudeAt(x, 220 * 1.007, rate), reference / 3);
+  for (const int harmonic : {3, 5})
+    EXPECT_NEAR(20 * std::log10(magnitudeAt(x, harmonic * 164.81, rate) / reference),
+                responseDB(filter, harmonic * 164.81, rate) - 20 * std::log10(harmonic), 0.1);
+}
+
+TEST(ReferencePad, FadesOver480Samples) {
+  // From 960 samples on the fades do not meet: the middle is as loud as without them.
+  for (const double samples : {1.5, 479.5, 960.5, 4800.5}) {
+    const Samples x = pad(samples / rate, 21);
+    EXPECT_EQ(x.front(), 0);
+    EXPECT_EQ(x.back(), 0);
+    EXPECT_NEAR(rmsDB(x), samples < 2 ? -240 : -20, 1e-5);
+  }
+}
+
 TEST(ReferenceStereoise, EndsOfTheCorrelation) {
-  const Samples mono = pink(0.1, 3);
+  const Samples mono = drums(0.1, 3);
   const Pair identical = stereoise(mono, 1, 3);
   EXPECT_EQ(identical.l, mono);
   for (std::size_t i = 0; i < mono.size(); i++)
     ASSERT_NEAR(identical.r[i], mono[i], 2e-7 * std::fabs(static_cast<double>(mono[i])));
-  EXPECT_NEAR(rmsDB(stereoise(mono, 0, 3).r), -20, 1e-5);
   // Beyond 1 the noise has no weight; the normalisation takes the factor back.
   const Pair beyond = stereoise(mono, 2, 3);
   for (std::size_t i = 0; i < mono.size(); i++)
     ASSERT_NEAR(beyond.r[i], mono[i], 2e-7 * std::fabs(static_cast<double>(mono[i])));
 }
 
-// Trials
-
-TEST(ReferenceTrial, HasTheValuesWorkedOutByHand) {
-  EXPECT_EQ(makeTrial(0, Material::pad, 0, Drill::frequency).targetFreq, 630);
-  EXPECT_EQ(makeTrial(50, Material::pad, 0, Drill::frequency).boostDB, 7.5);
-  EXPECT_EQ(makeTrial(50, Material::pad, 0, Drill::frequency).boostQ, 3.5);
-  EXPECT_EQ(makeTrial(0, Material::pad, 0, Drill::level).targetLevelDB, 5.55);
-  EXPECT_EQ(makeTrial(100, Material::pad, 1, Drill::level).targetLevelDB, 0.2);
-  EXPECT_EQ(makeTrial(50, Material::pad, 0, Drill::dynamics).targetGRdB, 6.4);
-  EXPECT_EQ(makeTrial(250, Material::pad, 1, Drill::dynamics).targetGRdB, 0.8);
-  EXPECT_EQ(makeTrial(100, Material::pad, 17, Drill::polarity).oddSlot, 2);
-  EXPECT_EQ(makeTrial(100, Material::pad, 17, Drill::polarity).slots, 3);
-  EXPECT_EQ(makeTrial(-5, Material::pad, 17, Drill::polarity).correlation, 1);
+TEST(ReferenceStereoise, MixesLowPassedNoiseOfSeedPlus7717) {
+  Samples mono = drums(0.05, 3);
+  for (float& sample : mono)
+    sample *= 0.5f; // -26 dB
+  for (const bool audible : {false, true}) {
+    std::vector<double> noise = draws(1, mono.size());
+    for (double& value : noise)
+      value -= audible ? 1 : 0;
+    noise = filtered(lowpass(6000, 0.7, rate), noise);
+    double noisePower = 0, monoPower = 0, power = 0;
+    for (std::size_t i = 0; i < mono.size(); i++) {
+      noisePower += noise[i] * noise[i];
+      monoPower += static_cast<double>(mono[i]) * static_cast<double>(mono[i]);
+    }
+    std::vector<double> mix;
+    for (std::size_t i = 0; i < mono.size(); i++) {
+      mix.push_back(0.25 * static_cast<double>(mono[i]) +
+                    0.75 * noise[i] * std::sqrt(monoPower / noisePower));
+      power += mix[i] * mix[i];
+    }
+    const Samples right = stereoise(mono, 0.25, 1 - 7717ULL, audible).r;
+    for (std::size_t i = 0; i < mono.size(); i++)
+      ASSERT_NEAR(right[i], mix[i] * std::sqrt(monoPower / power), 1e-6) << i;
+  }
 }
 
-// The state after this seed is 1, and the fraction of it 0: the targets are the lowest ones.
+// Trials
+
+// The states after one step, and what follows from them, were worked out with integers elsewhere:
+//   seed                  state               mod 27  mod 3  fraction
+//   0                     dc1b77ae0bf34dad    12      0      0.8597941
+//   1                     0000000040822041    6       0      5.9e-11
+//   17                    000000448a0245..    20      2
+//   34                                        13      1
+//   8000000000000000      8100000000000000    3       0      0.50390625
+//   895ebbb1d038278b      ffffa2741368d504    12      0      0.9999944
+TEST(ReferenceTrial, HasTheTargetsWorkedOutByHand) {
+  const struct {
+    std::uint64_t seed;
+    double difficulty, targetFreq, targetLevelDB, targetGRdB;
+    std::int64_t oddSlot;
+  } rows[] = {{0, 0, 630, 5.55, 11.0, 0},
+              {0, 50, 630, 2.95, 6.4, 0},
+              {0, 100, 630, 0.35, 1.8, 0},
+              {1, 0, 160, 2.7, 4.8, 0},
+              {1, 100, 160, 0.2, 0.8, 0},
+              {0x8000000000000000, 0, 80, 4.35, 8.4, 0},
+              {0x895ebbb1d038278b, 0, 630, 6.0, 12.0, 0},
+              {0x895ebbb1d038278b, 100, 630, 0.4, 2.0, 0}};
+  for (const auto& row : rows) {
+    const auto trial = [&](Drill drill) {
+      return makeTrial(row.difficulty, Material::pad, row.seed, drill);
+    };
+    EXPECT_EQ(trial(Drill::frequency).targetFreq, row.targetFreq);
+    EXPECT_EQ(trial(Drill::level).targetLevelDB, row.targetLevelDB);
+    EXPECT_EQ(trial(Drill::dynamics).targetGRdB, row.targetGRdB);
+    EXPECT_EQ(trial(Drill::polarity).oddSlot, row.oddSlot);
+  }
+  EXPECT_EQ(makeTrial(0, Material::pad, 17, Drill::frequency).targetFreq, 4000);
+  EXPECT_EQ(makeTrial(0, Material::pad, 17, Drill::polarity).oddSlot, 2);
+  EXPECT_EQ(makeTrial(0, Material::pad, 27, Drill::frequency).targetFreq, 16000);
+  EXPECT_EQ(makeTrial(0, Material::pad, 34, Drill::polarity).oddSlot, 1);
+}
+
+TEST(ReferenceTrial, GetsHarderBetween0And100) {
+  const struct {
+    double difficulty, boostDB, boostQ, correlation;
+  } rows[] = {{-5, 12, 2, 1},        {0, 12, 2, 1},     {20, 10.2, 2.6, 0.87},
+              {50, 7.5, 3.5, 0.675}, {100, 3, 5, 0.35}, {250, 3, 5, 0.35}};
+  for (const auto& row : rows) {
+    const Trial boosted = makeTrial(row.difficulty, Material::drums, 17, Drill::frequency);
+    EXPECT_NEAR(boosted.boostDB, row.boostDB, 1e-14);
+    EXPECT_NEAR(boosted.boostQ, row.boostQ, 1e-14);
+    EXPECT_EQ(boosted.difficulty, row.difficulty);
+    EXPECT_EQ(boosted.slots, 2);
+    EXPECT_EQ(boosted.correlation, 1);
+    const Trial flipped = makeTrial(row.difficulty, Material::drums, 17, Drill::polarity);
+    EXPECT_NEAR(flipped.correlation, row.correlation, 1e-15);
+    EXPECT_EQ(flipped.slots, 3);
+    EXPECT_EQ(flipped.boostDB, 0);
+  }
+}
+
+TEST(ReferenceTrial, MixesSeedsAsSplitMix64) {
+  // The first three outputs of the published generator from the state 0.
+  constexpr std::uint64_t gamma = 0x9E3779B97F4A7C15;
+  EXPECT_EQ(mixedSeed(0), 0xE220A8397B1DCDAFU);
+  EXPECT_EQ(mixedSeed(gamma), 0x6E789E6AA1B965F4U);
+  EXPECT_EQ(mixedSeed(2 * gamma), 0x06C45D188009454FU);
+}
+
+// After this seed the generator is in state 1, a fraction of 0: targets lie at their lower ends.
 TEST(ReferenceTrial, RoundsHalvesAwayFromZero) {
   constexpr std::uint64_t seed = 13721891023265367629U;
   EXPECT_EQ(makeTrial(62.5, Material::pad, seed, Drill::level).targetLevelDB, 1.15); // 22.5 steps
@@ -187,6 +446,27 @@ TEST(ReferenceGrade, HasTheTextsWorkedOutByHand) {
   EXPECT_FALSE(grade(1600, trial).correct);
 }
 
+TEST(ReferenceGrade, HitsAtItsThresholds) {
+  Trial trial = makeTrial(0, Material::pad, 0, Drill::frequency);
+  trial.targetFreq = 500;
+  EXPECT_FALSE(grade(630, trial).correct); // 0.3334 octaves
+  EXPECT_EQ(grade(1000, trial).answerText, "1k Hz");
+  trial.drill = Drill::level;
+  trial.targetLevelDB = 3;
+  EXPECT_TRUE(grade(3.75, trial).correct);
+  EXPECT_FALSE(grade(3.76, trial).correct);
+  EXPECT_EQ(grade(3.5, trial).errorText, "0.50 dB off");
+  trial.drill = Drill::dynamics;
+  trial.targetGRdB = 6;
+  EXPECT_TRUE(grade(8, trial).correct);
+  EXPECT_FALSE(grade(8.1, trial).correct);
+  EXPECT_EQ(grade(8, trial).answerText, "8.0 dB GR");
+  trial.drill = Drill::polarity;
+  trial.oddSlot = 1;
+  EXPECT_TRUE(grade(1.9, trial).correct);
+  EXPECT_EQ(grade(2, trial).answerText, "slot 3");
+}
+
 TEST(ReferenceStaircase, WalksAsWorkedOutByHand) {
   Staircase s;
   std::vector<double> walk;
@@ -196,6 +476,21 @@ TEST(ReferenceStaircase, WalksAsWorkedOutByHand) {
   }
   EXPECT_EQ(walk, (std::vector<double>{20, 8, 8, 20, 8, 8, 16, 8, 8, 13}));
   EXPECT_EQ(s.reversals, 5);
+}
+
+TEST(ReferenceStaircase, StepsShrinkWithTheReversals) {
+  const std::array<double, 9> steps{12, 12, 8, 8, 5, 5, 5, 3, 3};
+  for (std::size_t reversals = 0; reversals < steps.size(); reversals++) {
+    Staircase s;
+    s.difficulty = 50;
+    s.reversals = static_cast<std::int64_t>(reversals);
+    s.record(false);
+    EXPECT_EQ(s.difficulty, 50 - steps[reversals]) << reversals;
+    s.difficulty = 99;
+    s.consecutiveCorrect = 1;
+    s.record(true);
+    EXPECT_EQ(s.difficulty, 100);
+  }
 }
 
 // Rendering
@@ -211,6 +506,53 @@ TEST(ReferenceCompressor, FollowsItsStaticCurve) {
   EXPECT_EQ(compressorHitting(8, {}).grDB, 0);
 }
 
+TEST(ReferenceCompressor, HasAKneeSixDecibelsWide) {
+  // A target of 0 raises the threshold twelve times, to 40 / 4096 dB below the peak: in the knee.
+  const double step = 40.0 / 4096;
+  EXPECT_NEAR(compressorHitting(0, Samples(48000, 1)).grDB, 0.75 * (step + 3) * (step + 3) / 12,
+              1e-9);
+  // 2.5 dB below the threshold a sample is still reduced.
+  Samples x(48000, static_cast<float>(std::pow(10, (-step - 2.5) / 20)));
+  x[47999] = 1;
+  EXPECT_NEAR(compressorHitting(0, x).out[47998] / x[47998],
+              std::pow(10, -0.75 * 0.5 * 0.5 / 12 / 20), 1e-7);
+}
+
+TEST(ReferenceCompressor, MeasuresSilenceAtTheDetectorsFloor) {
+  // The peak of silence is -240 dB, the detector's floor -180 dB: 60 dB above any threshold.
+  EXPECT_NEAR(compressorHitting(8, Samples(48000)).grDB, 0.75 * (60 + 40.0 / 4096), 1e-9);
+}
+
+TEST(ReferenceCompressor, AttacksIn5AndReleasesIn120Milliseconds) {
+  // 100 ms at full scale, then 100 ms far below the threshold.
+  Samples x(9600, 1);
+  for (std::size_t i = 4800; i < x.size(); i++)
+    x[i] = 1e-6f;
+  const Compressed result = compressorHitting(1000, x);
+  const double settled = 0.75 * (40 - 40.0 / 4096);
+  const double attack = 0.99584200184511, release = 0.9998264039584257;
+  const double peak = settled * (1 - std::pow(attack, 4800));
+  EXPECT_NEAR(result.grDB, peak, 1e-9);
+  for (const int i : {0, 239, 4799}) {
+    const auto rising = static_cast<std::size_t>(i), falling = 4800 + rising;
+    EXPECT_NEAR(result.out[rising] / x[rising],
+                std::pow(10, -settled * (1 - std::pow(attack, i + 1)) / 20), 1e-6);
+    EXPECT_NEAR(result.out[falling] / x[falling],
+                std::pow(10, -peak * std::pow(release, i + 1) / 20), 1e-6);
+  }
+}
+
+TEST(ReferenceCompressor, AReductionThatEqualsTheTargetHitsIt) {
+  // At the first threshold, -20 dB, a full-scale sample is to be reduced by 15 dB.
+  const Samples x(1000, 1);
+  double reached = 0;
+  for (std::size_t i = 0; i < x.size(); i++)
+    reached = 15 + std::exp(-1 / (0.005 * rate)) * (reached - 15);
+  EXPECT_LT(compressorHitting(reached, x).grDB, reached + 1e-6);
+  EXPECT_NE(compressorHitting(reached, x).grDB,
+            compressorHitting(std::nextafter(reached, 100.0), x).grDB);
+}
+
 TEST(ReferenceRender, SlotsAreWhatTheDrillSays) {
   for (const Material material : {Material::pinkNoise, Material::drums, Material::pad}) {
     const auto level = render(makeTrial(0, material, 1, Drill::level), 0.1);
@@ -223,9 +565,13 @@ TEST(ReferenceRender, SlotsAreWhatTheDrillSays) {
     for (std::size_t i = 0; i < polarity[2].r.size(); i++)
       ASSERT_EQ(polarity[2].r[i], -polarity[0].r[i]);
 
-    const auto frequency = render(makeTrial(0, material, 1, Drill::frequency), 0.1);
-    EXPECT_NEAR(rmsDB(frequency[1].r), -20, 1e-5);
-    EXPECT_NE(frequency[1].r, frequency[0].r);
+    for (const Drill drill : {Drill::frequency, Drill::dynamics}) {
+      const auto slots = render(makeTrial(0, material, 1, drill), 0.1);
+      ASSERT_EQ(slots.size(), 2u);
+      EXPECT_NEAR(rmsDB(slots[1].r), -20, 1e-5);
+      EXPECT_EQ(slots[1].l, slots[1].r);
+      EXPECT_NE(slots[1].r, slots[0].r);
+    }
   }
 }
 
