@@ -113,6 +113,11 @@ std::vector<Recording> loopsOf(const Trial& trial) {
     // A machine that stood still, or a switch that had not settled, would be measured too.
     if (!plays(loops.back(), slots[slot], begin - start))
       throw std::runtime_error("the recording is not the slot's");
+    // A loudness meter's blocks are to lie at the same places of all loops.
+    for (auto* channel : {&loops.back().l, &loops.back().r})
+      std::rotate(channel->begin(),
+                  channel->end() - static_cast<std::ptrdiff_t>((begin - start) % loopFrames),
+                  channel->end());
   }
   return loops;
 }

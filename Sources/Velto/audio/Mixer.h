@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace velto {
@@ -95,8 +96,11 @@ private:
 
   // A published scene; numbers grow by one with each.
   struct Published {
+    Published(Scene theScene, std::uint64_t theNumber)
+        : scene(std::move(theScene)), number(theNumber) {}
+
     Scene scene;
-    std::uint64_t number = 0;
+    std::uint64_t number;
   };
 
   TripleBuffer<const Published*> latest_; // publisher writes, audio thread reads

@@ -5,9 +5,7 @@
 #include <cstddef>
 #include <string>
 
-namespace velto {
-
-namespace Bands {
+namespace velto::Bands {
 
 // Nominal third-octave centre frequencies from 40 Hz to 16 kHz, in Hz, ascending. They are rounded,
 // so neighbours are not all exactly a third of an octave apart.
@@ -23,6 +21,4 @@ inline constexpr std::array<double, 27> centres{
 // if `frequency` is not positive and finite.
 [[nodiscard]] std::size_t nearestIndex(double frequency);
 
-} // namespace Bands
-
-} // namespace velto
+} // namespace velto::Bands

@@ -12,8 +12,8 @@
 namespace velto {
 
 // Factor applied to every rendered sample: -6.02 dB, exactly. Every material has an RMS level of
-// -20 dB, but the drum loop peaks at up to 5.2 dB above full scale where a drill makes it louder,
-// and a converter would clip it.
+// -20 dB, but drum hits reach up to 6 dB above full scale where a drill makes them louder, and a
+// converter would clip them.
 inline constexpr float outputHeadroom = 0.5F;
 
 // Requested output latency: 60 ms. With two busy cores, the longest time between two callbacks was
