@@ -41,7 +41,7 @@ TEST(Chips, GoLeftWhereTheyWouldLeaveTheStrip) {
   EXPECT_EQ(places.answer, (ChipLayout::Place{634, 6}));
 }
 
-TEST(Chips, OfCloseMarkersTurnAwayFromEachOther) {
+TEST(Chips, OfCloseMarkersStandOnOppositeSides) {
   const auto places =
       ChipLayout::place(ChipLayout::Marker{211, 60}, ChipLayout::Marker{280, 104}, 739);
   EXPECT_EQ(places.answer, (ChipLayout::Place{145, 6}));

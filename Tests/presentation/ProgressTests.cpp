@@ -21,7 +21,7 @@ Progress::Bar barOf(std::int64_t attempts, double meanErrorOct) {
 
 } // namespace
 
-TEST(ProgressFigures, ShowADashWhereThereIsNothing) {
+TEST(ProgressFigures, ShowADashForNone) {
   EXPECT_EQ(Progress::streak(0), "—");
   EXPECT_EQ(Progress::accuracy(std::nullopt), "—");
 }
@@ -47,7 +47,7 @@ TEST(ProgressWeakest, NamesTheBandItsErrorAndItsCount) {
             "weakest · 315 Hz — 1.25 oct mean error over 12");
 }
 
-TEST(ProgressWeakest, SaysWhatItTakesWithoutOne) {
+TEST(ProgressWeakest, StatesTheConditionWithoutOne) {
   EXPECT_EQ(Progress::weakest(std::nullopt),
             "needs 3 answers in a band before it names a weak spot");
 }
@@ -72,7 +72,7 @@ TEST(ProgressBars, LabelFiveBands) {
   EXPECT_EQ(labels, (std::vector<std::string>{"40", "250", "1k", "4k", "16k"}));
 }
 
-TEST(ProgressWords, TellTheMapBandByBand) {
+TEST(ProgressWords, DescribeTheMapBandByBand) {
   std::vector<BandStat> bands(27);
   for (std::size_t i = 0; i < bands.size(); ++i)
     bands[i].index = static_cast<std::int64_t>(i);
@@ -84,7 +84,7 @@ TEST(ProgressWords, TellTheMapBandByBand) {
   EXPECT_EQ(Progress::mapDescription(bands), "40 Hz 0.42 oct over 7, 3.15 kHz 0.00 oct over 1");
 }
 
-TEST(ProgressWords, TellTheCurveByItsEndsAndExtremes) {
+TEST(ProgressWords, DescribeTheCurveByItsEndsAndExtremes) {
   EXPECT_EQ(Progress::curveDescription({}), "too few answers to draw it");
   EXPECT_EQ(Progress::curveDescription(std::vector{20.0}), "too few answers to draw it");
   EXPECT_EQ(Progress::curveDescription(std::vector{20.0, 14.0, 26.4, 23.4}),

@@ -23,7 +23,7 @@ std::vector<std::string> labels(const std::vector<ScaleTick>& ticks) {
 
 } // namespace
 
-TEST(Scales, AreThoseOfTheDrills) {
+TEST(Scales, HaveTheEndsAndStepsOfTheDrills) {
   EXPECT_EQ(frequencyScale.lowest, 40);
   EXPECT_EQ(frequencyScale.highest, 16000);
   EXPECT_EQ(levelScale.lowest, 0);
@@ -48,7 +48,7 @@ TEST(FrequencyScale, ClicksAtTheEndsAnswerTheEnds) {
   EXPECT_EQ(frequencyScale.valueAt(9999, 700), 16000);
 }
 
-TEST(FrequencyScale, BetweenTwoCentresTheNearerOneOnTheAxisWins) {
+TEST(FrequencyScale, AnswersTheNearerOfTwoCentres) {
   const double middle = frequencyScale.position(std::sqrt(1000.0 * 1250.0), 700);
   EXPECT_EQ(frequencyScale.valueAt(middle - 0.01, 700), 1000);
   EXPECT_EQ(frequencyScale.valueAt(middle + 0.01, 700), 1250);
@@ -92,7 +92,7 @@ TEST(FrequencyScale, KeysMoveByABandAnOctaveOrToTheEnds) {
   EXPECT_EQ(voice.moved(3150, Move::right), 3150);
 }
 
-TEST(FrequencyScale, TakesAnyNumberForTheNearestBand) {
+TEST(FrequencyScale, RoundsAnyNumberToTheNearestBand) {
   EXPECT_EQ(frequencyScale.nearest(1000), 1000);
   EXPECT_EQ(frequencyScale.nearest(1100), 1000); // a tie on the axis lies at 1118 Hz
   EXPECT_EQ(frequencyScale.nearest(1130), 1250);
@@ -100,7 +100,7 @@ TEST(FrequencyScale, TakesAnyNumberForTheNearestBand) {
   EXPECT_EQ(frequencyScale.nearest(1e12), 16000);
 }
 
-TEST(FrequencyScale, IsReadOutWithItsUnit) {
+TEST(FrequencyScale, SpeaksItsUnit) {
   EXPECT_EQ(FrequencyScale::spoken(40), "40 Hz");
   EXPECT_EQ(FrequencyScale::spoken(315), "315 Hz");
   EXPECT_EQ(FrequencyScale::spoken(1000), "1 kHz");
@@ -134,7 +134,7 @@ TEST(FrequencyScale, HasNoTickBeyondItsEnds) {
   EXPECT_EQ(ticks.back().value, 3150);
 }
 
-TEST(FrequencyScale, NamesItsUnit) {
+TEST(FrequencyScale, WritesItsUnit) {
   EXPECT_EQ(FrequencyScale::text(3150), "3.15k Hz");
   EXPECT_EQ(FrequencyScale::text(40), "40 Hz");
 }
@@ -175,7 +175,7 @@ RC_GTEST_PROP(DecibelScaleLaws, KeysStayOnTheGridOfClicks, ()) {
   RC_ASSERT(value == 0);
 }
 
-TEST(DecibelScale, TakesAnyNumberForTheNearestStep) {
+TEST(DecibelScale, RoundsAnyNumberToTheNearestStep) {
   EXPECT_NEAR(levelScale.nearest(2.03), 2.05, 1e-12);
   EXPECT_NEAR(dynamicsScale.nearest(2.2), 2, 1e-12);
   EXPECT_EQ(levelScale.nearest(-1), 0);

@@ -17,7 +17,7 @@ TEST(Ticks, StartOnWholeDevicePixelsInsideTheStrip) {
   EXPECT_EQ(StripLayout::tickLeft(100.8, 1, 739, 2), 100.5);
 }
 
-RC_GTEST_PROP(TickLaws, AreOnTheGridAndNearTheirPlace, ()) {
+RC_GTEST_PROP(TickLaws, StartOnAPixelNearTheirPosition, ()) {
   const double ratio = *rc::gen::element(1.0, 1.25, 1.5, 2.0, 3.0);
   const double strip = *rc::gen::inRange(200, 2000);
   const double x = *rc::gen::inRange(0, 10000) * strip / 10000;
@@ -28,7 +28,7 @@ RC_GTEST_PROP(TickLaws, AreOnTheGridAndNearTheirPlace, ()) {
   RC_ASSERT(std::abs(left + 0.5 - x) <= 1);
 }
 
-TEST(MarkerBars, StartAPointBeforeTheirPlaceAtTheEndsToo) {
+TEST(MarkerBars, StartAPointBeforeTheirPositionAtTheEndsToo) {
   EXPECT_EQ(StripLayout::markerLeft(0, 1), -1);
   EXPECT_EQ(StripLayout::markerLeft(739, 1), 738);
   EXPECT_EQ(StripLayout::markerLeft(100.3, 1), 99);
@@ -38,7 +38,7 @@ TEST(MarkerBars, StartAPointBeforeTheirPlaceAtTheEndsToo) {
   EXPECT_EQ(StripLayout::markerLeft(0, 2), -1);
 }
 
-RC_GTEST_PROP(MarkerBarLaws, AreOnTheGridAndNearTheirPlace, ()) {
+RC_GTEST_PROP(MarkerBarLaws, StartOnThePixelNearestToTheirPosition, ()) {
   const double ratio = *rc::gen::element(1.0, 1.25, 1.5, 2.0, 3.0);
   const double x = *rc::gen::inRange(0, 200001) / 100.0;
   const double left = StripLayout::markerLeft(x, ratio);

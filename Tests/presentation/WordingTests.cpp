@@ -20,13 +20,13 @@ TEST(Wording, NamesDrillsAndAsksTheirQuestions) {
   }
 }
 
-TEST(Wording, NamesMaterialsShortly) {
+TEST(Wording, HasShortNamesOfMaterials) {
   EXPECT_EQ(Wording::title(Material(Material::pinkNoise)), "Pink");
   EXPECT_EQ(Wording::title(Material(Material::drums)), "Drums");
   EXPECT_EQ(Wording::title(Material(Material::pad)), "Pad");
 }
 
-TEST(Wording, LettersSlotsUnlessTheyAreTheAnswer) {
+TEST(Wording, LettersSlotsExceptForPolarity) {
   for (const Drill drill : {Drill::frequency, Drill::level, Drill::dynamics}) {
     EXPECT_EQ(Wording::slotTitle(drill, 0), "A");
     EXPECT_EQ(Wording::slotTitle(drill, 1), "B");

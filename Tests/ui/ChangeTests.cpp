@@ -1,4 +1,4 @@
-// What is evaluated anew when something changes: no less than what differs, and little more.
+// Which bindings are evaluated when something changes: all that depend on it, and few others.
 
 #include "kit/Snippet.h"
 
@@ -74,7 +74,7 @@ public:
     return counts;
   }
 
-  // The properties whose binding keeps another value than the model has.
+  // The properties whose binding holds another value than the model.
   [[nodiscard]] Names stale() const {
     Names names;
     forEachProperty(model_, [&](const QMetaProperty& property) {
@@ -93,7 +93,7 @@ private:
   std::unique_ptr<QObject> object_;
 };
 
-// The view and, beside it, bindings of the test to everything that its models tell.
+// The view, and bindings of the test to every property of its models.
 struct Watched : Stage {
   using Stage::Stage;
 
@@ -106,12 +106,12 @@ struct Watched : Stage {
   }
 };
 
-// Counts the changes that the items below `root` announce.
+// Watches the property changes of the items below `root`.
 class SceneWatch {
 public:
   explicit SceneWatch(QQuickItem* root) { watch(root, ""); }
 
-  // The items that announced any change, each by the nearest name on the way up from it.
+  // The changed items, each by its own name or that of the nearest named ancestor.
   [[nodiscard]] Names changed() const {
     Names names;
     for (const auto& [name, spy] : spies_)
@@ -136,7 +136,7 @@ private:
   std::vector<std::pair<std::string, std::unique_ptr<QSignalSpy>>> spies_;
 };
 
-// Counts what a strip asks of its scale.
+// Counts the calls of a strip.
 class CountingScale : public ScaleModel {
 public:
   [[nodiscard]] QVariantList ticks() const override { return counted("ticks").ticks(); }
@@ -178,7 +178,7 @@ constexpr QPoint onStrip(int x) {
 
 } // namespace
 
-TEST(Changes, OfTheSlotReachTheSlotButtonsOnly) {
+TEST(Changes, OfTheSlotEvaluateOnlyTheSlotButtons) {
   for (const Drill drill : Drill::allCases) {
     Watched stage(drill);
     stage.settle();
@@ -190,12 +190,12 @@ TEST(Changes, OfTheSlotReachTheSlotButtonsOnly) {
     EXPECT_EQ(stage.figures.evaluations(), Counts());
     Names buttons{"slot0", "slot1", "slotBox0", "slotBox1", "slotLabel0", "slotLabel1"};
     if (drill == Drill::polarity)
-      buttons.insert("slot2"); // told which slot is chosen
+      buttons.insert("slot2"); // its property `chosen`
     EXPECT_EQ(scene.changed(), buttons);
   }
 }
 
-TEST(Changes, OfADraggedAnswerReachItsMarkerAndWhatIsReadOutOnly) {
+TEST(Changes, OfADraggedAnswerEvaluateOnlyItsMarkerAndItsSpokenText) {
   for (const Drill drill : {Drill::frequency, Drill::level, Drill::dynamics}) {
     Watched stage(drill);
     stage.settle();
@@ -213,7 +213,7 @@ TEST(Changes, OfADraggedAnswerReachItsMarkerAndWhatIsReadOutOnly) {
   }
 }
 
-TEST(Changes, OfAValueOnAStripPlaceAndNameItsMarkerOnce) {
+TEST(Changes, OfAValueEvaluateItsPositionAndTextsOnce) {
   CountingScale scale;
   const Snippet snippet(
       "ScaleStrip { width: 739; name: \"Test\"; minorOpacity: 1 }",
@@ -223,7 +223,7 @@ TEST(Changes, OfAValueOnAStripPlaceAndNameItsMarkerOnce) {
   EXPECT_EQ(scale.counts, (Counts{{"position", 1}, {"text", 1}, {"spoken", 1}}));
 }
 
-TEST(Changes, OfAChosenAnswerReachTheButtonThatSubmitsItOnce) {
+TEST(Changes, OfTheAnswerEvaluateCanSubmitOnlyIfItDiffers) {
   Watched stage(Drill::polarity);
   stage.settle();
   for (const int submittable : {1, 0}) {
@@ -237,7 +237,7 @@ TEST(Changes, OfAChosenAnswerReachTheButtonThatSubmitsItOnce) {
   }
 }
 
-TEST(Changes, OfTheRecordReachEachFigureOnce) {
+TEST(Changes, OfTheRecordEvaluateEachFigureOnce) {
   Watched stage;
   stage.settle();
   const SceneWatch scene(stage.root());
@@ -300,7 +300,7 @@ TEST(Changes, LeaveNoBindingStale) {
 TEST(ProgressModel, ComputesTheBarsOncePerRecordedAnswer) {
   Stage stage;
   stage.settle();
-  const QList<double> bars = stage.progress.barHeights(); // shares, until they are computed anew
+  const QList<double> bars = stage.progress.barHeights(); // shared until recomputed
   stage.session.cycleSlot();
   stage.session.setAnswer(40);
   EXPECT_EQ(stage.progress.barHeights().constData(), bars.constData());

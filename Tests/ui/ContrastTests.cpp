@@ -1,6 +1,5 @@
-// How well the palettes' colours stand out from their grounds, and what is left where colours
-// cannot be told apart. Documentation/accessibility.md lists the weak pairs; this keeps the list
-// true.
+// The contrast of the palettes' colours, and the window without colour. Holds the list of weak
+// pairs in Documentation/accessibility.md to the palettes.
 
 #include "kit/Seen.h"
 
@@ -42,7 +41,7 @@ struct Pairing {
   QColor bottom; // opaque
 };
 
-// The window's texts on their grounds, and the graphics that tell something or outline a control.
+// The window's texts on their grounds, and its meaningful graphics and outlines.
 std::vector<Pairing> pairings(const Palette& p) {
   const auto faded = [](QColor c, double opacity) { return at(c, opacity); };
   const QColor hit = over(faded(p.good, 0.1), p.surface);
@@ -90,7 +89,7 @@ std::vector<Pairing> pairings(const Palette& p) {
   };
 }
 
-// The rows of the document: the pairs below 4.5.
+// The document's rows: the pairs below 4.5.
 QString weakRows() {
   QString rows;
   for (const Palette& palette : {Palette::dark(), Palette::light()})
@@ -147,7 +146,7 @@ TEST(Contrast, BelowFourAndAHalfIsListedInTheDocument) {
   EXPECT_EQ(listed.toStdString(), weakRows().toStdString());
 }
 
-// The list above knows every pair of text and ground that is really drawn.
+// Every drawn pair of text and ground is in the list above.
 TEST(Contrast, KnowsEveryTextOfTheWindow) {
   enum class State { ungraded, hit, miss };
   for (const bool dark : {true, false})
@@ -183,8 +182,8 @@ TEST(Contrast, KnowsEveryTextOfTheWindow) {
 
 namespace {
 
-// A window whose accents are all ink and whose fills of choice are the card's: only shape, weight,
-// size and words are left to tell its states apart.
+// A window in which all accents are ink and choices have the card's fill: only shape, weight, size
+// and words distinguish its states.
 struct Uncoloured : Stage {
   explicit Uncoloured(Drill drill, const Earlier& earlier = {})
       : Stage(drill, true, {1180, 386}, earlier) {
@@ -197,7 +196,7 @@ struct Uncoloured : Stage {
     settle();
   }
 
-  // The picture of one item, to be compared with another of the same size.
+  // The picture of one item.
   [[nodiscard]] QImage pictureOf(const QString& name) {
     const QRectF area = box(name);
     const QImage whole = picture();

@@ -1,5 +1,4 @@
-// The practice view by keyboard: what Tab stops at, what the other keys do there, and the ring that
-// shows it.
+// The practice view by keyboard: tab stops, the other keys, and the focus ring.
 
 #include "kit/Seen.h"
 
@@ -28,7 +27,7 @@ struct Keyboard : Stage {
     QTest::mouseClick(&view, Qt::LeftButton, {}, box(name).center().toPoint());
   }
 
-  // What has the focus, by its name; empty for nothing that Tab stops at.
+  // The name of the tab stop that has the focus; empty if none has.
   [[nodiscard]] std::string focus() const {
     const auto* stop = qobject_cast<FocusStop*>(view.activeFocusItem());
     return stop == nullptr ? std::string() : stop->objectName().toStdString();
@@ -39,7 +38,7 @@ struct Keyboard : Stage {
     ASSERT_EQ(focus(), name);
   }
 
-  // Where Tab goes from here until it is round, then Shift+Tab back.
+  // The stops of Tab from here until the first one comes again.
   [[nodiscard]] std::vector<std::string> round() {
     std::vector<std::string> stops;
     do {
@@ -84,13 +83,13 @@ TEST(Tab, StopsInReadingOrderAtEachGroupOnce) {
   }
 }
 
-TEST(Tab, PassesADisabledButtonBy) {
+TEST(Tab, SkipsADisabledButton) {
   Keyboard keyboard(Drill::polarity);
   keyboard.settle();
   EXPECT_EQ(keyboard.round(), (Stops{"drill3", "slotChoice0", "slot0", "material2"}));
 }
 
-TEST(Tab, LeavesTheButtonThatTheFocusIsOnWhenItIsDisabled) {
+TEST(Tab, LeavesAFocusedButtonThatBecomesDisabled) {
   Keyboard keyboard(Drill::polarity);
   keyboard.settle();
   keyboard.session.setAnswer(2);
@@ -109,10 +108,10 @@ TEST(Tab, LeavesTheButtonThatTheFocusIsOnWhenItIsDisabled) {
   keyboard.backtab();
   EXPECT_EQ(keyboard.focus(), "material2");
   keyboard.tab();
-  EXPECT_EQ(keyboard.focus(), "drill3") << "passed by";
+  EXPECT_EQ(keyboard.focus(), "drill3") << "skipped";
 }
 
-TEST(Tab, StopsAtWhatIsChosen) {
+TEST(Tab, StopsAtTheChosenItemOfEachGroup) {
   Keyboard keyboard(Drill::polarity);
   keyboard.settle();
   keyboard.session.select(2);
@@ -235,7 +234,7 @@ TEST(Arrows, DoNothingWithAModifierOrWithoutAStop) {
   EXPECT_EQ(keyboard.session.answer(), 1000);
 }
 
-TEST(Arrows, ChangeNoAnswerAfterGradingAndTheFocusStays) {
+TEST(Arrows, ChangeNeitherAnswerNorFocusAfterGrading) {
   for (const Drill drill : Drill::allCases) {
     Keyboard keyboard(drill);
     keyboard.settle();
@@ -307,13 +306,13 @@ TEST(FocusRing, LeavesThePictureOfAMouseUserAlone) {
     before.settle();
     const QImage untouched = before.picture();
     before.tab();
-    EXPECT_NE(before.picture(), untouched) << "what the test can tell";
+    EXPECT_NE(before.picture(), untouched) << "the test sees a ring";
     QTest::mouseClick(&before.view, Qt::LeftButton, {}, {500, 365}); // the background
     EXPECT_EQ(before.picture(), untouched);
   }
 }
 
-// A gap of one point, then a line of two, of ink, on whole pixels on all four sides.
+// One point away from the control, two points of ink, on whole pixels on all four sides.
 TEST(FocusRing, IsSharpRoundEveryStopInBothPalettes) {
   for (const bool dark : {true, false})
     for (const Drill drill : {Drill::frequency, Drill::polarity}) {
@@ -334,7 +333,7 @@ TEST(FocusRing, IsSharpRoundEveryStopInBothPalettes) {
           return static_cast<int>(std::lround(points * s));
         };
         const int width = pixels(2);
-        // The ring's outer edges, in pixels; the last ones count.
+        // The ring's outermost pixels.
         const int left = pixels(box.left() - 3), right = pixels(box.right() + 3) - 1;
         const int top = pixels(box.top() - 3), bottom = pixels(box.bottom() + 3) - 1;
         const int x = pixels(box.center().x()), y = pixels(box.center().y());

@@ -1,8 +1,8 @@
-// The real window under input that no hand keeps up with: keys, clicks, drags and loss of focus at
-// random while trials render on the thread pool and a device plays. What holds for a session at any
-// moment is checked after each.
+// The real window under fast random input: keys, clicks, drags and changes of focus while trials
+// render on the thread pool and a device plays. The session's invariants are checked after each
+// input.
 //
-// VELTO_TEST_INPUTS sets how many inputs, VELTO_TEST_SEED which.
+// VELTO_TEST_INPUTS sets the number of inputs, VELTO_TEST_SEED their seed.
 #include "AppDelegate.h"
 
 #include "Numbers.h"
@@ -53,7 +53,7 @@ public:
   Session& session() { return delegate_.session(); }
   QQuickView& window() { return *delegate_.window(); }
 
-  // One input; its words for the message of a failure.
+  // Sends one input. Returns its description, for the message of a failure.
   std::string input() {
     switch (below(20)) {
     case 0:
@@ -85,7 +85,7 @@ public:
     }
   }
 
-  // Ends the storm with the window in front and every render arrived.
+  // Brings the window to the front and waits for the last render.
   void calm() {
     window().showNormal();
     window().requestActivate();
@@ -93,7 +93,7 @@ public:
     EXPECT_TRUE(QTest::qWaitFor([this] { return isPlayingTheTrial(); }, 60000));
   }
 
-  // Rendered, and the device, which opens on a thread of its own, is there.
+  // The trial is rendered and the device, which opens on its own thread, plays it.
   bool isPlayingTheTrial() { return !session().rendering() && session().player().isPlaying(); }
 
   std::int64_t below(std::int64_t end) {
@@ -131,7 +131,7 @@ private:
     return "drag";
   }
 
-  // Suspension follows the focus at once.
+  // Changes the focus; suspension follows at once.
   std::string focus(bool front) {
     const bool wasActive = window().isActive();
     (front ? static_cast<QWindow*>(&window()) : &other_)->requestActivate();
@@ -178,11 +178,11 @@ private:
   QWindow other_;
 };
 
-// What changed between two moments of a session.
+// A session's state between two inputs.
 struct Moment {
   std::uint64_t counter;
   bool graded, rendering;
-  std::optional<Attempt> newest; // row of the record
+  std::optional<Attempt> newest; // attempt in the record
 
   explicit Moment(Session& session)
       : counter(session.counter()), graded(session.grade().has_value()),
@@ -232,7 +232,7 @@ TEST(Race, RandomInputBreaksNoRuleOfTheSession) {
             << Numbers::fixed(static_cast<double>(inputs) / seconds, 0) << " a second: " << trials
             << " trials, " << graded << " answers, " << suspensions << " suspensions, "
             << wasRendering << " inputs while rendering, " << wasPlaying << " while playing\n";
-  // The storm was one.
+  // The input covered enough.
   EXPECT_GT(trials, static_cast<std::uint64_t>(inputs) / 20);
   EXPECT_GT(graded, inputs / 400);
   EXPECT_GT(suspensions, inputs / 100);
@@ -241,7 +241,7 @@ TEST(Race, RandomInputBreaksNoRuleOfTheSession) {
   EXPECT_GT(wasPlaying, inputs / 10);
   EXPECT_FALSE(RacingDevice::wasWild());
 
-  // After it all is as ever.
+  // The session still works.
   storm.calm();
   ASSERT_EQ(brokenInvariant(storm.session(), false), "");
   EXPECT_FALSE(storm.session().suspended());

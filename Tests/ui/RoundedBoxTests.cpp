@@ -10,7 +10,7 @@ using namespace velto;
 
 namespace {
 
-// 1 / the radius of the circle through three points.
+// The curvature of the circle through three points.
 double curvature(QPointF a, QPointF b, QPointF c) {
   const QPointF u = b - a, v = c - b, w = c - a;
   const double area = std::abs(u.x() * v.y() - u.y() * v.x());
@@ -45,7 +45,7 @@ TEST(Outline, OfContinuousCornersHasNoJumpOfCurvature) {
   const QRectF rect(0, 0, 6000, 4000);
   const auto arc = curvatures(roundedOutline(rect, 1000, false), 600);
   const auto smooth = curvatures(roundedOutline(rect, 1000, true), 120);
-  EXPECT_GT(largestStep(arc), 0.4 / 1000) << "what the test can tell";
+  EXPECT_GT(largestStep(arc), 0.4 / 1000) << "the test sees a jump";
   EXPECT_LT(largestStep(smooth), 0.4 / 1000);
   EXPECT_GT(*std::max_element(smooth.begin(), smooth.end()), 0.8 / 1000);
 }

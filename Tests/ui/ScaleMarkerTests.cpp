@@ -19,7 +19,7 @@ TEST(Markers, KeepTheirChipsInsideClearOfBarsAndApartForAllBands) {
         const QRectF aBar = Stage::box(snippet.item("answerMarkerBar"));
         const QRectF tBar = Stage::box(snippet.item("truthMarkerBar"));
         const QRectF strip(0, 0, width, 76);
-        // Half of a bar and what moves it to a whole pixel.
+        // Half of a bar, and its shift to a whole pixel.
         const double beyond = 1 + 0.5 / snippet.view.effectiveDevicePixelRatio();
         const QRectF reach = strip.adjusted(-beyond, 0, beyond, 0);
         ASSERT_TRUE(strip.contains(a) && strip.contains(t)) << answer << ' ' << truth;
@@ -83,7 +83,7 @@ TEST(Markers, AreTwoPointsWideAndCentredOnTheirValueOnWholePixels) {
       const QRectF bar = Stage::box(snippet.item(QString::fromLatin1(role) + "MarkerBar"));
       EXPECT_DOUBLE_EQ(bar.width(), 2);
       EXPECT_NEAR(bar.center().x(), 40 + c.x, 0.5 / s + 1e-6);
-      // Its pixels have its colour whole, those beside it are as they were.
+      // The bar's pixels have its full colour; those beside it are unchanged.
       const int left = static_cast<int>(std::round(bar.left() * s));
       EXPECT_NEAR(bar.left() * s, left, 1e-3);
       const int y = static_cast<int>(40 * s);

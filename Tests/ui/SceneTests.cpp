@@ -1,5 +1,5 @@
-// What is seen: geometry, colours, faces and texts, from the live scene and from its picture. All
-// figures are typed here and none comes from the program.
+// Geometry, colours, faces and texts of the live scene and its picture. All expected figures are
+// literals; none comes from the program.
 
 #include "kit/Snippet.h"
 
@@ -34,7 +34,7 @@ struct Wanted {
   [[nodiscard]] bool graded() const { return state == State::hit || state == State::miss; }
 };
 
-// Above the trial card: two lines at the left, chips at the right.
+// The header: two lines at the left, chips at the right.
 void expectHeader(Stage& stage, const Picture& picture, const Wanted& wanted) {
   const Hues& hues = wanted.hues;
   expectText(stage.item("wordmark"), picture,
@@ -209,7 +209,7 @@ void expectMarker(Stage& stage, const Picture& picture, const QString& name, dou
               {5, false, QColor(0, 0, 0, 0), at(color, 0.35), 1, hues.soft, {5.5, 10}});
 }
 
-// The ticks and their labels; those that a marker covers are not looked at, nor any while faded.
+// The ticks and their labels. The colours of covered or faded ones are not checked.
 void expectTicks(Stage& stage, const Picture& picture, const Wanted& wanted, double answer,
                  double truth) {
   const Hues& hues = wanted.hues;
@@ -223,7 +223,7 @@ void expectTicks(Stage& stage, const Picture& picture, const Wanted& wanted, dou
     const QRectF box = stage.box(numbered("tick", static_cast<int>(i)));
     EXPECT_DOUBLE_EQ(box.height(), tick.height);
     EXPECT_DOUBLE_EQ(box.bottom(), 210);
-    // The outermost ones are kept inside.
+    // The outermost ticks stay inside the strip.
     const double inside = std::clamp(40 + x - 0.5, 40.0, 779 - box.width());
     EXPECT_NEAR(box.left(), inside, 0.5 / picture.scale() + 0.2);
     const bool covered = std::abs(x - answer) < 3 || (wanted.graded() && std::abs(x - truth) < 3);
@@ -509,7 +509,7 @@ TEST_P(EveryDrill, LooksAsDrawnAfterAHit) {
     expectScene(stage, drill(), GetParam(), State::hit, dark);
 }
 
-// In every width and state no text is cut, none touches another one, and all lie in the column.
+// In every width and state no text is cut or touches another, and all lie in their column.
 TEST_P(EveryDrill, KeepsItsTextsApartAndWhole) {
   Stage stage(drill());
   const auto check = [&] {
@@ -561,7 +561,7 @@ TEST_P(EveryDrill, NeedsTheSameRoomAsTheOthers) {
   const double width = stage.root()->property("minimumWidth").toDouble();
   EXPECT_GE(width, 640 + 361);
   EXPECT_LE(width, 1180);
-  // What the widest rows take: the prompt of the dynamics drill beside the difficulty.
+  // The widest rows: the prompt of the dynamics drill beside the difficulty.
   stage.session.setDrill(Drill::dynamics);
   EXPECT_NEAR(width,
               40 + 40 + std::ceil(stage.item("prompt")->implicitWidth()) + 20 +

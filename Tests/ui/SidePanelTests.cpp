@@ -1,4 +1,4 @@
-// The side panel, read from the scene and from its picture, in both palettes.
+// The side panel in the scene and in its picture, in both palettes.
 
 #include "kit/Seen.h"
 
@@ -13,7 +13,7 @@ using namespace velto::kit;
 
 namespace {
 
-// Answers whose rows have errors that the test chooses.
+// Records `times` answers to `targetFreq` (Hz) that are `octavesOff` octaves wrong.
 void answer(Profile& profile, double targetFreq, double octavesOff, int times) {
   for (int i = 0; i < times; ++i) {
     const Trial trial{.drill = Drill::frequency, .difficulty = 40, .targetFreq = targetFreq};

@@ -10,7 +10,7 @@ TEST(PaletteEnvironment, DrawsDarkWhereNoPaletteIsSet) {
   expectColor(snippet.picture().colorAt({100, 60}), "#121318", "the panel");
 }
 
-TEST(PaletteEnvironment, FlipsEverythingBelowLive) {
+TEST(PaletteEnvironment, ChangesAllDescendantsLive) {
   Snippet snippet(R"(Item {
     width: 400; height: 80
     Theme.palette: Palettes.light
@@ -106,7 +106,7 @@ TEST(Mix, IsOpaqueWhateverItsColoursAre) {
   EXPECT_NEAR(mixed.redF() * 255, 30, 0.01);
 }
 
-TEST(MixDeathTest, StopsAtAColourThatIsNone) {
+TEST(MixDeathTest, AbortsOnAnInvalidColour) {
   EXPECT_DEATH((void)mix(QColor(), QColor("#FFFFFF"), 0.5), "");
   EXPECT_DEATH((void)mix(QColor("#FFFFFF"), QColor(), 0.5), "");
 }

@@ -1,4 +1,4 @@
-// What the mouse and Return do in the practice view.
+// The practice view by mouse and by Return.
 
 #include "kit/Seen.h"
 
@@ -91,14 +91,14 @@ TEST(Strip, AnswersAClick) {
                {Drill::dynamics, 0.43, 6},   {Drill::dynamics, 1, 14}};
   for (const auto& c : cases) {
     Hands hands(c.drill);
-    // A pointer lies on whole points; the last one is a point short of the strip's end.
+    // Clicks have whole points; the last one on the strip is a point short of its end.
     hands.click(onStrip(std::min(c.share * 739, 738.0)));
     EXPECT_NEAR(hands.session.answer(), c.answer, 1e-9) << c.share;
     EXPECT_FALSE(hands.session.grade());
   }
 }
 
-TEST(Strip, FollowsADragAndHoldsItToItsEnds) {
+TEST(Strip, FollowsADragAndClampsItToTheEnds) {
   Hands hands;
   hands.press(onStrip(300));
   EXPECT_EQ(hands.session.answer(), 500); // 40 * 400^(300/739) = 455 Hz
@@ -217,7 +217,7 @@ TEST(Return, CountsOnceWhileItIsHeldAndNotWithModifiers) {
   EXPECT_EQ(hands.trials(), before);
 }
 
-TEST(Background, AsksToMoveTheWindowPastTheDragThresholdOnly) {
+TEST(Background, RequestsAMoveOnlyBeyondTheDragThreshold) {
   Hands hands;
   QSignalSpy asked(hands.root(), SIGNAL(moveRequested()));
   const int threshold = QGuiApplication::styleHints()->startDragDistance();
@@ -241,7 +241,7 @@ TEST(Background, AsksToMoveTheWindowPastTheDragThresholdOnly) {
   }
 }
 
-TEST(Background, IsNotWhatAStripOrAButtonIsDraggedBy) {
+TEST(Background, IgnoresDragsThatStartOnAStripOrAButton) {
   for (const bool graded : {false, true})
     for (const Drill drill : {Drill::frequency, Drill::level, Drill::polarity}) {
       Hands hands(drill);

@@ -1,4 +1,4 @@
-// What the side panel shows of the statistics: texts, the bars of the weakness map, the curve.
+// The side panel's texts, the bars of its weakness map, and its curve, from the statistics.
 // Pure functions; lengths are in points.
 #pragma once
 
@@ -14,19 +14,19 @@
 
 namespace velto::Progress {
 
-// "5d", or a dash without a streak.
+// "5d", or a dash for 0.
 [[nodiscard]] std::string streak(std::int64_t days);
-// "85%" of a share of 0 to 1, or a dash without one.
+// "85%" for a share of 0 to 1, or a dash for none.
 [[nodiscard]] std::string accuracy(std::optional<double> share);
 // "progress · frequency"
 [[nodiscard]] std::string curveTitle(Drill drill);
-// "weakest · 3.15k Hz — 0.42 oct mean error over 7", or what it takes to name one.
+// "weakest · 3.15k Hz — 0.42 oct mean error over 7", or the condition for naming one.
 [[nodiscard]] std::string weakest(const std::optional<BandStat>& band);
 
 // One bar of the weakness map.
 struct Bar {
   double height = 0;
-  // From 0 (no error) to 1 (1.2 octaves of mean error or more); none without answers.
+  // 0 (no error) to 1 (a mean error of 1.2 octaves or more); none without answers.
   std::optional<double> weakness;
 
   bool operator==(const Bar&) const = default;
@@ -37,11 +37,11 @@ inline constexpr double tallestBar = 34; // points
 // A band without answers has the lowest bar.
 [[nodiscard]] Bar bar(const BandStat& band);
 
-// The bands whose labels stand under the map.
+// The bands that are labelled under the map.
 inline constexpr std::array<std::size_t, 5> labelledBands{0, 8, 14, 20, 26};
 
-// The map in words: "40 Hz 0.42 oct over 7, 3.15 kHz 0.10 oct over 12", the mean errors of the
-// bands that have answers.
+// The map for screen readers: "40 Hz 0.42 oct over 7, 3.15 kHz 0.10 oct over 12", the bands with
+// answers.
 [[nodiscard]] std::string mapDescription(std::span<const BandStat> bands);
 
 // From the left and top edge.
@@ -57,7 +57,7 @@ struct CurvePoint {
 [[nodiscard]] std::vector<CurvePoint> curve(std::span<const double> difficulties, double width,
                                             double height);
 
-// The curve in words: "difficulty over 12 answers: from 20 to 43, lowest 18, highest 45".
+// The curve for screen readers: "difficulty over 12 answers: from 20 to 43, lowest 18, highest 45".
 [[nodiscard]] std::string curveDescription(std::span<const double> difficulties);
 
 } // namespace velto::Progress

@@ -1,4 +1,4 @@
-// The words that the practice window shows for drills, materials, slots and verdicts.
+// The practice window's words for drills, materials, slots and verdicts.
 #pragma once
 
 #include "Drills.h"
@@ -15,13 +15,13 @@ namespace velto::Wording {
 [[nodiscard]] std::string_view prompt(Drill drill);
 // "Pink", "Drums", "Pad"
 [[nodiscard]] std::string_view title(Material material);
-// "A" and "B", or "1", "2", "3" where the slots are the answer; `index` from 0.
+// "A" and "B", or "1", "2", "3" for the polarity drill; `index` from 0.
 [[nodiscard]] std::string slotTitle(Drill drill, std::int64_t index);
 // "HIT" or "MISS"
 [[nodiscard]] std::string_view verdict(bool correct);
 // "you 1k Hz   ·   actual 3.15k Hz   ·   1.66 oct off"
 [[nodiscard]] std::string verdictDetail(const Drills::Grade& grade);
-// "MISS, you 1k Hz, actual 3.15k Hz, 1.66 oct off": the whole verdict, as it is read out.
+// "MISS, you 1k Hz, actual 3.15k Hz, 1.66 oct off": the whole verdict for screen readers.
 [[nodiscard]] std::string announcement(const Drills::Grade& grade);
 
 } // namespace velto::Wording

@@ -39,7 +39,7 @@ FocusStop& ButtonAccess::button() const {
 }
 
 QAccessibleInterface* ButtonAccess::parent() const {
-  // The nearest item that is told of; of the others there is no interface.
+  // The nearest accessible ancestor; other items have no interface.
   for (QQuickItem* item = button().parentItem(); item != nullptr; item = item->parentItem())
     if (QAccessibleInterface* found = QAccessible::queryAccessibleInterface(item))
       return found;

@@ -1,4 +1,4 @@
-// A button as assistive technology sees it.
+// The accessible interface of a button.
 #pragma once
 
 #include <QAccessibleObject>
@@ -7,14 +7,14 @@ namespace velto {
 
 class FocusStop;
 
-// Qt 6.4 does not tell assistive technology that an item is disabled; this tells that a button is
-// not available, for the focus stops that are buttons. An own `name` and the signal `activated` are
-// what the view's button gives them. Main thread only.
+// Qt 6.4 does not report to assistive technology that an item is disabled. This interface does, for
+// each FocusStop that is a button and that has a property `name` and a signal `activated`. Main
+// thread only.
 class ButtonAccess : public QAccessibleObject, public QAccessibleActionInterface {
 public:
-  // Makes it known to Qt; once is enough, more does no harm.
+  // Registers the interface with Qt. Further calls do nothing.
   static void install();
-  // Announces that the button has become available or ceased to be.
+  // Announces a change of the button's isAvailable().
   static void tellAvailable(FocusStop& button);
 
   explicit ButtonAccess(FocusStop& button);

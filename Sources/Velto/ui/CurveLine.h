@@ -8,8 +8,8 @@
 
 namespace velto {
 
-// Draws the difficulties (0 to 100) as Progress::curve places them inside the item's edges, less
-// `overhang`: so much of the line's width may lie beyond the first, last, lowest and highest point.
+// Draws the difficulties (0 to 100) as Progress::curve places them. `overhang` is a margin inside
+// the item's edges, for the part of the line's width that lies beyond the outermost points.
 class CurveLine : public QQuickPaintedItem {
   Q_OBJECT
   QML_ELEMENT

@@ -13,7 +13,7 @@ namespace velto {
 
 namespace {
 
-// A gap of a point between the control and a ring 2 points wide.
+// The ring is 2 points wide, 1 point away from the control.
 constexpr double reach = 3;
 constexpr double thickness = 2;
 
@@ -33,7 +33,7 @@ void FocusRing::itemChange(ItemChange change, const ItemChangeData& data) {
   if (change == ItemSceneChange && data.window != nullptr) {
     data.window->installEventFilter(this);
     connect(data.window, &QQuickWindow::activeFocusItemChanged, this, &FocusRing::follow);
-    // The control may have moved.
+    // Follows a control that moves.
     connect(data.window, &QQuickWindow::afterAnimating, this, &FocusRing::follow,
             Qt::UniqueConnection);
   }

@@ -1,4 +1,4 @@
-// Shows where the keyboard's focus is.
+// The indicator of the keyboard focus.
 #pragma once
 
 #include <QColor>
@@ -9,9 +9,9 @@ namespace velto {
 
 class FocusStop;
 
-// A ring round the FocusStop that has the window's focus, on whole pixels at every scale. It shows
-// once the focus is moved or used by the keyboard, and goes when the mouse is pressed. It belongs
-// over all other items, in a parent at the window's origin. Main thread only.
+// A ring around the FocusStop with the window's focus, on whole pixels at every scale. It appears
+// when a key moves the focus or a choice and disappears when a mouse button is pressed. It must lie
+// above all other items, in a parent at the window's origin. Main thread only.
 class FocusRing : public QQuickPaintedItem {
   Q_OBJECT
   QML_ELEMENT

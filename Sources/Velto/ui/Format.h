@@ -18,7 +18,7 @@ class Format : public QObject {
 public:
   using QObject::QObject;
 
-  // `value` with `decimals` decimals. JavaScript's toFixed rounds halves another way.
+  // `value` with `decimals` decimals. JavaScript's toFixed rounds halves differently.
   Q_INVOKABLE static QString fixed(double value, int decimals) {
     return QString::fromStdString(Numbers::fixed(value, decimals));
   }

@@ -10,11 +10,11 @@ namespace velto {
 
 namespace {
 
-// The next length, from `points` on, that is whole in points and in device pixels.
+// The smallest length, from `points` up, of whole points that are whole device pixels.
 double roomFor(double points, double devicePixelRatio) {
-  constexpr int patience = 20; // enough for every multiple of 5 %
+  constexpr int tries = 20; // enough for every scale in steps of 5 %
   const double least = std::ceil(points);
-  for (int more = 0; more < patience; ++more) {
+  for (int more = 0; more < tries; ++more) {
     const double pixels = (least + more) * devicePixelRatio;
     if (std::abs(pixels - std::round(pixels)) < 1e-6)
       return least + more;

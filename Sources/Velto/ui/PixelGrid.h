@@ -1,4 +1,4 @@
-// Where painted items lie, so that what they paint is as sharp as at 1x at every scale.
+// Places painted items on whole device pixels, so that they are as sharp at every scale as at 1x.
 #pragma once
 
 #include <QQuickPaintedItem>
@@ -6,11 +6,10 @@
 
 namespace velto::PixelGrid {
 
-// Lays `item` so that it covers `box`, in points of the window, with every edge moved to the
-// nearest whole device pixel. Returns where that lies in the item, in points. The item may reach
-// further to the right and below: Qt gives a painted item a picture of whole points and whole
-// pixels, and would stretch it to any other size. The item is in a window, neither scaled nor
-// turned. Main thread only.
+// Moves and sizes `item` to cover `box` (points of the window) with every edge on the nearest
+// device pixel. Returns the covered rectangle in points of the item. The item may extend further
+// right and down: Qt paints it into a picture of whole points and whole pixels, and stretches that
+// to any other size. The item must be in a window, neither scaled nor rotated. Main thread only.
 QRectF cover(QQuickPaintedItem& item, const QRectF& box);
 
 } // namespace velto::PixelGrid

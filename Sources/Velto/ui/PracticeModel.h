@@ -11,8 +11,8 @@
 
 namespace velto {
 
-// Adapts a Session for QML. Each property is announced by the signal of what it is computed from,
-// and by no other. Main thread only.
+// Adapts a Session for QML. There is a signal for each field of the session that properties depend
+// on. Main thread only.
 class PracticeModel : public QObject {
   Q_OBJECT
   QML_ELEMENT
@@ -42,7 +42,7 @@ class PracticeModel : public QObject {
   Q_PROPERTY(bool correct READ correct NOTIFY gradeChanged FINAL)
   Q_PROPERTY(QString verdict READ verdict NOTIFY gradeChanged FINAL)
   Q_PROPERTY(QString verdictDetail READ verdictDetail NOTIFY gradeChanged FINAL)
-  Q_PROPERTY(QString announcement READ announcement NOTIFY gradeChanged FINAL) // both, as read out
+  Q_PROPERTY(QString announcement READ announcement NOTIFY gradeChanged FINAL) // both, spoken
 
 public:
   // The drills' indices, for QML.
@@ -77,7 +77,7 @@ public:
   [[nodiscard]] QString announcement() const;
 
   Q_INVOKABLE void select(int slot);
-  // What the primary button does: the next trial once graded, else the grade.
+  // The action of the primary button: starts the next trial if graded, else submits the answer.
   Q_INVOKABLE void advance();
 
 Q_SIGNALS:

@@ -4,7 +4,7 @@ namespace velto {
 
 namespace {
 
-// The map has a bar for each band, also before anything was recorded.
+// The map has a bar for each band even if nothing is recorded.
 BandStat bandAt(const Stats& stats, std::size_t index) {
   return index < stats.bands.size() ? stats.bands[index] : BandStat{};
 }

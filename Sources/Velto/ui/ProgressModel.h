@@ -12,8 +12,7 @@
 
 namespace velto {
 
-// Adapts the session's practice record for QML, as it is after each recorded answer. Main thread
-// only.
+// Adapts the session's practice record for QML. Main thread only.
 class ProgressModel : public QObject {
   Q_OBJECT
   QML_ELEMENT
@@ -58,7 +57,7 @@ public:
 Q_SIGNALS:
   void drillChanged();
   void recordChanged();
-  // The part of the record that belongs to the drill: sent with either of the others.
+  // The current drill's part of the record. Sent with either of the others.
   void drillRecordChanged();
 
 private:
@@ -67,7 +66,7 @@ private:
   [[nodiscard]] const Profile& profile() const { return session_.profile(); }
 
   Session& session_;
-  QList<double> barHeights_; // of the record as it is
+  QList<double> barHeights_; // computed once per recorded answer
   QList<double> weaknesses_;
   Publisher<Session::Field>::Token subscription_;
 };

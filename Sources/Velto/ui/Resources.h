@@ -1,12 +1,12 @@
-// Where the program's own files lie.
+// The program's resource files.
 #pragma once
 
 #include <QString>
 
 namespace velto {
 
-// The path of the resource `name`, or an empty path when it is not there. Resources lie in
-// share/velto beside the folder of the program, in a build and in an installed tree alike.
+// The path of the resource `name`; empty if there is none. Resources are in ../share/velto, seen
+// from the program's folder, in build trees and installed trees.
 [[nodiscard]] QString resourceFile(const QString& name);
 
 } // namespace velto

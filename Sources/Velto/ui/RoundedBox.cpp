@@ -18,18 +18,18 @@ namespace {
 constexpr double exponent = 3;
 constexpr int pointsPerCorner = 24;
 
-// How far along the edges the corner of a superellipse reaches, for one that cuts the diagonal
-// where a circular arc of radius 1 does.
+// The length of edge that a superellipse corner takes up if it crosses the diagonal where a
+// circular arc of radius 1 does.
 double cornerReach() {
   return (1 - std::sqrt(0.5)) / (1 - std::pow(2.0, -1 / exponent));
 }
 
-// A corner from the edge that runs along `in` to the edge that runs along `out`, unit vectors that
-// point from the corner's tip back along the first edge and on along the second one.
+// Adds the rounded corner at `tip`. The unit vectors `in` and `out` point from the tip back along
+// the first edge and on along the second one.
 void addCorner(QPainterPath& path, QPointF tip, QPointF in, QPointF out, double reach) {
   for (int i = 0; i <= pointsPerCorner; ++i) {
     const double angle = (M_PI / 2) * i / pointsPerCorner;
-    // The parametrisation spreads the points evenly enough along the curve.
+    // This parametrisation spreads the points evenly enough.
     const double a = reach * (1 - std::pow(std::sin(angle), 2 / exponent));
     const double b = reach * (1 - std::pow(std::cos(angle), 2 / exponent));
     const QPointF point = tip + a * in + b * out;
@@ -74,7 +74,7 @@ RoundedBox::RoundedBox(QQuickItem* parent) : QQuickItem(parent), picture_(new Pi
 }
 
 void RoundedBox::itemChange(ItemChange change, const ItemChangeData& data) {
-  // Where the pixels are depends on everything around.
+  // The box also moves on the pixel grid when an ancestor moves.
   if (change == ItemSceneChange && data.window != nullptr)
     connect(data.window, &QQuickWindow::afterAnimating, this, &RoundedBox::lay,
             Qt::UniqueConnection);
@@ -94,7 +94,7 @@ void RoundedBox::lay() {
 void RoundedBox::paint(QPainter& painter) const {
   painter.setRenderHint(QPainter::Antialiasing);
   QRectF bounds = bounds_;
-  if (insetTop_ > 0) // what is left keeps its height
+  if (insetTop_ > 0) // the rest keeps its exact height
     bounds.setTop(std::max(bounds.top(), bounds.bottom() - (height() - insetTop_)));
   if (color_.alpha() > 0)
     painter.fillPath(roundedOutline(bounds, radius_, continuous_), color_);

@@ -1,4 +1,4 @@
-// A filled and outlined rounded rectangle, drawn exactly at every scale.
+// A filled and outlined rounded rectangle, sharp at every scale.
 #pragma once
 
 #include <QColor>
@@ -10,14 +10,14 @@ namespace velto {
 
 // The outline of `rect` with rounded corners of `radius` points.
 //
-// With `continuous` false the corners are circular arcs. With `continuous` true the curvature rises
-// from zero and falls back to zero along each corner, so that nothing shows where it meets the
-// edges: each corner is a quarter of the superellipse |x|^3 + |y|^3 = 1, sized to cut as much off
-// the corner as the arc does. Radii that do not fit are reduced.
+// If `continuous` is false the corners are circular arcs. If it is true the curvature rises from
+// zero and falls back to zero along each corner, without a jump at the edges: each corner is a
+// quarter of the superellipse |x|^3 + |y|^3 = 1 and crosses the diagonal where the arc does. Radii
+// that do not fit are reduced.
 [[nodiscard]] QPainterPath roundedOutline(const QRectF& rect, double radius, bool continuous);
 
 // Fills and then strokes one roundedOutline. The stroke lies inside the item's edges, each moved to
-// the nearest device pixel. `insetTop` lowers the upper edge by any fraction of a point.
+// the nearest device pixel. `insetTop` lowers the upper edge, not only by whole pixels.
 class RoundedBox : public QQuickItem {
   Q_OBJECT
   QML_ELEMENT

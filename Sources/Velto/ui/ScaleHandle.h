@@ -1,4 +1,4 @@
-// What the keyboard and assistive technology hold of a scale.
+// The part of a scale that keyboard and assistive technology operate.
 #pragma once
 
 #include "FocusStop.h"
@@ -7,8 +7,8 @@
 
 namespace velto {
 
-// The focus stop of a scale, as assistive technology wants a slider to be: it reads `value`, and
-// writing it asks for another answer. Main thread only.
+// The focus stop of a scale. Assistive technology reads `value` as a slider's and writes it to
+// request another answer; the view writes `answer`. Main thread only.
 class ScaleHandle : public velto::FocusStop {
   Q_OBJECT
   QML_ELEMENT
@@ -28,7 +28,7 @@ public:
 Q_SIGNALS:
   void valueChanged();
   void rangeChanged();
-  // `value` is wanted as the answer; it may be any number.
+  // A request to answer `value`, which may be any number.
   void asked(double value);
 
 private:

@@ -48,8 +48,7 @@ const Palette& Palette::light() {
       .ink = rgb(0x1B1D22),
       .muted = rgb(0x6F665D),
       .faint = rgb(0x9A8F84),
-      .line = Palettes::faded(rgb(0x1B1D22),
-                              0.12), // the ink, where the dark palette has an opaque grey
+      .line = Palettes::faded(rgb(0x1B1D22), 0.12), // the ink; opaque grey in the dark palette
       .identity = rgb(0xD6342A),
       .signal = rgb(0x007A97),
       .control = rgb(0x8A8078),

@@ -1,4 +1,4 @@
-// The interface's colours, and how they reach every item of the window.
+// The interface's colours and how items inherit them.
 #pragma once
 
 #include <QColor>
@@ -66,8 +66,8 @@ public:
 // from 0 to 1, and held beyond.
 [[nodiscard]] QColor weaknessColor(const Palette& palette, double weakness);
 
-// The palette as it travels down the item tree: `Theme.palette` is the palette that the item or the
-// nearest of its ancestors has been given, and the dark one where none has. Main thread only.
+// The palette that items inherit: `Theme.palette` is the one set on the item or on its nearest
+// ancestor with one, else the dark palette. Main thread only.
 class Theme : public QObject {
   Q_OBJECT
   QML_ELEMENT

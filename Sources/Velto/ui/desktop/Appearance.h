@@ -1,4 +1,4 @@
-// Light or dark, and with or without motion, as the desktop wants it.
+// The desktop's settings for light or dark and for reduced motion.
 #pragma once
 
 #include "Portal.h"
@@ -9,13 +9,13 @@
 
 namespace velto {
 
-// Follows the desktop's choice, live. Main thread only.
+// Follows changes of the settings live. Main thread only.
 //
-// Light or dark: the portal's colour scheme, and where that has no preference the lightness of the
-// desktop's palette. A fixed choice overrides both.
+// Dark: the portal's colour scheme, or the lightness of the desktop's palette if the portal has no
+// preference. A fixed choice overrides both.
 //
-// Motion: reduced where the portal's `reduced-motion` asks for that, or where the desktop's
-// animations are off. It is asked for without waiting and is not reduced until the portal answers.
+// Reduced motion: set if the portal's `reduced-motion` is, or if the desktop's animations are off.
+// Queried asynchronously; false until the portal answers.
 class Appearance : public QObject {
   Q_OBJECT
   Q_PROPERTY(bool dark READ dark NOTIFY darkChanged FINAL)

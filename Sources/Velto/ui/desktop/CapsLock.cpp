@@ -4,8 +4,7 @@
 
 namespace velto {
 
-// Under X and under Wayland it is the lock bit of the native modifiers. Num lock has a bit of its
-// own there and does not count.
+// X and Wayland report it as the lock bit of the native modifiers. Num lock has another bit.
 bool capsLockIsOn(const QKeyEvent& event) {
   constexpr quint32 lockMask = 1U << 1;
   const QString platform = QGuiApplication::platformName();

@@ -1,12 +1,12 @@
-// Caps lock, which Qt does not tell.
+// The state of caps lock, which Qt does not report.
 #pragma once
 
 #include <QKeyEvent>
 
 namespace velto {
 
-// Whether caps lock was on when the key was pressed; false where the window system is not known to
-// tell it. Main thread only; needs a QGuiApplication.
+// True if caps lock was on when the key was pressed; false on window systems other than X and
+// Wayland. Main thread only; needs a QGuiApplication.
 [[nodiscard]] bool capsLockIsOn(const QKeyEvent& event);
 
 } // namespace velto

@@ -1,4 +1,4 @@
-// The faces that the interface is set in.
+// The interface's typefaces.
 #pragma once
 
 #include "Portal.h"
@@ -14,20 +14,20 @@ namespace BrandType {
 
 inline constexpr const char* family = "MORLA Display";
 
-// Makes the face usable by this process: as it is installed, or from the file beside the program.
-// Leaves registered() false where neither gives it. Needs a QGuiApplication.
+// Makes the face available to this process: the installed one, else the one from the program's
+// resources. If there is neither, registered() stays false. Needs a QGuiApplication.
 void registerFace();
 
-// True when the face can be used.
+// True if the face is available.
 [[nodiscard]] bool registered();
 
-// Where the face's file lies, or an empty path when it is not there.
+// The path of the face's file; empty if there is none.
 [[nodiscard]] QString faceFile();
 
 } // namespace BrandType
 
-// The families of the desktop's fonts, live: those that the platform theme names, else those of the
-// portal's font settings, else Inter and JetBrains Mono. Main thread only.
+// The families of the desktop's fonts, followed live: from the platform theme, else from the
+// portal's settings, else Inter and JetBrains Mono. Main thread only.
 class Fonts : public QObject {
   Q_OBJECT
   QML_ELEMENT
@@ -54,7 +54,7 @@ private:
   void choose();
 
   Portal portal_;
-  QString portalSystem_; // as the portal's settings have them
+  QString portalSystem_; // from the portal's settings
   QString portalMono_;
   QString system_;
   QString mono_;

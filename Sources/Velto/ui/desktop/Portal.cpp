@@ -14,7 +14,7 @@ const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
 constexpr int timeoutMilliseconds = 200;
 
-// The portal wraps its values in one variant or two, depending on its version.
+// Values are wrapped in one or two variants, depending on the version of the portal.
 QVariant unwrapped(QVariant value) {
   while (value.canConvert<QDBusVariant>())
     value = value.value<QDBusVariant>().variant();

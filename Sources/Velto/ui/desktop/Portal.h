@@ -1,4 +1,4 @@
-// The desktop portal's settings, over the session bus.
+// The settings of the desktop portal, read over the session bus.
 #pragma once
 
 #include <QDBusVariant>
@@ -8,19 +8,19 @@
 
 namespace velto {
 
-// Reads settings of the desktop portal and tells when they change. Without a session bus or a
-// portal there are no settings and no changes. Main thread only.
+// Reads settings of the desktop portal and reports changes. Without a session bus or a portal there
+// are neither. Main thread only.
 class Portal : public QObject {
   Q_OBJECT
 
 public:
   explicit Portal(QObject* parent = nullptr);
 
-  // The value of `key` in the settings' `space`, or an invalid value where there is none. Waits for
-  // the portal, 200 ms at most.
+  // The value of `key` in the namespace `space`; invalid if there is none. Waits for the portal for
+  // 200 ms at most.
   [[nodiscard]] QVariant read(const QString& space, const QString& key) const;
 
-  // Asks for the value without waiting: it comes as settingChanged, where there is one.
+  // Non-blocking read(): settingChanged delivers the value, if there is one.
   void request(const QString& space, const QString& key);
 
 Q_SIGNALS:

@@ -10,7 +10,7 @@ Item {
 
     implicitHeight: AnswerLayout.areaHeight
 
-    // The pickers belong to no drag of the background, not even between the slots.
+    // Keeps drags on the pickers and between the slots from moving the window.
     MouseArea {
         width: parent.width
         height: AnswerLayout.stripHeight
@@ -53,8 +53,8 @@ Item {
         onPicked: value => area.session.answer = value
     }
 
-    // Shows the area at 40 % while the trial is rendered. The opacity of the items themselves would
-    // let a tick shine through the marker over it.
+    // Fades the area to 40 % during rendering. If the items themselves were faded, ticks would show
+    // through the marker.
     Rectangle {
         objectName: "veil"
         x: -16

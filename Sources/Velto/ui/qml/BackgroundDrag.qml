@@ -1,24 +1,24 @@
 import QtQuick
 
-// Tells, once a press, that the pointer drags what no other item takes.
+// Reports drags that no other item takes, once per press.
 MouseArea {
     id: area
 
     property point start
-    property bool told: false
+    property bool reported: false
 
     signal dragged
 
     onPressed: mouse => {
         start = Qt.point(mouse.x, mouse.y);
-        told = false;
+        reported = false;
     }
     onPositionChanged: mouse => {
         const distance = Math.hypot(mouse.x - start.x, mouse.y - start.y);
-        // Moving the window from the press on would leave the window manager with it after a click.
-        if (told || distance < Qt.styleHints.startDragDistance)
+        // If the press itself started the move, the window manager would keep moving after a click.
+        if (reported || distance < Qt.styleHints.startDragDistance)
             return;
-        told = true;
+        reported = true;
         dragged();
     }
 }

@@ -1,7 +1,7 @@
 import QtQuick
 import Velto
 
-// A small line between the parts of the side panel.
+// A line of small text in the side panel.
 Label {
     height: 12
     size: 9

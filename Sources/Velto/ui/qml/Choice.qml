@@ -1,19 +1,19 @@
 import QtQuick
 import Velto
 
-// One of several choices of which at most one holds. Together they are one stop of the Tab key;
-// arrows, Home and End choose among them, and the focus follows what is chosen.
+// One of a group of exclusive choices. The group is a single tab stop; arrows, Home and End choose in
+// it, and the focus follows the choice.
 Pressable {
     id: choice
 
     required property int index
-    required property Repeater choices // this one and the others
-    property int chosen: -1 // which of them holds, -1 for none
+    required property Repeater choices // the group
+    property int chosen: -1 // index in the group, -1 for none
     property bool changeable: true
     readonly property bool current: index === chosen
     readonly property bool checked: current
 
-    // The listener chooses one; it may hold already.
+    // The listener chooses `index`, which may be chosen already.
     signal picked(int index)
 
     function pick(which: int) {

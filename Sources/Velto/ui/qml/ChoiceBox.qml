@@ -1,11 +1,11 @@
 import QtQuick
 import Velto
 
-// The box of a choice: filled and outlined while it holds, or is shown as the right one.
+// The box of a choice, highlighted while it is chosen or shown as the correct one.
 RoundedBox {
     property bool current: false
     property bool correct: false
-    property bool framed: true // else there is no box while neither is so
+    property bool framed: true // visible also without highlight
     readonly property bool marked: current || correct
 
     color: marked ? Theme.palette.selectedFill : framed ? Theme.palette.surface : "transparent"

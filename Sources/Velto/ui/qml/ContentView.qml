@@ -12,7 +12,7 @@ Item {
     readonly property real minimumWidth: main.minimumWidth + divider.width + side.width
     readonly property real minimumHeight: main.minimumHeight
 
-    // The background is dragged.
+    // The listener drags the background.
     signal moveRequested
 
     Theme.palette: dark ? Palettes.dark : Palettes.light

@@ -1,7 +1,7 @@
 import QtQuick
 import Velto
 
-// The behaviour of a button without a look: mouse and assistive technology end in `activated`.
+// The behaviour of a button without its looks. Mouse and assistive technology emit `activated`.
 FocusStop {
     id: control
 

@@ -1,12 +1,12 @@
 import QtQuick
 import Velto
 
-// The button that carries the trial on.
+// The button that submits the answer and starts the next trial.
 Pressable {
     id: control
 
     property alias text: label.text
-    // Texts that the button may show: it is as wide as the widest needs.
+    // All texts that the button may show; it has room for the widest.
     property list<string> texts: [text]
 
     implicitWidth: metrics.widestOf(texts) + 40

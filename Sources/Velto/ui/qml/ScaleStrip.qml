@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Velto
 
-// The strip that both scale pickers are made of: ticks, labels under it, markers, and drags.
+// The base of both scale pickers: a strip with ticks, labels below, markers, and dragging.
 Item {
     id: strip
 
@@ -50,7 +50,7 @@ Item {
                 objectName: "tick" + tick.index
                 x: AnswerLayout.tickLeft(tick.position, strip.width, strip.pixelRatio)
                 y: AnswerLayout.stripHeight - height
-                // A fraction of a point would be drawn as the next whole one.
+                // Qt would round a fractional width up to whole points.
                 width: 1
                 transform: Scale {
                     xScale: AnswerLayout.tickWidth(strip.pixelRatio)
@@ -95,7 +95,7 @@ Item {
         chipPlace: strip.truthX === undefined ? Qt.point(0, 0) : AnswerLayout.truthChip(strip.valueX, answerMarker.chipWidth, strip.truthX, chipWidth, strip.width)
     }
 
-    // Mouse, keys and assistive technology end in `pick`.
+    // Mouse, keys and assistive technology all call `pick`.
     ScaleHandle {
         id: handle
 

@@ -21,7 +21,7 @@ Item {
     Accessible.role: Accessible.Grouping
     Accessible.name: "Flipped slot"
 
-    // Where slot `index` starts: an equal share of the width each, to a whole point.
+    // The left edge of slot `index`: equal shares of the width, rounded to whole points.
     function leftOf(index: int): real {
         return Math.round(index * (width + gap) / slotCount);
     }

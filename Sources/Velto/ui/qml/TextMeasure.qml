@@ -1,6 +1,6 @@
 import QtQuick
 
-// Measures texts. What is bound to a width follows the font.
+// Measures texts. Bindings to the widths follow changes of the font.
 FontMetrics {
     id: measure
 

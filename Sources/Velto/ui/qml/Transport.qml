@@ -7,7 +7,7 @@ Item {
     id: transport
 
     required property PracticeModel session
-    // With the buttons of as many slots as any trial has.
+    // With three slot buttons, the most that a trial has.
     readonly property real minimumWidth: slotRow.widthFor(3) + left.spacing + hint.implicitWidth + 20 + right.implicitWidth
 
     implicitHeight: 36

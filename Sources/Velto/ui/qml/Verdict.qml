@@ -1,7 +1,7 @@
 import QtQuick
 import Velto
 
-// What there is to do, or how the answer was.
+// The status before grading, the verdict after it.
 Item {
     id: verdict
 
@@ -28,7 +28,7 @@ Item {
         continuous: true
         color: Palettes.faded(verdict.gradeColor, verdict.session.correct ? 0.1 : 0.08)
 
-        // A notification that comes into sight is what screen readers speak on their own.
+        // Screen readers speak a notification when it appears.
         Accessible.role: Accessible.Notification
         Accessible.name: verdict.session.announcement
 

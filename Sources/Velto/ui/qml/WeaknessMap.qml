@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Velto
 
-// A bar for each band of the frequency drill: the weaker the ear, the higher and the redder.
+// A bar for each band of the frequency drill, taller and redder for a larger mean error.
 Column {
     id: map
 
@@ -24,7 +24,7 @@ Column {
 
             model: map.progress.barHeights.length
 
-            // Sides on whole points, so that they are sharp; the gaps stay 2 points wide.
+            // Sides on whole points are sharp and keep the gaps 2 points wide.
             RoundedBox {
                 required property int index
                 readonly property real weakness: map.progress.weaknesses[index]
