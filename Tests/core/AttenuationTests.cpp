@@ -27,9 +27,8 @@ Samples attenuated(std::span<const float> x, std::span<const double> reductionDB
   return out;
 }
 
-// A million samples, so that about a hundred of them lie too near the middle between two floats
-// for the quick power.
-TEST(Attenuation, IsThatOfThePowerToTheLastBit) {
+// A million samples, so that the approximated power leaves about a hundred roundings undecided.
+TEST(Attenuation, MatchesPowBitForBit) {
   constexpr std::size_t count = 1'000'000;
   for (const double most : {1.0, 30.0, 200.0}) {
     Xorshift64 generator(7);
@@ -48,14 +47,14 @@ TEST(Attenuation, OfZeroDecibelsChangesNothing) {
   EXPECT_TRUE(sameBits(attenuated(x, std::vector<double>(x.size())), x));
 }
 
-TEST(Attenuation, TakesSamplesThatAreNoNumbers) {
+TEST(Attenuation, AcceptsInfinityAndNaN) {
   const float infinity = std::numeric_limits<float>::infinity();
   const Samples x{infinity, -infinity, std::numeric_limits<float>::quiet_NaN(), 1e-40f};
   const std::vector<double> reductionDB(x.size(), 6);
   EXPECT_TRUE(sameBits(attenuated(x, reductionDB), byReference(x, reductionDB)));
 }
 
-TEST(Attenuation, TakesHugeAndTinySamplesAndReductions) {
+TEST(Attenuation, AcceptsHugeAndTinySamplesAndReductions) {
   const float huge = std::numeric_limits<float>::max();
   const float tiny = std::numeric_limits<float>::denorm_min();
   const float infinity = std::numeric_limits<float>::infinity();
@@ -66,9 +65,9 @@ TEST(Attenuation, TakesHugeAndTinySamplesAndReductions) {
   }
 }
 
-// Results near the middle between two floats, on both sides and for both signs, by reductions that
-// bring a sample there: there the quick power alone would round either way.
-TEST(Attenuation, RoundsAsThePowerNearTheMiddleBetweenTwoFloats) {
+// Reductions that bring a sample next to the midpoint of two floats, from both sides and with both
+// signs, where the approximated power alone could round either way.
+TEST(Attenuation, RoundsLikePowNearTheMiddleOfTwoFloats) {
   Xorshift64 generator(11);
   Samples x;
   std::vector<double> reductionDB;
@@ -84,7 +83,7 @@ TEST(Attenuation, RoundsAsThePowerNearTheMiddleBetweenTwoFloats) {
   EXPECT_TRUE(sameBits(attenuated(x, reductionDB), byReference(x, reductionDB)));
 }
 
-TEST(Attenuation, TakesAnyLength) {
+TEST(Attenuation, AcceptsAnyLength) {
   for (const std::size_t count : {0U, 1U, 255U, 256U, 257U, 600U}) {
     Samples x(count);
     std::vector<double> reductionDB(count);
@@ -96,8 +95,8 @@ TEST(Attenuation, TakesAnyLength) {
   }
 }
 
-// At each place of a block a result that the quick power cannot decide.
-TEST(Attenuation, DecidesAtEveryPlaceOfABlock) {
+// Every sample of a block falls back to the exact power.
+TEST(Attenuation, FallsBackToPowAnywhereInABlock) {
   const float sample = 1.25f;
   const float result = 0.5f;
   const double middle =

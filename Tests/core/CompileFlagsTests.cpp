@@ -1,4 +1,4 @@
-// Guards for the flags that the same samples from every compiler rest on.
+// The compile flags that make every compiler compute the same samples are in force.
 
 #include <gtest/gtest.h>
 
@@ -46,7 +46,7 @@ TEST(CompileFlags, AProductIsRoundedBeforeItIsAdded) {
     GTEST_SKIP() << "this processor has no fused multiply-add";
 #endif
   EXPECT_EQ(productPlus(justAboveOne, justBelowOne, minusOne), 0.0);
-  // The difference that the test looks for is there.
+  // A fused multiply-add would differ.
   EXPECT_EQ(std::fma(justAboveOne, justBelowOne, minusOne), -0x1p-60);
 }
 

@@ -158,7 +158,7 @@ reference::Samples referenceSource(Material material, double seconds, std::uint6
 
 rc::Gen<std::uint64_t> anySeed() {
   const auto uniform = rc::gen::noShrink(rc::gen::resize(100, rc::gen::arbitrary<std::uint64_t>()));
-  // 0 and the seed that replaces it; the seed that makes the decorrelator's seed 0; both ends.
+  // 0 and its replacement; the seed whose decorrelation seed is 0; both ends of the range.
   const auto special =
       rc::gen::element<std::uint64_t>(0, 0x9E3779B97F4A7C15, 0 - 7717ULL, 1, ~0ULL, 1ULL << 63);
   return rc::gen::weightedOneOf<std::uint64_t>({{5, uniform}, {1, special}});

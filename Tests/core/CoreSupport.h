@@ -34,7 +34,7 @@ namespace tests {
 ::testing::AssertionResult sameBits(const std::vector<Slot>& actual,
                                     const std::vector<reference::Pair>& expected);
 
-// Fails the law that is being checked unless `result` is a success.
+// Fails the current RapidCheck property unless `result` is a success.
 void require(const ::testing::AssertionResult& result);
 
 reference::Drill referenceDrill(Drill drill);
@@ -45,7 +45,7 @@ reference::Trial referenceTrial(const Trial& trial);
 reference::Samples referenceSource(Material material, double seconds, std::uint64_t seed);
 using kit::source;
 
-// Any seed, with those that are treated specially among them.
+// Any seed, special cases included.
 rc::Gen<std::uint64_t> anySeed();
 rc::Gen<Drill> anyDrill();
 rc::Gen<Material> anyMaterial();

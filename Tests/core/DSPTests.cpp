@@ -74,7 +74,7 @@ reference::Biquad literalDesign(int kind, double f0, double gainDB, double q) {
   }
 }
 
-RC_GTEST_PROP(BiquadLaw, DesignAndProcessingAreTheModelsToTheLastBit, ()) {
+RC_GTEST_PROP(BiquadLaw, MatchesTheModelBitForBit, ()) {
   const int kind = *rc::gen::inRange(0, 4);
   const double f0 = *between(20, 23000);
   const double gainDB = *between(-15, 15);
@@ -100,7 +100,7 @@ RC_GTEST_PROP(BiquadLaw, DesignAndProcessingAreTheModelsToTheLastBit, ()) {
   require(sameBits(actualOut, expectedOut));
 }
 
-RC_GTEST_PROP(PairedBiquadLaw, TakesUpASectionAndGivesWhatItGives, ()) {
+RC_GTEST_PROP(PairedBiquadLaw, MatchesTheSectionThatItContinues, ()) {
   Biquad section =
       design(*rc::gen::inRange(0, 4), *between(20, 23000), *between(-15, 15), *between(0.2, 8));
   for (const float sample : *anyBuffer(5))
@@ -117,7 +117,7 @@ RC_GTEST_PROP(PairedBiquadLaw, TakesUpASectionAndGivesWhatItGives, ()) {
 
 // Measure
 
-TEST(Measure, LevelsOfHugeAndInfiniteSamplesAreTheModels) {
+TEST(Measure, LevelsOfHugeAndInfiniteSamplesMatchTheModel) {
   const float infinite = std::numeric_limits<float>::infinity();
   const float huge = std::numeric_limits<float>::max();
   const float tiny = std::numeric_limits<float>::denorm_min();
@@ -136,7 +136,7 @@ TEST(Measure, LevelsOfHugeAndInfiniteSamplesAreTheModels) {
   }
 }
 
-RC_GTEST_PROP(MeasureLaw, LevelsAreTheModelsToTheLastBit, ()) {
+RC_GTEST_PROP(MeasureLaw, LevelsMatchTheModelBitForBit, ()) {
   const Samples x = *anyBuffer(3000);
   require(sameBits(Measure::rmsDB(x), reference::rmsDB(x)));
   require(sameBits(Measure::peakDB(x), reference::peakDB(x)));
@@ -154,7 +154,7 @@ RC_GTEST_PROP(MeasureLaw, PairsAreMeasuredAsOneSampleAfterTheOther, ()) {
   require(sameBits(rms.levelDB(x.size()), Measure::rmsDB(x)));
 }
 
-RC_GTEST_PROP(MeasureLaw, MagnitudesAreTheModels, ()) {
+RC_GTEST_PROP(MeasureLaw, MagnitudesMatchTheModel, ()) {
   Samples x = *anyBuffer(1000);
   RC_PRE(x.size() != 1);
   const double freq = *between(0, 24000);

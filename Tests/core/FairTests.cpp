@@ -1,4 +1,4 @@
-// Fair trials: what a listener can tell without listening, and what is heard of pink noise.
+// Fair trials: guessing does no better than chance, and pink noise has no inaudible part.
 #include "Drills.h"
 
 #include "CoreSupport.h"
@@ -21,7 +21,7 @@ using namespace tests;
 
 constexpr std::uint64_t seedStep = 40503;
 
-// The seconds at which a year's launches begin, spread over it.
+// Launch times in seconds since 1970, spread over a year.
 std::vector<std::uint64_t> launches() {
   std::vector<std::uint64_t> seconds;
   for (std::uint64_t i = 0; i < 4000; ++i)
@@ -57,7 +57,7 @@ TEST(MixedSeed, IsSplitMix64) {
   EXPECT_EQ(Drills::mixedSeed(2 * gamma), 0x06C45D188009454FU);
 }
 
-RC_GTEST_PROP(MixedSeed, IsTheModelsAndCanBeUndone, ()) {
+RC_GTEST_PROP(MixedSeed, MatchesTheModelAndIsInvertible, ()) {
   const std::uint64_t counter = *anySeed();
   const std::uint64_t seed = Drills::mixedSeed(counter);
   RC_ASSERT(seed == reference::mixedSeed(counter));
@@ -84,7 +84,7 @@ TEST(FairSeeds, GiveTargetsTheirWholeRange) {
     }
 }
 
-// Whoever always gives the best answer hits no more of a year's launches than chance says.
+// Always giving the best blind answer hits as often as chance predicts.
 TEST(FairSeeds, LeaveABlindAnswerToChance) {
   for (const Drill drill : Drill::allCases)
     for (const double difficulty : {0.0, 20.0}) {
@@ -115,7 +115,7 @@ TEST(Chance, BoundsTheHitsOfFortyTrials) {
   EXPECT_EQ(bound(Drill::dynamics, 20), 34);
 }
 
-// The trials of a drill whose targets are the smallest and the largest of a difficulty.
+// The trials with the smallest and the largest target of a drill at one difficulty.
 std::vector<Trial> extremes(Drill drill, Material material, double difficulty) {
   std::vector<Trial> trials;
   for (std::uint64_t i = 0; i < 4000; ++i)
@@ -128,7 +128,7 @@ std::vector<Trial> extremes(Drill drill, Material material, double difficulty) {
   return {*lowest, *highest};
 }
 
-// Nothing of this holds for pink noise as drawn: its level lies below 20 Hz.
+// Not so for Noise::asDrawn, whose level lies below 20 Hz.
 TEST(AudibleNoise, IsAtLevelFrom20HzUpAndHasNoMean) {
   for (const Drill drill : Drill::allCases)
     for (const double difficulty : {0.0, 100.0})
@@ -149,7 +149,7 @@ TEST(AudibleNoise, IsAtLevelFrom20HzUpAndHasNoMean) {
   EXPECT_LT(kit::loopLevel(*drawn[0].l, 20).fromLowUpDB, -45);
 }
 
-TEST(AudibleNoise, ChangesNoDrumsAndNoPadButTheDecorrelation) {
+TEST(AudibleNoise, ChangesOnlyTheDecorrelationOfDrumsAndPad) {
   for (const Material material : {Material::drums, Material::pad})
     for (const Drill drill : Drill::allCases) {
       const Trial trial = Drills::makeTrial(50, material, 4242, drill);

@@ -88,14 +88,14 @@ TEST(Grade, FrequencyTwoBandsOffIsAlwaysAMiss) {
 }
 
 TEST(Grade, FrequencyThresholdIsTheDoubleNearestAThird) {
-  // No double has a computed log2 of exactly a third: the last hit and the first miss enclose it.
+  // No double's log2 is computed as exactly 1/3, so test the nearest error on each side.
   double answer = 1.2599210498948;
   while (std::log2(std::nextafter(answer, 2)) <= 1.0 / 3)
     answer = std::nextafter(answer, 2);
   ASSERT_NEAR(answer, 1.2599210498948732, 1e-15); // 2^(1/3)
   EXPECT_TRUE(grade(answer, frequencyTrial(1)).correct);
   EXPECT_FALSE(grade(std::nextafter(answer, 2), frequencyTrial(1)).correct);
-  // Below the truth the last hit is one step of the error from the third.
+  // Below the truth, the largest error that is a hit is the double before 1/3.
   const Grade below = grade(0.7937005259840998, frequencyTrial(1));
   EXPECT_EQ(below.error, std::nextafter(1.0 / 3, 0));
   EXPECT_TRUE(below.correct);
@@ -164,14 +164,14 @@ TEST(Grade, PolarityAnswersAreTruncated) {
   EXPECT_EQ(grade(-0x1p63, polarityTrial(0)).answerText, "slot -9223372036854775807");
 }
 
-TEST(GradeDeathTest, PolarityStopsAtAnAnswerThatIsNoInteger) {
+TEST(GradeDeathTest, PolarityDiesOfAnAnswerThatIsNoInteger) {
   const char* message = "Velto: a number cannot be converted to an integer";
   for (const double answer : {infinity, -infinity, 0x1p63, -0x1.0000000000001p63,
                               std::numeric_limits<double>::quiet_NaN()})
     EXPECT_DEATH((void)grade(answer, polarityTrial(1)), message) << answer;
 }
 
-RC_GTEST_PROP(GradeLaw, IsTheModelsToTheLastBit, ()) {
+RC_GTEST_PROP(GradeLaw, MatchesTheModelBitForBit, ()) {
   const Trial trial = Drills::makeTrial(*anyDifficulty(), *anyMaterial(), *anySeed(), *anyDrill());
   const double truth = trial.targetFreq + trial.targetLevelDB + trial.targetGRdB +
                        static_cast<double>(trial.oddSlot);

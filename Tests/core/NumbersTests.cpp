@@ -26,7 +26,7 @@ constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t smallest = std::numeric_limits<std::int64_t>::min();
 
-// The process in a locale with a decimal comma, and back.
+// Switches the process to a locale with a decimal comma, and back at the end.
 class CommaLocale {
 public:
   CommaLocale() : active_(enter()) {}
@@ -37,7 +37,7 @@ public:
   CommaLocale(const CommaLocale&) = delete;
   CommaLocale& operator=(const CommaLocale&) = delete;
 
-  // Whether the C library now really writes a comma.
+  // Whether printf writes a comma.
   [[nodiscard]] bool active() const { return active_ && print("%.1f", 0.5) == "0,5"; }
 
   template <typename... Values>
@@ -147,7 +147,7 @@ TEST(Numbers, TruncatedDropsTheFraction) {
   EXPECT_EQ(Numbers::truncated(0x1.fffffffffffffp62), 9223372036854774784);
 }
 
-TEST(NumbersDeathTest, TruncatedStopsAtWhatIsNoInteger) {
+TEST(NumbersDeathTest, TruncatedDiesOfWhatIsNoInteger) {
   const char* message = "Velto: a number cannot be converted to an integer";
   EXPECT_DEATH((void)Numbers::truncated(notANumber), message);
   EXPECT_DEATH((void)Numbers::truncated(infinity), message);

@@ -10,7 +10,7 @@ namespace {
 
 using namespace tests;
 
-// A compiler that takes both steps for one would keep the bits that the first one drops.
+// A compiler that fuses the two conversions would keep bits that the first one drops.
 RC_GTEST_PROP(PairLaw, EachHalfIsRoundedTo32BitsAsAloneThenWidened, ()) {
   const double a = *between(-4, 4), b = *between(-4, 4);
   const Pair there = widened(rounded(Pair{a, b}));

@@ -21,7 +21,7 @@ using namespace tests;
 
 constexpr double rate = sampleRateHz;
 
-// Any trial that makeTrial or a hand can make.
+// Any trial of makeTrial.
 rc::Gen<Trial> anyTrial() {
   return rc::gen::map(rc::gen::tuple(anyDifficulty(), anyMaterial(), anySeed(), anyDrill()),
                       [](const std::tuple<double, Material, std::uint64_t, Drill>& arguments) {
@@ -31,21 +31,21 @@ rc::Gen<Trial> anyTrial() {
 
 // All drills
 
-RC_GTEST_PROP(RenderLaw, IsTheModelsToTheLastBit, ()) {
+RC_GTEST_PROP(RenderLaw, MatchesTheModelBitForBit, ()) {
   const Trial trial = *anyTrial();
   const double seconds = *anyDuration();
   require(
       sameBits(Drills::render(trial, seconds), reference::render(referenceTrial(trial), seconds)));
 }
 
-RC_GTEST_PROP(RenderLaw, WithAudibleNoiseIsTheModelsToTheLastBit, ()) {
+RC_GTEST_PROP(RenderLaw, MatchesTheModelWithAudibleNoise, ()) {
   const Trial trial = *anyTrial();
   const double seconds = *anyDuration();
   require(sameBits(Drills::render(trial, seconds, Noise::audible),
                    reference::render(referenceTrial(trial), seconds, true)));
 }
 
-RC_GTEST_PROP(RenderLaw, FieldsSetByHandAreTheModelsToTheLastBit, ()) {
+RC_GTEST_PROP(RenderLaw, MatchesTheModelForFieldsSetByHand, ()) {
   Trial trial = *anyTrial();
   trial.targetFreq = *between(20, 20000);
   trial.boostDB = *rc::gen::oneOf(between(-18, 18), rc::gen::just(0.0));
@@ -59,7 +59,7 @@ RC_GTEST_PROP(RenderLaw, FieldsSetByHandAreTheModelsToTheLastBit, ()) {
       sameBits(Drills::render(trial, seconds), reference::render(referenceTrial(trial), seconds)));
 }
 
-TEST(Render, IsTheModelsToTheLastBitOverATrialsLength) {
+TEST(Render, MatchesTheModelOverATrialsLength) {
   const struct {
     std::uint64_t seed;
     double difficulty;
@@ -79,7 +79,7 @@ TEST(Render, IsTheModelsToTheLastBitOverATrialsLength) {
   }
 }
 
-// The first renders of the process too, when this runs alone: what is made once is made then.
+// Run alone, this also makes the first renders of the process, which build the shared tables.
 TEST(RenderThreads, EightAtOnceRenderWhatOneRenders) {
   constexpr std::size_t threadCount = 8;
   const auto trialOf = [](std::size_t i) {
@@ -108,7 +108,7 @@ TEST(RenderDeathTest, ANegativeDurationStops) {
 
 // Compressor
 
-RC_GTEST_PROP(CompressorLaw, IsTheModelsToTheLastBit, ()) {
+RC_GTEST_PROP(CompressorLaw, MatchesTheModelBitForBit, ()) {
   const Samples x = *anyBuffer(2000);
   const double target = *rc::gen::oneOf(between(-1, 40), rc::gen::element(0.0, 8.0, 1000.0));
   const Drills::Compressed actual = Drills::compressorHitting(target, x);
@@ -117,24 +117,24 @@ RC_GTEST_PROP(CompressorLaw, IsTheModelsToTheLastBit, ()) {
   require(sameBits(actual.grDB, expected.grDB));
 }
 
-void expectTheModels(double target, const Samples& x) {
+void expectMatchesModel(double target, const Samples& x) {
   const Drills::Compressed actual = Drills::compressorHitting(target, x);
   const reference::Compressed expected = reference::compressorHitting(target, x);
   EXPECT_TRUE(sameBits(actual.out, expected.out)) << x.size() << " frames, " << target << " dB";
   EXPECT_TRUE(sameBits(actual.grDB, expected.grDB)) << x.size() << " frames, " << target << " dB";
 }
 
-TEST(Compressor, IsTheModelsToTheLastBitOverATrialsLength) {
+TEST(Compressor, MatchesTheModelOverATrialsLength) {
   for (const Material material : Material::allCases) {
     const Samples x = source(material, 3.2, 1234);
     for (const double target : {0.8, 4.8, 12.0}) {
       SCOPED_TRACE(material);
-      expectTheModels(target, x);
+      expectMatchesModel(target, x);
     }
   }
 }
 
-TEST(Compressor, IsTheModelsToTheLastBitWhateverTheSamples) {
+TEST(Compressor, MatchesTheModelWhateverTheSamples) {
   const float infinity = std::numeric_limits<float>::infinity();
   const float nan = std::numeric_limits<float>::quiet_NaN();
   const double noNumber = std::numeric_limits<double>::quiet_NaN();
@@ -147,31 +147,31 @@ TEST(Compressor, IsTheModelsToTheLastBitWhateverTheSamples) {
   for (const Samples& x : buffers) {
     for (const double target : {-1.0, 0.0, 1e-3, 6.0, 50.0, HUGE_VAL, -HUGE_VAL, noNumber}) {
       SCOPED_TRACE(x[0]);
-      expectTheModels(target, x);
+      expectMatchesModel(target, x);
     }
   }
 }
 
-// Where the knee passes the detector's floor of -180 dB, samples below the floor count as the
-// floor: whether they are reduced changes there. The targets bring the threshold to all of it.
-TEST(Compressor, IsTheModelsAroundTheDetectorsFloor) {
+// Samples below the detector's floor of -180 dB count as the floor, so the knee reduces all of them
+// or none. The targets move the threshold across that point.
+TEST(Compressor, MatchesTheModelAroundTheDetectorFloor) {
   for (const float peak : {3e-9f, 1e-8f, 5e-8f}) {
     Samples x(400);
     x[0] = peak;
     x[200] = -peak;
     x[201] = 1e-9f;
     for (int i = 0; i < 60; ++i) {
-      expectTheModels(1e-4 * i, x);
-      expectTheModels(0.02 * i, x);
+      expectMatchesModel(1e-4 * i, x);
+      expectMatchesModel(0.02 * i, x);
     }
     for (int i = 0; i < 60; ++i)
-      expectTheModels(0.5 * i, Samples(300, peak));
+      expectMatchesModel(0.5 * i, Samples(300, peak));
   }
 }
 
-// Samples on both sides of the knee of each threshold that the search ends at when nothing hits
-// the target: one step below the peak, and 40 dB below it.
-TEST(Compressor, IsTheModelsAroundTheKnee) {
+// Samples around the knee of both thresholds at which an unsuccessful search ends: one step below
+// the peak, and 40 dB below it.
+TEST(Compressor, MatchesTheModelAroundTheKnee) {
   for (const double thresholdDB : {-40.0 / 4096, 40.0 / 4096 - 40}) {
     Samples x;
     for (const double kneeDB : {-3.0, 3.0})
@@ -180,13 +180,13 @@ TEST(Compressor, IsTheModelsAroundTheKnee) {
     for (float& sample : x)
       sample = std::min(sample, 1.0f);
     x.push_back(1);
-    expectTheModels(thresholdDB > -20 ? 0 : 1000, x);
+    expectMatchesModel(thresholdDB > -20 ? 0 : 1000, x);
     std::ranges::reverse(x);
-    expectTheModels(thresholdDB > -20 ? 0 : 1000, x);
+    expectMatchesModel(thresholdDB > -20 ? 0 : 1000, x);
   }
 }
 
-// A reduction that equals the target to the bit has hit it: the threshold does not go lower.
+// A reduction equal to the target to the last bit hits it: the threshold does not go lower.
 TEST(Compressor, AReductionThatEqualsTheTargetHitsIt) {
   const Samples x(1000, 1.0f);
   const double attack = std::exp(-1 / (0.005 * rate));
@@ -194,17 +194,17 @@ TEST(Compressor, AReductionThatEqualsTheTargetHitsIt) {
   double reached = 0;
   for (std::size_t i = 0; i < x.size(); ++i)
     reached = 15 + attack * (reached - 15);
-  expectTheModels(reached, x);
-  expectTheModels(std::nextafter(reached, 100.0), x);
+  expectMatchesModel(reached, x);
+  expectMatchesModel(std::nextafter(reached, 100.0), x);
   EXPECT_NE(Drills::compressorHitting(reached, x).grDB,
             Drills::compressorHitting(std::nextafter(reached, 100.0), x).grDB);
 }
 
 // The output is computed in blocks of 512 frames, attenuated in blocks of 256.
-TEST(Compressor, IsTheModelsAtEveryBlockEdge) {
+TEST(Compressor, MatchesTheModelAtEveryBlockEdge) {
   const Samples x = source(Material::drums, 0.04, 5);
   for (const std::size_t frames : {1U, 2U, 255U, 256U, 257U, 511U, 512U, 513U, 1024U, 1025U})
-    expectTheModels(6, Samples(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(frames)));
+    expectMatchesModel(6, Samples(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(frames)));
 }
 
 } // namespace

@@ -72,41 +72,41 @@ TEST(FrameCount, IsTheTruncatedProduct) {
   EXPECT_EQ(Signals::frameCount(2.9 / 48000), 2u);
 }
 
-TEST(FrameCountDeathTest, StopsAtANegativeOrNonFiniteDuration) {
+TEST(FrameCountDeathTest, DiesOfANegativeOrNonFiniteDuration) {
   const char* message = "Velto: a ";
   for (const double seconds :
        {-1.0, -1e-300, infinity, -infinity, std::numeric_limits<double>::quiet_NaN(), 1e300})
     EXPECT_DEATH((void)Signals::frameCount(seconds), message) << seconds;
 }
 
-TEST(SignalsDeathTest, EveryMaterialStopsAtANegativeDuration) {
+TEST(SignalsDeathTest, EveryMaterialDiesOfANegativeDuration) {
   for (const Material material : Material::allCases)
     EXPECT_DEATH((void)source(material, -0.1, 1), "Velto: a duration is negative") << material;
 }
 
 // Every material
 
-RC_GTEST_PROP(SignalsLaw, MaterialsAreTheModelsToTheLastBit, ()) {
+RC_GTEST_PROP(SignalsLaw, MaterialsMatchTheModelBitForBit, ()) {
   const Material material = *anyMaterial();
   const double seconds = *anyDuration();
   const std::uint64_t seed = *anySeed();
   require(sameBits(source(material, seconds, seed), referenceSource(material, seconds, seed)));
 }
 
-RC_GTEST_PROP(SignalsLaw, DrumsAreTheModelsToTheLastBitOverWholeBars, ()) {
+RC_GTEST_PROP(SignalsLaw, DrumsMatchTheModelOverWholeBars, ()) {
   const double seconds = *between(0, 5);
   const std::uint64_t seed = *anySeed();
   require(sameBits(Signals::drums(seconds, seed), reference::drums(seconds, seed)));
 }
 
-TEST(Signals, MaterialsAreTheModelsToTheLastBitOverATrialsLength) {
+TEST(Signals, MaterialsMatchTheModelOverATrialsLength) {
   for (const Material material : Material::allCases)
     for (const std::uint64_t seed : {0ULL, 1ULL, 5150ULL, 40503ULL, ~0ULL})
       EXPECT_TRUE(sameBits(source(material, 3.2, seed), referenceSource(material, 3.2, seed)))
           << material << " " << seed;
 }
 
-RC_GTEST_PROP(StereoiseLaw, IsTheModelsToTheLastBit, ()) {
+RC_GTEST_PROP(StereoiseLaw, MatchesTheModelBitForBit, ()) {
   const Samples mono = *anyBuffer(2000);
   const double correlation =
       *rc::gen::oneOf(between(0, 1), between(-1, 2), rc::gen::element(0.0, 0.35, 1.0, 1.5));

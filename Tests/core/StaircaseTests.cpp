@@ -18,7 +18,7 @@ using namespace tests;
 constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t smallest = std::numeric_limits<std::int64_t>::min();
 
-// `start` after the answers, one letter each: "R" right, "W" wrong.
+// `start` after a sequence of right (R) and wrong (W) answers.
 Staircase after(const std::string& answers, Staircase start = {}) {
   for (const char answer : answers)
     start.record(answer == 'R');
@@ -46,7 +46,7 @@ TEST(Staircase, AReversalStillUsesTheLargerStep) {
   EXPECT_EQ(after("RW"), (Staircase{8, 0, 0, -1}));
   EXPECT_EQ(after("RWR"), (Staircase{8, 1, 0, -1}));
   EXPECT_EQ(after("RWRR"), (Staircase{20, 0, 1, 1}));
-  // From the second reversal on the step is 8: the move that makes it is still 12.
+  // The step is 8 after the second reversal; the move that reverses is still 12.
   EXPECT_EQ(after("RWRRW"), (Staircase{8, 0, 2, -1}));
   EXPECT_EQ(after("RWRRWRR"), (Staircase{16, 0, 3, 1}));
   EXPECT_EQ(after("RWRRWRRW"), (Staircase{8, 0, 4, -1}));
@@ -127,7 +127,7 @@ rc::Gen<Staircase> anyStaircase() {
       });
 }
 
-RC_GTEST_PROP(StaircaseLaw, MovesAsTheModel, (const std::vector<bool>& answers)) {
+RC_GTEST_PROP(StaircaseLaw, MatchesTheModel, (const std::vector<bool>& answers)) {
   Staircase actual = *anyStaircase();
   reference::Staircase expected{actual.difficulty, actual.consecutiveCorrect, actual.reversals,
                                 actual.lastDirection};

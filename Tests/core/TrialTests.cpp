@@ -88,7 +88,7 @@ TEST(Bands, LabelsAreShort) {
     EXPECT_EQ(Bands::label(row.frequency), row.label) << row.frequency;
 }
 
-RC_GTEST_PROP(BandsLaw, LabelsAreAsTheModelPrintsThem, ()) {
+RC_GTEST_PROP(BandsLaw, LabelsMatchTheModel, ()) {
   const double frequency =
       *rc::gen::weightedOneOf<double>({{3, between(20, 20000)},
                                        {2, between(990, 1010)},
@@ -112,7 +112,7 @@ TEST(Bands, NearestIsMeasuredInOctaves) {
   EXPECT_EQ(Bands::nearestIndex(96000), 26u);
 }
 
-// Between two centres the upper band begins where it is strictly nearer, to the last bit.
+// Between two centres, the upper band needs to be strictly nearer, to the last bit.
 TEST(Bands, EquallyFarIsTheLower) {
   for (std::size_t i = 0; i + 1 < Bands::centres.size(); ++i) {
     const double low = Bands::centres[i], high = Bands::centres[i + 1];
@@ -130,7 +130,7 @@ TEST(Bands, EquallyFarIsTheLower) {
 
 // makeTrial
 
-// The state after this seed is 1, and the fraction of it 0: the targets are the lowest ones.
+// After this seed the generator is in state 1, a fraction of 0: targets lie at their lower ends.
 TEST(Trial, HalvesAreRoundedAwayFromZero) {
   constexpr std::uint64_t seed = 13721891023265367629U;
   const auto level = Drills::makeTrial(62.5, Material::pad, seed, Drill::level);
@@ -139,7 +139,7 @@ TEST(Trial, HalvesAreRoundedAwayFromZero) {
   EXPECT_EQ(dynamics.targetGRdB, 4.7); // 46.5 steps
 }
 
-RC_GTEST_PROP(TrialLaw, IsTheModelsToTheLastBit, ()) {
+RC_GTEST_PROP(TrialLaw, MatchesTheModelBitForBit, ()) {
   const double difficulty = *anyDifficulty();
   const Material material = *anyMaterial();
   const std::uint64_t seed = *anySeed();

@@ -1,4 +1,4 @@
-// Runs the program's check of the wordmark face in homes and build trees of the test's own.
+// Runs the brand check in home directories and build trees laid out for each test.
 
 #include "kit/Command.h"
 #include "kit/Files.h"

@@ -14,7 +14,7 @@ using namespace velto;
 
 namespace {
 
-// A row of the history, derived here once more and by other means than the program's.
+// One answer of the history, derived a second time and independently.
 struct Row {
   int drill;
   int band; // -1: none
@@ -82,7 +82,7 @@ const char* const drillNames[] = {"frequency", "level", "dynamics", "polarity"};
 
 } // namespace
 
-// Figures worked out outside of this program.
+// Against figures computed elsewhere.
 TEST(DemoData, TheDerivationAgreesWithKnownFigures) {
   const History history = derivedHistory();
   EXPECT_EQ(history.rows.front().drill, 2);

@@ -1,4 +1,4 @@
-// The switches that the program knows are those of its help, its manual page and its completion.
+// Command line, help, manual page and shell completion list the same switches.
 #include "Help.h"
 
 #include "Drills.h"
@@ -34,7 +34,7 @@ std::string help(std::map<std::string, std::string> variables = {{"HOME", "/home
   return Help::text(surroundings(std::move(variables)));
 }
 
-// What the first group of `pattern` matches, wherever it does.
+// All matches of the first group of `pattern`.
 Names found(const std::string& text, const char* pattern) {
   const std::regex regex(pattern, std::regex::multiline);
   Names names;

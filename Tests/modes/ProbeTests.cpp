@@ -124,7 +124,7 @@ TEST(Probe, PrintsTheSameEveryTime) {
   EXPECT_EQ(runProbe().lines, runProbe().lines);
 }
 
-// "Today" is another date in some of them, and some change their clocks.
+// "Today" differs between them, and some have clock changes.
 TEST(Probe, PassesInEveryTimeZone) {
   for (const char* zone : {"UTC", "Pacific/Kiritimati", "Pacific/Niue", "America/New_York",
                            "Europe/Berlin", "Asia/Kathmandu", "Australia/Lord_Howe"}) {

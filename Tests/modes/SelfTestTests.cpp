@@ -84,7 +84,7 @@ TEST(SelfTestVerdict, NeedsMoreThan20000Frames) {
   EXPECT_EQ(judged({}).lines, std::vector<std::string>{nothing});
 }
 
-// Renders in real time, or as much of it as it is told, on a thread of its own.
+// Renders on its own thread, at real time or a given fraction of it.
 class PacedDevice final : public OutputDevice {
 public:
   explicit PacedDevice(int blocks) : blocks_(blocks) {}

@@ -16,7 +16,7 @@ std::int64_t dayNumber(int year, int month, int day) {
   return utcSeconds(year, month, day) / 86400;
 }
 
-// A day by its first and last second, in UTC.
+// Expects a day to reach from its first to its last second (UTC).
 void expectDay(std::int64_t expected, Date first, Date last) {
   Calendar calendar;
   const Date before{first.secondsSinceReferenceDate - 0.001};
@@ -131,7 +131,7 @@ TEST(Calendar, EachOneTakesTheTimeZoneOfItsTime) {
   EXPECT_EQ(Calendar().day(date), dayNumber(2026, 7, 1));
 }
 
-// The civil date that the C library shows, numbered by the C library too.
+// The day number by localtime_r and timegm.
 std::int64_t dayByTheLibrary(std::int64_t moment) {
   const std::time_t time = moment;
   std::tm fields{};
@@ -142,7 +142,7 @@ std::int64_t dayByTheLibrary(std::int64_t moment) {
 }
 
 RC_GTEST_PROP(Calendar, AgreesWithTheWallClockInAnyOrderOfAsking, ()) {
-  // Zones with a moment near which something odd happens.
+  // Time zones, each with a moment near an irregular change of its clocks.
   static const std::vector<std::pair<std::string, std::int64_t>> oddities{
       {"Europe/Berlin", utcSeconds(2026, 3, 29)},
       {"Europe/Berlin", utcSeconds(2026, 10, 25)},

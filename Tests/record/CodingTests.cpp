@@ -81,7 +81,7 @@ TEST(Coding, KeysAreWrittenInTheOrderOfTheFields) {
   EXPECT_EQ(Coding::encode(storedValue), storedText);
 }
 
-TEST(Coding, ABandThatIsNotThereIsLeftOut) {
+TEST(Coding, AnAbsentBandIsOmitted) {
   EXPECT_EQ(Coding::encode(levelValue), levelText);
 }
 
@@ -162,7 +162,7 @@ TEST(Coding, WhatWasWrittenIsRead) {
   EXPECT_EQ(Coding::decodeStored(storedText), storedValue);
 }
 
-TEST(Coding, AFileByHandIsRead) {
+TEST(Coding, AHandWrittenFileIsRead) {
   const std::string text =
       "\n{ \"lifetime\" : { } ,\t\"staircases\":\r\n {},\n \"attempts\" : [ {\n"
       "\"bandIndex\": 14.0, \"error\" : 32e-2, \"correct\":true,\n"
@@ -172,7 +172,7 @@ TEST(Coding, AFileByHandIsRead) {
   EXPECT_EQ(Coding::decodeStored(text), (Stored{{attemptValue}, {}, {}}));
 }
 
-// Every order of an object's members is the same object.
+// The order of an object's members does not matter.
 TEST(Coding, KeysAreReadInAnyOrder) {
   std::vector<std::string> members{R"("attempts":10)", R"("hits":4)", R"("errorSum":7.125)"};
   std::sort(members.begin(), members.end());
@@ -291,7 +291,7 @@ TEST(Coding, UnknownKeysInsideTheFileAreSkipped) {
             storedValue);
 }
 
-TEST(Coding, OfADoubledKeyTheLastCountsButAllMustBeValid) {
+TEST(Coding, TheLastOfDuplicateKeysWinsButAllMustBeValid) {
   const auto twice = [](const std::string& first, const std::string& second) {
     return Coding::decodeBandRoll(R"({"attempts":)" + first +
                                   R"(,"hits":4,"errorSum":7.125,"attempts":)" + second + "}");
@@ -313,7 +313,7 @@ TEST(Coding, OfADoubledKeyTheLastCountsButAllMustBeValid) {
             (Stored{{}, {}, {{4, rollValue}}}));
 }
 
-TEST(Coding, ABandMayBeAbsentOrNullButNothingElse) {
+TEST(Coding, ABandIsAnIntegerAbsentOrNull) {
   Attempt without = attemptValue;
   without.bandIndex.reset();
   EXPECT_EQ(Coding::decodeAttempt(changed(attemptText, R"(,"bandIndex":14)", "")), without);
@@ -454,7 +454,7 @@ TEST(Coding, NumbersAreReadTheSameUnderACommaLocale) {
   EXPECT_EQ(five.value().reversals, 5);
 }
 
-TEST(Coding, DrillsAndMaterialsGoByTheirExactNames) {
+TEST(Coding, DrillAndMaterialNamesMatchExactly) {
   for (const char* name : {"Frequency", "frequency ", "", "levels", "0"})
     EXPECT_FALSE(Coding::decodeAttempt(
         changed(attemptText, "\"frequency\"", "\"" + std::string(name) + "\"")))

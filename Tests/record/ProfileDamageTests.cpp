@@ -1,4 +1,4 @@
-// Files that no program of ours wrote: damaged, out of range, oversized.
+// Damaged, out-of-range and oversized profile files.
 #include "Coding.h"
 #include "Profile.h"
 
@@ -130,7 +130,7 @@ TEST_F(ProfileDamage, StaircasesOutOfRangeComeBackIntoItByMovesTowardsIt) {
       const Trial trial = Drills::makeTrial(50, Material::pad, 5, Drill::level);
       profile.record(trial, {false, 1, {}, {}, {}});
       EXPECT_GE(profile.staircase(Drill::level).difficulty, 0);
-      // Down first, then up past the upper end.
+      // Down first, then up beyond 100.
       profile.record(trial, {true, 0, {}, {}, {}});
       profile.record(trial, {true, 0, {}, {}, {}});
       EXPECT_LE(profile.staircase(Drill::level).difficulty, 100);
@@ -138,7 +138,7 @@ TEST_F(ProfileDamage, StaircasesOutOfRangeComeBackIntoItByMovesTowardsIt) {
   }
 }
 
-// A sum beyond every double cannot be written: the file stays as it was, the program goes on.
+// An error sum that overflows cannot be encoded: the file stays as it was.
 TEST_F(ProfileDamage, ErrorsTooLargeToBeSummedStopTheSavingNotTheProgram) {
   Stored stored;
   for (int i = 0; i < 5000; ++i)

@@ -38,20 +38,20 @@ TEST(ProfileLocation, TheVariableIsTakenWhateverItsValue) {
   EXPECT_EQ(resolve({{"VELTO_PROFILE_DIR", ""}, {"HOME", "/h"}}).file(), "profile.json");
 }
 
-TEST(ProfileLocation, ElseItLiesInTheUsersDataDirectory) {
+TEST(ProfileLocation, DefaultsToTheUsersDataDirectory) {
   EXPECT_EQ(resolve({{"XDG_DATA_HOME", "/x"}, {"HOME", "/h"}}, "/acc"), inData("/x"));
   EXPECT_EQ(resolve({{"HOME", "/h"}}, "/acc"), inData("/h/.local/share"));
   EXPECT_EQ(resolve({}, "/acc"), inData("/acc/.local/share"));
 }
 
-TEST(ProfileLocation, RelativeAndEmptyValuesAreAsGoodAsNone) {
+TEST(ProfileLocation, RelativeAndEmptyPathsAreIgnored) {
   EXPECT_EQ(resolve({{"XDG_DATA_HOME", "x"}, {"HOME", "/h"}}), inData("/h/.local/share"));
   EXPECT_EQ(resolve({{"XDG_DATA_HOME", ""}, {"HOME", "/h"}}), inData("/h/.local/share"));
   EXPECT_EQ(resolve({{"HOME", ""}}, "/acc"), inData("/acc/.local/share"));
   EXPECT_EQ(resolve({{"HOME", "h"}}, "/acc"), inData("/acc/.local/share"));
 }
 
-TEST(ProfileLocation, TheAccountIsAskedOnlyWhenNothingElseIsKnown) {
+TEST(ProfileLocation, QueriesTheAccountOnlyAsALastResort) {
   Environment asked = environment({{"HOME", "/h"}}, std::nullopt);
   asked.accountHome = []() -> std::optional<std::string> {
     ADD_FAILURE() << "asked the account database";
@@ -65,7 +65,7 @@ TEST(ProfileLocationDeathTest, WithoutAnyDirectoryTheProcessStops) {
   EXPECT_DEATH(static_cast<void>(resolve({{"HOME", ""}, {"XDG_DATA_HOME", "x"}}, "")), "^Velto: ");
 }
 
-TEST(ProfileLocation, TheProcessIsAskedForItsVariablesAndItsAccount) {
+TEST(ProfileLocation, ReadsVariablesAndAccountOfTheProcess) {
   const testing::ScopedVariable set("VELTO_PROFILE_DIR", "/somewhere/else");
   const testing::ScopedVariable unset("XDG_DATA_HOME", std::nullopt);
   const Environment process = Environment::ofProcess();

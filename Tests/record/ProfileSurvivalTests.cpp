@@ -1,4 +1,4 @@
-// The practice record against death, full disks and other programs.
+// The practice record survives kills, full disks and a second program.
 #include "Coding.h"
 #include "Profile.h"
 #include "SafeFile.h"
@@ -49,8 +49,7 @@ void recordNumbered(Profile& profile, std::int64_t number) {
                  {number % 2 == 0, 0.25, {}, {}, {}});
 }
 
-// How many answers were ever given, as far as this record knows; they must be numbered without a
-// gap.
+// The number of answers in the record, rolled-up ones included. They must be numbered without gaps.
 std::int64_t answersIn(const Profile& profile) {
   std::int64_t count = 0;
   for (const auto& [band, roll] : profile.lifetime())
@@ -80,9 +79,9 @@ protected:
   ScratchFolder scratch_;
 };
 
-// ---- Death ----
+// ---- Kills ----
 
-// A number that another process counts up.
+// A counter shared with another process.
 class SharedCount {
   using Count = std::atomic<std::int64_t>;
   static_assert(Count::is_always_lock_free);
@@ -181,7 +180,7 @@ TEST_F(ProfileSurvival, AnErrorOfTheDiskIsSilentAndTheNextAnswerTriesAgain) {
   }
 }
 
-// Leaves about so many bytes of a small disk.
+// Fills a small disk up to about so many free bytes.
 void fillUp(const fs::path& filler, std::size_t butFor) {
   std::ofstream(filler, std::ios::binary) << std::string(1 << 20, 'x');
   const auto size = fs::file_size(filler);

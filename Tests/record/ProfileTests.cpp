@@ -31,8 +31,8 @@ Drills::Grade graded(bool correct, double error) {
   return {correct, error, {}, {}, {}};
 }
 
-// `count` answers of now, each told by its difficulty; every other row has the band i % 27. The
-// errors are tenths, which a 32-bit sum does not hold.
+// `count` answers dated now, numbered by their difficulty. Every other one is a frequency answer in
+// band i % 27. Errors are tenths, whose sums a 32-bit float would round.
 std::vector<Attempt> rows(int count) {
   std::vector<Attempt> result;
   Attempt attempt = row(Drill::level, std::nullopt, false, 0, Date::now());
@@ -48,7 +48,7 @@ std::vector<Attempt> rows(int count) {
   return result;
 }
 
-// Adds an answer to what is expected of its band.
+// Adds an answer to the expected roll-up of its band.
 void count(BandRoll& roll, const Attempt& attempt) {
   roll.attempts += 1;
   roll.hits += attempt.correct ? 1 : 0;
@@ -119,7 +119,7 @@ TEST_F(ProfileInData, AnEarlierFileStaysWhereThereIsANewOne) {
   EXPECT_EQ(contentOf(current()), three_);
 }
 
-TEST_F(ProfileInData, AMoveThatFailsLeavesTheEarlierFile) {
+TEST_F(ProfileInData, AFailedMoveLeavesTheEarlierFile) {
   put(earlier(), five_);
   put(data() / "MORLA Velto", "a file where the folder should be");
   Profile profile;
@@ -444,7 +444,7 @@ TEST_F(ProfileTest, AReplacedHistoryLeavesTheRollUpAndIsSavedOnDemand) {
   EXPECT_EQ(profile.stats().todayCount + 160, profile.stats().todayCount * 2);
 }
 
-// What a band has in all, roll-up and rows.
+// Roll-up and rows of each band together.
 std::map<std::int64_t, BandRoll> totals(const Profile& profile) {
   std::map<std::int64_t, BandRoll> sums = profile.lifetime();
   for (const Attempt& attempt : profile.attempts())
@@ -459,8 +459,8 @@ RC_GTEST_PROP(ProfileRollUp, LosesNoAnswerOfAnyBand, ()) {
   std::map<std::int64_t, BandRoll> expected;
   std::size_t given = 0;
   for (int round = *rc::gen::inRange(1, 4); round > 0; --round) {
-    // A long stretch of one kind and a short mixed one. Sums of tenths are those of the same order
-    // only.
+    // A long run in one band, then a few mixed answers. Errors are tenths: their sum depends on the
+    // order and needs all 64 bits.
     auto history = profile.attempts();
     const auto stretchBand = *rc::gen::inRange<std::int64_t>(0, 27);
     const int stretch = *rc::gen::inRange(0, 6000);

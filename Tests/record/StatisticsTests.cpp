@@ -44,7 +44,7 @@ protected:
   }
 };
 
-TEST_F(StatisticsTest, OfNothingAreTwentySevenEmptyBands) {
+TEST_F(StatisticsTest, HaveTwentySevenEmptyBandsWithoutAnswers) {
   const Stats stats = Statistics::compute({}, {}, now_);
   ASSERT_EQ(stats.bands.size(), 27U);
   for (std::size_t i = 0; i < stats.bands.size(); ++i)
@@ -190,7 +190,7 @@ TEST_P(StatisticsIn, AMinuteBeforeAndAMinuteAfterMidnightAreTwoDays) {
   EXPECT_EQ(before.streak, 1);
 }
 
-// A day's first and last minute, through a year with all its changes of the clock.
+// Practice early, at noon and late, through a year with both clock changes.
 TEST_P(StatisticsIn, DailyPracticeThroughTheYearIsOneStreak) {
   for (const auto& [hour, minute] : {std::pair{1, 1}, std::pair{12, 0}, std::pair{22, 59}}) {
     std::vector<Attempt> rows;
@@ -263,7 +263,7 @@ RC_GTEST_PROP(Statistics, AStreakIsTheLongestRunThatEndsTodayOrElseYesterday,
   RC_ASSERT(Statistics::streak(days, 20000) == (ending > 0 ? ending : runEndingAt(19999)));
 }
 
-// The same figures by other means: a pass for each figure, and days counted in UTC.
+// A second computation of the statistics: one pass per figure, days in UTC.
 
 void requireBands(const Stats& stats, const std::vector<Attempt>& rows, const Lifetime& lifetime) {
   RC_ASSERT(stats.bands.size() == 27U);

@@ -1,8 +1,8 @@
 // A slow, literal model of trials, grading, the staircase, synthesis, measurement and rendering.
 //
-// It is the yardstick for the program and shares no line with it: statement by statement what is
-// meant, each value computed where it is needed, nothing shared, cached, reordered or skipped. The
-// program may grow fast; this file does not change with it. It includes nothing of Sources.
+// The program must match it bit for bit. It shares no code with the program and includes nothing of
+// Sources: each value is computed where it is needed, nothing is cached, reordered or skipped. When
+// the program is optimised, this file stays as it is.
 #pragma once
 
 #include <array>
@@ -36,11 +36,11 @@ double magnitudeAt(const Samples& x, double freq, double sampleRate);
 
 // Source materials
 
-// One step of the generator: the state after `state`. Never give it 0.
+// The generator's state after `state`, which must not be 0.
 std::uint64_t step(std::uint64_t state);
 // The state that a generator starts with for a seed.
 std::uint64_t startState(std::uint64_t seed);
-// The two kinds of value taken from a state that was just stepped.
+// The noise value, and the value in [0, 1), of a state.
 double noiseValue(std::uint64_t state);
 double unitValue(std::uint64_t state);
 

@@ -1,4 +1,4 @@
-// The yardstick itself, against figures that no program made: closed forms and draws by hand.
+// The reference model against closed forms and figures worked out by hand.
 
 #include "ReferenceModel.h"
 
@@ -428,7 +428,7 @@ TEST(ReferenceTrial, MixesSeedsAsSplitMix64) {
   EXPECT_EQ(mixedSeed(2 * gamma), 0x06C45D188009454FU);
 }
 
-// The state after this seed is 1, and the fraction of it 0: the targets are the lowest ones.
+// After this seed the generator is in state 1, a fraction of 0: targets lie at their lower ends.
 TEST(ReferenceTrial, RoundsHalvesAwayFromZero) {
   constexpr std::uint64_t seed = 13721891023265367629U;
   EXPECT_EQ(makeTrial(62.5, Material::pad, seed, Drill::level).targetLevelDB, 1.15); // 22.5 steps
