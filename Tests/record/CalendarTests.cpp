@@ -21,10 +21,11 @@ void expectDay(std::int64_t expected, Date first, Date last) {
   Calendar calendar;
   const Date before{first.secondsSinceReferenceDate - 0.001};
   const Date after{last.secondsSinceReferenceDate + 1};
+  // From either end the bounds that are kept must not reach too far at the other.
   EXPECT_EQ(calendar.day(first), expected);
+  EXPECT_NE(calendar.day(after), expected);
   EXPECT_EQ(calendar.day({last.secondsSinceReferenceDate + 0.999}), expected);
   EXPECT_NE(calendar.day(before), expected);
-  EXPECT_NE(calendar.day(after), expected);
   EXPECT_EQ(Calendar().day(before), calendar.day(before));
   EXPECT_EQ(Calendar().day(after), calendar.day(after));
 }
