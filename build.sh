@@ -279,7 +279,7 @@ run() {
 trial() {
   local program=$1 folder=$root/build/trial
   shift
-  (($# > 0)) || set -- --drill frequency --answer 1000
+  given --drill --answer --shot -- "$@" || set -- "$@" --drill frequency --answer 1000
   given --shot -- "$@" || set -- "$@" --shot "$folder/velto.png"
   local picture
   picture=$(valueOf --shot "$@")
