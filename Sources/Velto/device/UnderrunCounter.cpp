@@ -35,7 +35,7 @@ void UnderrunCounter::note(Time begin, Time end, std::size_t frames) noexcept {
 }
 
 CallbackCounts UnderrunCounter::counts() const {
-  // In this order a reader never sees more missed than late ones, or more late ones than all.
+  // The reverse order of the increments, so that missed does not exceed late, nor late all.
   CallbackCounts counts;
   counts.missed = missed_.load(std::memory_order_relaxed);
   counts.late = late_.load(std::memory_order_relaxed);
