@@ -57,7 +57,7 @@ AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
 }
 
 AppDelegate::~AppDelegate() {
-  // Renders in progress hand their results to the event loop.
+  // Renders in progress still post their results to the event loop.
   QThreadPool::globalInstance()->waitForDone();
 }
 
@@ -118,8 +118,9 @@ void AppDelegate::followDesktop() {
 }
 
 void AppDelegate::limitSize() {
-  // Window managers count sizes up from the minimum, in steps of whole points that are also whole
-  // pixels. The initial size must be one of them at every common scale.
+  // Window managers resize from the minimum in steps of whole points that are also whole pixels.
+  // The initial size is a multiple of 4 points above the minimum, which is such a step at every
+  // common scale.
   const auto smallest = [root = window_->rootObject()](const char* property, int initial) {
     constexpr double step = 4; // points
     const double spare = initial - root->property(property).toDouble();
@@ -251,7 +252,7 @@ int AppDelegate::shoot(const QString& path) {
   QBuffer buffer(&png);
   if (picture.isNull() || !buffer.open(QIODevice::WriteOnly) || !picture.save(&buffer, "PNG"))
     return EXIT_FAILURE;
-  // A picture that cannot be written does not fail the run.
+  // The run succeeds even if the picture cannot be written.
   QFile file(path);
   if (file.open(QIODevice::WriteOnly))
     file.write(png);

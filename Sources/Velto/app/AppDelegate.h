@@ -56,7 +56,7 @@ private:
   void resume();
   void installSoundTimer();
   void scheduleShot(const QString& path);
-  // The steps of the scripted run. On failure, false or a non-zero exit status.
+  // The steps of the scripted run. They return false, or a non-zero exit status, on failure.
   [[nodiscard]] bool submitScripted(double answer);
   [[nodiscard]] int shoot(const QString& path);
 

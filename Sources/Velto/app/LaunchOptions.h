@@ -28,7 +28,7 @@ private:
 // Launch options of the window.
 struct LaunchOptions {
   std::optional<std::string> shotPath;  // --shot: where the snapshot goes
-  Drill drill = Drill::frequency;       // --drill; default for an unknown drill
+  Drill drill = Drill::frequency;       // --drill; frequency if it is unknown
   std::optional<double> scriptedAnswer; // --answer, used with --shot only
   std::optional<bool> fixedDark;        // --appearance: false for "light", true for anything else
   bool fair = false;                    // --fair

@@ -16,7 +16,7 @@ struct Spelling {
   std::chars_format format;
 };
 
-// Whether the text after a sign or 0x may be passed to from_chars, which would also accept another
+// True if the text after a sign or 0x may be passed to from_chars, which would also accept a second
 // sign, an infinity in hexadecimal, or a payload after "nan".
 bool isPlain(const Spelling& spelling) {
   const auto [text, format] = spelling;
@@ -26,8 +26,9 @@ bool isPlain(const Spelling& spelling) {
   return format != std::chars_format::hex || hexStart.find(text.front()) != hexStart.npos;
 }
 
-// True if an out-of-range literal underflowed rather than overflowed: from_chars does not say
-// which. It did if its first non-zero digit, shifted by the exponent, lies behind the point.
+// True if an out-of-range literal underflowed rather than overflowed, which from_chars does not
+// distinguish. It underflowed if its first non-zero digit, shifted by the exponent, is behind the
+// point.
 bool isBelowOne(const Spelling& spelling) {
   const auto [text, format] = spelling;
   const bool hexadecimal = format == std::chars_format::hex;
@@ -39,7 +40,7 @@ bool isBelowOne(const Spelling& spelling) {
   std::string_view exponentText = text.substr(std::min(mark + 1, text.size()));
   if (exponentText.starts_with('+'))
     exponentText.remove_prefix(1);
-  // The sign of an exponent beyond 64 bits decides.
+  // For an exponent beyond 64 bits, its sign decides.
   std::int64_t exponent = 0;
   const char* end = exponentText.data() + exponentText.size();
   if (std::from_chars(exponentText.data(), end, exponent).ec == std::errc::result_out_of_range)

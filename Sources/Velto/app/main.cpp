@@ -27,7 +27,7 @@ namespace {
 
 using namespace velto;
 
-// Without a display, Qt aborts with a page of advice: exit with one line instead.
+// Without a display, Qt aborts with a long message: exit with one line instead.
 void reportMessages(QtMsgType type, const QMessageLogContext&, const QString& text) {
   if (type == QtFatalMsg) {
     std::fputs("Velto: there is no display to open a window on\n", stderr);
@@ -37,7 +37,7 @@ void reportMessages(QtMsgType type, const QMessageLogContext&, const QString& te
     std::fprintf(stderr, "Velto: %s\n", text.toUtf8().constData());
 }
 
-// Qt passes the icon on under X11; under Wayland the desktop finds it by the desktop file's name.
+// Used under X11; under Wayland the desktop finds the icon by the name of the desktop file.
 QIcon windowIcon() {
   QIcon icon;
   for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
@@ -60,9 +60,9 @@ int runWindow(int argc, char** argv, const LaunchOptions& options) {
   return QGuiApplication::exec();
 }
 
-// Fonts need an application, but no display. The check changes nothing on disk, but an application
-// that starts looks for a Wayland socket, and where the session has no folder for one Qt creates it
-// in the temporary folder: it finds none meanwhile.
+// Fonts need a QGuiApplication, but no display. On construction it looks for a Wayland socket; in a
+// session without a runtime folder, Qt would create one in the temporary folder. An invalid TMPDIR
+// prevents that, because the check must change nothing on disk.
 bool runBrandCheck(int argc, char** argv) {
   qInstallMessageHandler(reportMessages);
   qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -80,7 +80,7 @@ int statusOf(bool passed) {
 
 } // namespace
 
-// The first switch below that was given decides, wherever it stands on the command line. Modes
+// The first of the switches below that was given wins, wherever it is on the command line. Modes
 // without a window need no display, and only the brand check creates an application.
 int main(int argc, char** argv) {
   StandardStreams::prepare();

@@ -1,4 +1,4 @@
-// Hands stereo frames from the audio thread to a thread that may wait.
+// Passes stereo frames from the audio thread to a thread that may block.
 #pragma once
 
 #include <atomic>
@@ -8,11 +8,11 @@
 
 namespace velto {
 
-// A lock-free ring with a single writer and a single reader. All memory is allocated, and touched,
-// at construction. A block that does not fit is dropped whole and counted.
+// A lock-free ring with a single writer and a single reader. All memory is allocated and touched at
+// construction. A block that does not fit is dropped whole, and its frames are counted.
 class FrameRing {
 public:
-  // Holds up to `capacityFrames` frames, one or more.
+  // Holds up to `capacityFrames` frames; at least 1.
   explicit FrameRing(std::size_t capacityFrames);
 
   FrameRing(const FrameRing&) = delete;
@@ -32,9 +32,10 @@ public:
 
 private:
   const std::size_t capacity_;
-  std::vector<float> samples_; // interleaved; frame n lies at n modulo capacity_
+  std::vector<float> samples_; // interleaved; frame n is stored as frame n % capacity_
 
-  // Frame counts. Each is stored by one side, when it is done with the frames before it.
+  // Frame counts. Each has one writer, which stores it after finishing with the frames that it
+  // counts.
   std::atomic<std::uint64_t> written_{0}; // writer
   std::atomic<std::uint64_t> read_{0};    // reader
   std::atomic<std::uint64_t> dropped_{0}; // writer

@@ -10,7 +10,7 @@ namespace velto {
 
 namespace {
 
-// A volume and the load that it belongs to in one word, so that both are of one moment.
+// A volume and the load that it belongs to, packed into one word so that they are read together.
 std::uint64_t packed(std::uint32_t load, float volume) {
   return std::uint64_t{load} << 32 | std::bit_cast<std::uint32_t>(volume);
 }
@@ -19,7 +19,7 @@ std::uint64_t packed(std::uint32_t load, float volume) {
 
 Mixer::Mixer() {
   // Half a Hann window: its slope is zero at both ends, so that even a low tone ends without a
-  // tick.
+  // click.
   for (std::size_t i = 0; i < tailFrames; ++i)
     tailFade_[i] =
         0.5 + 0.5 * std::cos(std::numbers::pi * static_cast<double>(i) / double{tailFrames});
@@ -147,7 +147,7 @@ void Mixer::renderChunk(float* interleaved, std::size_t frames) {
   clock_ += frames;
 }
 
-// Adds the `frames` frames from `clock_` on to `mix`.
+// Adds `frames` frames, starting at `clock_`, to `mix`.
 void Mixer::addVoice(const Voice& voice, double* mix, std::size_t frames) const {
   const std::uint64_t end = clock_ + frames;
   if (voice.length == 0 || end <= start_)

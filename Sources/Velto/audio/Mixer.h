@@ -1,4 +1,4 @@
-// Computes what is heard, frame by frame: looping slots, and the switches between them.
+// Mixes looping slots and the transitions between them, frame by frame.
 #pragma once
 
 #include "Renderer.h"
@@ -15,19 +15,17 @@
 
 namespace velto {
 
-// Plays all slots of a scene in sample-locked loops from one common frame, each at a gain of its
-// own: 1 for the chosen slot, 0 for the others, and in between while a switch is under way.
+// Plays all slots of a scene as sample-locked loops that start at the same frame. Each slot has its
+// own gain: 1 for the chosen slot, 0 for the others, in between during a switch.
 //
-// - A switch takes 150 ms of rendered frames and starts from the present gains. A crossfade moves
-//   each gain along a straight line. A switch through silence moves them to 0 in 75 ms, then the
-//   chosen one to 1: only one slot is heard at any frame. There, choosing the chosen slot again is
-//   a no-op.
-// - A load fades in: its crossfade starts when the scene is adopted, its slots `startDelayFrames`
-//   later. A gain moves only while its slot plays: from 0, within 12.5 ms, to where the crossfade
-//   then stands.
-// - A load that is replaced fades out within 5 ms, under the next one.
-// - Gains and sums are 64-bit floats, rounded once. A crossfade between identical slots changes no
-//   bit.
+// - A switch takes 150 ms of rendered audio and starts from the current gains. A crossfade is
+//   linear. A switch through silence takes all gains to 0 in 75 ms, then the chosen slot's to 1, so
+//   that only one slot is audible at a time; choosing the same slot again is then a no-op.
+// - A load fades in: its crossfade starts when the scene is adopted. Its slots start
+//   `startDelayFrames` later, and each gain rises from 0 to the crossfade's value within 12.5 ms.
+// - A replaced load fades out within 5 ms, mixed with the new one.
+// - Gains and sums are 64-bit floats, rounded once. A crossfade between identical slots leaves
+//   every bit unchanged.
 class Mixer final : public Renderer {
 public:
   static constexpr std::uint64_t stepFrames = 600; // 12.5 ms
@@ -37,16 +35,16 @@ public:
 
   Mixer();
 
-  // Hands `scene` over. It is adopted at the beginning of the next block, unless a newer one has
-  // been published by then. Frees scenes that are no longer played. Main thread.
+  // Publishes `scene`. The audio thread adopts it at the start of its next block, unless a newer
+  // one has been published by then. Frees scenes that are no longer in use. Main thread only.
   void publish(Scene scene);
 
-  // Frees all scenes but the latest. Only while nobody renders or publishes; the next scene must
-  // belong to another stream.
+  // Frees all scenes but the latest. Call only while no other thread renders or publishes; the
+  // scene that is rendered next must belong to a new stream.
   void releaseAllButLatest();
 
-  // The volume of a slot at the latest step of its switch, 0 to 1; 0 while another load than `load`
-  // plays. Any thread.
+  // The volume of a slot, 0 to 1, at the latest of the 12 steps of its switch; 0 unless `load` is
+  // playing. Any thread.
   [[nodiscard]] float volume(std::size_t slot, std::uint32_t load) const;
 
   // Frames rendered so far. Any thread.
@@ -54,11 +52,11 @@ public:
     return publishedClock_.load(std::memory_order_relaxed);
   }
 
-  // Audio thread: no lock, no allocation, no system call.
+  // Audio thread only. Real-time safe: no lock, no allocation, no system call.
   void render(float* interleaved, std::size_t frames) noexcept override;
 
 private:
-  // The way from one gain to another: a straight line, or two of equal length that meet at 0.
+  // A transition between two gains: one straight line, or two of equal length that meet at 0.
   struct Line {
     double from = 0, to = 0;
     std::uint64_t begin = 0; // the frame at which the line leaves `from`
@@ -73,7 +71,8 @@ private:
     const float* r = nullptr;
     std::size_t length = 0; // frames of the loop; 0: nothing plays
     Line line;              // the crossfade
-               // Until the frame riseEnd the gain is on another line, which leads there.
+
+    // Before the frame riseEnd the gain follows another line, which joins the crossfade there.
     std::uint64_t riseBegin = 0, riseEnd = 0;
     double riseFrom = 0, riseTo = 0;
   };
@@ -94,7 +93,7 @@ private:
   [[nodiscard]] static double gainAt(const Voice& voice, std::uint64_t frame);
   [[nodiscard]] bool rests(const Voice& voice) const;
 
-  // A published scene; numbers grow by one with each.
+  // A published scene with its number, counted from 1.
   struct Published {
     Published(Scene theScene, std::uint64_t theNumber)
         : scene(std::move(theScene)), number(theNumber) {}
@@ -116,8 +115,8 @@ private:
   std::uint64_t clock_ = 0; // the next frame to render
   std::uint64_t start_ = 0; // the first frame of all voices
   std::array<double, 2 * chunkFrames> mix_{};
-  std::array<double, 2 * tailFrames> tail_{}; // what is left of ended scenes, interleaved
-  std::size_t tailLeft_ = 0;                  // frames of it that were not played yet
+  std::array<double, 2 * tailFrames> tail_{}; // the fading rest of replaced loads, interleaved
+  std::size_t tailLeft_ = 0;                  // frames of it still to be played
   std::array<double, tailFrames> tailFade_{}; // never written after construction
 
   // Audio thread writes, any thread reads.

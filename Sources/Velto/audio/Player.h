@@ -15,8 +15,8 @@
 
 namespace velto {
 
-// Idle, or playing: then every slot runs on its own node, and the node of `current` is heard.
-// Main thread only.
+// Either idle or playing. While playing, every slot runs on its own node, and only the node of
+// current() is audible once a switch is over. Main thread only.
 class Player {
 public:
   static constexpr std::size_t nodeCount = Scene::maxSlots;
@@ -25,23 +25,23 @@ public:
   // What load() does while the output is closed.
   enum class Opening {
     awaited,     // waits until it is open; reports a failure
-    inBackground // requests opening and stays idle: load again when whenOpeningEnds() has called
+    inBackground // requests opening and stays idle: load again after the callback of
+                 // whenOpeningEnds()
   };
 
   explicit Player(std::unique_ptr<PlaybackEngine> engine, Opening opening = Opening::awaited);
 
-  // Stops, then plays `slots` (the first three) in loops that all start at one moment, with slot
-  // `startAt` audible; none if there is no such slot. Stays idle if the engine does not start. A
-  // slot without buffers, or with buffers of different lengths, is a programming error: the process
-  // stops.
+  // Stops, then plays the first three of `slots` as loops that start together, with slot `startAt`
+  // audible; none if out of range. Stays idle if the engine does not start. Aborts if a slot has no
+  // buffers, buffers of different lengths, or 2^32 frames or more.
   void load(std::span<const Slot> slots, std::int64_t startAt,
             Switching switching = Switching::crossfade);
 
-  // Switches to `slot` in the way that load() was given, even to one that has nothing to play. A
-  // no-op while idle, and if the index is not below the number of nodes.
+  // Switches to `slot`, as the `switching` of load() says; to silence if it has nothing to play. A
+  // no-op while idle, or if `slot` is `nodeCount` or more.
   void switchTo(std::int64_t slot);
 
-  // Silences and stops everything. `current` keeps its value.
+  // Stops playback. current() keeps its value.
   void stop();
 
   [[nodiscard]] std::int64_t current() const { return current_; }
@@ -49,18 +49,18 @@ public:
   // In slot order: node i plays slot i.
   [[nodiscard]] const std::array<PlayerNode, nodeCount>& nodes() const { return nodes_; }
 
-  // Whether what is playing reaches the output.
+  // True if playing, and the output has not failed.
   [[nodiscard]] bool isRunning() const { return isPlaying_ && engine_->isRunning(); }
-  // The output, as PlaybackEngine has it.
+  // See PlaybackEngine.
   [[nodiscard]] PlaybackEngine::Output output() const { return engine_->output(); }
   [[nodiscard]] std::optional<std::string> error() const { return engine_->error(); }
   void whenOpeningEnds(std::function<void()> call) { engine_->whenOpeningEnds(std::move(call)); }
 
-  // Prints in one line on standard error why there is no sound.
+  // Writes a line to standard error that says why there is no sound.
   static void reportFailure(const std::string& reason);
 
-  // Proves that what a player plays leaves its engine's mixer at the expected level: plays a fixed
-  // trial aloud for 1.2 s, passes its lines to `print`, and returns whether it passed.
+  // Plays a fixed trial aloud for 1.2 s and checks that it leaves the engine's mixer at the
+  // expected level. Passes the lines of its report to `print`. True if it passed.
   [[nodiscard]] static bool selfTest(std::unique_ptr<PlaybackEngine> engine,
                                      const SelfTest::Print& print);
 

@@ -1,17 +1,17 @@
-// What computes the sound.
+// Interface of what computes the sound.
 #pragma once
 
 #include <cstddef>
 
 namespace velto {
 
-// Computes what is heard.
+// Computes audio block by block.
 class Renderer {
 public:
   virtual ~Renderer() = default;
 
-  // Writes `frames` interleaved stereo frames. Audio thread: no lock, no allocation, no system
-  // call.
+  // Writes `frames` interleaved stereo frames. Audio thread only. Implementations are real-time
+  // safe: no lock, no allocation, no system call.
   virtual void render(float* interleaved, std::size_t frames) noexcept = 0;
 };
 

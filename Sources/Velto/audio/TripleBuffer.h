@@ -1,4 +1,4 @@
-// Hands the latest value from one thread to another; newer values replace unread ones.
+// Passes the latest value from one thread to another; newer values replace unread ones.
 #pragma once
 
 #include <array>
@@ -6,8 +6,8 @@
 
 namespace velto {
 
-// Single writer, single reader. Wait-free: neither side locks, allocates or fails. `T` is a small
-// value that is copied freely.
+// Single writer, single reader. Wait-free: neither side locks, allocates or fails. `T` is small and
+// cheap to copy.
 template <typename T>
 class TripleBuffer {
 public:
@@ -17,8 +17,8 @@ public:
     writing_ = shared_.exchange(writing_ | fresh, std::memory_order_acq_rel) & index;
   }
 
-  // The newest value, or null if it has been fetched before. Valid until the next fetch that
-  // returns a value. Reader only. Real-time safe.
+  // The latest value; nullptr if nothing was published since the last fetch. Valid until the next
+  // fetch that returns a value. Reader only. Real-time safe.
   const T* fetch() {
     if ((shared_.load(std::memory_order_relaxed) & fresh) == 0)
       return nullptr;
@@ -28,10 +28,10 @@ public:
 
 private:
   static constexpr unsigned index = 3; // the bits that name a slot
-  static constexpr unsigned fresh = 4; // the shared slot holds a value that was not fetched
+  static constexpr unsigned fresh = 4; // the shared slot holds a value not yet fetched
   static_assert(std::atomic<unsigned>::is_always_lock_free);
 
-  std::array<T, 3> slots_{};        // each is touched by whoever holds its index
+  std::array<T, 3> slots_{};        // each is accessed only by the holder of its index
   unsigned writing_ = 0;            // writer only
   unsigned reading_ = 1;            // reader only
   std::atomic<unsigned> shared_{2}; // both

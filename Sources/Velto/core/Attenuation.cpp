@@ -12,7 +12,7 @@ namespace velto {
 namespace {
 
 // 2^y for |y| < 1000 with a relative error below `exp2Error`. Splits y into an integer and a
-// remainder |r| <= 1/2, and cuts the Taylor series of 2^r = e^(r ln 2) after r^10.
+// remainder |r| <= 1/2, and truncates the Taylor series of 2^r = e^(r ln 2) after r^10.
 //
 // Adding `toInteger` leaves y, rounded to an integer, in the low bits of the sum.
 constexpr double exp2Error = 1e-12;

@@ -42,8 +42,8 @@ private:
   std::vector<double> levelsDB_;
 };
 
-// An amplitude below which no sample is reduced at `thresholdDB`: below the knee by far more than
-// the rounding errors of log10 and pow. 0 if the knee lies near the detector's floor.
+// An amplitude below which no sample is reduced at `thresholdDB`. It lies below the knee by far
+// more than the rounding errors of log10 and pow; 0 if the knee is near the detector's floor.
 float idleBelow(double thresholdDB) {
   const double knee = std::pow(10.0, (thresholdDB - halfKneeDB) / 20);
   return knee > 2 * detectorFloor ? static_cast<float>(knee * (1 - 1e-6)) : 0.0f;
@@ -52,9 +52,9 @@ float idleBelow(double thresholdDB) {
 // One-pole smoothing of the gain reduction: fast attack, slow release.
 //
 // The release coefficient is the larger one, so max() picks the attack product for a negative
-// difference and the release product for a positive one: the same bits as a branch, without a
-// branch. The envelope never becomes NaN: a finite threshold implies finite samples, and an
-// infinite one reduces nothing.
+// difference and the release product for a positive one: the same bits as with a branch. The
+// envelope never becomes NaN: a finite threshold implies finite samples, and an infinite one
+// reduces nothing.
 class ReductionSmoother {
 public:
   double next(double reduction) {

@@ -18,13 +18,13 @@ struct Compressed {
 
 // Compresses `x` (feed-forward, 4:1, 6 dB soft knee, 5 ms attack, 120 ms release) with the
 // threshold at which the largest gain reduction is near `targetGRdB` (dB), found in twelve
-// bisection steps down to 40 dB below the peak. 2 to 20 dB are within reach; other targets get as
-// near as the range allows. No make-up gain. The output has the length of `x`. The static curve is
-// that of D. Giannoulis, M. Massberg and J. D. Reiss, "Digital dynamic range compressor design", J.
-// Audio Eng. Soc. 60, 2012.
+// bisection steps down to 40 dB below the peak. Targets of 2 to 20 dB are reachable; others are
+// approached as far as that range allows. No make-up gain. The output has the length of `x`. The
+// static curve is that of D. Giannoulis, M. Massberg and J. D. Reiss, "Digital dynamic range
+// compressor design", J. Audio Eng. Soc. 60, 2012.
 [[nodiscard]] Compressed compressorHitting(double targetGRdB, std::span<const float> x);
 
-// Same, into a buffer of the caller that has the length of `x` and does not overlap it. Returns the
+// Same, but writes to `out`, which must have the length of `x` and must not overlap it. Returns the
 // largest smoothed gain reduction in dB.
 double compressHitting(double targetGRdB, std::span<const float> x, std::span<float> out);
 

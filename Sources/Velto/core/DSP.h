@@ -33,13 +33,13 @@ struct Biquad {
   double x1 = 0, x2 = 0;         // the previous two inputs
   double y1 = 0, y2 = 0;         // the previous two outputs, before rounding to 32 bits
 
-  // Designs. `f0` and `sampleRate` in Hz, 0 < f0 < sampleRate / 2; `q` > 0. Arguments are not
-  // checked; others give an unusable section.
+  // Designs. `f0` and `sampleRate` in Hz, 0 < f0 < sampleRate / 2; `q` > 0. Not checked: arguments
+  // out of range give an unusable section.
 
-  // Unity gain at 0 Hz, a gain of `q` (linear) at `f0`, 12 dB less per octave far above it.
+  // Unity gain at 0 Hz, a gain of `q` (linear) at `f0`, falling by 12 dB per octave far above it.
   [[nodiscard]] static Biquad lowpass(double f0, double q, double sampleRate);
-  // Unity gain at half the sample rate, a gain of `q` (linear) at `f0`, 12 dB less per octave far
-  // below it.
+  // Unity gain at half the sample rate, a gain of `q` (linear) at `f0`, falling by 12 dB per octave
+  // far below it.
   [[nodiscard]] static Biquad highpass(double f0, double q, double sampleRate);
   // Unity gain at `f0`, -3 dB at two frequencies f0 / q apart (closer together near half the sample
   // rate).
@@ -64,8 +64,8 @@ struct Biquad {
   [[nodiscard]] double responseDB(double frequency, double sampleRate) const;
 };
 
-// A section that filters two successive samples at a time, with the same results as one after the
-// other. Whatever does not depend on its outputs is computed for both at once.
+// A section that filters two successive samples per call, with the same bits as one by one. The
+// feed-forward part is computed for both at once.
 class PairedBiquad {
 public:
   // Starts with the state of `section`.
@@ -104,7 +104,7 @@ public:
     const double v = static_cast<double>(sample);
     sumOfSquares_ += v * v;
   }
-  // Adds the first, then the second.
+  // Adds the first sample, then the second.
   void add(SamplePair samples) {
     const Pair v = widened(samples);
     const Pair squares = v * v;
@@ -121,7 +121,8 @@ private:
 // Peak level in dB; -240 for silence and for an empty buffer.
 [[nodiscard]] double peakDB(std::span<const float> x);
 
-// The factor that takes an RMS level of `levelDB` to `targetDB`; 1 where `levelDB` is not finite.
+// The linear gain from an RMS level of `levelDB` to one of `targetDB`; 1 if `levelDB` is not
+// finite.
 [[nodiscard]] float gainFrom(double levelDB, double targetDB);
 
 // Multiplies every sample by `gain`.
@@ -130,10 +131,9 @@ void scale(std::span<float> x, float gain);
 // `x` scaled to an RMS level of `targetDB`. Silence stays silent, an empty buffer empty.
 [[nodiscard]] Samples normalizeRMS(Samples x, double targetDB);
 
-// Magnitude of one Hann-windowed DFT bin at `freq` (Hz); its main lobe is 4 / x.size() of the
-// sample rate wide. A sine of amplitude a at `freq` gives about a / 2, because the window's
-// coherent gain is not compensated: compare ratios. `x` has at least two samples; an empty buffer
-// gives 0.
+// Magnitude of one Hann-windowed DFT bin at `freq` (Hz), with a main lobe 4 * sampleRate / x.size()
+// Hz wide. A sine of amplitude a at `freq` gives about a / 2, because the window's coherent gain is
+// not compensated: compare ratios. `x` has at least two samples; an empty buffer gives 0.
 [[nodiscard]] double magnitudeAt(std::span<const float> x, double freq, double sampleRate);
 
 } // namespace Measure

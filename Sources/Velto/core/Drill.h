@@ -39,7 +39,8 @@ private:
 inline constexpr std::array<Drill, 4> Drill::allCases{Drill::frequency, Drill::level,
                                                       Drill::dynamics, Drill::polarity};
 
-// The synthesised source materials. The raw value is the display name and the form in files.
+// The synthesised source materials. The raw value is the display name, and identifies a material in
+// files.
 class Material {
 public:
   enum Case : std::uint8_t { pinkNoise, drums, pad };

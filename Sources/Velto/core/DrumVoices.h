@@ -1,5 +1,5 @@
-// Tables of the drum voices, shared by all loops: the whole kick, and snare and hi-hat without
-// their noise.
+// Tables of the drum voices, shared by all loops: the complete kick; tone and envelope of the
+// snare, and envelopes of the hi-hat, without their noise.
 #pragma once
 
 #include <vector>

@@ -1,6 +1,6 @@
 // Number formatting and checked integer conversions.
 //
-// Independent of the process's locale, unlike printf and strtod, which a comma locale changes.
+// Independent of the process's locale, unlike printf and strtod, whose decimal point depends on it.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Two 64-bit floats in one vector register. Arithmetic is element by element.
 //
-// Every 64-bit processor has such registers, and every supported compiler these vector types: sums
-// in a fixed order run two at a time with unchanged rounding.
+// Uses the vector types of GCC and Clang. Each element is rounded as in scalar code, so two
+// independent sums can run at once with unchanged results.
 #pragma once
 
 #include <cstddef>

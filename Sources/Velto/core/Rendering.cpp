@@ -31,7 +31,7 @@ private:
   std::shared_ptr<float[]> block_;
 };
 
-// Two mono slots.
+// Two slots, each with one buffer for both channels.
 std::vector<Slot> monoSlots(const Buffers& buffers) {
   const SharedSamples a = buffers.share(0), b = buffers.share(1);
   return {{a, a}, {b, b}};

@@ -152,7 +152,7 @@ private:
 
   struct Oscillators {
     Pair increment{};
-    Pair phase{}; // 0 up to 2
+    Pair phase{}; // in [0, 2)
 
     // Whether a phase may reach 2 within a block, with a frame of margin for rounding.
     [[nodiscard]] bool mayWrap() const {

@@ -38,8 +38,8 @@ public:
   // The next value in [0, 1).
   constexpr double nextUnit() { return unit(next()); }
 
-  // The next noise value, in [-1, 3) with a mean of +1: twice the usual range. Every material's
-  // sound depends on it.
+  // The next noise value, in [-1, 3) with a mean of +1, not in the usual [-1, 1). Every material's
+  // sound depends on this range.
   constexpr double nextNoise() { return top53Bits() * 0x1p-51 - 1; }
 
   // The next two noise values.
@@ -66,7 +66,7 @@ enum class Noise : std::uint8_t {
 namespace Signals {
 
 // Number of frames in `seconds` at 48000 Hz, truncated. Aborts if the duration is negative or not
-// finite. This holds for every duration below; 0 gives an empty buffer.
+// finite. The functions below treat durations the same way; 0 gives an empty buffer.
 [[nodiscard]] std::size_t frameCount(double seconds);
 
 // Pink noise, -3 dB per octave from about 10 Hz up: Paul Kellet's refined filter, as published on
@@ -75,25 +75,25 @@ namespace Signals {
 // Butterworth high-pass at 20 Hz.
 [[nodiscard]] Samples pink(double seconds, std::uint64_t seed, Noise noise = Noise::asDrawn);
 
-// A repeating bar of eighth notes at 100 beats per minute (kick, snare, hi-hat), 2.4 s long. May
-// end anywhere in the bar.
+// A repeating bar of eighth notes at 100 beats per minute (kick, snare, hi-hat), 2.4 s long. The
+// last bar may be incomplete.
 [[nodiscard]] Samples drums(double seconds, std::uint64_t seed);
 
 // A sustained A major chord of twelve low-passed sawtooth oscillators, with 10 ms fades at both
 // ends.
 [[nodiscard]] Samples pad(double seconds, std::uint64_t seed);
 
-// A stereo pair (left, right) from `mono`: left is `mono`, right is a mix of c parts of `mono` and
-// (1 - c) parts of noise low-passed at 6 kHz, at the level of `mono`. c is `correlation`, from 0 to
-// 1; with c = 1 both channels are equal but for rounding. Drums and pad then measure a correlation
-// of c / sqrt(c^2 + (1 - c)^2); pink noise as drawn measures more, because it shares its mean with
-// the noise.
+// A stereo pair (left, right) from `mono`: left is `mono`, right is c * mono + (1 - c) * noise,
+// brought to the level of `mono`. The noise is low-passed at 6 kHz and has the level of `mono`. c
+// is `correlation`, from 0 to 1; with c = 1 both channels are equal up to rounding. Drums and pad
+// then measure a correlation of c / sqrt(c^2 + (1 - c)^2); pink noise as drawn measures more,
+// because it shares its mean with the noise.
 [[nodiscard]] std::pair<Samples, Samples> stereoise(std::span<const float> mono, double correlation,
                                                     std::uint64_t seed,
                                                     Noise noise = Noise::asDrawn);
 
-// The same materials without their level, in a buffer of the caller: fills all of `out` and returns
-// the gain that takes it to -20 dB RMS.
+// The same materials before they are brought to their level: fills all of `out` and returns the
+// gain to -20 dB RMS.
 [[nodiscard]] float fillPink(std::span<float> out, std::uint64_t seed,
                              Noise noise = Noise::asDrawn);
 // As fillPink().
@@ -101,9 +101,9 @@ namespace Signals {
 // As fillPink().
 [[nodiscard]] float fillPad(std::span<float> out, std::uint64_t seed);
 
-// The right channel of stereoise() without its level: fills `out`, which has the length of `mono`
-// and does not overlap it, and returns the gain that takes it to `levelDB`, the level of `mono` in
-// dB.
+// The right channel of stereoise() before it is brought to its level: fills `out`, which must have
+// the length of `mono` and must not overlap it, and returns the gain to `levelDB`, the level of
+// `mono` in dB.
 [[nodiscard]] float fillDecorrelated(std::span<float> out, std::span<const float> mono,
                                      double levelDB, double correlation, std::uint64_t seed,
                                      Noise noise = Noise::asDrawn);

@@ -28,15 +28,17 @@ struct Trial {
 namespace Drills {
 
 // Generates a trial; the same arguments give the same trial, bit for bit. A `difficulty` outside 0
-// to 100 is stored as passed but acts as the nearest end. From difficulty 0 to 100:
-// - frequency: boosts of 12 down to 3 dB with a Q of 2 up to 5, on any band;
-// - level: 45 to 100 % of 6 down to 0.4 dB, in steps of 0.05 dB;
-// - dynamics: 40 to 100 % of 12 down to 2 dB, in steps of 0.1 dB;
-// - polarity: any of three slots, at a correlation of 1 down to 0.35.
+// to 100 is stored as passed, but clamped for the targets. From difficulty 0 to 100:
+// - frequency: the boost falls from 12 to 3 dB and its Q rises from 2 to 5, on any band;
+// - level: the largest target falls from 6 to 0.4 dB; targets are 45 to 100 % of it, in steps of
+//   0.05 dB;
+// - dynamics: the largest target falls from 12 to 2 dB; targets are 40 to 100 % of it, in steps of
+//   0.1 dB;
+// - polarity: the correlation falls from 1 to 0.35, for any of three slots.
 [[nodiscard]] Trial makeTrial(double difficulty, Material material, std::uint64_t seed,
                               Drill drill);
 
-// Seed of trial number `counter`, unrelated to those of its neighbours: the output function of
+// Mixes `counter` into a seed, so that neighbouring counters give unrelated seeds: one step of
 // SplitMix64 (G. L. Steele, D. Lea, C. H. Flood, "Fast splittable pseudorandom number generators",
 // OOPSLA 2014). A bijection: different counters give different seeds.
 [[nodiscard]] std::uint64_t mixedSeed(std::uint64_t counter);

@@ -10,7 +10,7 @@
 
 namespace velto {
 
-// What the device plays.
+// The renderer of the device: the mixer, with a count of underruns.
 class Engine::Source final : public StreamRenderer {
 public:
   void streamBegins(std::size_t latencyFrames) override {
@@ -44,7 +44,7 @@ public:
   UnderrunCounter underruns;
 
 private:
-  std::mutex mutex_; // of publishing; the audio thread never takes it
+  std::mutex mutex_; // serialises publications and stream changes; the audio thread never takes it
   bool isStreaming_ = false;
 };
 
@@ -179,7 +179,7 @@ void Engine::silence() {
   publish();
 }
 
-// What the device that is to be opened plays first.
+// Starts a new stream, silent, for the device that will be opened.
 void Engine::beginStream() {
   ++scene_.stream;
   silence();

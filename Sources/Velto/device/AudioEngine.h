@@ -1,4 +1,4 @@
-// The engine of the program: a mixer, and an output device while there is something to hear.
+// The program's engine: a mixer, and an output device that is open only while it is needed.
 #pragma once
 
 #include "DeviceThread.h"
@@ -12,7 +12,7 @@
 
 namespace velto {
 
-// Only start() and captureLeft() wait for the device. stop() lets the sound fade before the device
+// Only start() and the destructor wait for the device. stop() lets the sound fade before the device
 // closes; a start before that keeps the open device.
 //
 // Main thread only, except where noted.
@@ -21,7 +21,7 @@ public:
   // How long after stop() the device closes: longer than the fade and the device's latency.
   static constexpr std::chrono::milliseconds defaultCloseDelay{100};
 
-  // No device is made before the first start.
+  // No device is created before the first start.
   explicit Engine(OutputDeviceFactory makeDevice = makeDefaultOutputDevice,
                   std::chrono::milliseconds closeDelay = defaultCloseDelay);
   // Stops, and waits for the device to close; see DeviceThread.
@@ -47,9 +47,9 @@ public:
   // Counts over all streams so far. Any thread.
   [[nodiscard]] CallbackCounts callbackCounts() const;
 
-  // Calls `block` with every frame that the mixer puts out from now on, in buffers of
-  // `bufferFrames` frames, on a thread of its own, where it may lock and allocate. Replaces an
-  // earlier tap.
+  // Delivers the mixer's output from now on to `block`, in buffers of `bufferFrames` frames.
+  // `block` runs on its own thread, where it may lock and allocate; if it falls behind, frames are
+  // dropped. Replaces an earlier tap.
   void installTap(std::size_t bufferFrames, OutputTap::Block block);
 
   // When this returns, the block is not running and will not be called again. Must not be called by
@@ -67,7 +67,7 @@ private:
   bool isStarted_ = false;
   Scene scene_; // the latest one
   std::unique_ptr<OutputTap> tap_;
-  DeviceThread deviceThread_; // last: its end waits for the device
+  DeviceThread deviceThread_; // last: its destructor waits for the device
 };
 
 } // namespace velto

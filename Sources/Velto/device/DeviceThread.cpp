@@ -6,7 +6,7 @@
 
 namespace velto {
 
-// Lives for as long as the main thread or the device thread may touch it.
+// State shared by the main thread and the device thread; the last of them frees it.
 class DeviceThread::Shared {
 public:
   using Clock = std::chrono::steady_clock;
@@ -20,21 +20,22 @@ public:
   // The thread's work: opens and closes devices until isEnding.
   void run();
 
-  // These hold `mutex`.
+  // Call with `mutex` held.
   [[nodiscard]] bool hasWorkingDevice() const { return phase == Phase::open && !device->failed(); }
   void request();
   void closeLater();
 
   mutable std::mutex mutex;
   std::condition_variable wake;  // for the device thread
-  std::condition_variable ended; // an opening, or the thread's work
+  std::condition_variable ended; // an opening or the thread has ended
 
-  // Under the mutex, but for a device that is being opened or closed: that is the thread's.
+  // Guarded by the mutex, except for a device that is being opened or closed, which only the device
+  // thread uses.
   Phase phase = Phase::closed;
   std::unique_ptr<OutputDevice> device;
   std::optional<std::string> error;
-  bool isRequested = false; // an opening is under way, or will be
-  bool isAwaited = false;   // and somebody waits for its end
+  bool isRequested = false; // an opening is pending or under way
+  bool isAwaited = false;   // openAndWait() waits for its end
   std::function<void()> openingEnded;
   std::optional<Clock::time_point> closeAt;
   bool isEnding = false, hasEnded = false;

@@ -14,8 +14,8 @@
 
 namespace velto {
 
-// A renderer that is told when a stream begins and ends. Both are called on the device thread,
-// while nobody renders; they must not call the DeviceThread.
+// A renderer with callbacks for the begin and the end of a stream. Both run on the device thread,
+// while nobody renders, and must not call the DeviceThread.
 class StreamRenderer : public Renderer {
 public:
   // `latencyFrames` is the length of the stream's buffer.
@@ -23,56 +23,56 @@ public:
   virtual void streamEnded() = 0;
 };
 
-// Opening and closing a device takes as long as the sound server lets it: milliseconds, or half a
-// minute if it does not answer. Only openAndWait() waits for that.
+// Opening and closing a device takes milliseconds, or half a minute if the sound server does not
+// answer. Only openAndWait() waits for that; the destructor waits for a limited time.
 //
 // Main thread only.
 class DeviceThread {
 public:
-  // How long the destructor waits for a device to close.
+  // How long the destructor waits, once a device is due to close.
   static constexpr std::chrono::milliseconds endPatience{1000};
 
-  // Devices call `renderer`, and close `closeDelay` after closeLater(). No device is made before
+  // Devices call `renderer`, and close `closeDelay` after closeLater(). No device is created before
   // open() or openAndWait().
   DeviceThread(OutputDeviceFactory makeDevice, std::shared_ptr<StreamRenderer> renderer,
                std::chrono::milliseconds closeDelay);
-  // Closes the device and waits for that. A device that does not close in time is abandoned to the
-  // thread, with all that it may still touch.
+  // Closes the device and waits for that. If it does not close in time, detaches the thread, which
+  // keeps the device and all that it uses alive.
   ~DeviceThread();
 
   DeviceThread(const DeviceThread&) = delete;
   DeviceThread& operator=(const DeviceThread&) = delete;
 
-  // Cancels closeLater(). Returns whether a device is open and has not failed.
+  // Cancels closeLater(). True if a device is open and has not failed.
   [[nodiscard]] bool keepOpen();
 
-  // Returns true if a device is open and has not failed. Otherwise requests that one be opened,
-  // after closing one that has failed, and returns false.
+  // Returns true if a device is open and has not failed. Otherwise requests opening and returns
+  // false; a device that has failed is closed first.
   bool open();
-  // Waits until a device is open, and returns what went wrong.
+  // Same, but waits until the device is open. Returns an error text; nullopt on success.
   [[nodiscard]] std::optional<std::string> openAndWait();
 
   // Cancels a requested opening, and closes an open device after the delay.
   void closeLater();
 
-  // Sets what is called, on the thread, when an opening that nobody waits for has ended. It must
-  // not call this object.
+  // Sets the callback for the end of an opening that open() requested. It runs on the device thread
+  // and must not call this object.
   void whenOpeningEnds(std::function<void()> call);
 
-  [[nodiscard]] bool
-  isOpening() const;                 // also while the opening waits for an earlier device to close
+  // True from the request for an opening to its end, even while an earlier device still closes.
+  [[nodiscard]] bool isOpening() const;
   [[nodiscard]] bool isOpen() const; // false if the device has failed
 
-  // Why the latest opening failed; nullopt if it did not, or if another one has been requested.
+  // Why the latest opening failed; nullopt if it did not, or if a new one has been requested.
   [[nodiscard]] std::optional<std::string> error() const;
 
-  // From a rendered frame to the listener. 0 without a device.
+  // Frames from rendering to the listener; 0 without a device.
   [[nodiscard]] std::size_t latencyFrames() const;
 
 private:
   class Shared;
 
-  const std::shared_ptr<Shared> shared_; // with the thread
+  const std::shared_ptr<Shared> shared_; // shared with the thread
   std::thread thread_;
 };
 

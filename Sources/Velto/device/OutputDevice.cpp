@@ -32,7 +32,7 @@ public:
   }
 
   void stop() override {
-    // Destroying the stream stops it. Stopping it first could wait for a server that is gone.
+    // Destroying the stream stops it; stopping it first could wait for a server that is gone.
     if (stream_ != nullptr)
       cubeb_stream_destroy(stream_);
     stream_ = nullptr;
@@ -43,7 +43,7 @@ public:
 
   [[nodiscard]] bool failed() const override { return failed_.load(std::memory_order_relaxed); }
 
-  // Not queried from the library, which aborts if asked after an error.
+  // Not queried from the library, which aborts if queried after an error.
   [[nodiscard]] std::size_t latencyFrames() const override { return outputLatencyFrames; }
 
 private:

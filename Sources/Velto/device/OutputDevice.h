@@ -16,15 +16,16 @@ namespace velto {
 // converter would clip them.
 inline constexpr float outputHeadroom = 0.5F;
 
-// Requested output latency: 60 ms. With two busy cores, the longest time between two callbacks was
-// 40 ms in a minute.
+// Requested output latency: 60 ms. On two busy cores, the longest gap between callbacks was 40 ms
+// in a minute.
 inline constexpr std::size_t outputLatencyFrames = 2880;
 
-// The device's callback: lets `renderer` fill the block, then applies the headroom. Real-time safe.
+// The body of the device's callback: `renderer` fills the block, then the headroom is applied.
+// Real-time safe.
 void fillOutput(Renderer& renderer, float* interleaved, std::size_t frames) noexcept;
 
-// A stereo output of 32-bit floats at 48000 Hz. A device is started once. For sound after stop(),
-// make a new device: then no frame of the old stream is replayed.
+// A stereo output of 32-bit floats at 48000 Hz. Each device is started at most once. To play again
+// after stop(), create a new device, so that no frame of the old stream is replayed.
 //
 // One thread at a time, except where noted.
 class OutputDevice {
@@ -32,7 +33,7 @@ public:
   virtual ~OutputDevice() = default;
 
   // Opens the output. `renderer` is called on the device's own thread, possibly before this
-  // returns, until stop(). Returns what went wrong; nullopt if nothing did.
+  // returns, until stop(). Returns an error text; nullopt on success.
   [[nodiscard]] virtual std::optional<std::string> start(Renderer& renderer) = 0;
 
   // Closes the output. When this returns, the renderer is not running and will not be called again.

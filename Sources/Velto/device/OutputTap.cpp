@@ -10,8 +10,8 @@ namespace velto {
 
 namespace {
 
-// The audio thread signals nothing, so the ring is polled. It holds many times what arrives
-// meanwhile: a second of audio, and never less than some buffers.
+// The audio thread signals nothing, so the ring is polled. The ring holds far more than arrives
+// between two polls: at least a second of audio and at least `leastBuffers` buffers.
 constexpr std::chrono::milliseconds pollInterval{10};
 
 std::size_t capacityFor(const BusFormat& format, std::size_t bufferFrames) {
@@ -34,7 +34,7 @@ void OutputTap::stop() {
 
 void OutputTap::deliver(const std::stop_token& ending) {
   std::mutex mutex;
-  std::condition_variable_any wake; // by nothing but the end
+  std::condition_variable_any wake; // notified only by a stop request
   std::unique_lock lock(mutex);
   while (!ending.stop_requested()) {
     while (!ending.stop_requested() && ring_->read(left_.data(), right_.data(), left_.size()))

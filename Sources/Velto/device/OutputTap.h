@@ -19,9 +19,8 @@ namespace velto {
 // A part of the output, valid until the block returns.
 struct TapBuffer {
   BusFormat format;
-  std::array<std::span<const float>, 2>
-      channels;                    // left, right; as many frames as the tap was given
-  std::uint64_t droppedFrames = 0; // so far, because the block fell behind
+  std::array<std::span<const float>, 2> channels; // left, right; `bufferFrames` frames each
+  std::uint64_t droppedFrames = 0;                // dropped so far because the block fell behind
 };
 
 // A ring that the audio thread fills, and a thread that delivers it in buffers of equal length. The

@@ -10,7 +10,7 @@ namespace {
 
 // Single writer.
 void increment(std::atomic<std::uint64_t>& count) {
-  count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+  count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_release);
 }
 
 } // namespace
@@ -35,10 +35,10 @@ void UnderrunCounter::note(Time begin, Time end, std::size_t frames) noexcept {
 }
 
 CallbackCounts UnderrunCounter::counts() const {
-  // In this order a reader never sees more missed than late ones, or more late ones than all.
+  // The reverse order of the increments, so that missed does not exceed late, nor late all.
   CallbackCounts counts;
-  counts.missed = missed_.load(std::memory_order_relaxed);
-  counts.late = late_.load(std::memory_order_relaxed);
+  counts.missed = missed_.load(std::memory_order_acquire);
+  counts.late = late_.load(std::memory_order_acquire);
   counts.all = all_.load(std::memory_order_relaxed);
   return counts;
 }

@@ -11,30 +11,29 @@ namespace velto {
 // Numbers of callbacks.
 struct CallbackCounts {
   std::uint64_t all = 0;
-  std::uint64_t late = 0;   // of all: little or nothing was left to play
-  std::uint64_t missed = 0; // of late: the buffer ran dry, an audible dropout
+  std::uint64_t late = 0;   // of all: the buffer was nearly or entirely empty
+  std::uint64_t missed = 0; // of late: it was empty, an audible dropout
 
   bool operator==(const CallbackCounts&) const = default;
 };
 
-// Judges callbacks by the time between them, because the sound library reports no underruns.
+// Infers underruns from the time between callbacks, because the sound library reports none.
 //
 // A callback fills the output's buffer: the requested latency (`outputLatencyFrames`, 60 ms), or
 // the largest block requested so far if that is longer. The next callback must end before the
 // buffer is empty. From the beginning of one callback to the end of the next,
 // - more than three quarters of the buffer (45 ms) count as late: PulseAudio keeps the last quarter
-// in
-//   the sink, so the stream itself has run dry. It is audible only if the callback before was
-//   delayed as well;
+//   in the sink, so the stream itself has run dry. This is audible only if the previous callback
+//   was delayed as well;
 // - more than the whole buffer (60 ms) count as missed: a dropout.
 //
-// The first interval of a stream does not count: the output starts to play some time after its
+// The first interval of a stream is ignored, because the output starts to play some time after its
 // first block.
 class UnderrunCounter {
 public:
   using Time = std::chrono::steady_clock::time_point;
 
-  // Begins a stream whose buffer holds at least `bufferFrames` frames. Only while nobody calls
+  // Begins a stream whose buffer holds at least `bufferFrames` frames. Not concurrently with
   // note().
   void begin(std::size_t bufferFrames);
 
@@ -46,7 +45,7 @@ public:
   [[nodiscard]] CallbackCounts counts() const;
 
 private:
-  // Audio thread, or nobody.
+  // Accessed by note() and begin() only.
   std::uint64_t bufferFrames_ = 0;
   std::uint64_t callbacks_ = 0; // of this stream
   Time lastBegin_;

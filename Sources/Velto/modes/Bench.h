@@ -8,8 +8,8 @@
 
 namespace velto::Bench {
 
-// Prints the time to render a trial of each drill, and to update a view with records of several
-// sizes. Uses a temporary record. Main thread only.
+// Prints the time it takes to render a trial of each drill and to update a view with records of
+// several sizes. Uses a temporary record. Main thread only.
 void run();
 
 // `count` answers dated now; ids and dates apart, the same on every call.

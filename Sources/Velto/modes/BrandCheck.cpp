@@ -25,7 +25,7 @@ namespace {
 constexpr int pointSize = 22;
 const QString wordmark = QStringLiteral("MORLA Velto");
 
-// Empty where no home is known.
+// Empty if no home is known.
 QString masterFile() {
   const auto home = Environment::ofProcess().home();
   if (!home)

@@ -1,4 +1,4 @@
-// A load for measuring the player from outside.
+// Runs the player, to be measured by other tools.
 #pragma once
 
 namespace velto::PlaybackBench {

@@ -127,8 +127,7 @@ Date daysBefore(Date now, std::int64_t days) {
   return date;
 }
 
-// The streak after practice on the days that lie `daysAgo` back. Retries if midnight came in
-// between.
+// The streak after practice on each of the days `daysAgo`. Retries if midnight passed in between.
 std::int64_t streakAfter(std::initializer_list<std::int64_t> daysAgo) {
   const TemporaryRecord scratch("velto-probe-");
   while (true) {

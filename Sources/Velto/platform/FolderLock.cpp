@@ -22,7 +22,7 @@ FolderLock::FolderLock(const std::filesystem::path& file, Use use) {
   const int kind = (use == Use::reading ? LOCK_SH : LOCK_EX) | LOCK_NB;
   const auto deadline = std::chrono::steady_clock::now() + 250ms;
   while (::flock(folder_, kind) != 0) {
-    // The file system does not support locks: go on without one.
+    // The file system does not support locks: continue without one.
     if (errno != EWOULDBLOCK && errno != EINTR)
       return;
     if (std::chrono::steady_clock::now() >= deadline) {

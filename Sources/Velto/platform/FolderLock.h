@@ -6,7 +6,8 @@
 namespace velto {
 
 // Advisory lock on the folder of a file: shared for reading, exclusive for writing. Best effort:
-// there is no lock if the folder cannot be opened or its file system has none. Any thread.
+// nothing is locked if the folder cannot be opened or its file system does not support locks. Any
+// thread.
 class FolderLock {
 public:
   enum class Use { reading, writing };
@@ -17,7 +18,7 @@ public:
   FolderLock& operator=(const FolderLock&) = delete;
   ~FolderLock();
 
-  // True if others held the lock all that time.
+  // True if others held the lock for the whole wait.
   [[nodiscard]] bool isRefused() const { return refused_; }
 
 private:

@@ -51,7 +51,7 @@ bool diskFailed() {
   return errno == ENOSPC || errno == EDQUOT || errno == EIO;
 }
 
-// Whether to go on saving: with a complete backup, or without one if the folder takes no new file.
+// True to go on saving: with a complete backup, or without one if the folder takes no new file.
 bool makeBackup(const fs::path& file, std::string_view bytes) {
   const fs::path part = SafeFile::backupPart(file);
   ::unlink(part.c_str()); // left by an interrupted save

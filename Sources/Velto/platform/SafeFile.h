@@ -30,17 +30,16 @@ inline constexpr std::uintmax_t mostBytes = std::uintmax_t{1} << 30;
 [[nodiscard]] std::filesystem::path backup(const std::filesystem::path& file);
 [[nodiscard]] std::filesystem::path backupPart(const std::filesystem::path& file);
 
-// Saves `bytes`; false if the file does not hold them now, in which case load() finds the previous
-// bytes or the new ones. A folder that takes no new files has no backup: there, an interrupted or
-// failed write can lose the file. Waits for other programs that use files of the folder, and fails
-// after 250 ms. Any thread.
+// Saves `bytes`. Returns false on failure; load() then finds the previous bytes or the new ones. If
+// the folder takes no new files there is no backup, and an interrupted or failed write can lose the
+// file. Waits up to 250 ms for other programs that lock the folder, then fails. Any thread.
 bool write(const std::filesystem::path& file, std::string_view bytes);
 
 // The bytes of a regular file; nullopt if it cannot be read. Any thread.
 [[nodiscard]] std::optional<std::string> contents(const std::filesystem::path& file);
 
-// Decodes the file or, if it exists but gives nothing, its backup. `decode` returns an optional;
-// nullopt if neither gives a value. Changes nothing. Any thread.
+// Decodes the file or, if it exists but does not decode, its backup. `decode` returns an optional;
+// nullopt if neither decodes. Changes nothing. Any thread.
 template <typename Decode>
 [[nodiscard]] std::invoke_result_t<Decode, std::string_view> load(const std::filesystem::path& file,
                                                                   Decode decode) {

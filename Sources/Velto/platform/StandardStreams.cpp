@@ -10,7 +10,7 @@ namespace velto {
 
 namespace {
 
-// Whether to retry. Waits until a non-blocking output takes more.
+// True if the write should be retried. Waits until a non-blocking output accepts more.
 bool canRetry(int error) {
   if (error == EINTR)
     return true;
@@ -20,7 +20,7 @@ bool canRetry(int error) {
   return poll(&output, 1, -1) == 1 || errno == EINTR;
 }
 
-// Opens /dev/null for reading only: a write has to fail as on the closed stream.
+// Opens /dev/null for reading only: writes must fail, as on the closed stream.
 void occupyIfClosed(int stream) {
   if (fcntl(stream, F_GETFD) >= 0)
     return;

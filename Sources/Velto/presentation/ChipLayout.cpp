@@ -33,7 +33,7 @@ Place placeSingle(const Marker& marker, double stripWidth) {
   return {right ? rightOf(marker) : leftOf(marker), topGap};
 }
 
-// One above the other, beyond both bars on the side that has room.
+// Stacks the chips beyond both bars, on the side that has room.
 std::pair<Place, Place> placeStacked(const Marker& left, const Marker& right, double stripWidth) {
   constexpr double secondRow = topGap + ChipLayout::chipHeight + stackGap;
   const double widest = std::max(left.chipWidth, right.chipWidth);
@@ -42,11 +42,11 @@ std::pair<Place, Place> placeStacked(const Marker& left, const Marker& right, do
   return {{leftOf(left), topGap}, {left.x - barGap - right.chipWidth, secondRow}};
 }
 
-// `left` stands left of `right` or at the same place.
+// `left` is left of `right` or at the same position.
 std::pair<Place, Place> placePair(const Marker& left, const Marker& right, double stripWidth) {
   const double between = right.x - left.x;
   const bool rightFits = fitsRight(right, stripWidth);
-  // Each right of its own bar.
+  // Each chip goes right of its own bar.
   if (rightFits && barGap + left.chipWidth + barGap <= between)
     return {{rightOf(left), topGap}, {rightOf(right), topGap}};
   if (rightFits && fitsLeft(left))

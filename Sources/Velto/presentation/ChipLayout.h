@@ -24,7 +24,7 @@ struct Place {
   bool operator==(const Place&) const = default;
 };
 
-// The place of a missing marker is meaningless.
+// The place of a missing marker is unspecified.
 struct Places {
   Place answer;
   Place truth;

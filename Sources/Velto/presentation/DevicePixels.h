@@ -1,10 +1,10 @@
-// Lengths and positions moved to whole device pixels. All lengths are in points;
-// `devicePixelRatio` is pixels per point.
+// Snaps lengths and positions to whole device pixels. All lengths are in points; `devicePixelRatio`
+// is pixels per point.
 #pragma once
 
 namespace velto::DevicePixels {
 
-// The edge between device pixels that is nearest to `x`.
+// `x` moved to the nearest edge between device pixels.
 [[nodiscard]] double snapped(double x, double devicePixelRatio);
 
 // `width` rounded to whole device pixels, at least one.

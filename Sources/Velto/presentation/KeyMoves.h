@@ -5,20 +5,20 @@
 
 namespace velto {
 
-// What such a key asks for. On a scale left and down lead to lower values; among choices left and
-// up lead to the previous one.
+// The move that a key requests. On a scale, left and down lead to lower values; among choices, left
+// and up lead to the previous one.
 enum class Move { left, right, up, down, pageUp, pageDown, toStart, toEnd };
 
 namespace KeyMoves {
 
-// The number of steps that `move` leads up an axis, `page` being those of Page Up. toStart and
-// toEnd give more steps than any axis has.
+// The number of steps that `move` goes up an axis, negative for down; `page` is the number for Page
+// Up. toStart and toEnd give more steps than any axis has.
 [[nodiscard]] std::int64_t steps(Move move, std::int64_t page);
 
 // The index of the choice that `move` leads to from `chosen`, among `count` choices. Left and up
 // lead to the previous one, right and down to the next one; both wrap around. toStart and toEnd
-// lead to the first and the last one, Page Up and Page Down nowhere. From no choice (-1) the next
-// one is the first, the previous one the last. Returns -1 if there are no choices.
+// lead to the first and the last one; Page Up and Page Down do nothing. From no choice (-1), the
+// next one is the first and the previous one the last. Returns -1 if there are no choices.
 [[nodiscard]] int movedChoice(int chosen, int count, Move move);
 
 } // namespace KeyMoves

@@ -16,17 +16,17 @@ namespace velto::Progress {
 
 // "5d", or a dash for 0.
 [[nodiscard]] std::string streak(std::int64_t days);
-// "85%" for a share of 0 to 1, or a dash for none.
+// "85%" for a share of 0 to 1, or a dash for nullopt.
 [[nodiscard]] std::string accuracy(std::optional<double> share);
 // "progress · frequency"
 [[nodiscard]] std::string curveTitle(Drill drill);
-// "weakest · 3.15k Hz — 0.42 oct mean error over 7", or the condition for naming one.
+// "weakest · 3.15k Hz — 0.42 oct mean error over 7", or what it takes to name a band.
 [[nodiscard]] std::string weakest(const std::optional<BandStat>& band);
 
 // One bar of the weakness map.
 struct Bar {
   double height = 0;
-  // 0 (no error) to 1 (a mean error of 1.2 octaves or more); none without answers.
+  // 0 (no error) to 1 (a mean error of 1.2 octaves or more); nullopt without answers.
   std::optional<double> weakness;
 
   bool operator==(const Bar&) const = default;
@@ -40,11 +40,11 @@ inline constexpr double tallestBar = 34; // points
 // The bands that are labelled under the map.
 inline constexpr std::array<std::size_t, 5> labelledBands{0, 8, 14, 20, 26};
 
-// The map for screen readers: "40 Hz 0.42 oct over 7, 3.15 kHz 0.10 oct over 12", the bands with
-// answers.
+// The map for screen readers, without bands that have no answers: "40 Hz 0.42 oct over 7, 3.15 kHz
+// 0.10 oct over 12".
 [[nodiscard]] std::string mapDescription(std::span<const BandStat> bands);
 
-// From the left and top edge.
+// In points from the left and top edge.
 struct CurvePoint {
   double x = 0;
   double y = 0;

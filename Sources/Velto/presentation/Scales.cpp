@@ -13,12 +13,12 @@ namespace {
 
 constexpr double majorTick = 22; // points
 
-// `x` as a share of the strip, 0 to 1.
+// `x` as a fraction of the strip, 0 to 1.
 double fractionAt(double x, double width) {
   return width > 0 ? std::clamp(x, 0.0, width) / width : 0;
 }
 
-// The band centre `bands` up the axis from the one nearest to `frequency`, held to the axis.
+// The band centre `bands` up the axis from the one nearest to `frequency`, clamped to the axis.
 double bandFrom(const FrequencyScale& scale, double frequency, std::int64_t bands) {
   const auto indexOf = [](double f) { return static_cast<std::int64_t>(Bands::nearestIndex(f)); };
   const std::int64_t band =

@@ -27,13 +27,13 @@ struct FrequencyScale {
 
   // The position of `frequency` on a strip `width` points wide.
   [[nodiscard]] double position(double frequency, double width) const;
-  // The answer of a pointer at `x`: the band centre nearest on the axis, the lower one of two
-  // equally near. Positions beyond the ends count as the ends.
+  // The answer for a pointer at `x`: the band centre nearest on the axis, the lower one on a tie.
+  // Positions beyond the ends are clamped.
   [[nodiscard]] double valueAt(double x, double width) const;
   // The band centre on the axis that is nearest to `frequency` in octaves.
   [[nodiscard]] double nearest(double frequency) const;
-  // The band centre that a key leads to, on the axis: arrows move by a band, pages by an octave. A
-  // frequency between centres counts as the nearest one.
+  // The band centre that a key leads to, clamped to the axis: arrow keys move by a band, Page Up
+  // and Page Down by an octave. A frequency between centres counts as the nearest one.
   [[nodiscard]] double moved(double frequency, Move move) const;
   // A tick for each band centre; decades are major and labelled.
   [[nodiscard]] std::vector<ScaleTick> ticks() const;
@@ -43,7 +43,7 @@ struct FrequencyScale {
   // "3.15 kHz", for screen readers
   [[nodiscard]] static std::string spoken(double frequency);
 
-  // A label starts so many points left of its tick's position.
+  // How many points left of its tick's position a label starts.
   static constexpr double labelOffset = 8;
   static constexpr double step = 0; // the steps differ
 };
@@ -56,13 +56,13 @@ struct DecibelScale {
 
   // The position of `decibels` on a strip `width` points wide.
   [[nodiscard]] double position(double decibels, double width) const;
-  // The answer of a pointer at `x`: the nearest multiple of `step`, halves away from zero.
-  // Positions beyond the ends count as the ends.
+  // The answer for a pointer at `x`: the nearest multiple of `step`, halves away from zero.
+  // Positions beyond the ends are clamped.
   [[nodiscard]] double valueAt(double x, double width) const;
   // The multiple of `step` on the axis that is nearest to `decibels`.
   [[nodiscard]] double nearest(double decibels) const;
-  // The value that a key leads to, on the axis: arrows move by a step, pages by the distance of two
-  // labels. A value between steps counts as the nearest one.
+  // The value that a key leads to, clamped to the axis: arrow keys move by a step, Page Up and Page
+  // Down by the distance between two labels. A value between steps counts as the nearest one.
   [[nodiscard]] double moved(double decibels, Move move) const;
   // A tick every 0.5 dB with whole numbers major and labelled; on a coarse scale every 1 dB, even
   // numbers major and labelled.

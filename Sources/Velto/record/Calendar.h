@@ -10,9 +10,9 @@ namespace velto {
 
 // Numbers days by the civil calendar: 0 is 1970-01-01, and successive dates differ by 1. "One day
 // earlier" is then a subtraction, although a day may have 23 or 25 hours, begin at one in the
-// morning, or be missing where a country crossed the date line. A missing day has no dates in it.
+// morning, or be missing where a country crossed the date line. No date lies on a missing day.
 //
-// Reads the process's time zone at construction, and caches the bounds of the last day found:
+// Reads the process's time zone at construction. Caches the bounds of the last day found, so that
 // successive dates on one day cost a comparison. One object belongs to one thread; no other thread
 // may change the environment meanwhile.
 class Calendar {
@@ -24,7 +24,7 @@ public:
   // nullopt if `date` is not finite, or too far away for the system's calendar.
   [[nodiscard]] std::optional<Day> day(Date date);
 
-  // Whether `date` lies on the day that day() last found. May be false although it does.
+  // True if `date` is known to lie on the day that day() last found. May be false even if it does.
   [[nodiscard]] bool isOnSameDay(Date date) const {
     const double seconds = date.secondsSinceReferenceDate + Date::referenceSince1970;
     return seconds >= begin_ && seconds < end_;

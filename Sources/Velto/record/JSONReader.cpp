@@ -32,7 +32,7 @@ Number decimal(double value, std::string_view text) {
   return {value, JSONNumbers::wholeInt64(text), JSONNumbers::wholeUInt64(text)};
 }
 
-// Forwards parser events to the reader in charge. Of skipped values it only counts the nesting.
+// Forwards parser events to the reader in charge. For skipped values it only counts the nesting.
 class Dispatcher {
 public:
   explicit Dispatcher(Reader& root) : next_(&root) {}
@@ -127,7 +127,7 @@ private:
 } // namespace
 
 bool read(std::string_view text, Reader& root) {
-  // The parser takes a zero byte for the end of its input and would ignore the rest.
+  // The parser treats a zero byte as the end of its input and would ignore the rest.
   if (text.find('\0') != text.npos)
     return false;
   bool accepted = false;

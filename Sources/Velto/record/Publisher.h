@@ -8,8 +8,8 @@
 
 namespace velto {
 
-// Each send hands `Facts` to every observer, in order of subscription. Subscribing or unsubscribing
-// inside a call takes effect with the next send. Main thread only.
+// send() calls every observer with `Facts`, in order of subscription. Subscribing or unsubscribing
+// inside a call takes effect with the next send(). Main thread only.
 template <typename... Facts>
 class Publisher {
 public:

@@ -24,7 +24,7 @@ struct Attempt {
   double error = 0;                      // octaves (frequency), dB (level, dynamics), 0 or 1
   std::optional<std::int64_t> bandIndex; // frequency: the centre in Bands::centres, 0 to 26
 
-  // Whether the answer counts in the weakness map, for band `bandIndex`.
+  // True if the answer counts in the weakness map, for band `bandIndex`.
   [[nodiscard]] bool isMapped() const { return drill == Drill::frequency && bandIndex; }
   // The band of the weakness map for which the answer counts; nullopt if none.
   [[nodiscard]] std::optional<std::int64_t> mappedBand() const;
@@ -32,8 +32,8 @@ struct Attempt {
   bool operator==(const Attempt&) const = default;
 };
 
-// Totals of old `frequency` answers in one band. With sums and counts, mean error and share of hits
-// over roll-up and rows equal those over all answers ever given.
+// Totals of old `frequency` answers in one band. They are sums and counts, so that mean error and
+// share of hits over roll-up and rows equal those over all answers ever given.
 struct BandRoll {
   std::int64_t attempts = 0;
   std::int64_t hits = 0; // of those

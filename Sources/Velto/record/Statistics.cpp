@@ -87,7 +87,7 @@ struct Newest {
 };
 using NewestByDrill = std::array<Newest, Drill::allCases.size()>;
 
-// Scans backwards from the newest row until every drill has its share.
+// Scans backwards from the newest row until every drill has `curveLength` rows.
 NewestByDrill newestOf(std::span<const Attempt> attempts) {
   NewestByDrill drills;
   std::size_t complete = 0;

@@ -24,7 +24,7 @@ struct BandStat {
   bool operator==(const BandStat&) const = default;
 };
 
-// Everything shown of the record. The maps omit drills without answers.
+// All figures shown about the record. The maps omit drills without answers.
 struct Stats {
   std::vector<BandStat> bands;            // one per band, in order; empty before the first compute
   std::optional<BandStat> weakest;        // largest mean error among bands with enough answers

@@ -104,7 +104,7 @@ void Session::takeRender(std::uint64_t seed, std::vector<Slot> slots) {
     play();
 }
 
-// From the current slot.
+// With the current slot audible.
 void Session::play() {
   player_->load(slots_, currentSlot_, switching_);
 }

@@ -21,26 +21,26 @@ namespace velto {
 // The two queues that a session posts work to. Any thread.
 struct WorkQueues {
   using Work = std::function<void()>;
-  std::function<void(Work)> background; // runs work on another thread, soon
+  std::function<void(Work)> background; // runs work on another thread
   std::function<void(Work)> main;       // runs work on the main thread, in the order of the calls
 };
 
-// Failures of the record's file are not reported. Failures of playback are: by the player, or by
-// followSound() if the player opens its output in the background.
+// Failures of the record's file are not reported. Failures of playback are reported by the player,
+// or by followSound() if the player opens its output in the background.
 class Session {
 public:
   // How trials are made and played.
   enum class Trials : std::uint8_t {
     standard,
-    fair // nothing can be told without listening: seeds are mixed, so that targets take their whole
-         // range; noise is audible; slots of a polarity trial are switched through silence
+    fair // only listening passes: seeds are mixed, so that targets take their whole range; noise is
+         // audible; slots of a polarity trial are switched through silence
   };
 
   // The length of a rendered trial.
   static constexpr double trialSeconds = 3.2;
 
   // Starts two trials of `drill`, one after the other; the audio of the first is dropped when it
-  // arrives. `secondsSince1970` seeds them. A negative or non-finite time stops the process.
+  // arrives. `secondsSince1970` seeds them. Aborts unless it is at least 0 and below 2^64.
   Session(Drill drill, WorkQueues queues, std::unique_ptr<Player> player, double secondsSince1970,
           Trials trials = Trials::standard);
   ~Session();
@@ -59,10 +59,10 @@ public:
     record
   };
 
-  // Sent before each assignment of a published field (equal values included) and once more by
-  // submit() when the practice record has changed.
+  // Sent before each assignment of a published field, equal values included. Also sent by submit(),
+  // as Field::record, once the practice record has changed.
   Publisher<Field> objectWillChange;
-  // Sent after each of the same changes.
+  // Sent after each of these changes.
   Publisher<Field> objectDidChange;
 
   // Published fields.
@@ -74,17 +74,16 @@ public:
   [[nodiscard]] std::int64_t currentSlot() const { return currentSlot_; }
   [[nodiscard]] bool rendering() const { return rendering_; }
 
-  // Sets the drill and its default material and starts a trial, also if the drill stays the same.
+  // Sets the drill and its default material and starts a trial, even if the drill stays the same.
   void setDrill(Drill drill);
-  // Sets the material and starts a trial, also if the material stays the same.
+  // Sets the material and starts a trial, even if the material stays the same.
   void setMaterial(Material material);
   void setAnswer(double answer);
 
   [[nodiscard]] const Profile& profile() const { return profile_; }
   [[nodiscard]] const Player& player() const { return *player_; }
-  [[nodiscard]] std::uint64_t counter() const {
-    return counter_;
-  } // the latest trial's seed is made of it
+  // The counter from which the latest trial's seed is derived.
+  [[nodiscard]] std::uint64_t counter() const { return counter_; }
   [[nodiscard]] const std::vector<Slot>& slots() const { return slots_; }
   [[nodiscard]] bool suspended() const { return suspended_; }
 
@@ -101,14 +100,14 @@ public:
   // Stops playback until resume(); a trial that is rendered meanwhile stays silent. A no-op while
   // suspended.
   void suspend();
-  // Ends a suspension and plays the slots again from the current one.
+  // Ends a suspension and plays the slots again, with the current one audible.
   void resume();
   // Stops playback for good.
   void stopPlayback() { player_->stop(); }
-  // Keeps the sound alive: loads the slots again, from the current one, when the output has been
-  // opened or should be tried again, and reports an outage once. A no-op while suspended. For a
-  // player that opens its output in the background: call it at least every second; the session
-  // itself does when an opening has ended.
+  // Restores lost sound: loads the slots again, with the current one audible, when the output has
+  // been opened or is due for a retry, and reports an outage once. Plays nothing while suspended.
+  // If the player opens its output in the background, call this at least every second; the session
+  // itself calls it when an opening ends.
   void followSound(SoundRecovery::Time now);
 
 private:
@@ -138,7 +137,7 @@ private:
   SoundRecovery recovery_;
 
   WorkQueues queues_;
-  std::shared_ptr<Session*> self_; // lets late work find out that the session is gone
+  std::shared_ptr<Session*> self_; // lets pending work detect that the session is gone
 };
 
 } // namespace velto

@@ -1,4 +1,4 @@
-// When to try for lost sound again, and when to report an outage.
+// Decides when to retry lost sound and when to report an outage.
 #pragma once
 
 #include <chrono>
@@ -6,9 +6,9 @@
 
 namespace velto {
 
-// An outage begins when sound that is due breaks off or does not start, and ends when it plays. It
-// is reported once, when an opening has failed or has taken suspiciously long. Lost sound is tried
-// at once, then after 0.5 s, 1 s, and every 2 s.
+// An outage begins when sound that is due stops or does not start, and ends when it plays. It is
+// reported once, as soon as an opening has failed or has taken `openingPatience`. Lost sound is
+// retried at once, then after 0.5 s, 1 s, and every 2 s.
 //
 // The caller supplies the time. Main thread only.
 class SoundRecovery {
@@ -25,20 +25,20 @@ public:
     ready,   // the output is open, but nothing has been loaded into it
     opening, // the output is being opened
     refused, // the last opening failed
-    lost,    // the output broke, or nobody has asked for it
+    lost,    // the output broke, or has not been requested
   };
 
   struct Step {
-    bool load = false;   // load the slots again: plays them, or asks for the output
-    bool report = false; // say that there is no sound
+    bool load = false;   // load the slots again: plays them, or requests the output
+    bool report = false; // report that there is no sound
 
     bool operator==(const Step&) const = default;
   };
 
-  // What to do now about sound that is due.
+  // What to do now. Call while sound is due.
   [[nodiscard]] Step next(Sound sound, Time now);
 
-  // Sound is not due for now. An outage continues.
+  // Call while no sound is due. Does not end an outage.
   void rest() { openingSince_.reset(); }
 
 private:
@@ -47,7 +47,7 @@ private:
 
   bool isReported_ = false;
   std::optional<Time> openingSince_;
-  std::optional<Time> nextTry_; // none: no try yet in this outage
+  std::optional<Time> nextTry_; // nullopt before the first try of an outage
   std::chrono::milliseconds wait_ = shortestWait;
 };
 

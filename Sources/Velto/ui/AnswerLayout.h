@@ -12,7 +12,7 @@
 
 namespace velto {
 
-// StripLayout and ChipLayout; lengths in points. Main thread only.
+// Exposes StripLayout and ChipLayout; lengths in points. Main thread only.
 class AnswerLayout : public QObject {
   Q_OBJECT
   QML_ELEMENT
@@ -43,7 +43,7 @@ public:
   [[nodiscard]] Q_INVOKABLE static double markerLeft(double x, double devicePixelRatio) {
     return StripLayout::markerLeft(x, devicePixelRatio);
   }
-  // See ChipLayout::place; these are the top left corners. An undefined position is no marker.
+  // The top left corners of ChipLayout::place. An undefined position means that there is no marker.
   [[nodiscard]] Q_INVOKABLE static QPointF answerChip(const QVariant& answerX, double answerWidth,
                                                       const QVariant& truthX, double truthWidth,
                                                       double stripWidth);

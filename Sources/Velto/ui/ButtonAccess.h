@@ -8,11 +8,11 @@ namespace velto {
 class FocusStop;
 
 // Qt 6.4 does not report to assistive technology that an item is disabled. This interface does, for
-// each FocusStop that is a button and that has a property `name` and a signal `activated`. Main
-// thread only.
+// each FocusStop that is a button; it needs a property `name` and a signal `activated`. Main thread
+// only.
 class ButtonAccess : public QAccessibleObject, public QAccessibleActionInterface {
 public:
-  // Registers the interface with Qt. Further calls do nothing.
+  // Registers the interface with Qt. Later calls are no-ops.
   static void install();
   // Announces a change of the button's isAvailable().
   static void tellAvailable(FocusStop& button);

@@ -33,7 +33,7 @@ void FocusRing::itemChange(ItemChange change, const ItemChangeData& data) {
   if (change == ItemSceneChange && data.window != nullptr) {
     data.window->installEventFilter(this);
     connect(data.window, &QQuickWindow::activeFocusItemChanged, this, &FocusRing::follow);
-    // Follows a control that moves.
+    // The focused control may move.
     connect(data.window, &QQuickWindow::afterAnimating, this, &FocusRing::follow,
             Qt::UniqueConnection);
   }

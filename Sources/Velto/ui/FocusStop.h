@@ -17,16 +17,16 @@ class FocusStop : public QQuickItem {
   QML_ELEMENT
   // The corner radius of the control inside the focus ring, in points.
   Q_PROPERTY(double ringRadius MEMBER ringRadius_ NOTIFY ringRadiusChanged FINAL)
-  // Assistive technology gets the item as a ButtonAccess.
+  // If true, assistive technology sees the item as a ButtonAccess.
   Q_PROPERTY(bool isButton MEMBER isButton_ NOTIFY isButtonChanged FINAL)
-  // Pressing the item has an effect. Unlike `enabled`, turning this off keeps the focus here until
-  // the listener moves on.
+  // True if pressing the item has an effect. Unlike `enabled`, turning this off keeps the focus
+  // here until the listener moves on.
   Q_PROPERTY(bool available MEMBER available_ NOTIFY availableChanged FINAL)
 
 public:
   explicit FocusStop(QQuickItem* parent = nullptr);
 
-  // What a key (Qt::Key) asks for; none if it moves nothing.
+  // The move that a key (Qt::Key) requests; nullopt if none.
   [[nodiscard]] static std::optional<Move> moveOf(int key);
 
   [[nodiscard]] double ringRadius() const { return ringRadius_; }
@@ -37,7 +37,7 @@ public:
   [[nodiscard]] Q_INVOKABLE static int movedChoice(int chosen, int count, int move);
 
 Q_SIGNALS:
-  // A key asks for a move; `move` is a Move.
+  // A key requests a move; `move` is a Move.
   void moved(int move);
   void ringRadiusChanged();
   void isButtonChanged();

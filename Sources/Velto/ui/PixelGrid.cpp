@@ -10,7 +10,7 @@ namespace velto {
 
 namespace {
 
-// The smallest length, from `points` up, of whole points that are whole device pixels.
+// The smallest whole number of points, at least `points`, that is also a whole number of pixels.
 double roomFor(double points, double devicePixelRatio) {
   constexpr int tries = 20; // enough for every scale in steps of 5 %
   const double least = std::ceil(points);

@@ -8,8 +8,9 @@ namespace velto::PixelGrid {
 
 // Moves and sizes `item` to cover `box` (points of the window) with every edge on the nearest
 // device pixel. Returns the covered rectangle in points of the item. The item may extend further
-// right and down: Qt paints it into a picture of whole points and whole pixels, and stretches that
-// to any other size. The item must be in a window, neither scaled nor rotated. Main thread only.
+// right and down: Qt paints it into an image of whole points and whole pixels, and would stretch
+// that to any other size. The item must be in a window, neither scaled nor rotated. Main thread
+// only.
 QRectF cover(QQuickPaintedItem& item, const QRectF& box);
 
 } // namespace velto::PixelGrid

@@ -42,7 +42,8 @@ class PracticeModel : public QObject {
   Q_PROPERTY(bool correct READ correct NOTIFY gradeChanged FINAL)
   Q_PROPERTY(QString verdict READ verdict NOTIFY gradeChanged FINAL)
   Q_PROPERTY(QString verdictDetail READ verdictDetail NOTIFY gradeChanged FINAL)
-  Q_PROPERTY(QString announcement READ announcement NOTIFY gradeChanged FINAL) // both, spoken
+  Q_PROPERTY(
+      QString announcement READ announcement NOTIFY gradeChanged FINAL) // both, for screen readers
 
 public:
   // The drills' indices, for QML.

@@ -27,7 +27,7 @@ class ProgressModel : public QObject {
   Q_PROPERTY(double tallestBar READ tallestBar CONSTANT FINAL)            // points
   Q_PROPERTY(int weakestBand READ weakestBand NOTIFY recordChanged FINAL) // -1: none
   Q_PROPERTY(QString weakestText READ weakestText NOTIFY recordChanged FINAL)
-  // The map and the curve in words.
+  // The map and the curve for screen readers.
   Q_PROPERTY(QString mapDescription READ mapDescription NOTIFY recordChanged FINAL)
   Q_PROPERTY(QString curveDescription READ curveDescription NOTIFY drillRecordChanged FINAL)
   Q_PROPERTY(QStringList bandLabels READ bandLabels CONSTANT FINAL)

@@ -5,8 +5,8 @@
 
 namespace velto {
 
-// The path of the resource `name`; empty if there is none. Resources are in ../share/velto, seen
-// from the program's folder, in build trees and installed trees.
+// The path of the resource `name`; empty if there is none. Resources are in ../share/velto relative
+// to the program's folder, in build trees and installed trees.
 [[nodiscard]] QString resourceFile(const QString& name);
 
 } // namespace velto

@@ -18,14 +18,14 @@ namespace {
 constexpr double exponent = 3;
 constexpr int pointsPerCorner = 24;
 
-// The length of edge that a superellipse corner takes up if it crosses the diagonal where a
-// circular arc of radius 1 does.
+// The length of edge taken up by a superellipse corner that crosses the diagonal at the same point
+// as a circular arc of radius 1.
 double cornerReach() {
   return (1 - std::sqrt(0.5)) / (1 - std::pow(2.0, -1 / exponent));
 }
 
-// Adds the rounded corner at `tip`. The unit vectors `in` and `out` point from the tip back along
-// the first edge and on along the second one.
+// Adds the rounded corner at `tip`. The unit vectors `in` and `out` point from the tip along the
+// first edge and the second edge.
 void addCorner(QPainterPath& path, QPointF tip, QPointF in, QPointF out, double reach) {
   for (int i = 0; i <= pointsPerCorner; ++i) {
     const double angle = (M_PI / 2) * i / pointsPerCorner;
@@ -74,7 +74,7 @@ RoundedBox::RoundedBox(QQuickItem* parent) : QQuickItem(parent), picture_(new Pi
 }
 
 void RoundedBox::itemChange(ItemChange change, const ItemChangeData& data) {
-  // The box also moves on the pixel grid when an ancestor moves.
+  // The box also moves relative to the pixel grid when an ancestor moves.
   if (change == ItemSceneChange && data.window != nullptr)
     connect(data.window, &QQuickWindow::afterAnimating, this, &RoundedBox::lay,
             Qt::UniqueConnection);

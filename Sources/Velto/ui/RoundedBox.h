@@ -16,8 +16,8 @@ namespace velto {
 // that do not fit are reduced.
 [[nodiscard]] QPainterPath roundedOutline(const QRectF& rect, double radius, bool continuous);
 
-// Fills and then strokes one roundedOutline. The stroke lies inside the item's edges, each moved to
-// the nearest device pixel. `insetTop` lowers the upper edge, not only by whole pixels.
+// Fills and then strokes a roundedOutline. The stroke lies inside the item's edges, which are
+// snapped to whole device pixels. `insetTop` lowers the upper edge and is not snapped.
 class RoundedBox : public QQuickItem {
   Q_OBJECT
   QML_ELEMENT

@@ -7,8 +7,8 @@
 
 namespace velto {
 
-// The focus stop of a scale. Assistive technology reads `value` as a slider's and writes it to
-// request another answer; the view writes `answer`. Main thread only.
+// The focus stop of a scale. Assistive technology reads `value` as the value of a slider and writes
+// it to request another answer; the view writes `answer`. Main thread only.
 class ScaleHandle : public velto::FocusStop {
   Q_OBJECT
   QML_ELEMENT

@@ -58,16 +58,16 @@ public:
   [[nodiscard]] static const Palette& light();
 };
 
-// Blends the red, green and blue of `from` toward `to` by `t`, held to 0...1. The result is opaque
-// whatever the opacities of the two. An invalid colour is a programming error.
+// Blends the red, green and blue of `from` toward `to` by `t`, clamped to 0...1. The result is
+// opaque whatever the opacities of the two. Aborts if a colour is invalid.
 [[nodiscard]] QColor mix(const QColor& from, const QColor& to, double t);
 
-// The colour of a band in the weakness map: from `good` over `warn` to `bad` as `weakness` goes
-// from 0 to 1, and held beyond.
+// The colour of a band in the weakness map: from `good` through `warn` to `bad` as `weakness` goes
+// from 0 to 1; clamped beyond.
 [[nodiscard]] QColor weaknessColor(const Palette& palette, double weakness);
 
-// The palette that items inherit: `Theme.palette` is the one set on the item or on its nearest
-// ancestor with one, else the dark palette. Main thread only.
+// The palette that items inherit: `Theme.palette` is the palette set on the item, else that of the
+// nearest ancestor with one, else the dark palette. Main thread only.
 class Theme : public QObject {
   Q_OBJECT
   QML_ELEMENT

@@ -21,7 +21,7 @@ const QString portalSpace = QStringLiteral("org.gnome.desktop.interface");
 const QString systemKey = QStringLiteral("font-name");
 const QString monoKey = QStringLiteral("monospace-font-name");
 
-// The family alone, of "Cantarell 11" or "JetBrains Mono Medium 10,5".
+// The family in a setting such as "Cantarell 11" or "JetBrains Mono Medium 10,5"; empty if unknown.
 QString portalFamily(const QString& setting) {
   QStringList words = setting.split(QLatin1Char(' '), Qt::SkipEmptyParts);
   while (!words.isEmpty()) {
@@ -33,7 +33,7 @@ QString portalFamily(const QString& setting) {
   return {};
 }
 
-// Without a platform theme Qt gives a generic alias instead of a font.
+// Without a platform theme Qt returns a generic alias instead of a font.
 bool isGenericAlias(const QString& family) {
   static const QStringList aliases{QString(), QStringLiteral("Sans"), QStringLiteral("Sans Serif"),
                                    QStringLiteral("sans-serif"), QStringLiteral("monospace")};

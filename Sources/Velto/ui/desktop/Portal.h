@@ -8,19 +8,19 @@
 
 namespace velto {
 
-// Reads settings of the desktop portal and reports changes. Without a session bus or a portal there
-// are neither. Main thread only.
+// Reads settings of the desktop portal and reports changes. Without a session bus or a portal, no
+// setting has a value and no change is reported. Main thread only.
 class Portal : public QObject {
   Q_OBJECT
 
 public:
   explicit Portal(QObject* parent = nullptr);
 
-  // The value of `key` in the namespace `space`; invalid if there is none. Waits for the portal for
-  // 200 ms at most.
+  // The value of `key` in the namespace `space`; invalid if there is none. Blocks for at most 200
+  // ms.
   [[nodiscard]] QVariant read(const QString& space, const QString& key) const;
 
-  // Non-blocking read(): settingChanged delivers the value, if there is one.
+  // Non-blocking read(): emits settingChanged with the value, if there is one.
   void request(const QString& space, const QString& key);
 
 Q_SIGNALS:

@@ -1,6 +1,6 @@
 import QtQuick
 
-// Reports drags that no other item takes, once per press.
+// Reports drags that no other item accepts, once per press.
 MouseArea {
     id: area
 

@@ -1,8 +1,8 @@
 import QtQuick
 import Velto
 
-// One of a group of exclusive choices. The group is a single tab stop; arrows, Home and End choose in
-// it, and the focus follows the choice.
+// One of a group of exclusive choices. The group is a single tab stop; arrow keys, Home and End
+// change the choice, and the focus follows it.
 Pressable {
     id: choice
 

@@ -24,7 +24,7 @@ Row {
             required property string modelData
 
             objectName: "drill" + index
-            // As wide as the chosen chip is, so that no choice moves the others.
+            // As wide as when chosen, so that a choice does not move the other chips.
             implicitWidth: metrics.widthOf(modelData) + content.titleLeft + 24
             implicitHeight: content.implicitHeight + 12
             ringRadius: 6

@@ -7,7 +7,7 @@ Text {
     property bool brand: false
     property real size: 12 // points
     property real tracking: 0 // points
-    property bool partOfName: false // of its control; screen readers skip it here
+    property bool partOfName: false // part of its control's name; screen readers skip it here
 
     color: Theme.palette.ink
     font.family: mono ? Fonts.mono : brand && Fonts.brandRegistered ? Fonts.brand : Fonts.system

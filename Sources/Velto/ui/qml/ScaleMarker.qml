@@ -1,8 +1,8 @@
 import QtQuick
 import Velto
 
-// A marker on a scale: a bar over the strip's height and a chip with the value. Its `x` is the
-// value's position.
+// A marker on a scale: a bar as high as the strip and a chip with the value. Its `x` is the value's
+// position.
 Item {
     id: marker
 

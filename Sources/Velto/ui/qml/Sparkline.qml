@@ -8,7 +8,7 @@ Item {
 
     property list<double> difficulties
     property string title
-    property string description // the curve in words
+    property string description // the curve for screen readers
     readonly property bool drawn: difficulties.length > 1
 
     implicitHeight: 64

@@ -31,7 +31,7 @@ Item {
     Label {
         objectName: "statLabel" + stat.label
         anchors.horizontalCenter: parent.horizontalCenter
-        anchors.horizontalCenterOffset: tracking / 2 // the tracking after the last letter
+        anchors.horizontalCenterOffset: tracking / 2 // for the tracking after the last letter
         y: 35
         height: 10
         text: stat.label

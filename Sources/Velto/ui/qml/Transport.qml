@@ -7,7 +7,7 @@ Item {
     id: transport
 
     required property PracticeModel session
-    // With three slot buttons, the most that a trial has.
+    // Enough for three slot buttons, the most that a trial has.
     readonly property real minimumWidth: slotRow.widthFor(3) + left.spacing + hint.implicitWidth + 20 + right.implicitWidth
 
     implicitHeight: 36
