@@ -438,8 +438,8 @@ private:
   std::vector<std::weak_ptr<const void>> watched_;
 };
 
-// For any sequence of calls and any block sizes: the state follows the rules, nothing sounds between
-// the fade tail and the start, and a settled slot plays bit for bit.
+// For any sequence of calls and any block sizes: the state follows the rules, nothing sounds
+// between the fade tail and the start, and a settled slot plays bit for bit.
 RC_GTEST_PROP(Player, FollowsItsRulesForAnySequenceOfCalls, ()) {
   FakeOutput output;
   {

@@ -49,7 +49,8 @@ void practise(kit::TestPlayer& player, Clock::time_point end) {
   for (; Clock::now() < end; ++round) {
     if (round % 150 == 149) {
       player.stop();
-      std::this_thread::sleep_for(round % 300 == 299 ? 200ms : 20ms); // with, without a new device
+      std::this_thread::sleep_for(round % 300 == 299 ? 200ms
+                                                     : 20ms); // with and without a new device
     }
     if (round % 25 == 0 || round % 150 == 149)
       player.load(trials[round / 25 % trials.size()], static_cast<std::int64_t>(round % 3));

@@ -1,6 +1,6 @@
 // Plays through the player and the sound server for VELTO_PLAYBACK_SECONDS (an hour by default),
-// switches slots every few seconds, and compares every frame at the sink with what it must be. Run on
-// a private desk; for the whole hour, by hand:
+// switches slots every few seconds, and compares every frame at the sink with what it must be. Run
+// on a private desk; for the whole hour, by hand:
 //
 //   Tests/desk/desk --no-display --buffer 1000 -- build/bin/velto_long_playback
 //

@@ -185,8 +185,8 @@ private:
   std::vector<std::jthread> loops_;
 };
 
-// The slots have the same left channel, so no switch may change a bit of it; the right channel tells
-// which slots are heard.
+// The slots have the same left channel, so no switch may change a bit of it; the right channel
+// tells which slots are heard.
 TEST_F(Prompt, BusyProcessorsLoseNoFrameInAMinuteOfFastSwitching) {
   const Slot noise = noiseSlot(loopFrames, 1);
   std::vector<Slot> slots;

@@ -1,5 +1,5 @@
-// Compares the session with a model of its rules over any sequence of calls, with renders that arrive
-// late or out of order and devices that do not start.
+// Compares the session with a model of its rules over any sequence of calls, with renders that
+// arrive late or out of order and devices that do not start.
 #include "Session.h"
 
 #include "kit/FakeOutput.h"

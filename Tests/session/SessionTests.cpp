@@ -285,7 +285,7 @@ TEST(SessionSubmit, GradesAndRecordsOnce) {
   EXPECT_TRUE(rig->player().isPlaying());
 }
 
-TEST(SessionSubmit, TheNextTrialHasTheMovedDifficulty) {
+TEST(SessionSubmit, TheNextTrialHasTheNewDifficulty) {
   Rig rig;
   rig.settle();
   rig->setAnswer(rig->trial()->targetFreq * 4);
