@@ -8,7 +8,7 @@
 
 using namespace velto;
 
-// The loudest targets of the level and dynamics drills, and some trials across the range of each.
+// The loudest targets of the level and dynamics drills, and trials across the range of every drill.
 TEST(OutputHeadroom, KeepsEveryDrillOnEveryMaterialBelowFullScale) {
   const double headroomDB = 20 * std::log10(static_cast<double>(outputHeadroom));
   double loudest = -240;

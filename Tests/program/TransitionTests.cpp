@@ -40,7 +40,7 @@ constexpr std::size_t switchFrames = 7200; // 150 ms
 constexpr std::size_t piece = 240;         // 5 ms
 // Settling time of a filter at 20 Hz: e^-9 of a jump is left.
 constexpr std::size_t restFrames = 9600;
-// The rest of its response changes a level by less than this.
+// What is left of the filter's response changes a level by less than this.
 constexpr double accuracyDB = 0.01;
 // Repetitions of the transitions that can fall on a loud or on a quiet place of the loop.
 constexpr int rounds = 3;

@@ -154,7 +154,7 @@ TEST(SessionChanges, TheOldTrialPlaysOnUntilTheNewOneIsRendered) {
   EXPECT_NE(rig->slots()[0].l, heard);
 }
 
-// The switching from the first slot to the second, told from the volumes halfway.
+// Whether the switch from the first slot to the second crossfades, judged by the volumes halfway.
 Switching switchingHeard(Rig& rig) {
   rig.settle();
   (void)rig.output.pull(20000, 480);
