@@ -1,5 +1,5 @@
-// One block of the device callback, from the engine's clock to the headroom, beside a plain copy of
-// as many samples.
+// One block of the device callback, from the engine's clock to the headroom, compared with a plain
+// copy of as many samples.
 
 #include "AudioEngine.h"
 #include "Mixer.h"

@@ -1,4 +1,4 @@
-// Statistics, encoding and decoding of a full record, beside one pass over its rows or its bytes.
+// Statistics, encoding and decoding of a full record, compared with a pass over its rows or bytes.
 
 #include "Coding.h"
 #include "Signals.h"

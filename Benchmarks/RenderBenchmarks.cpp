@@ -1,4 +1,4 @@
-// A whole trial of each drill, beside the reference model.
+// A whole trial of each drill, compared with the reference model.
 
 #include "ReferenceTrial.h"
 

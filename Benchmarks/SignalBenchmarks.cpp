@@ -1,5 +1,5 @@
-// Materials, filters and measurements over the length of one trial, beside the reference model and
-// the floors.
+// Materials, filters and measurements over the length of one trial, compared with the reference
+// model and the floors.
 
 #include "Floors.h"
 #include "ReferenceTrial.h"

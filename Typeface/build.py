@@ -3,9 +3,9 @@
 
     build.py [FILE]     the default is Resources/MORLADisplay-Regular.otf beside this folder
 
-fontmake compiles the UFO. Then the stem hints that lie in the glyphs go into the charstrings, and
-those fields of the CFF table that fontmake fills otherwise get their values. The same sources give
-the same bytes with the same fontmake and fontTools.
+fontmake compiles the UFO. This program then writes the glyphs' stem hints into the charstrings and
+sets the fields of the CFF table that fontmake fills differently. The same sources give the same
+bytes with the same fontmake and fontTools.
 
 Needs fontmake, fontTools and ufoLib2.
 """
@@ -24,11 +24,11 @@ SOURCE = os.path.join(HERE, "MORLADisplay-Regular.ufo")
 TARGET = os.path.join(HERE, "..", "Resources", "MORLADisplay-Regular.otf")
 
 HINTS = "public.postscript.hints"
-PRIVATE = "com.morla.Velto.privateDict"  # entries that no field of fontinfo.plist stands for
+PRIVATE = "com.morla.Velto.privateDict"  # entries without a field in fontinfo.plist
 
 
 def outline_id(glyph):
-    """What hints know their outline by: its width and points, written as UFO has it."""
+    """The id by which hints refer to their outline: its width and points, in UFO's notation."""
     text = f"w{glyph.width:g}"
     for contour in glyph:
         if len(contour) > 1:
@@ -37,7 +37,7 @@ def outline_id(glyph):
 
 
 def stem_program(glyph):
-    """The stem hints of a glyph, lines such as "hstem 288 93", as a Type 2 program."""
+    """Converts the stem hints of a glyph, lines such as "hstem 288 93", to a Type 2 program."""
     sets = glyph.lib[HINTS]["hintSetList"]
     if len(sets) != 1:
         sys.exit(f"{glyph.name}: {len(sets)} sets of hints; one holds for the whole glyph")
@@ -85,7 +85,7 @@ def build(source=SOURCE):
         charstring = top.CharStrings[glyph.name]
         charstring.decompile()
         program = charstring.program
-        move = program.index("rmoveto") - 2  # behind the width, if there is one
+        move = program.index("rmoveto") - 2  # after the width, if there is one
         charstring.program = program[:move] + stem_program(glyph) + program[move:]
     return font, stale
 

@@ -1,9 +1,10 @@
 #!/usr/bin/python3
-"""Checks the built font file as a proof reader would.
+"""Proofreads the built font file.
 
     check.py [FILE]     the default is Resources/MORLADisplay-Regular.otf beside this folder
 
-Reads nothing but the file. Prints one line per check and exits with 1 when one fails.
+Reads only this file. Prints one line per check, and what is wrong below it; exits with 1 if a check
+fails.
 """
 
 import math
@@ -131,7 +132,7 @@ def rough_curves(font):
 
 
 def wrong_heights(font):
-    """Flats stand on their lines, rounds pass them by the same ten units."""
+    """Flat edges lie on their lines; rounds overshoot them by ten units each."""
     glyphs = {n: outline(font, n) for n in font.getGlyphOrder()}
     cmap = font.getBestCmap()
 
@@ -184,7 +185,7 @@ def wrong_metrics(font):
 
 
 def dancing_figures(font):
-    """Figures and the signs between them share one width and take part in no kerning."""
+    """Figures and the signs between them have one width; figures are never kerned."""
     cmap = font.getBestCmap()
     widths = {c: font["hmtx"][cmap[ord(c)]][0] for c in FIGURES + "+−±×=<>"}
     if len(set(widths.values())) != 1:
@@ -196,7 +197,7 @@ def dancing_figures(font):
 
 
 def uneven_sides(font):
-    """Symmetric letters stand in the middle of their width; like sides are alike."""
+    """Symmetric letters are centred in their width; similar left sides have equal bearings."""
     cmap = font.getBestCmap()
 
     def sides(character):
@@ -314,7 +315,7 @@ CHECKS = [
 
 
 def findings(font):
-    """(check, what is wrong) for everything that is; without its glyphs a face is not read on."""
+    """All problems as (check, text). If a glyph is missing, the other checks are skipped."""
     found = []
     for title, check in CHECKS:
         found += [(title, text) for text in check(font)]

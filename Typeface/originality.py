@@ -1,18 +1,18 @@
 #!/usr/bin/python3
-"""Shows that no drawing of this face is one of another font's.
+"""Checks that no outline of this face equals one of another font.
 
     originality.py [FILE [FOLDER]]
 
 compares every outline of FILE (default: the committed face) with every outline of every font below
 FOLDER (default: /usr/share/fonts), moved to the same origin and scaled to the same height. Two
-drawings are the same when they have equally many contours of equally many segments of the same
-kinds and every point, handles included, lies within two thousandths of the height. A face of this
-family, installed, is passed over.
+outlines are equal if they have the same number of contours, these have the same numbers and kinds
+of segments, and all points, handles included, agree within two thousandths of the height. Installed
+faces of this family are skipped.
 
-A plain upright rectangle (I, hyphen, the dashes, ...) is nothing but one proportion, which any font
-may share by chance: bars are compared to half a thousandth of their proportion, and one found
-elsewhere is told but no failure. Exits with 1 when any other drawing is found elsewhere, with 2
-when there was nothing to compare with.
+A plain upright rectangle (I, hyphen, the dashes, ...) has only a proportion, which any font may
+share by chance: bars are compared within half a thousandth of their proportion, and a match is
+reported but is no failure. Exits with 1 if any other outline is found elsewhere, with 2 if there
+was nothing to compare with.
 """
 
 import os
@@ -27,7 +27,7 @@ TOLERANCE, BAR_TOLERANCE = 0.002, 0.0005
 
 
 def contours(glyphs, name):
-    """Contours as lists of (kind, points), each closed by a segment of its own."""
+    """Contours as lists of (kind, points), each closed by an explicit segment."""
     pen = DecomposingRecordingPen(glyphs)
     glyphs[name].draw(pen)
     result, start, at = [], None, None
@@ -39,7 +39,7 @@ def contours(glyphs, name):
             if at != start:
                 result[-1].append(("lineTo", (start,)))
         else:
-            if points[-1] is None:  # a contour of handles only: no drawing of ours is one
+            if points[-1] is None:  # a contour of handles only; this face has none
                 return []
             if not result:
                 result.append([])
@@ -49,7 +49,7 @@ def contours(glyphs, name):
 
 
 def normalised(shape):
-    """The shape with its lowest left corner at the origin and its height 1, or None."""
+    """(ratio of width to height, contours moved to the origin and scaled to height 1), or None."""
     points = [p for contour in shape for _, ps in contour for p in ps]
     if not points:
         return None
@@ -66,7 +66,7 @@ def normalised(shape):
 
 
 def signature(shape):
-    """What must be equal before points are compared: kinds of segments per contour."""
+    """A quick test before points are compared: the kinds of segments per contour."""
     return tuple(tuple(sorted(k for k, _ in contour)) for contour in shape)
 
 
@@ -101,7 +101,7 @@ def same_segment(one, other):
 
 
 def same_shape(one, other):
-    """Whether each contour of one has its equal in the other."""
+    """Whether each contour of one has an equal in the other."""
     left = list(other)
     for contour in one:
         match = next((c for c in left if len(c) == len(contour) and same_contour(contour, c)), None)
@@ -112,7 +112,7 @@ def same_shape(one, other):
 
 
 def is_bar(shape):
-    """Whether the shape is one rectangle with level and upright sides."""
+    """Whether the shape is a single upright rectangle."""
     if len(shape) != 1 or [kind for kind, _ in shape[0]] != ["lineTo"] * 4:
         return False
     corners = [points[0] for _, points in shape[0]]
@@ -144,7 +144,7 @@ def drawings(font):
 
 
 def compare(face, folder):
-    """(drawings compared, fonts, drawings found elsewhere, bars found elsewhere)."""
+    """(outlines compared, number of fonts, outlines found elsewhere, bars found elsewhere)."""
     ours = {}
     with TTFont(face) as font:
         for name, ratio, shape in drawings(font):

@@ -115,7 +115,7 @@ def crossings(one, other):
         return _line_crossings(one, other)
     found, (t0, t1) = [], (0.0, 1.0)
     if _smooth(one, other):
-        t1 -= _TRIM  # two curves that pass into each other are as good as one near their joint
+        t1 -= _TRIM  # near a smooth joint the two curves almost coincide
     if _smooth(other, one):
         t0 += _TRIM
     _search(between(one, t0, t1), t0, t1, other, 0.0, 1.0, found)
@@ -123,7 +123,7 @@ def crossings(one, other):
 
 
 def _smooth(one, other):
-    """Whether the second segment goes on smoothly where the first ends."""
+    """Whether the second segment continues the first smoothly."""
     if math.dist(one[-1], other[0]) > 1e-6:
         return False
     (ax, ay), (bx, by) = tangent_at(one, 1), tangent_at(other, 0)
@@ -166,7 +166,7 @@ def _line_crossings(one, other):
 
 
 def _search(one, t0, t1, other, u0, u1, found):
-    """Halve both curves while their boxes meet; polish and note what is left."""
+    """Halves both curves while their boxes meet, then refines the crossings and appends them."""
     a, b = bounds(one), bounds(other)
     if not _boxes_meet(a, b):
         return
@@ -203,7 +203,7 @@ def flattened(contour):
 
 
 def polygon_area(points):
-    """Twice-signed halves summed: positive when the points run counter-clockwise."""
+    """The signed area: positive if the points run counter-clockwise."""
     total = 0.0
     for (x0, y0), (x1, y1) in zip(points, points[1:] + points[:1]):
         total += x0 * y1 - x1 * y0
@@ -215,7 +215,7 @@ def area(contour):
 
 
 def winding(polygons, x, y):
-    """How often the polygons turn round a point."""
+    """The winding number of the polygons around a point."""
     turns = 0
     for points in polygons:
         px, py = points[-1]

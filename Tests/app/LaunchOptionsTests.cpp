@@ -27,7 +27,7 @@ TEST(LaunchOptions, AreEmptyWithoutSwitches) {
   EXPECT_FALSE(options.fair);
 }
 
-TEST(LaunchOptions, TakeFairWhereverItStands) {
+TEST(LaunchOptions, TakeFairAtAnyPosition) {
   EXPECT_TRUE(optionsOf({"--fair"}).fair);
   EXPECT_TRUE(optionsOf({"--drill", "level", "--fair"}).fair);
   EXPECT_EQ(optionsOf({"--fair", "--drill", "level"}).drill, Drill::level);
@@ -43,7 +43,7 @@ TEST(LaunchOptions, TakeValuesInAnyOrder) {
   EXPECT_EQ(optionsOf({"--answer", "1", "--drill", "level"}).drill, Drill::level);
 }
 
-TEST(LaunchOptions, IgnoreUnknownDrillsAndTextsThatAreNoNumbers) {
+TEST(LaunchOptions, IgnoreUnknownDrillsAndInvalidNumbers) {
   EXPECT_EQ(optionsOf({"--drill", "Level"}).drill, Drill::frequency);
   EXPECT_EQ(optionsOf({"--drill", "loudness"}).drill, Drill::frequency);
   for (const char* text : {"", "three", "3 ", " 3", "3x", "0x", "--", "+", "1,5"})
@@ -58,20 +58,20 @@ TEST(LaunchOptions, TakeEverySpellingOfADouble) {
   EXPECT_TRUE(std::isnan(*optionsOf({"--answer", "nan"}).scriptedAnswer));
 }
 
-TEST(LaunchOptions, OnlyTheExactLightIsLight) {
+TEST(LaunchOptions, OnlyTheWordLightSelectsLight) {
   EXPECT_EQ(optionsOf({"--appearance", "light"}).fixedDark, false);
   for (const char* word : {"dark", "xyz", "Light", ""})
     EXPECT_EQ(optionsOf({"--appearance", word}).fixedDark, true) << word;
 }
 
-TEST(LaunchOptions, IgnoreASwitchThatStandsLast) {
+TEST(LaunchOptions, IgnoreASwitchWithoutAValue) {
   EXPECT_FALSE(optionsOf({"--shot"}).shotPath);
   EXPECT_FALSE(optionsOf({"--answer"}).scriptedAnswer);
   EXPECT_FALSE(optionsOf({"--appearance"}).fixedDark);
   EXPECT_EQ(optionsOf({"--drill"}).drill, Drill::frequency);
 }
 
-TEST(Arguments, TheFirstOccurrenceGivesTheValue) {
+TEST(Arguments, TheFirstOccurrenceOfASwitchWins) {
   EXPECT_EQ(optionsOf({"--drill", "level", "--drill", "polarity"}).drill, Drill::level);
   // A switch may itself be the value of another one.
   EXPECT_EQ(optionsOf({"--shot", "--drill", "level"}).shotPath, "--drill");

@@ -16,7 +16,7 @@ namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-// Tells 0 from -0.
+// Distinguishes 0 from -0.
 bool sameBits(double a, double b) {
   return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
@@ -74,7 +74,7 @@ TEST(NumberArgument, MagnitudesBeyondADoubleBecomeInfinityOrZero) {
   } rows[] = {
       {"1e400", infinity},
       {"1e+400", infinity},
-      {"-0.001e+999", -infinity}, // below 1 but for the exponent
+      {"-0.001e+999", -infinity}, // the digits alone are below 1
       {"-1e400", -infinity},
       {"1.7976931348623159e308", infinity},
       {"1e99999999999999999999", infinity},
@@ -99,7 +99,7 @@ TEST(NumberArgument, MagnitudesBeyondADoubleBecomeInfinityOrZero) {
   }
 }
 
-TEST(NumberArgument, ReadsNothingElse) {
+TEST(NumberArgument, RejectsEverythingElse) {
   for (const char* text :
        {"",      " ",     "1 ",    " 1",   "1,5",    "1.5.2", "abc",    "-",    "+",
         "+-1",   "--1",   ".",     "1e",   "1e+",    "0x",    "0xg",    "0x1p", "0x-1",

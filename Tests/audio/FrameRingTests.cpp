@@ -48,7 +48,7 @@ TEST(FrameRing, HoldsExactlyItsCapacity) {
   expectFrames(left, right, 0);
 }
 
-TEST(FrameRing, DropsABlockWholeAndTakesTheNextThatFits) {
+TEST(FrameRing, DropsABlockThatDoesNotFitAndTakesTheNextThatDoes) {
   FrameRing ring(10);
   ring.write(block(0, 6).data(), 6);
   ring.write(block(6, 5).data(), 5);
@@ -63,8 +63,8 @@ TEST(FrameRing, DropsABlockWholeAndTakesTheNextThatFits) {
   expectFrames(left, right, 11);
 }
 
-// Whatever lengths are written and read: frames come out in order, each once, or were dropped
-// whole.
+// For any lengths of blocks: each frame is read once and in order, unless its whole block was
+// dropped.
 RC_GTEST_PROP(FrameRing, IsAQueueOfFrames, ()) {
   const auto capacity = *rc::gen::inRange<std::size_t>(1, 40);
   FrameRing ring(capacity);

@@ -51,7 +51,7 @@ public:
     mixer.publish(scene_);
   }
 
-  // The output is closed, and another one is opened.
+  // Closes the output and opens another one.
   void beginStream() {
     ++scene_.stream;
     silence();
@@ -103,7 +103,7 @@ TEST_P(MixerWithBlocks, VoicesStartTogetherAfterTheirDelay) {
   EXPECT_EQ(first - out.begin(), 3841);
 }
 
-TEST_P(MixerWithBlocks, AStartRisesFromZeroToTheCrossfadeThatRunsSinceTheHandOver) {
+TEST_P(MixerWithBlocks, AStartRisesWithinOneStepToTheFadeInThatBeganWithTheLoad) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1)}, 0, 3840);
   const auto out = desk.render(8000, GetParam());
@@ -116,7 +116,7 @@ TEST_P(MixerWithBlocks, AStartRisesFromZeroToTheCrossfadeThatRunsSinceTheHandOve
     ASSERT_EQ(out[i], 1.0F) << i;
 }
 
-TEST_P(MixerWithBlocks, ASwitchIsAStraightLineOf7200Frames) {
+TEST_P(MixerWithBlocks, ASwitchIsALinearRampOf7200Frames) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 0);
   (void)desk.render(2 * ramp);
@@ -128,7 +128,7 @@ TEST_P(MixerWithBlocks, ASwitchIsAStraightLineOf7200Frames) {
     ASSERT_EQ(out[i], 0.0F) << i;
 }
 
-TEST_P(MixerWithBlocks, ASlotAtRestLeavesBitForBitInItsLoop) {
+TEST_P(MixerWithBlocks, ASettledSlotLoopsBitForBit) {
   Desk desk;
   const Slot slot = noiseSlot(1777, 1);
   desk.play({noiseSlot(1000, 2), slot, noiseSlot(1500, 3)}, 1, 0);
@@ -138,7 +138,7 @@ TEST_P(MixerWithBlocks, ASlotAtRestLeavesBitForBitInItsLoop) {
     ASSERT_EQ(out[i], (*slot.l)[(ramp + i) % 1777]) << i;
 }
 
-TEST_P(MixerWithBlocks, BothChannelsKeepTheirSide) {
+TEST_P(MixerWithBlocks, KeepsLeftAndRightApart) {
   Desk desk;
   const Slot slot = noiseSlot(1777, 1);
   desk.play({slot}, 0, 0);
@@ -151,7 +151,7 @@ TEST_P(MixerWithBlocks, BothChannelsKeepTheirSide) {
   }
 }
 
-// All voices run from one frame on: whichever is heard stands where the clock says.
+// All voices start at the same frame, so the clock alone tells the position in the audible loop.
 TEST_P(MixerWithBlocks, SlotsStaySampleLockedAcrossSwitches) {
   Desk desk;
   const std::vector<Slot> slots{noiseSlot(2400, 1), noiseSlot(2400, 2), noiseSlot(2400, 3)};
@@ -168,13 +168,13 @@ TEST_P(MixerWithBlocks, SlotsStaySampleLockedAcrossSwitches) {
   }
 }
 
-TEST(Mixer, ACrossfadeBetweenSlotsThatAreAlikeChangesNoBit) {
+TEST(Mixer, ACrossfadeBetweenIdenticalSlotsChangesNoBit) {
   Desk desk;
   const Slot a = noiseSlot(4801, 1), b = kit::slotOf(*a.l, *a.r), c = a;
   desk.play({a, b, c}, 0, 0);
   (void)desk.render(ramp);
   std::size_t frame = ramp;
-  // The last ones start from the middle of another crossfade.
+  // The later ones interrupt another crossfade.
   for (const auto& [chosen, frames] : {std::pair{1, 8000U},
                                        {0, 8000U},
                                        {2, 1234U},
@@ -191,7 +191,7 @@ TEST(Mixer, ACrossfadeBetweenSlotsThatAreAlikeChangesNoBit) {
   }
 }
 
-TEST(Mixer, ACrossfadeInTheMiddleOfAnotherStartsFromTheGainsOfThatMoment) {
+TEST(Mixer, ACrossfadeDuringAnotherStartsFromTheCurrentGains) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0), constantSlot(10, 0, 0)}, 0, 0);
   (void)desk.render(ramp);
@@ -204,8 +204,8 @@ TEST(Mixer, ACrossfadeInTheMiddleOfAnotherStartsFromTheGainsOfThatMoment) {
     ASSERT_NEAR(out[i], start + (1 - start) * static_cast<double>(i) / ramp, 1e-7) << i;
 }
 
-// The gain goes on from where it is, and reaches the new crossfade at the end of the rise.
-TEST(Mixer, ACrossfadeDuringTheRiseIsJoinedWithoutAJump) {
+// The gain continues from its current value and meets the new crossfade at the end of the rise.
+TEST(Mixer, ACrossfadeDuringTheRiseStartsWithoutAJump) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 3840);
   (void)desk.render(3840 + 300);
@@ -220,7 +220,7 @@ TEST(Mixer, ACrossfadeDuringTheRiseIsJoinedWithoutAJump) {
     ASSERT_NEAR(out[i], volume * (1 - static_cast<double>(i) / ramp), 1e-7) << i;
 }
 
-TEST(Mixer, ACrossfadeBeforeTheStartIsHeardFromItsOwnClock) {
+TEST(Mixer, ACrossfadeBeforeTheStartRunsFromItsSwitch) {
   Desk desk;
   desk.play({constantSlot(10, 0, 0), constantSlot(10, 1, 1)}, 0, 3840);
   (void)desk.render(2000);
@@ -233,7 +233,7 @@ TEST(Mixer, ACrossfadeBeforeTheStartIsHeardFromItsOwnClock) {
     ASSERT_NEAR(out[i], static_cast<double>(i) / ramp, 1e-7) << i;
 }
 
-TEST(Mixer, AVolumeTakesTwelveStepsIn32BitFloats) {
+TEST(Mixer, AVolumeMovesInTwelveStepsRoundedTo32Bits) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 0);
   (void)desk.render(1);
@@ -252,7 +252,7 @@ TEST(Mixer, AVolumeTakesTwelveStepsIn32BitFloats) {
   }
 }
 
-TEST(Mixer, AnEndedSceneRunsToZeroWithin240FramesWithoutAJump) {
+TEST(Mixer, AnEndedSceneFadesOutIn240FramesWithoutAJump) {
   Desk desk;
   desk.play({constantSlot(10, 1, -1)}, 0, 0);
   (void)desk.render(ramp);
@@ -268,7 +268,7 @@ TEST(Mixer, AnEndedSceneRunsToZeroWithin240FramesWithoutAJump) {
     ASSERT_EQ(out[i], 0.0F) << i;
 }
 
-TEST(Mixer, TheTailOfASceneThatEndsInACrossfadeGoesOnWithIt) {
+TEST(Mixer, AFadeTailContinuesTheCrossfadeInProgress) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 0);
   (void)desk.render(ramp);
@@ -281,7 +281,7 @@ TEST(Mixer, TheTailOfASceneThatEndsInACrossfadeGoesOnWithIt) {
   EXPECT_EQ(out[240], 0.0F);
 }
 
-TEST(Mixer, ASceneThatEndsBeforeItsStartIsNeverHeard) {
+TEST(Mixer, ASceneThatEndsBeforeItStartsIsNeverHeard) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1)}, 0, 100);
   (void)desk.render(100);
@@ -290,7 +290,7 @@ TEST(Mixer, ASceneThatEndsBeforeItsStartIsNeverHeard) {
     ASSERT_EQ(sample, 0.0F);
 }
 
-TEST(Mixer, TheTailsOfScenesInQuickSuccessionAddUpWithoutAJump) {
+TEST(Mixer, FadeTailsInQuickSuccessionAddUpWithoutAJump) {
   Desk desk;
   desk.play({constantSlot(10, 0.5F, 0.5F)}, 0, 0);
   (void)desk.render(ramp);
@@ -308,18 +308,18 @@ TEST(Mixer, TheTailsOfScenesInQuickSuccessionAddUpWithoutAJump) {
   EXPECT_EQ(out[240], 0.0F);
 }
 
-TEST(Mixer, ASlotWithoutFramesIsSilent) {
+TEST(Mixer, AnEmptySlotIsSilent) {
   Desk desk;
   desk.play({constantSlot(0, 0, 0), constantSlot(10, 1, 1)}, 0, 0);
   for (const float sample : desk.render(ramp))
-    ASSERT_LT(sample, 1.0F); // nothing but the silent node is chosen
+    ASSERT_LT(sample, 1.0F); // only the empty slot is chosen
   EXPECT_EQ(desk.render(1)[0], 0.0F);
   desk.fadeTo(1);
   (void)desk.render(ramp);
   EXPECT_EQ(desk.render(1)[0], 1.0F);
 }
 
-TEST(Mixer, AnUnknownSlotLetsNothingBeHeard) {
+TEST(Mixer, AnUnknownSlotIsSilent) {
   for (const std::int64_t chosen :
        {std::int64_t{-1}, std::int64_t{3}, std::numeric_limits<std::int64_t>::max(),
         std::numeric_limits<std::int64_t>::min()}) {
@@ -330,7 +330,7 @@ TEST(Mixer, AnUnknownSlotLetsNothingBeHeard) {
   }
 }
 
-// A slot whose samples tell whether anybody still holds them.
+// A slot that shows whether its samples are still referenced.
 struct WatchedSlot {
   explicit WatchedSlot(std::size_t frames = 10) {
     auto samples = std::make_shared<Samples>(frames, 1.0F);
@@ -367,7 +367,7 @@ TEST(Mixer, FreesALoadThatWasNeverPlayed) {
   EXPECT_TRUE(skipped.alive.expired());
 }
 
-TEST(Mixer, ANewStreamPlaysNothingOfTheOneBefore) {
+TEST(Mixer, ANewStreamPlaysNothingOfTheOldOne) {
   Desk desk;
   WatchedSlot old;
   desk.play({old.slot}, 0, 0);
@@ -383,8 +383,8 @@ TEST(Mixer, ANewStreamPlaysNothingOfTheOneBefore) {
     ASSERT_EQ(sample, 0.0F);
 }
 
-// Between two crossfades in progress too: the gains of a scene never add up to more than 1.
-RC_GTEST_PROP(Mixer, AMixIsNeverLouderThanItsLoudestSlot, ()) {
+// The gains of a scene never sum to more than 1, even when one crossfade interrupts another.
+RC_GTEST_PROP(Mixer, IsNeverLouderThanTheLoudestSlot, ()) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 1, 1), constantSlot(10, 1, 1)},
             *rc::gen::inRange<std::int64_t>(0, 3), *rc::gen::element<std::uint64_t>(0, 3840));
@@ -396,7 +396,7 @@ RC_GTEST_PROP(Mixer, AMixIsNeverLouderThanItsLoudestSlot, ()) {
   }
 }
 
-// The same rules told frame by frame: every scene that was ever played sounds on its own.
+// A frame-by-frame model of the same rules, in which every scene ever played sounds on its own.
 class Model {
 public:
   struct Sounding {
@@ -477,7 +477,7 @@ private:
   std::uint64_t clock_ = 0;
 };
 
-RC_GTEST_PROP(Mixer, FollowsTheModelForAnySequenceOfScenesAndBlocks, ()) {
+RC_GTEST_PROP(Mixer, MatchesTheModelForAnySequenceOfScenesAndBlocks, ()) {
   Desk desk;
   Model model;
   bool plays = false;
@@ -503,7 +503,7 @@ RC_GTEST_PROP(Mixer, FollowsTheModelForAnySequenceOfScenesAndBlocks, ()) {
       desk.fadeTo(chosen);
       model.fadeTo(chosen);
     }
-    // A block at least, so that each scene is adopted.
+    // At least one block, so that the mixer adopts each scene.
     const auto block = *rc::gen::element<std::size_t>(1, 64, 441, 480, 1920, 333);
     const auto frames = *rc::gen::inRange<std::size_t>(1, 4000);
     for (const float sample : desk.render(frames, block)) {

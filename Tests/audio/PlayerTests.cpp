@@ -29,7 +29,7 @@ using namespace std::chrono_literals;
 constexpr std::size_t startDelay = 3840; // 0.12 s less the fake device's latency
 constexpr std::size_t ramp = 7200;
 
-// A player on a device that the test drives. It closes only when it ends.
+// A player on a fake device that the test drives. The device closes 1 ms after stop().
 struct PlayerTest : ::testing::Test {
   FakeOutput output;
   kit::TestPlayer player{output.factory(), 1ms};
@@ -115,7 +115,7 @@ TEST_F(PlayerTest, TwoSwitches50msApartEndWithTheSecondSlotOnly) {
   EXPECT_EQ(volumes(), (Volumes{0, 0, 1}));
 }
 
-// The travel of a crossfade is the way from the volumes at its start to its targets.
+// The travel of a volume is its distance from the start of a crossfade to the target.
 TEST_F(PlayerTest, NoVolumeStepsByMoreThanATwelfthOfItsTravel) {
   load({noiseSlot(1000, 1), noiseSlot(1000, 2), noiseSlot(1000, 3)}, 0);
   Volumes before = volumes();
@@ -133,7 +133,7 @@ TEST_F(PlayerTest, NoVolumeStepsByMoreThanATwelfthOfItsTravel) {
   }
 }
 
-TEST_F(PlayerTest, LoadingTwoSlotsLeavesTheThirdNodeSilentYetItsVolumeMoves) {
+TEST_F(PlayerTest, TheThirdNodeOfTwoSlotsIsSilentButItsVolumeMoves) {
   load({constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, 0);
   (void)left(ramp);
   EXPECT_EQ(left(1)[0], 1.0F);
@@ -168,7 +168,7 @@ TEST_F(PlayerTest, SwitchToDoesNothingWhileIdle) {
   EXPECT_EQ(player.current(), 0);
 }
 
-TEST_F(PlayerTest, OfMoreThanThreeSlotsThreeAreUsed) {
+TEST_F(PlayerTest, UsesOnlyTheFirstThreeSlots) {
   load({constantSlot(10, 0.25F, 0), constantSlot(10, 0.5F, 0), constantSlot(10, 0.75F, 0),
         constantSlot(10, 1, 0), Slot{}},
        2);
@@ -176,7 +176,7 @@ TEST_F(PlayerTest, OfMoreThanThreeSlotsThreeAreUsed) {
   EXPECT_EQ(left(1)[0], 0.75F);
 }
 
-TEST_F(PlayerTest, AStartAtANodeThatIsNotThereLetsNothingBeHeard) {
+TEST_F(PlayerTest, AStartAtAMissingNodeIsSilent) {
   for (const std::int64_t startAt : {std::int64_t{3}, std::int64_t{-1}}) {
     load({constantSlot(10, 1, 1), constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, startAt);
     EXPECT_EQ(player.current(), startAt);
@@ -188,7 +188,7 @@ TEST_F(PlayerTest, AStartAtANodeThatIsNotThereLetsNothingBeHeard) {
   }
 }
 
-TEST_F(PlayerTest, NoSlotsAndSlotsWithoutFramesAreSilence) {
+TEST_F(PlayerTest, NoSlotsAndEmptySlotsAreSilent) {
   load({}, 0);
   EXPECT_TRUE(player.isPlaying());
   EXPECT_TRUE(isSilent(left(3 * ramp)));
@@ -198,7 +198,7 @@ TEST_F(PlayerTest, NoSlotsAndSlotsWithoutFramesAreSilence) {
   EXPECT_TRUE(isSilent(left(3 * ramp)));
 }
 
-TEST_F(PlayerTest, StopIsIdleAtOnceAndClosesTheDevice) {
+TEST_F(PlayerTest, StopIsImmediateAndClosesTheDevice) {
   load({constantSlot(10, 1, 1)}, 0);
   (void)left(2 * ramp);
   player.stop();
@@ -221,7 +221,7 @@ TEST(Player, StopFadesAndThenStaysSilent) {
   EXPECT_TRUE(isSilent({out.begin() + 240, out.end()}));
 }
 
-TEST(Player, StopInACrossfadeLeavesNothingOfItBehind) {
+TEST(Player, StopDuringACrossfadeCancelsIt) {
   FakeOutput output;
   kit::TestPlayer player(output.factory(), 1s);
   const std::vector<Slot> slots{constantSlot(10, 0.5F, 0), constantSlot(10, 1, 0)};
@@ -236,7 +236,7 @@ TEST(Player, StopInACrossfadeLeavesNothingOfItBehind) {
     for (const PlayerNode& node : player.nodes())
       EXPECT_EQ(node.volume(), 0.0F);
   }
-  // The next load starts its own.
+  // The next load fades in from 0.
   player.load(slots, 0);
   (void)output.pull(startDelay, 480);
   const auto out = output.pull(ramp, 480).l;
@@ -253,9 +253,9 @@ TEST_F(PlayerTest, StopTwiceAndStopWhileIdleAreHarmless) {
   EXPECT_EQ(output.opened(), 1);
 }
 
-// Loading again on the running stream: the old slots end within the fade, far before the new ones
-// start, and those start together on their own first frame.
-TEST(Player, ASecondLoadPlaysNotOneFrameOfTheFirstAfterItsStart) {
+// A second load on the running stream: the old slots fade out well before the new ones start, and
+// those start together at their first frame.
+TEST(Player, ASecondLoadPlaysNoFrameOfTheFirstAfterItsStart) {
   for (const std::size_t block : {1U, 64U, 441U, 480U, 1920U, 333U}) {
     FakeOutput output;
     kit::TestPlayer player(output.factory(), 100ms);
@@ -279,7 +279,7 @@ TEST(Player, ASecondLoadPlaysNotOneFrameOfTheFirstAfterItsStart) {
   }
 }
 
-TEST_F(PlayerTest, TheCallersBuffersAreNotNeededAfterLoad) {
+TEST_F(PlayerTest, LoadKeepsItsOwnReferenceToTheBuffers) {
   std::vector<Slot> slots{constantSlot(1000, 0.5F, 0.5F)};
   player.load(slots, 0);
   slots.clear();
@@ -287,7 +287,7 @@ TEST_F(PlayerTest, TheCallersBuffersAreNotNeededAfterLoad) {
   EXPECT_EQ(left(1)[0], 0.5F);
 }
 
-TEST_F(PlayerTest, AnEngineThatDoesNotStartIsSaidInOneLineAndLeavesThePlayerIdle) {
+TEST_F(PlayerTest, AnEngineFailureIsReportedInOneLineAndLeavesThePlayerIdle) {
   output.refuse("no sound today");
   ::testing::internal::CaptureStderr();
   load({constantSlot(10, 1, 1)}, 2);
@@ -300,7 +300,7 @@ TEST_F(PlayerTest, AnEngineThatDoesNotStartIsSaidInOneLineAndLeavesThePlayerIdle
   EXPECT_EQ(volumes(), (Volumes{0, 0, 0}));
 }
 
-TEST_F(PlayerTest, ALoadThatFailsWhilePlayingStopsWhatPlays) {
+TEST_F(PlayerTest, AFailedLoadStopsPlayback) {
   load({constantSlot(10, 1, 1)}, 0);
   (void)left(ramp);
   output.fail();
@@ -328,13 +328,13 @@ TEST_F(PlayerTest, ADeviceThatFailsWhilePlayingIsReplacedByTheNextLoad) {
 
 using PlayerDeathTest = PlayerTest;
 
-TEST_F(PlayerDeathTest, ASlotWithChannelsOfDifferentLengthStopsTheProcess) {
+TEST_F(PlayerDeathTest, AnInvalidSlotEndsTheProcess) {
   ::testing::FLAGS_gtest_death_test_style = "threadsafe";
   EXPECT_DEATH(load({kit::slotOf(Samples(10), Samples(11))}, 0), "differ in length");
   EXPECT_DEATH(load({Slot{}}, 0), "without buffers");
 }
 
-// A player, what it must be doing, and calls of any kind.
+// A player, the state that it must be in, and random calls.
 class PlayerAndModel {
 public:
   explicit PlayerAndModel(FakeOutput& output) : output_(output), player_(output.factory(), 1ms) {}
@@ -368,7 +368,7 @@ public:
     slots_.clear();
     RC_ASSERT(output_.waitUntilClosed() || output_.opened() == 0);
     RC_ASSERT(!player_.engine().isRunning());
-    // The device is closed a moment before the buffers go.
+    // The buffers are freed shortly after the device closes.
     for (const auto& samples : watched_)
       RC_ASSERT(kit::eventually([&samples] { return samples.expired(); }));
   }
@@ -412,7 +412,7 @@ private:
                   (static_cast<std::int64_t>(i) == current_ ? 1.0F : 0.0F));
   }
 
-  // Silence before the start, and the current slot from the end of its crossfade on.
+  // Requires silence before the start, and the current slot alone once its crossfade is over.
   void requireSound(const kit::Recording& out) const {
     const bool isHeard =
         current_ >= 0 && current_ < 3 && current_ < static_cast<std::int64_t>(slots_.size());
@@ -438,8 +438,8 @@ private:
   std::vector<std::weak_ptr<const void>> watched_;
 };
 
-// Whatever a listener does, in any order and between blocks of any size: the state follows the
-// rules, the sound never jumps, and once at rest it is the current slot, bit for bit.
+// For any sequence of calls and any block sizes: the state follows the rules, nothing sounds
+// between the fade tail and the start, and a settled slot plays bit for bit.
 RC_GTEST_PROP(Player, FollowsItsRulesForAnySequenceOfCalls, ()) {
   FakeOutput output;
   {
@@ -453,15 +453,15 @@ RC_GTEST_PROP(Player, FollowsItsRulesForAnySequenceOfCalls, ()) {
   RC_ASSERT(!output.overran());
 }
 
-// For the thread sanitizer: everything that the main thread can do, as fast as it can, against a
-// device thread that renders all the time. Buffers come and go.
-TEST(Player, MainThreadAndDeviceThreadNeverMeetInABuffer) {
+// For the thread sanitizer: the main thread loads, switches and stops as fast as it can while a
+// device thread renders without a pause. Buffers come and go.
+TEST(Player, MainThreadAndDeviceThreadNeverRaceForABuffer) {
   kit::TestPlayer player([] { return std::make_unique<RacingDevice>(); }, 0ms);
   float highest = 0;
   for (std::uint32_t i = 0; i < 3000; ++i) {
     const std::vector<Slot> slots{noiseSlot(50 + i % 7, i), noiseSlot(60, i + 1), noiseSlot(70, i)};
     player.load(slots, i % 3);
-    // Now and then for so long that the device takes the new slots over in the meantime.
+    // Every seventh time, long enough for the device to adopt the new slots.
     const std::uint32_t switches = i % 7 == 0 ? 400 : i % 11;
     for (std::uint32_t k = 0; k < switches; ++k) {
       player.switchTo((i + k) % 4);

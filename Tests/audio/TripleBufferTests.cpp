@@ -6,12 +6,12 @@
 namespace velto {
 namespace {
 
-TEST(TripleBuffer, NothingIsFetchedBeforeTheFirstValue) {
+TEST(TripleBuffer, FetchesNothingBeforeTheFirstValue) {
   TripleBuffer<int> value;
   EXPECT_EQ(value.fetch(), nullptr);
 }
 
-TEST(TripleBuffer, AValueIsFetchedOnce) {
+TEST(TripleBuffer, FetchesEachValueOnce) {
   TripleBuffer<int> value;
   value.publish(1);
   const int* fetched = value.fetch();
@@ -20,7 +20,7 @@ TEST(TripleBuffer, AValueIsFetchedOnce) {
   EXPECT_EQ(value.fetch(), nullptr);
 }
 
-TEST(TripleBuffer, TheNewestOfManyWins) {
+TEST(TripleBuffer, FetchesTheNewestValue) {
   TripleBuffer<int> value;
   for (int i = 0; i < 1000; ++i)
     value.publish(i);
@@ -29,7 +29,7 @@ TEST(TripleBuffer, TheNewestOfManyWins) {
   EXPECT_EQ(*fetched, 999);
 }
 
-TEST(TripleBuffer, WhatWasFetchedStaysWhileNewerValuesCome) {
+TEST(TripleBuffer, AFetchedValueStaysWhileNewerOnesArePublished) {
   TripleBuffer<int> value;
   value.publish(1);
   const int* fetched = value.fetch();
@@ -39,7 +39,7 @@ TEST(TripleBuffer, WhatWasFetchedStaysWhileNewerValuesCome) {
   EXPECT_EQ(*fetched, 1);
 }
 
-// A value is never seen half written, never goes back, and the last one always arrives.
+// No value is torn, none is older than the one before, and the last one always arrives.
 TEST(TripleBuffer, AReaderOnAnotherThreadSeesWholeValuesInOrder) {
   struct Twins {
     int a = 0, b = 0;

@@ -28,7 +28,7 @@ std::vector<float> leftOf(FakeOutput& output, std::size_t frames) {
   return output.pull(frames, 480).l;
 }
 
-TEST(Engine, MakesNoDeviceBeforeItStarts) {
+TEST(Engine, CreatesNoDeviceBeforeStart) {
   FakeOutput output;
   const Engine engine(output.factory(), atOnce);
   EXPECT_EQ(output.opened(), 0);
@@ -45,7 +45,7 @@ TEST(Engine, RunsBetweenStartAndStop) {
   EXPECT_FALSE(engine.isRunning());
 }
 
-TEST(Engine, ClosesItsDeviceAWhileAfterStop) {
+TEST(Engine, ClosesItsDeviceAfterStop) {
   FakeOutput output;
   Engine engine(output.factory(), 20ms);
   EXPECT_FALSE(engine.start());
@@ -53,7 +53,7 @@ TEST(Engine, ClosesItsDeviceAWhileAfterStop) {
   EXPECT_TRUE(output.waitUntilClosed());
 }
 
-TEST(Engine, OpensAFreshDeviceOnceTheLastOneIsClosed) {
+TEST(Engine, OpensANewDeviceOnceTheLastOneIsClosed) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
   for (int round = 1; round <= 3; ++round) {
@@ -64,7 +64,7 @@ TEST(Engine, OpensAFreshDeviceOnceTheLastOneIsClosed) {
   }
 }
 
-TEST(Engine, AStartBeforeTheClosingGoesOnWithTheOpenDevice) {
+TEST(Engine, AStartBeforeTheDeviceClosesReusesIt) {
   FakeOutput output;
   {
     Engine engine(output.factory(), 1s);
@@ -80,7 +80,8 @@ TEST(Engine, AStartBeforeTheClosingGoesOnWithTheOpenDevice) {
   EXPECT_FALSE(output.isOpen());
 }
 
-// Returns after at least `time`, when another engine's closing thread has done its work.
+// Waits for at least `time`, the closing delay of a second engine, so that a closing that fell due
+// in the meantime has happened.
 void letClosingThreadsRunFor(std::chrono::milliseconds time) {
   FakeOutput output;
   Engine engine(output.factory(), time);
@@ -89,12 +90,12 @@ void letClosingThreadsRunFor(std::chrono::milliseconds time) {
   EXPECT_TRUE(output.waitUntilClosed());
 }
 
-TEST(Engine, AClosingThatWasCalledOffDoesNotCome) {
+TEST(Engine, AStartCancelsTheClosing) {
   FakeOutput output;
   Engine engine(output.factory(), 100ms);
   EXPECT_FALSE(engine.start());
   engine.stop();
-  letClosingThreadsRunFor(20ms); // the closing is under way, not yet due
+  letClosingThreadsRunFor(20ms); // the closing is scheduled, not yet due
   EXPECT_FALSE(engine.start());
   letClosingThreadsRunFor(150ms);
   EXPECT_TRUE(output.isOpen());
@@ -102,7 +103,7 @@ TEST(Engine, AClosingThatWasCalledOffDoesNotCome) {
   EXPECT_EQ(output.opened(), 1);
 }
 
-TEST(Engine, ItsEndClosesTheDevice) {
+TEST(Engine, ItsDestructorClosesTheDevice) {
   FakeOutput output;
   {
     Engine engine(output.factory(), atOnce);
@@ -153,9 +154,9 @@ TEST(Engine, AFailedDeviceThatCannotBeReplacedLeavesTheEngineStopped) {
   EXPECT_FALSE(output.isOpen());
 }
 
-// --- Openings that nobody waits for ---
+// --- Non-blocking starts ---
 
-TEST(EngineInBackground, AStartAsksForTheDeviceAndTheNextOneTakesIt) {
+TEST(EngineInBackground, AStartRequestsTheDeviceAndTheNextOneUsesIt) {
   FakeOutput output;
   Engine engine(output.factory(), 1s);
   std::atomic<int> ends{0};
@@ -179,7 +180,7 @@ TEST(EngineInBackground, AStartAsksForTheDeviceAndTheNextOneTakesIt) {
   EXPECT_EQ(ends, 1);
 }
 
-TEST(EngineInBackground, AFailureIsKeptUntilTheDeviceIsAskedForAgain) {
+TEST(EngineInBackground, AnErrorIsKeptUntilTheDeviceIsRequestedAgain) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
   std::atomic<int> ends{0};
@@ -208,7 +209,7 @@ TEST(EngineInBackground, ABrokenDeviceIsReplaced) {
   EXPECT_EQ(output.opened(), 2);
 }
 
-TEST(EngineInBackground, AStopCallsTheOpeningOffAndTheDeviceClosesAgain) {
+TEST(EngineInBackground, StopCancelsTheOpeningAndTheDeviceCloses) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
   std::atomic<int> ends{0};
@@ -223,8 +224,8 @@ TEST(EngineInBackground, AStopCallsTheOpeningOffAndTheDeviceClosesAgain) {
   EXPECT_EQ(ends, 0);
 }
 
-// A server that does not answer holds up a closing, then an opening, and nobody else.
-TEST(EngineInBackground, NoCallButStartWaitsForADeviceThatDoesNotAnswer) {
+// A server that does not answer delays a closing, then an opening, but no caller.
+TEST(EngineInBackground, OnlyStartWaitsForADeviceThatDoesNotAnswer) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
   EXPECT_FALSE(engine.start());
@@ -247,7 +248,7 @@ TEST(EngineInBackground, NoCallButStartWaitsForADeviceThatDoesNotAnswer) {
   EXPECT_EQ(output.opened(), 2);
 }
 
-TEST(EngineInBackground, ItsEndDoesNotWaitForeverForADeviceThatDoesNotClose) {
+TEST(EngineInBackground, ItsDestructorDoesNotWaitForeverForADeviceThatDoesNotClose) {
   FakeOutput output;
   auto slot = noiseSlot(1000, 1);
   const std::weak_ptr<const void> watched = slot.l.owner();
@@ -276,8 +277,8 @@ TEST(Engine, CountsItsCallbacks) {
   EXPECT_EQ(engine.callbackCounts().all, 10U);
 }
 
-// The delay counts up to the listener, so the device's own latency is taken off.
-TEST(Engine, TheFirstFrameLeavesTheDeviceAfterTheDelay) {
+// The delay includes the device's latency, so the mixer waits for the rest of it only.
+TEST(Engine, TheFirstFrameIsHeardAfterTheDelay) {
   for (const auto& [latency, expected] :
        {std::pair{0U, 5760U}, {1920U, 3840U}, {5759U, 1U}, {5760U, 0U}, {100000U, 0U}}) {
     FakeOutput output(latency);
@@ -291,7 +292,7 @@ TEST(Engine, TheFirstFrameLeavesTheDeviceAfterTheDelay) {
   }
 }
 
-TEST(Engine, KeepsBuffersUntilTheMixerHasLetGoOfThem) {
+TEST(Engine, KeepsBuffersUntilTheMixerReleasesThem) {
   FakeOutput output;
   Engine engine(output.factory(), 1s);
   EXPECT_FALSE(engine.start());
@@ -309,7 +310,7 @@ TEST(Engine, KeepsBuffersUntilTheMixerHasLetGoOfThem) {
   EXPECT_TRUE(watched.expired());
 }
 
-TEST(Engine, BuffersThatWereReplacedBeforeTheyWereHeardAreFreedToo) {
+TEST(Engine, FreesBuffersThatWereReplacedBeforeTheyPlayed) {
   FakeOutput output;
   Engine engine(output.factory(), 1s);
   EXPECT_FALSE(engine.start());
@@ -338,11 +339,11 @@ TEST(Engine, ClosingFreesAllBuffers) {
   engine.stop();
   EXPECT_TRUE(output.waitUntilClosed());
   EXPECT_FALSE(engine.isRunning());
-  // The device is closed a moment before the buffers go.
+  // The buffers are freed shortly after the device closes.
   EXPECT_TRUE(eventually([&watched] { return watched.expired(); }));
 }
 
-TEST(Engine, ItsEndFreesAllBuffers) {
+TEST(Engine, ItsDestructorFreesAllBuffers) {
   FakeOutput output;
   auto slot = noiseSlot(1000, 1);
   const std::weak_ptr<const void> watched = slot.l.owner();
@@ -357,7 +358,7 @@ TEST(Engine, ItsEndFreesAllBuffers) {
   EXPECT_TRUE(watched.expired());
 }
 
-TEST(Engine, FadesBeforeItsEnd) {
+TEST(Engine, ItsDestructorFadesOutFirst) {
   FakeOutput output;
   auto engine = std::make_unique<Engine>(output.factory(), 200ms);
   EXPECT_FALSE(engine->start());

@@ -1,6 +1,6 @@
-// What the device callback does at a real sound server, caught in the act: run on a private desk.
-// Under the thread sanitizer, which has the allocators and locks for itself, the same path runs
-// without being watched.
+// Watches what the device callback does at a real sound server. Run on a private desk. In sanitizer
+// builds, where the sanitizer intercepts the allocators and locks itself, the same calls run
+// unwatched.
 #include "Player.h"
 
 #ifdef VELTO_WATCHES_CALLBACKS
@@ -37,8 +37,8 @@ std::chrono::seconds duration() {
   return std::chrono::seconds(text == nullptr ? 4 : std::atoi(text));
 }
 
-// Everything that the main thread can do to a callback: a switch every 20 ms, most of them in the
-// middle of a crossfade, new slots, a tap, and now and then a stop.
+// Does what the main thread can do while callbacks run: a switch every 20 ms, mostly during a
+// crossfade, new slots, a tap, and now and then a stop.
 void practise(kit::TestPlayer& player, Clock::time_point end) {
   std::vector<std::vector<Slot>> trials;
   for (std::uint32_t i = 0; i < 6; ++i)
@@ -49,7 +49,8 @@ void practise(kit::TestPlayer& player, Clock::time_point end) {
   for (; Clock::now() < end; ++round) {
     if (round % 150 == 149) {
       player.stop();
-      std::this_thread::sleep_for(round % 300 == 299 ? 200ms : 20ms); // with, without a new device
+      std::this_thread::sleep_for(round % 300 == 299 ? 200ms
+                                                     : 20ms); // with and without a new device
     }
     if (round % 25 == 0 || round % 150 == 149)
       player.load(trials[round / 25 % trials.size()], static_cast<std::int64_t>(round % 3));
@@ -92,7 +93,7 @@ TEST(Callback, NeverLocksAllocatesOrMakesASystemCall) {
 
 #ifdef VELTO_WATCHES_CALLBACKS
 
-// A renderer that does something else first.
+// A renderer that calls a function first.
 class Offending final : public Renderer {
 public:
   explicit Offending(std::function<void()> offence) : offence_(std::move(offence)) {}

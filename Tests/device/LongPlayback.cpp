@@ -1,11 +1,11 @@
-// Plays through the player and the sound server for as long as VELTO_PLAYBACK_SECONDS says (an hour
-// unless set), switches slots every few seconds, and holds every frame that the sink plays against
-// what it was told. Run on a private desk, by hand for an hour:
+// Plays through the player and the sound server for VELTO_PLAYBACK_SECONDS (an hour by default),
+// switches slots every few seconds, and compares every frame at the sink with what it must be. Run
+// on a private desk; for the whole hour, by hand:
 //
 //   Tests/desk/desk --no-display --buffer 1000 -- build/bin/velto_long_playback
 //
-// Prints what it measured; its status is 0 if no frame was lost, doubled or strange, memory stayed
-// within 2 MB, and no handle or thread was left behind.
+// Prints its measurements. Exits with 0 if no frame was lost, repeated or altered, memory varied by
+// at most 2 MB, and no handle or thread leaked.
 #include "Player.h"
 
 #include "Numbers.h"
@@ -29,7 +29,7 @@ using namespace velto;
 using namespace velto::kit;
 
 constexpr std::size_t loopFrames = 153600;                    // 3.2 s, as a trial
-constexpr std::size_t startLead = 5760 - outputLatencyFrames; // of 0.12 s
+constexpr std::size_t startLead = 5760 - outputLatencyFrames; // a start delay of 0.12 s
 constexpr std::uint64_t second = 48000;
 constexpr double allowedGrowthMegabytes = 2;
 
@@ -39,7 +39,7 @@ std::uint64_t wantedSeconds() {
   return static_cast<std::uint64_t>(std::clamp(seconds, 10.0, 1e6));
 }
 
-// Samples of the footprint, once warm.
+// Footprints of this process, sampled after the warm-up.
 struct Growth {
   Footprint first, last;
   double lowest = 1e9, highest = 0;
@@ -110,7 +110,7 @@ bool run(std::uint64_t seconds) {
     samples.erase(samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(whole));
     while (toldBreaks + 1 < watch.breaks().size())
       std::cout << watch.breaks()[toldBreaks++] << '\n' << std::flush;
-    // 1 to 4 s apart; none at the very end, so that all are heard.
+    // Switches are 1 to 4 s apart. None comes at the very end, so that all are heard.
     if (watch.frames() >= nextSwitch && watch.frames() + 2 * second < end) {
       pause = (pause * 7919 + 12345) % (3 * second);
       nextSwitch = watch.frames() + second + pause;

@@ -8,7 +8,7 @@
 
 using namespace velto;
 
-// The loudest that a drill can ask for, and some trials across its range.
+// The loudest targets of the level and dynamics drills, and trials across the range of every drill.
 TEST(OutputHeadroom, KeepsEveryDrillOnEveryMaterialBelowFullScale) {
   const double headroomDB = 20 * std::log10(static_cast<double>(outputHeadroom));
   double loudest = -240;

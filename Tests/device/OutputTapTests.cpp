@@ -26,7 +26,7 @@ using namespace std::chrono_literals;
 
 constexpr std::size_t bufferFrames = 4096;
 
-// Keeps all that a tap delivers. Any thread.
+// Collects what a tap delivers. Any thread.
 class Listener {
 public:
   [[nodiscard]] OutputTap::Block block() {
@@ -42,7 +42,7 @@ public:
     };
   }
 
-  // Waits for `count` buffers in all; false if they do not come in a generous while.
+  // Waits for a total of `count` buffers; false on a timeout.
   [[nodiscard]] bool waitForBuffers(std::size_t count) {
     std::unique_lock lock(mutex_);
     return more_.wait_for(lock, 20s, [this, count] { return lengths_.size() >= count; });
@@ -86,7 +86,7 @@ struct OutputTapTest : ::testing::Test {
   }
 };
 
-TEST_F(OutputTapTest, EveryFrameThatLeavesTheMixerIsDeliveredInOrder) {
+TEST_F(OutputTapTest, DeliversEveryFrameOfTheMixerInOrder) {
   engine.installTap(bufferFrames, listener.block());
   Recording pulled;
   for (const std::size_t blockFrames : {480U, 1U, 441U, 1920U, 4096U})
@@ -97,7 +97,7 @@ TEST_F(OutputTapTest, EveryFrameThatLeavesTheMixerIsDeliveredInOrder) {
   EXPECT_EQ(listener.dropped_, 0U);
 }
 
-TEST_F(OutputTapTest, BuffersHave4096FramesAndTheBusesFormat) {
+TEST_F(OutputTapTest, BuffersHave4096FramesAndTheFormatOfTheBus) {
   engine.installTap(bufferFrames, listener.block());
   (void)pullBuffers(5, 500);
   engine.removeTap();
@@ -122,7 +122,7 @@ TEST_F(OutputTapTest, TheBlockRunsOnAThreadOfItsOwn) {
   EXPECT_NE(listener.thread_, std::this_thread::get_id());
 }
 
-TEST_F(OutputTapTest, BeginsWithItsInstallation) {
+TEST_F(OutputTapTest, DeliversNothingFromBeforeItsInstallation) {
   (void)output.pull(10'000, 480);
   engine.installTap(bufferFrames, listener.block());
   const Recording pulled = pullBuffers(2, 480);
@@ -130,14 +130,14 @@ TEST_F(OutputTapTest, BeginsWithItsInstallation) {
   EXPECT_EQ(listener.heard_.l, pulled.l);
 }
 
-TEST_F(OutputTapTest, NothingIsDeliveredAfterItsRemoval) {
+TEST_F(OutputTapTest, DeliversNothingAfterItsRemoval) {
   engine.installTap(bufferFrames, listener.block());
   (void)pullBuffers(1, 480);
   (void)output.pull(bufferFrames - 1, 480);
   engine.removeTap();
   const std::size_t before = listener.lengths_.size();
   (void)output.pull(5 * bufferFrames, 480);
-  // A later tap hears later frames only, so whatever thread could still deliver has had its time.
+  // Once a later tap has delivered, a late delivery to the first would have arrived too.
   Listener second;
   engine.installTap(bufferFrames, second.block());
   const Recording pulled = output.pull(bufferFrames, 480);
@@ -147,7 +147,7 @@ TEST_F(OutputTapTest, NothingIsDeliveredAfterItsRemoval) {
   EXPECT_EQ(listener.lengths_.size(), before);
 }
 
-TEST_F(OutputTapTest, AnotherTapTakesItsPlace) {
+TEST_F(OutputTapTest, ASecondTapReplacesTheFirst) {
   engine.installTap(bufferFrames, listener.block());
   Listener second;
   engine.installTap(bufferFrames, second.block());
@@ -158,7 +158,7 @@ TEST_F(OutputTapTest, AnotherTapTakesItsPlace) {
   EXPECT_TRUE(listener.lengths_.empty());
 }
 
-TEST_F(OutputTapTest, ABlockThatDoesNotFollowCostsFramesButHoldsNobodyUp) {
+TEST_F(OutputTapTest, ASlowBlockLosesFramesButNeverDelaysTheDevice) {
   std::mutex gate;
   std::unique_lock closed(gate);
   std::atomic<bool> isIn{false};
@@ -171,7 +171,7 @@ TEST_F(OutputTapTest, ABlockThatDoesNotFollowCostsFramesButHoldsNobodyUp) {
   });
   const Recording first = output.pull(bufferFrames, 4096);
   isIn.wait(false);
-  // The block holds one buffer; the ring takes 16 more, and the device goes on all the same.
+  // The block holds one buffer and the ring takes 16 more; the device continues regardless.
   const Recording rest = output.pull(40 * bufferFrames, 4096);
   EXPECT_EQ(rest.frames(), 40 * bufferFrames);
   closed.unlock();
@@ -185,7 +185,7 @@ TEST_F(OutputTapTest, ABlockThatDoesNotFollowCostsFramesButHoldsNobodyUp) {
   EXPECT_EQ(listener.dropped_, 24 * bufferFrames);
 }
 
-TEST_F(OutputTapTest, StaysInstalledWhileTheDeviceIsChanged) {
+TEST_F(OutputTapTest, StaysInstalledWhenTheDeviceIsReopened) {
   engine.installTap(bufferFrames, listener.block());
   Recording pulled = pullBuffers(1, 480);
   engine.stop();
@@ -208,7 +208,7 @@ TEST_F(OutputTapTest, StaysInstalledWhenTheDeviceBreaks) {
   EXPECT_EQ(listener.heard_.l, pulled.l);
 }
 
-TEST(OutputTap, CanComeBeforeTheEngineStartsAndGoAfterItHasStopped) {
+TEST(OutputTap, CanBeInstalledBeforeStartAndRemovedAfterStop) {
   Listener listener;
   FakeOutput output;
   Engine engine(output.factory(), 0ms);
@@ -239,12 +239,12 @@ TEST(OutputTap, EndsWithItsEngine) {
 }
 
 // For the thread sanitizer: taps come and go while a device thread renders without a pause.
-TEST(OutputTap, ComesAndGoesWhileADeviceRenders) {
+TEST(OutputTap, CanBeInstalledAndRemovedWhileADeviceRenders) {
   Engine engine([] { return std::make_unique<RacingDevice>(); }, 0ms);
   ASSERT_FALSE(engine.start());
   engine.play({kit::constantSlot(100, 0.5F, 0.5F)}, 0, 0);
   std::atomic<int> delivered{0};
-  float highest = 0; // the block's, then this thread's
+  float highest = 0; // written by the block, read here after the last removal
   for (int i = 0; i < 100; ++i) {
     const int before = delivered;
     engine.installTap(64, [&](const TapBuffer& buffer) {

@@ -1,4 +1,4 @@
-// What the player puts out, recorded at a real sound server: run on a private desk.
+// Records the player's output at a real sound server. Run on a private desk.
 #include "Player.h"
 
 #include "Numbers.h"
@@ -72,14 +72,14 @@ double lineAt(double from, double to, std::size_t i) {
   return from + (to - from) * std::min(1.0, static_cast<double>(i) / static_cast<double>(ramp));
 }
 
-// The rise of a start: its crossfade has run `lead` frames when the voices begin.
+// The gain at frame `i` of a start, whose fade-in has run `lead` frames when the voices begin.
 double startGain(std::size_t lead, std::size_t i) {
   if (i < rise)
     return lineAt(0, 1, lead + rise) * static_cast<double>(i) / double{rise};
   return lineAt(0, 1, lead + i);
 }
 
-constexpr std::size_t startLead = 5760 - outputLatencyFrames; // of 0.12 s
+constexpr std::size_t startLead = 5760 - outputLatencyFrames; // a start delay of 0.12 s
 
 class Recorded : public ::testing::Test {
 protected:
@@ -89,9 +89,9 @@ protected:
   }
 };
 
-// One minute in real time. Each frame of it is accounted for: the current slot's loop, bit for bit
-// and at the phase that all slots share since the start, or the crossfade between two of them.
-TEST_F(Recorded, ForAMinuteOfSwitchingNoFrameIsLostOrDoubledAndAllSlotsKeepOnePhase) {
+// A minute in real time. Every frame is accounted for: it is the current slot's, bit for bit and at
+// the phase that all slots share since the start, or belongs to a crossfade between two slots.
+TEST_F(Recorded, AMinuteOfSwitchingLosesAndRepeatsNoFrameAndKeepsAllSlotsInPhase) {
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1), noiseSlot(loopFrames, 2),
                                 noiseSlot(loopFrames, 3)};
   Recorder recorder;
@@ -110,7 +110,7 @@ TEST_F(Recorded, ForAMinuteOfSwitchingNoFrameIsLostOrDoubledAndAllSlotsKeepOnePh
   recorder.waitForMore(second);
   const Recording out = asRendered(recorder.stop());
 
-  // The first frame of the loops comes at gain 0; the one after it is heard.
+  // The loops' first frame has gain 0; the second is the first to be heard.
   const std::size_t start = firstSound(out, 0) - 1;
   const auto loudness = [&](std::size_t slot, std::size_t frame) {
     return static_cast<double>((*slots[slot].l)[(frame - start) % loopFrames]);
@@ -149,10 +149,10 @@ TEST_F(Recorded, ForAMinuteOfSwitchingNoFrameIsLostOrDoubledAndAllSlotsKeepOnePh
   report("switches", static_cast<double>(played.size() - 1), 0, "");
 }
 
-// With no more in store at the server than the program asks for.
+// On a desk whose sound server buffers no more than the program requests.
 class Prompt : public Recorded {};
 
-// The process is held for longer than its output's buffer lasts.
+// The process is stopped for longer than the output's buffer lasts.
 TEST_F(Prompt, AGapIsCountedAsAMissedCallback) {
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1)};
   Recorder recorder;
@@ -170,7 +170,7 @@ TEST_F(Prompt, AGapIsCountedAsAMissedCallback) {
   EXPECT_GE(after.late, before.late + 1);
 }
 
-// As many busy loops as there are processors, at the priority of the player.
+// As many busy loops as there are processors (at least two), at the player's priority.
 class BusyProcessors {
 public:
   BusyProcessors() {
@@ -185,8 +185,8 @@ private:
   std::vector<std::jthread> loops_;
 };
 
-// The slots share their left channel, which no switch may change by a bit; the right one tells
-// which slots are heard.
+// The slots have the same left channel, so no switch may change a bit of it; the right channel
+// tells which slots are heard.
 TEST_F(Prompt, BusyProcessorsLoseNoFrameInAMinuteOfFastSwitching) {
   const Slot noise = noiseSlot(loopFrames, 1);
   std::vector<Slot> slots;
@@ -195,7 +195,7 @@ TEST_F(Prompt, BusyProcessorsLoseNoFrameInAMinuteOfFastSwitching) {
   Recorder recorder;
   kit::TestPlayer player;
   player.load(slots, 0);
-  recorder.waitForMore(second); // before the fade-in is over switches would change its course
+  recorder.waitForMore(second); // let the fade-in end: a switch would alter it
   const BusyProcessors busy;
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   std::size_t switches = 0;
@@ -221,7 +221,7 @@ TEST_F(Prompt, BusyProcessorsLoseNoFrameInAMinuteOfFastSwitching) {
   EXPECT_GT(*highest, 0.45F);
 }
 
-TEST_F(Recorded, ASwitchIsAStraightLineOf150ms) {
+TEST_F(Recorded, ASwitchIsALinearRampOf150ms) {
   const std::vector<Slot> slots{constantSlot(4800, 0.5F, 0.5F), constantSlot(4800, 0, 0)};
   Recorder recorder;
   kit::TestPlayer player;
@@ -245,7 +245,7 @@ TEST_F(Recorded, ASwitchIsAStraightLineOf150ms) {
   EXPECT_LT(deviation, 0.06);
 }
 
-TEST_F(Recorded, ASineThatFadesToSilenceLeavesNothingAboveIt) {
+TEST_F(Recorded, AFadeOfASineAddsNothingAbove5kHz) {
   const std::vector<Slot> slots{sineSlot(4800, 100, 0.5), constantSlot(4800, 0, 0)}; // 1 kHz
   Recorder recorder;
   kit::TestPlayer player;
@@ -276,7 +276,7 @@ TEST_F(Recorded, ASineThatFadesToSilenceLeavesNothingAboveIt) {
   EXPECT_LT(worstPeak, -80);
 }
 
-TEST_F(Recorded, ASwitchBetweenSlotsThatAreAlikeLeavesNoTrace) {
+TEST_F(Recorded, ASwitchBetweenIdenticalSlotsChangesNoBit) {
   const Slot a = noiseSlot(loopFrames, 1), b = kit::slotOf(*a.l, *a.r);
   const std::vector<Slot> slots{a, b, a};
   Recorder recorder;
@@ -285,7 +285,7 @@ TEST_F(Recorded, ASwitchBetweenSlotsThatAreAlikeLeavesNoTrace) {
   recorder.waitForMore(second / 2);
   for (const std::int64_t slot : {1, 0, 2, 1, 2, 0}) {
     player.switchTo(slot);
-    recorder.waitForMore(slot == 2 ? 4000 : 12000); // some in the middle of another crossfade
+    recorder.waitForMore(slot == 2 ? 4000 : 12000); // some interrupt another crossfade
   }
   const Recording out = asRendered(recorder.stop());
   const std::size_t start = firstSound(out, 0) - 1;
@@ -316,9 +316,9 @@ TEST_F(Recorded, AStartRisesFromZero) {
          20 * std::log10(static_cast<double>(out.l[start + 1]) / 0.5), 1, "dB");
 }
 
-// The stream goes on from one trial to the next: the first fades within 5 ms, then nothing, then
-// the second from its own first frame.
-TEST_F(Recorded, ASecondLoadPlaysNotOneFrameOfTheFirst) {
+// The stream stays open between two trials: the first fades out within 5 ms, then there is silence,
+// then the second starts at its first frame.
+TEST_F(Recorded, ASecondLoadFadesTheFirstOutBeforeItStarts) {
   const std::vector<Slot> first{noiseSlot(loopFrames, 1)}, next{noiseSlot(loopFrames, 2)};
   Recorder recorder;
   kit::TestPlayer player;
@@ -342,7 +342,7 @@ TEST_F(Recorded, ASecondLoadPlaysNotOneFrameOfTheFirst) {
   report("fade of the first", static_cast<double>(silence - fade + 1) / 48, 2, "ms");
 }
 
-TEST_F(Recorded, AnEngineThatStartsAgainPlaysNothingOld) {
+TEST_F(Recorded, ARestartedEnginePlaysNothingOld) {
   Recorder recorder;
   kit::TestPlayer player;
   for (std::uint32_t round = 0; round < 5; ++round) {
@@ -368,7 +368,7 @@ TEST_F(Recorded, AnEngineThatStartsAgainPlaysNothingOld) {
   }
 }
 
-TEST_F(Recorded, AfterStopTheStreamIsGoneAndNothingUsesTheProcessor) {
+TEST_F(Recorded, AfterStopTheStreamIsGoneAndTheProcessIsIdle) {
 #ifdef __SANITIZE_ADDRESS__
   constexpr double idle = 0.005; // the sanitizer's own share
 #else
@@ -388,9 +388,9 @@ TEST_F(Recorded, AfterStopTheStreamIsGoneAndNothingUsesTheProcessor) {
   EXPECT_LT(stopped, idle);
 }
 
-// A measurement, run by hand with --gtest_also_run_disabled_tests. From the call to the recording:
-// the recorder's own latency is part of the figures.
-TEST_F(Recorded, DISABLED_howLongThingsTake) {
+// A measurement, run by hand with --gtest_also_run_disabled_tests. The figures run from the call to
+// the recording and include the recorder's own latency.
+TEST_F(Recorded, DISABLED_MeasuresTheLatencyOfCalls) {
   const std::vector<Slot> slots{constantSlot(4800, 0.5F, 0.5F), constantSlot(4800, 0.25F, 0.25F)};
   Recorder recorder;
   using Clock = Recorder::Clock;
@@ -448,7 +448,7 @@ TEST_F(Recorded, DISABLED_howLongThingsTake) {
   report("the same, slowest of 20", slowest, 1, "ms");
 }
 
-TEST_F(Recorded, WithoutAnySoundLoadSaysSoInOneLineAndStaysIdle) {
+TEST_F(Recorded, WithoutASoundServerLoadReportsItInOneLineAndStaysIdle) {
   const std::string server = std::getenv("PULSE_SERVER");
   setenv("PULSE_SERVER", "unix:/nonexistent/velto", 1);
   setenv("ALSA_CONFIG_PATH", "/dev/null", 1);
@@ -471,10 +471,10 @@ TEST_F(Recorded, WithoutAnySoundLoadSaysSoInOneLineAndStaysIdle) {
   EXPECT_TRUE(player.isPlaying());
 }
 
-// Ends the desk's sound server: it runs last, and on a desk of its own.
+// Ends the desk's sound server, so it runs last and on a desk of its own.
 class LastOnItsDesk : public Recorded {};
 
-TEST_F(LastOnItsDesk, AServerThatEndsWhilePlayingIsSurvived) {
+TEST_F(LastOnItsDesk, SurvivesTheEndOfTheServer) {
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1), noiseSlot(loopFrames, 2)};
   auto player = std::make_unique<kit::TestPlayer>();
   player->load(slots, 0);

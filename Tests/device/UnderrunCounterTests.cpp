@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 
 constexpr std::size_t latency = 1920; // 40 ms
 
-// A stream whose callbacks take no time, but for those that say so.
+// A stream whose callbacks take no time unless a duration is given.
 struct Stream {
   UnderrunCounter underruns;
   UnderrunCounter::Time now{};
@@ -40,7 +40,7 @@ CallbackCounts counts(std::uint64_t all, std::uint64_t late, std::uint64_t misse
 
 } // namespace
 
-TEST(UnderrunCounter, CallbacksInTimeAreOnlyCounted) {
+TEST(UnderrunCounter, CallbacksInTimeAreNeitherLateNorMissed) {
   Stream stream;
   stream.settle();
   for (int i = 0; i < 100; ++i)
@@ -48,7 +48,7 @@ TEST(UnderrunCounter, CallbacksInTimeAreOnlyCounted) {
   EXPECT_EQ(stream.underruns.counts(), counts(102, 0, 0));
 }
 
-TEST(UnderrunCounter, AThirtiethOfASecondIsLateAndMoreThanFortyMillisecondsAreMissed) {
+TEST(UnderrunCounter, MoreThanThreeQuartersOfTheBufferIsLateAndMoreThanAllOfItIsMissed) {
   Stream stream;
   stream.settle();
   stream.callback(30ms);
@@ -63,8 +63,8 @@ TEST(UnderrunCounter, AThirtiethOfASecondIsLateAndMoreThanFortyMillisecondsAreMi
   EXPECT_EQ(stream.underruns.counts(), counts(7, 3, 1));
 }
 
-// The frames are there only when the callback returns.
-TEST(UnderrunCounter, WhatTheCallbackItselfTakesCountsToo) {
+// The frames are available only once the callback returns.
+TEST(UnderrunCounter, TheDurationOfTheCallbackCountsToo) {
   Stream stream;
   stream.settle();
   stream.callback(10ms, 480, 25ms);
@@ -72,13 +72,13 @@ TEST(UnderrunCounter, WhatTheCallbackItselfTakesCountsToo) {
   stream.callback(25ms); // in time since the last one began
   EXPECT_EQ(stream.underruns.counts(), counts(4, 1, 0));
   stream.callback(10ms, 480, 25ms);
-  stream.callback(31ms); // late since then, though the last one ended 6 ms ago
+  stream.callback(31ms); // late since that began, though it ended only 6 ms ago
   EXPECT_EQ(stream.underruns.counts(), counts(6, 3, 0));
   stream.callback(10ms, 480, 31ms);
   EXPECT_EQ(stream.underruns.counts(), counts(7, 4, 1));
 }
 
-TEST(UnderrunCounter, AnOutputThatAsksForMoreHasALargerBuffer) {
+TEST(UnderrunCounter, ALargerRequestRevealsALargerBuffer) {
   Stream stream;
   stream.settle();
   stream.callback(10ms, 9600); // 200 ms
@@ -89,7 +89,7 @@ TEST(UnderrunCounter, AnOutputThatAsksForMoreHasALargerBuffer) {
   EXPECT_EQ(stream.underruns.counts(), counts(6, 2, 1));
 }
 
-TEST(UnderrunCounter, TheBeginningOfAStreamIsNotJudged) {
+TEST(UnderrunCounter, TheFirstIntervalOfAStreamDoesNotCount) {
   Stream stream;
   stream.callback(0us, 1440);
   stream.callback(50ms);
@@ -102,7 +102,7 @@ TEST(UnderrunCounter, TheBeginningOfAStreamIsNotJudged) {
   EXPECT_EQ(stream.underruns.counts(), counts(5, 1, 1));
 }
 
-RC_GTEST_PROP(CallbackPaceLaws, EveryMissedOneIsLateAndEachDistanceCountsForItself, ()) {
+RC_GTEST_PROP(UnderrunCounterLaw, EachIntervalIsJudgedOnItsOwn, ()) {
   Stream stream;
   stream.settle();
   CallbackCounts expected = counts(2, 0, 0);

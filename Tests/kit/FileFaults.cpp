@@ -43,8 +43,8 @@ int errorOf(FileFault fault) {
   }
 }
 
-// Performs `real`, or what the fault makes of it. `half` is the part of the operation that may come
-// before the fault.
+// Performs `real`, or the fault armed for this operation. `half` performs the part of the operation
+// that a half fault lets through.
 template <typename Real, typename Half>
 auto faulty(Real real, Half half) -> decltype(real()) {
   const auto fault = nextFault();
@@ -74,7 +74,7 @@ auto faulty(Real real, Half half) -> decltype(real()) {
   return -1;
 }
 
-// For operations without halves: FileFault::half performs them, other half faults leave them out.
+// For operations that cannot be halved: FileFault::half performs them, other half faults skip them.
 template <typename Real>
 auto faulty(Real real) -> decltype(real()) {
   return faulty(real, [&]() -> decltype(real()) {

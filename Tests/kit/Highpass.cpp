@@ -8,8 +8,8 @@ namespace velto::kit {
 
 namespace {
 
-// A second-order section by the bilinear transform, its corner moved to where it belongs. All of it
-// is 64-bit: a constant of 0.05 leaves nothing that could be mistaken for sound.
+// A second-order section by the bilinear transform, with a prewarped corner frequency. It computes
+// in 64 bits, so that a constant of 0.05 leaves no residue that could be mistaken for sound.
 class Section {
 public:
   Section(double hz, double q) {

@@ -1,4 +1,4 @@
-// What lies above a frequency: the part of a recording that can be heard, or its upper treble.
+// A high-pass filter, to judge the audible part of a recording, or its upper treble.
 #pragma once
 
 #include "Recording.h"
@@ -8,8 +8,8 @@
 
 namespace velto::kit {
 
-// `x` through a fourth-order Butterworth high-pass at `hz`: 3 dB down there, 24 dB less for each
-// octave below. It starts at rest, so a recording is filtered whole before it is cut.
+// Filters `x` with a fourth-order Butterworth high-pass: -3 dB at `hz`, 24 dB per octave below. The
+// filter starts at rest, so filter a recording whole before cutting it.
 [[nodiscard]] std::vector<float> highpassed(std::span<const float> x, double hz);
 
 // Both channels.

@@ -37,7 +37,7 @@ TEST(Alignment, FindsThePhaseOfALoop) {
   EXPECT_EQ(loopPhase(recording, 900, 100, slot), 221U);
 }
 
-TEST(Alignment, FindsNoPhaseWhereAFrameIsLostDoubledOrChanged) {
+TEST(Alignment, FindsNoPhaseWhereAFrameIsLostRepeatedOrChanged) {
   const Slot slot = noiseSlot(1000, 1);
   Recording changed = loopOf(slot, 0, 3000);
   changed.r[1234] = std::nextafter(changed.r[1234], 1.0F);
@@ -51,7 +51,7 @@ TEST(Alignment, FindsNoPhaseWhereAFrameIsLostDoubledOrChanged) {
   EXPECT_EQ(firstDifference(doubled, 0, 1000, slot, 0), 500U);
 }
 
-TEST(Alignment, SaysNothingWhereASlotIsTooRegularToTell) {
+TEST(Alignment, FindsNoPhaseInATooRegularSlot) {
   const Slot slot = constantSlot(1000, 0.5F, 0.5F);
   EXPECT_EQ(loopPhase(loopOf(slot, 0, 2000), 0, 2000, slot), std::nullopt);
 }
@@ -82,7 +82,7 @@ TEST(Spectrum, ASineLiesInItsBins) {
   EXPECT_NEAR(peakAboveDB(*slot.l, 5000), 0, 1e-3);
 }
 
-TEST(Spectrum, AFaintHighToneIsMeasuredBesideALowOne) {
+TEST(Spectrum, MeasuresAFaintHighToneBesideALowOne) {
   const Slot low = sineSlot(16384, 341, 0.5), high = sineSlot(16384, 3413, 0.5e-4); // 1 and 10 kHz
   std::vector<float> both(16384);
   for (std::size_t i = 0; i < both.size(); ++i)
@@ -155,7 +155,7 @@ TEST(LoopWatch, FollowsAPlayerThroughItsSwitches) {
   EXPECT_EQ(watch.exactFrames() + watch.fadedFrames(), 90000U - 3841);
 }
 
-TEST(LoopWatch, SeesLostDoubledAndStrangeFrames) {
+TEST(LoopWatch, SeesLostRepeatedAndAlteredFrames) {
   Played played;
   EXPECT_EQ(onlyBreak(Played().cut(20000, 480).watch()), "frame 20000: 480 frames are missing");
   EXPECT_EQ(onlyBreak(Played().cut(20000, 1).watch()), "frame 20000: 1 frames are missing");
@@ -184,7 +184,7 @@ TEST(LoopWatch, SeesSlotsThatDriftApart) {
   EXPECT_FALSE(played.watch().breaks().empty());
 }
 
-TEST(LoopWatch, SeesASwitchThatNobodyAskedFor) {
+TEST(LoopWatch, SeesAnUnexpectedSwitch) {
   const Played played;
   LoopWatch watch(played.slots, 0, 3840);
   std::vector<float> samples;

@@ -40,8 +40,8 @@ inline constexpr std::size_t spectrumFrames = 32768;
 // -60 dB. A constant gain does not count.
 [[nodiscard]] double gainReductionDB(const Recording& a, const Recording& b);
 
-// The same for high-passed recordings, in which no sample has a gain of its own: compares pieces of
-// 5 ms, apart from what is slower than a piece.
+// The same for high-passed recordings, in which a single sample does not show the gain: measures
+// the gain of pieces of 5 ms, each without its linear trend.
 [[nodiscard]] double gainReductionByPiecesDB(const Recording& a, const Recording& b);
 
 // Index of the slot, of three, whose right channel is inverted against the other two. nullopt if

@@ -79,13 +79,13 @@ TEST(Listener, NamesTheLiftedBandWhateverTheOverallLevel) {
   }
 }
 
-TEST(Listener, HearsTheDifferenceOfLevels) {
+TEST(Listener, HearsTheLevelDifference) {
   const Recording a = part(noiseSlot(loopFrames, 1), 0, 0, 30000).sound;
   EXPECT_NEAR(Listener::levelDifferenceDB(a, scaled(a, std::pow(10, 0.0125))), 0.25, 1e-5);
   EXPECT_NEAR(Listener::levelDifferenceDB(a, scaled(a, 0.5)), -6.0206, 1e-4);
 }
 
-TEST(Listener, HearsTheRangeOfAGainCurveApartFromItsMakeUp) {
+TEST(Listener, HearsTheRangeOfAGainCurveDespiteMakeUpGain) {
   const Recording a = part(noiseSlot(loopFrames, 1), 0, 0, 48000).sound;
   Recording b = a;
   for (std::size_t i = 0; i < b.frames(); ++i) {
@@ -98,7 +98,7 @@ TEST(Listener, HearsTheRangeOfAGainCurveApartFromItsMakeUp) {
   EXPECT_NEAR(Listener::gainReductionDB(a, scaled(a, 2)), 0, 1e-6);
 }
 
-// The curve of a compressor: down within 5 ms at each of many hits, back within 120 ms.
+// The gain curve of a compressor: attack of 5 ms at each of many hits, release of 120 ms.
 TEST(Listener, HearsTheRangeOfAGainCurveAbove20Hz) {
   const Slot slot = noiseSlot(loopFrames, 1);
   for (const double deepest : {1.0, 4.0, 12.0}) {
@@ -118,7 +118,7 @@ TEST(Listener, HearsTheRangeOfAGainCurveAbove20Hz) {
   }
 }
 
-TEST(Highpass, TakesAwayWhatLiesBelow) {
+TEST(Highpass, AttenuatesWhatLiesBelow) {
   const auto levelAfter = [](double hz, double corner) {
     std::vector<float> tone(96000);
     for (std::size_t i = 0; i < tone.size(); ++i)
@@ -147,7 +147,7 @@ TEST(Listener, NamesTheFlippedSlotFromPartsThatOverlapInPairs) {
   }
 }
 
-TEST(Listener, IsDeafWhereAllSlotsAreAlike) {
+TEST(Listener, HearsNothingWhereAllSlotsAreIdentical) {
   const Slot slot = noiseSlot(loopFrames, 1);
   const Recording a = part(slot, 0, 0, loopFrames).sound;
   EXPECT_EQ(Listener::boostedBand(a, a), std::nullopt);

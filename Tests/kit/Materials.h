@@ -1,4 +1,4 @@
-// The program's samples of any material.
+// Renders any material with the program's generators.
 #pragma once
 
 #include "Drills.h"

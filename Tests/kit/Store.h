@@ -6,8 +6,8 @@
 
 namespace velto::kit {
 
-// What the sound server has in store of a program at the most, in frames: the longest way of a
-// change to the sink.
+// The most frames that the sound server buffers for a program: the longest delay until a change
+// reaches the sink.
 [[nodiscard]] inline std::size_t framesInStore() {
   const char* milliseconds = std::getenv("PULSE_LATENCY_MSEC");
   return milliseconds == nullptr ? 12000 : 48 * static_cast<std::size_t>(std::atoi(milliseconds));

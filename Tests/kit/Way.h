@@ -12,7 +12,7 @@ enum class Way { standard, fair };
   return way == Way::fair ? "fair" : "standard";
 }
 
-// `words` and what asks the program for that way.
+// `words`, and --fair if `way` asks for it.
 [[nodiscard]] inline std::vector<std::string> arguments(std::vector<std::string> words, Way way) {
   if (way == Way::fair)
     words.emplace_back("--fair");

@@ -23,14 +23,14 @@ TEST(Report, KeepsLongNamesWhole) {
   EXPECT_EQ(Report::check(false, "longer than that", 10, "d"), "  FAIL  longer than that  d");
 }
 
-TEST(Report, AlignsAtEitherEdgeAndCutsNothing) {
+TEST(Report, AlignsLeftAndRightWithoutTruncating) {
   EXPECT_EQ(Report::rightAligned("1.5", 5), "  1.5");
   EXPECT_EQ(Report::leftAligned("1.5", 5), "1.5  ");
   EXPECT_EQ(Report::rightAligned("12345", 5), "12345");
   EXPECT_EQ(Report::leftAligned("123456", 5), "123456");
 }
 
-TEST(Report, LinesStandWhereTheyWerePrinted) {
+TEST(Report, LinesKeepTheirPlaceAmongOtherOutput) {
   kit::CapturedOutput output;
   std::cout << "first\n" << std::flush;
   Report::line("second");
@@ -42,7 +42,7 @@ TEST(Report, LinesStandWhereTheyWerePrinted) {
   EXPECT_TRUE(Report::isComplete());
 }
 
-TEST(ReportDeathTest, NoFileTakesThePlaceOfAClosedStreamAndWritingThereStillFails) {
+TEST(ReportDeathTest, AClosedStreamIsNotTakenByAFileAndWritingToItFails) {
   EXPECT_EXIT(
       {
         ::close(STDIN_FILENO);

@@ -35,12 +35,12 @@ constexpr std::array allFaults{FileFault::inputOutputError,
                                FileFault::halfAndDeath,
                                FileFault::lateDeath};
 
-// The oldest, and those that later saves bring; each is told from a part and from a mixture.
+// Contents of successive saves. None can be mistaken for a part of another or for a mixture.
 const std::array<std::string, 4> versions{"<" + std::string(300, 'a') + ">",
                                           "<" + std::string(900, 'b') + ">",
                                           "<" + std::string(200, 'c') + ">", "<d>"};
 
-// The number of the version that these bytes are, whole.
+// The number of the version with exactly these bytes; nullopt if there is none.
 std::optional<std::size_t> versionOf(std::string_view bytes) {
   const auto found = std::find(versions.begin(), versions.end(), bytes);
   return found == versions.end()
@@ -84,7 +84,8 @@ protected:
     EXPECT_EQ(names(), std::set<std::string>{"file"});
   }
 
-  // Saves while one operation goes wrong: whether that succeeded, or nothing if it was deadly.
+  // Saves with a fault in one operation. Returns whether that succeeded; nullopt if the fault
+  // killed the process.
   [[nodiscard]] std::optional<bool> saveWith(std::size_t version, std::size_t number,
                                              FileFault fault) const {
     const auto saveFaulty = [&] {
@@ -98,7 +99,7 @@ protected:
     return std::nullopt;
   }
 
-  // How many operations an undisturbed save takes.
+  // The number of operations of a save without faults.
   [[nodiscard]] std::size_t operations() const {
     restart();
     const FileFaults counting;
@@ -111,7 +112,7 @@ protected:
 
 // ---- What is loaded ----
 
-TEST_F(SafeFileTest, WhatWasSavedIsLoadedAndNothingElseRemains) {
+TEST_F(SafeFileTest, LoadsWhatWasSavedAndLeavesNoOtherFile) {
   fs::create_directories(folder());
   EXPECT_EQ(loaded(), std::nullopt);
   for (std::size_t version = 0; version < versions.size(); ++version) {
@@ -120,7 +121,7 @@ TEST_F(SafeFileTest, WhatWasSavedIsLoadedAndNothingElseRemains) {
   }
 }
 
-TEST_F(SafeFileTest, TheSiblingCountsOnlyWhereTheFileIsThereAndGivesNothing) {
+TEST_F(SafeFileTest, LoadsTheBackupOnlyIfTheFileExistsButCannotBeDecoded) {
   put(file(), versions[0]);
   put(SafeFile::backup(file()), versions[1]);
   EXPECT_EQ(loaded(), 0U);
@@ -131,19 +132,19 @@ TEST_F(SafeFileTest, TheSiblingCountsOnlyWhereTheFileIsThereAndGivesNothing) {
     EXPECT_EQ(contentOf(SafeFile::backup(file())), versions[1]);
   }
   fs::remove(file());
-  EXPECT_EQ(loaded(), std::nullopt); // a file that was taken away stays away
+  EXPECT_EQ(loaded(), std::nullopt); // a deleted file is not restored
   put(file(), "<");
   put(SafeFile::backup(file()), "<b");
   EXPECT_EQ(loaded(), std::nullopt);
 }
 
-TEST_F(SafeFileTest, APartOfASiblingIsNeverLoaded) {
+TEST_F(SafeFileTest, NeverLoadsAPartialBackup) {
   put(file(), "<");
   put(SafeFile::backupPart(file()), versions[1]);
   EXPECT_EQ(loaded(), std::nullopt);
 }
 
-TEST_F(SafeFileTest, LeftOversGoWithTheNextSave) {
+TEST_F(SafeFileTest, TheNextSaveRemovesLeftovers) {
   put(file(), versions[0]);
   put(SafeFile::backup(file()), "<bb");
   put(SafeFile::backupPart(file()), "<b");
@@ -151,13 +152,13 @@ TEST_F(SafeFileTest, LeftOversGoWithTheNextSave) {
   expectOnly(2);
 }
 
-TEST_F(SafeFileTest, AFileBeyondTheLimitIsNotRead) {
+TEST_F(SafeFileTest, DoesNotReadAFileAboveTheLimit) {
   put(file(), "");
-  fs::resize_file(file(), SafeFile::mostBytes + 1); // has no blocks on the disk
+  fs::resize_file(file(), SafeFile::mostBytes + 1); // sparse
   EXPECT_EQ(SafeFile::contents(file()), std::nullopt);
 }
 
-TEST_F(SafeFileTest, APipeNeitherDelaysNorTakesASave) {
+TEST_F(SafeFileTest, NeitherReadsNorWritesAPipe) {
   fs::create_directories(folder());
   ASSERT_EQ(::mkfifo(file().c_str(), S_IRUSR | S_IWUSR), 0);
   EXPECT_EQ(SafeFile::contents(file()), std::nullopt);
@@ -165,8 +166,8 @@ TEST_F(SafeFileTest, APipeNeitherDelaysNorTakesASave) {
   EXPECT_TRUE(fs::is_fifo(file()));
 }
 
-// The file keeps being the same file: its links, its mode.
-TEST_F(SafeFileTest, TheFileIsWrittenInPlace) {
+// The file remains the same file, with its links and its mode.
+TEST_F(SafeFileTest, WritesTheFileInPlace) {
   put(file(), versions[0]);
   fs::permissions(file(), fs::perms::owner_read | fs::perms::owner_write);
   fs::create_hard_link(file(), scratch_.path() / "link");
@@ -175,7 +176,7 @@ TEST_F(SafeFileTest, TheFileIsWrittenInPlace) {
   EXPECT_EQ(fs::status(file()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST_F(SafeFileTest, OthersCannotReadTheSibling) {
+TEST_F(SafeFileTest, OthersCannotReadTheBackup) {
   put(file(), versions[0]);
   const std::size_t last = operations() - 1;
   restart();
@@ -189,8 +190,8 @@ TEST_F(SafeFileTest, OthersCannotReadTheSibling) {
 
 // ---- Faults ----
 
-// A save makes a dozen operations; each of them is let go wrong in each way.
-TEST_F(SafeFileTest, NoSingleFaultLosesWhatWasSavedBefore) {
+// Injects every fault into every operation of a save.
+TEST_F(SafeFileTest, NoSingleFaultLosesThePreviousSave) {
   const std::size_t count = operations();
   ASSERT_GE(count, 9U);
   for (std::size_t number = 0; number < count; ++number) {
@@ -213,7 +214,7 @@ TEST_F(SafeFileTest, NoSingleFaultLosesWhatWasSavedBefore) {
 }
 
 // The second save starts from whatever the first left behind.
-TEST_F(SafeFileTest, NoTwoFaultsInSuccessiveSavesLoseWhatWasSavedBefore) {
+TEST_F(SafeFileTest, NoTwoFaultsInSuccessiveSavesLoseThePreviousOne) {
   constexpr std::array faults{FileFault::inputOutputError, FileFault::halfAndError,
                               FileFault::death, FileFault::halfAndDeath};
   const std::size_t count = operations();
@@ -234,7 +235,7 @@ TEST_F(SafeFileTest, NoTwoFaultsInSuccessiveSavesLoseWhatWasSavedBefore) {
   }
 }
 
-TEST_F(SafeFileTest, AFaultyDiskLeavesTheFileUntouchedWhileTheSiblingIsMade) {
+TEST_F(SafeFileTest, AFaultyDiskLeavesTheFileUntouchedUntilTheBackupIsComplete) {
   const std::size_t count = operations();
   std::size_t untouched = 0;
   for (std::size_t number = 2; number < count; ++number) {
@@ -258,7 +259,7 @@ void mayBeEnteredByAll(const fs::path& folder) {
   fs::permissions(folder, fs::perms::owner_all | fs::perms::group_exec | fs::perms::others_exec);
 }
 
-TEST_F(SafeFileTest, AFolderThatTakesNoNewFileIsWrittenPlainly) {
+TEST_F(SafeFileTest, WritesWithoutABackupWhereTheFolderTakesNoNewFile) {
   restart();
   mayBeEnteredByAll(scratch_.path());
   fs::permissions(file(), fs::perms::all & ~fs::perms::owner_exec);
@@ -277,7 +278,7 @@ TEST_F(SafeFileTest, AFolderThatTakesNoNewFileIsWrittenPlainly) {
   expectOnly(1);
 }
 
-TEST_F(SafeFileTest, AReadOnlyDiskFailsUntilItCanBeWritten) {
+TEST_F(SafeFileTest, FailsOnAReadOnlyDiskUntilItIsWritable) {
   restart();
   const bool allowed = kit::withOwnMounts([&] {
     const std::string folderName = folder();
@@ -294,7 +295,7 @@ TEST_F(SafeFileTest, AReadOnlyDiskFailsUntilItCanBeWritten) {
     GTEST_SKIP() << "mounting is not permitted";
 }
 
-TEST_F(SafeFileTest, AReadOnlyFolderOnADiskWithAWritableFileIsWrittenPlainly) {
+TEST_F(SafeFileTest, WritesWithoutABackupWhereOnlyTheFileIsWritable) {
   restart();
   put(scratch_.path() / "writable", versions[0]);
   const bool allowed = kit::withOwnMounts([&] {
@@ -313,7 +314,7 @@ TEST_F(SafeFileTest, AReadOnlyFolderOnADiskWithAWritableFileIsWrittenPlainly) {
   EXPECT_EQ(contentOf(scratch_.path() / "writable"), versions[1]);
 }
 
-TEST_F(SafeFileTest, AFolderThatVanishedFailsUntilItIsBack) {
+TEST_F(SafeFileTest, FailsWithoutTheFolderUntilItIsBack) {
   restart();
   fs::rename(folder(), scratch_.path() / "elsewhere");
   EXPECT_FALSE(save(1));
@@ -325,7 +326,7 @@ TEST_F(SafeFileTest, AFolderThatVanishedFailsUntilItIsBack) {
   expectOnly(2);
 }
 
-// ---- Turns ----
+// ---- Locks ----
 
 int heldFolder(const fs::path& folder) {
   const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -333,7 +334,7 @@ int heldFolder(const fs::path& folder) {
   return descriptor;
 }
 
-TEST_F(SafeFileTest, WhileAnotherKeepsTheTurnASaveFailsAndALoadDoesNot) {
+TEST_F(SafeFileTest, WhileAnotherHoldsTheLockASaveFailsAndALoadDoesNot) {
   restart();
   const int held = heldFolder(folder());
   EXPECT_FALSE(save(1));
@@ -343,7 +344,7 @@ TEST_F(SafeFileTest, WhileAnotherKeepsTheTurnASaveFailsAndALoadDoesNot) {
   expectOnly(1);
 }
 
-TEST_F(SafeFileTest, SaversAtOnceNeverLeaveAMixture) {
+TEST_F(SafeFileTest, ConcurrentSavesNeverLeaveAMixture) {
   restart();
   const auto saveOften = [&](std::size_t version) {
     return [this, version] {

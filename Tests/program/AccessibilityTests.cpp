@@ -73,7 +73,7 @@ public:
   WindowId window = 0;
 };
 
-// Over the accessibility bus alone.
+// Practises over the accessibility bus alone.
 class BusHands {
 public:
   explicit BusHands(Practice& practice) : practice_(practice), reader_(practice.reader) {}
@@ -166,7 +166,7 @@ private:
   ScreenReader& reader_;
 };
 
-// With the keyboard alone; the screen reader reports the result.
+// Practises with the keyboard alone; the screen reader reports the result.
 class KeyboardHands {
 public:
   explicit KeyboardHands(Practice& practice)
@@ -275,7 +275,7 @@ TEST(ScreenReaderAlone, PractisesATrialOfEachDrill) {
   EXPECT_EQ(practice.program.errors().find("qrc:"), std::string::npos);
 }
 
-TEST(ScreenReaderAlone, FindsANameAndARoleOnWhateverShows) {
+TEST(ScreenReaderAlone, EveryShowingObjectHasANameAndARole) {
   Practice practice;
   practice.reader.act("push button", "Submit", "Press");
   static_cast<void>(waitForAttempts(practice.program.profileFile(), 1));
@@ -311,7 +311,7 @@ TEST(ScreenReaderAlone, FindsANameAndARoleOnWhateverShows) {
   EXPECT_NE(map.description.find(" oct over 1"), std::string::npos) << map.description;
 }
 
-TEST(KeyboardAlone, FindsSpaceDigitsNAndReturnTheSameAtEveryStop) {
+TEST(KeyboardAlone, SpaceDigitsNAndReturnWorkAtEveryStop) {
   Practice practice;
   Desktop& desktop = practice.desktop;
   ScreenReader& reader = practice.reader;

@@ -1,16 +1,16 @@
-// Practising on the real program without listening, with fair trials and without: run on a private
-// desk. Each counted trial is the first of a launch with a record at one difficulty.
+// Practises with the program without listening, with fair trials and without. Run on a private
+// desk. Each counted trial is the first of a launch whose record sets the difficulty.
 //
-// Three listeners who do not listen to what differs:
-// - one who always gives the answer that hits most of a difficulty's targets;
-// - one who has seen a verdict at that difficulty and always answers what was right then (in level
-//   and dynamics; in the other drills there is nothing better than the first one's answer);
-// - one who names the version at whose switches the right ear hears less than the left one (in
+// Three listeners do not listen to what differs:
+// - one always gives the answer that is correct for most of a difficulty's targets;
+// - one has seen a verdict at that difficulty and always gives the answer that was correct then (in
+//   level and dynamics; in the other drills nothing is better than the first listener's answer);
+// - one names the version at whose switches the right ear hears less than the left one (in
 //   polarity; in the other drills both ears hear the same).
 //
-// Targets are drawn anew with each launch, so 99 % of somebody's runs of 40 trials keep within a
-// bound, and of many such runs some do not. What is printed beside the hits is that bound of 99 %;
-// what fair trials are held to is the bound that all cells together keep within in 99 % of cases.
+// Each launch draws a new target, so hits by chance vary. The bound printed next to the hits holds
+// for 99 % of runs of 40 trials; of many runs, some exceed it. Fair trials are checked against a
+// wider bound, which all cells together keep in 99 % of cases.
 #include "kit/Alignment.h"
 #include "kit/Chance.h"
 #include "kit/Desktop.h"
@@ -46,8 +46,8 @@ namespace {
 constexpr int trials = 40;
 constexpr std::array difficulties{0.0, 20.0};
 
-// What is held to chance: with fair trials the fixed answer in four drills, the remembered one in
-// two and the right ear in one, at two difficulties each; without them the fixed answer in the
+// Cells checked against chance, at two difficulties each: with fair trials the fixed answer in four
+// drills, the remembered one in two and the right ear in one; without them the fixed answer in the
 // frequency drill.
 constexpr int cellsHeldToChance = 2 * (4 + 2 + 1) + 2;
 constexpr double confidenceOfACell = 1 - 0.01 / cellsHeldToChance;
@@ -81,7 +81,7 @@ void expectChance(const Cell& cell) {
       << Numbers::fixed(cell.difficulty, 0) << ", " << nameOf(cell.way);
 }
 
-// The program, in a drill, with a record whose next trial has this difficulty.
+// The program in a drill, with a record that gives the next trial this difficulty.
 class PreparedProgram {
 public:
   PreparedProgram(Drill drill, double difficulty, Way way, std::vector<std::string> words)
@@ -90,7 +90,7 @@ public:
 
   [[nodiscard]] ProgramRunner& program() { return program_; }
 
-  // The one answer that was given, as the record holds it.
+  // The only answer in the record.
   [[nodiscard]] ReadAttempt attempt() {
     const ReadProfile profile = waitForAttempts(file(), 1);
     const ReadAttempt attempt = profile.attempts.at(0);
@@ -121,7 +121,7 @@ private:
   ProgramRunner program_;
 };
 
-// A launch that gives its answer by itself and ends.
+// A launch that answers its trial by itself and exits.
 class ScriptedLaunch {
 public:
   ScriptedLaunch(const Cell& cell, double answer)
@@ -138,7 +138,7 @@ private:
   PreparedProgram prepared_;
 };
 
-// What was right once at the cell's difficulty: the verdict on an answer of 0 dB tells it.
+// The target of a trial at the cell's difficulty: the error of an answer of 0 dB.
 double rememberedTarget(const Cell& cell) {
   return ScriptedLaunch(cell, 0).attempt().error;
 }
@@ -164,8 +164,8 @@ std::vector<Cell> cellsWithoutSound() {
   return cells;
 }
 
-// Launches overlap, but those of a cell are further apart than the second that makes their seeds:
-// all other cells are in between.
+// Launches overlap. Between two launches of a cell lie those of all other cells, more than a
+// second: the seed, taken from the second of the launch, differs.
 void practise(std::vector<Cell>& cells) {
   constexpr std::size_t sideBySide = 6;
   std::deque<std::pair<Cell*, std::unique_ptr<ScriptedLaunch>>> running;
@@ -184,7 +184,7 @@ void practise(std::vector<Cell>& cells) {
     finishOne();
 }
 
-TEST(DeafListeners, WithoutSoundPassLevelAndDynamicsUnlessTrialsAreFair) {
+TEST(DeafListeners, WithARememberedAnswerBeatChanceUnlessTrialsAreFair) {
   std::vector<Cell> cells = cellsWithoutSound();
   practise(cells);
   printHead();
@@ -201,11 +201,11 @@ TEST(DeafListeners, WithoutSoundPassLevelAndDynamicsUnlessTrialsAreFair) {
 
 // ---- The right ear ----
 
-// From a key press to the end of what it does: the way to the sink and to the recorder, and a
-// switch.
+// From a key press to the end of its effect: the latency of sink and recorder, and a switch.
 const std::size_t switchFrames = framesInStore() + 14400;
 
-// How far the right channel falls below the left one, in dB, where that is heard at all.
+// Lowest level of the right channel relative to the left one, in dB, where the left one is audible.
+// At most 0.
 double dip(const Recording& sound) {
   constexpr std::size_t piece = 240, step = 60; // 5 ms
   constexpr double audible = 1e-9;
@@ -222,8 +222,8 @@ double dip(const Recording& sound) {
   return least;
 }
 
-// Goes once round the three slots and names the one at whose two switches the right ear misses
-// most: the other switch has the smallest dip.
+// Switches once round the three slots and names the one that takes no part in the switch with the
+// smallest dip: its own two switches lower the right channel most.
 std::size_t slotByRightEar(Recorder& recorder, Desktop& desktop) {
   double smallest = -std::numeric_limits<double>::infinity();
   std::size_t named = 0;
@@ -256,7 +256,7 @@ bool hitsByRightEar(double difficulty, Way way) {
   return prepared.attempt().correct;
 }
 
-TEST(DeafListeners, WithARightEarPassPolarityUnlessTrialsAreFair) {
+TEST(DeafListeners, WithTheRightEarBeatChanceUnlessTrialsAreFair) {
   printHead();
   for (const Way way : {Way::standard, Way::fair})
     for (const double difficulty : difficulties) {

@@ -1,5 +1,5 @@
-// How loud fair trials are, measured at a real sink: run on a private desk. A table with the
-// loudness by ITU-R BS.1770 stands beside what is asserted.
+// Measures the levels of fair trials at a real sink. Run on a private desk. Besides its checks, it
+// prints a table with the loudness by ITU-R BS.1770.
 #include "Drills.h"
 #include "Player.h"
 #include "kit/Alignment.h"
@@ -29,11 +29,11 @@ namespace {
 
 constexpr std::size_t loopFrames = 153600; // 3.2 s
 
-// From a call of the player to a slot that is heard alone: the way to the sink and to the recorder,
-// and a switch of 150 ms.
+// From a call of the player until the slot is heard alone: the latency of sink and recorder, and a
+// switch of 150 ms.
 const std::size_t settleFrames = framesInStore() + 14400;
 
-// What one channel of a slot holds, in dB of full scale.
+// Levels of one channel of a slot, in dB of full scale.
 struct ChannelLevel {
   double mean = 0, from20HzUp = 0, peak = 0;
 };
@@ -47,7 +47,7 @@ ChannelLevel levelOf(const std::vector<float>& x) {
           .peak = 20 * std::log10(static_cast<double>(peak))};
 }
 
-// Integrated loudness of a loop that is heard three times over.
+// Integrated loudness of a loop played three times.
 double loudness(const Recording& loop) {
   ebur128_state* meter = ebur128_init(2, 48000, EBUR128_MODE_I);
   if (meter == nullptr)
@@ -73,13 +73,13 @@ Recording loopOf(const Slot& slot) {
   return {{slot.l->begin(), slot.l->end()}, {slot.r->begin(), slot.r->end()}};
 }
 
-// Whether a sample is heard as it was rendered. What is too small for a normal float, as a filter's
-// decay in a rest of the drums, is not halved exactly.
+// Whether a sample is recorded as it was rendered. Subnormal numbers, as at the end of a filter's
+// decay between two drum hits, are not halved exactly.
 bool isSame(float heard, float rendered) {
   return std::abs(heard - rendered) < std::numeric_limits<float>::min();
 }
 
-// Whether `heard`, as the sink plays it, is `slot` from its frame `phase` on, sample by sample.
+// Whether `heard`, at the sink's level, is the loop of `slot` from frame `phase` on.
 bool plays(const Recording& heard, const Slot& slot, std::size_t phase) {
   const Recording rendered = asRendered(heard);
   for (std::size_t i = 0; i < rendered.frames(); ++i) {
@@ -101,7 +101,7 @@ std::vector<Recording> loopsOf(const Trial& trial) {
     throw std::runtime_error("the player does not play");
   while (firstSound(recorder.recording(), 0) == recorder.frames())
     recorder.waitForMore(480);
-  // All slots begin at one frame, at a gain of 0.
+  // All slots start at the same frame, at gain 0.
   const std::size_t start = firstSound(recorder.recording(), 0) - firstSound(loopOf(slots[0]), 1);
   std::vector<Recording> loops;
   for (std::size_t slot = 0; slot < slots.size(); ++slot) {
@@ -110,10 +110,11 @@ std::vector<Recording> loopsOf(const Trial& trial) {
     const std::size_t begin = recorder.frames() + settleFrames;
     recorder.waitForMore(settleFrames + loopFrames);
     loops.push_back(recorder.recording().part(begin, loopFrames));
-    // A machine that stood still, or a switch that had not settled, would be measured too.
+    // Otherwise a stall of the machine or an unfinished switch would be measured too.
     if (!plays(loops.back(), slots[slot], begin - start))
       throw std::runtime_error("the recording is not the slot's");
-    // A loudness meter's blocks are to lie at the same places of all loops.
+    // Rotate the loop to its first frame: the loudness meter's blocks must cover the same places of
+    // all loops.
     for (auto* channel : {&loops.back().l, &loops.back().r})
       std::rotate(channel->begin(),
                   channel->end() - static_cast<std::ptrdiff_t>((begin - start) % loopFrames),
@@ -122,7 +123,8 @@ std::vector<Recording> loopsOf(const Trial& trial) {
   return loops;
 }
 
-// The trials of a drill with its smallest and its largest target, or with two flipped slots.
+// Two trials of a drill: with its smallest and its largest target, or with the first and the last
+// slot flipped.
 std::vector<Trial> extremes(Drill drill, Material material, double difficulty) {
   std::vector<Trial> trials;
   for (std::uint64_t i = 0; i < 4000; ++i)
@@ -151,7 +153,7 @@ std::string targetText(const Trial& trial) {
   return "";
 }
 
-// One row a slot.
+// Prints the row of one slot.
 void printRow(const Trial& trial, std::size_t slot, const Recording& loop) {
   const ChannelLevel l = levelOf(loop.l), r = levelOf(loop.r);
   std::cout << "| " << trial.drill.rawValue() << " | " << trial.material.shortName() << " | "
@@ -167,7 +169,7 @@ void printHead() {
                "| LUFS | peak | mean |\n";
 }
 
-// Measures the slots of `trial`, holds them to what they must be, and prints their rows.
+// Measures the slots of `trial`, checks their levels, and prints their rows.
 void check(const Trial& trial) {
   const std::vector<Recording> loops = loopsOf(trial);
   for (std::size_t slot = 0; slot < loops.size(); ++slot) {
@@ -197,7 +199,7 @@ void check(const Trial& trial) {
 class FairLevels
     : public ::testing::TestWithParam<std::tuple<Drill::Case, Material::Case, double>> {};
 
-TEST_P(FairLevels, AreThoseOfTheDrill) {
+TEST_P(FairLevels, MatchTheTrial) {
   const auto [drill, material, difficulty] = GetParam();
   printHead();
   for (const Trial& trial : extremes(drill, material, difficulty))
@@ -219,8 +221,8 @@ INSTANTIATE_TEST_SUITE_P(Trials, FairLevels,
                                             ::testing::Values(0.0, 20.0, 60.0, 100.0)),
                          nameOf);
 
-// The quick form: what is easiest to get wrong.
-TEST(FairLevelsOfOneTrial, AreThoseOfTheDrill) {
+// The quick check: a trial that is easy to get wrong.
+TEST(FairLevelsOfOneTrial, MatchTheTrial) {
   printHead();
   check(extremes(Drill::level, Material::drums, 0)[1]);
 }

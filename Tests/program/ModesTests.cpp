@@ -67,7 +67,7 @@ const Mode help{{"--help"}, "Usage: velto [SWITCH]...\n", 0};
 const Mode version{{"--version"}, "velto " VELTO_VERSION "\n", 0};
 const std::vector<Mode> reporting{help, version, probe, brandCheck, bench, selfTest};
 
-TEST(Modes, RunWithNothingAround) {
+TEST(Modes, RunWithoutDisplaySoundAndHome) {
   for (const Mode& mode : reporting) {
     const ChildResult result = run(mode.switches);
     EXPECT_EQ(result.status, mode.status) << mode.switches[0];
@@ -78,7 +78,7 @@ TEST(Modes, RunWithNothingAround) {
   EXPECT_EQ(run({"--bench"}).error, "");
 }
 
-TEST(Modes, TellWhereTheRecordLiesWithoutMakingIt) {
+TEST(Modes, PrintThePathOfTheRecordWithoutCreatingIt) {
   const ScratchFolder folder;
   const std::string home = folder.path().string();
   const ChildResult result = run({"--help"}, {.environment = {{"HOME", home}}});
@@ -88,7 +88,7 @@ TEST(Modes, TellWhereTheRecordLiesWithoutMakingIt) {
   EXPECT_EQ(run({"--version"}).out, version.begin);
 }
 
-TEST(Modes, TheSelfTestFailsWithItsOwnLineWhereNoEngineStarts) {
+TEST(Modes, TheSelfTestFailsWithOneLineWhenNoEngineStarts) {
   const ChildResult result = run({"--audio-selftest"});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.out, "FAIL  engine did not start\n");
@@ -96,7 +96,7 @@ TEST(Modes, TheSelfTestFailsWithItsOwnLineWhereNoEngineStarts) {
   EXPECT_EQ(count(result.error, "\n"), 1) << result.error;
 }
 
-TEST(Modes, WithoutFontsMakeNoApplication) {
+TEST(Modes, CreateNoApplicationUnlessTheyNeedFonts) {
   // A QGuiApplication aborts on this platform name.
   for (const Mode& mode : {help, version, probe, bench, selfTest})
     EXPECT_EQ(run(mode.switches, {.environment = {{"QT_QPA_PLATFORM", "none such"}}}).status,
@@ -128,7 +128,7 @@ TEST(Modes, ReportOutputThatCannotBeWrittenInOneLine) {
     }
 }
 
-TEST(Modes, KeepTheirStatusAndTheirPeaceWhereTheReaderIsGone) {
+TEST(Modes, KeepTheirStatusAndStaySilentWhenTheReaderIsGone) {
   for (const Mode& mode : {help, version, probe, bench, brandCheck}) {
     const ChildResult result = run(mode.switches, {.out = Stream::readerGone});
     EXPECT_EQ(result.status, mode.status) << mode.switches[0];
@@ -136,7 +136,7 @@ TEST(Modes, KeepTheirStatusAndTheirPeaceWhereTheReaderIsGone) {
   }
 }
 
-TEST(Modes, OutliveStandardErrorsThatGoNowhere) {
+TEST(Modes, SurviveAnUnusableStandardError) {
   for (const Stream stream : {Stream::readerGone, Stream::fullDisk, Stream::closed}) {
     EXPECT_TRUE(endsWith(run({"--probe"}, {.error = stream}).out, probePassed));
     EXPECT_EQ(run({"--probe"}, {.out = stream, .error = stream}).status,
@@ -153,7 +153,7 @@ TEST(Modes, WaitForAReaderWhosePipeIsFull) {
 }
 
 // A file opened on the descriptor of a closed stream would receive the report's lines.
-TEST(Modes, WriteNoLineIntoAFileOfTheirOwn) {
+TEST(Modes, NeverPrintIntoAFileThatTheyOpened) {
   const ScratchFolder folder;
   const ChildResult result =
       run({"--seed-demo"}, {.environment = {{"VELTO_PROFILE_DIR", folder.path().string()}},
@@ -182,7 +182,7 @@ TEST(Modes, LeaveNothingInTheTemporaryDirectory) {
     }
 }
 
-TEST(Modes, DoWithoutATemporaryDirectory) {
+TEST(Modes, RunWithoutATemporaryDirectory) {
   const std::map<std::string, std::string> none{{"TMPDIR", "/dev/null/nowhere"}};
   EXPECT_TRUE(endsWith(run({"--probe"}, {.environment = none}).out, probePassed));
   EXPECT_EQ(run({"--bench"}, {.environment = none}).status, 0);
@@ -199,7 +199,7 @@ TEST(SeedDemo, RefusesWithoutAFolderAndTouchesNothing) {
   EXPECT_TRUE(fs::is_empty(folder.path()));
 }
 
-TEST(SeedDemo, FillsTheFolderThatIsNamed) {
+TEST(SeedDemo, FillsTheGivenFolder) {
   const ScratchFolder folder;
   const ChildResult result =
       run({"--seed-demo"}, {.environment = {{"VELTO_PROFILE_DIR", folder.path()}}});
@@ -215,7 +215,7 @@ TEST(SeedDemo, FillsTheFolderThatIsNamed) {
 const std::vector<Mode> deciding{
     help, version, probe, brandCheck, bench, selfTest, {{"--seed-demo"}, "", 0}};
 
-TEST(Dispatch, TheFirstModeOfTheListDecidesInWhateverOrderTheSwitchesStand) {
+TEST(Dispatch, TheFirstModeOfTheListRunsWhateverTheOrderOfTheSwitches) {
   for (std::size_t first = 0; first < deciding.size(); ++first)
     for (std::size_t second = first + 1; second < deciding.size(); ++second)
       for (const bool swapped : {false, true}) {
@@ -229,7 +229,7 @@ TEST(Dispatch, TheFirstModeOfTheListDecidesInWhateverOrderTheSwitchesStand) {
       }
 }
 
-TEST(Dispatch, ADoubledSwitchRunsItsModeOnce) {
+TEST(Dispatch, ARepeatedSwitchRunsItsModeOnce) {
   EXPECT_EQ(run({"--probe", "--probe"}).out, run({"--probe"}).out);
   EXPECT_EQ(run({"--seed-demo", "--seed-demo"}).error, refusal);
 }
@@ -240,12 +240,12 @@ TEST(Dispatch, AModeIsFoundAmongOtherWords) {
   EXPECT_EQ(run({"--probe", "--bench-audio", "on"}).out, run({"--probe"}).out);
 }
 
-TEST(Dispatch, APlaybackBenchWithoutValueIsIgnored) {
+TEST(Dispatch, APlaybackBenchWithoutAValueIsIgnored) {
   EXPECT_EQ(run({"--seed-demo", "--bench-audio"}).error, refusal);
   EXPECT_EQ(run({"--bench-audio"}).error, noDisplay);
 }
 
-TEST(Dispatch, AnythingElseStartsTheWindowAndSaysThatThereIsNoDisplay) {
+TEST(Dispatch, AnythingElseOpensTheWindowAndFailsWithoutADisplay) {
   for (const Words& switches :
        {Words{}, Words{"--Probe"}, Words{"--probe=1"}, Words{"-h"}, Words{"help"}, Words{"-probe"},
         Words{"probe"}, Words{""}, Words{"--shot"}, Words{"--drill"}, Words{"--answer"},
@@ -271,7 +271,7 @@ ChildResult runOnDesk(const Words& switches) {
   return kit::runChild(words, options);
 }
 
-TEST(OnSound, TheSelfTestHearsItsTrialAtItsLevel) {
+TEST(OnSound, TheSelfTestMeasuresItsTrialAtTheExpectedLevel) {
   const ChildResult result = runOnDesk({"--audio-selftest"});
   EXPECT_EQ(result.status, 0) << result.error;
   EXPECT_EQ(result.error, "");

@@ -31,11 +31,11 @@ namespace {
 
 constexpr std::size_t loopFrames = 153600; // a trial lasts 3.2 s
 
-// From a key press to a slot that is heard alone: the way to the sink, a switch of 150 ms, and 0.2
-// s for the high-pass filter to forget it.
+// From a key press until the slot is heard alone: the latency of the sink, a switch of 150 ms, and
+// 0.2 s for the high-pass filter to settle.
 const std::size_t settleFrames = framesInStore() + 16800;
 
-// From "n" to the next trial's first slot, heard alone.
+// From "n" until the next trial's first slot is heard alone.
 const std::size_t nextTrialFrames = framesInStore() + 36000;
 
 // The answer area of a window 1180 points wide.
@@ -214,7 +214,7 @@ double truthNearest(double heard, double answer, double error, double grid) {
 
 class RobotListener : public ::testing::TestWithParam<Way> {
 protected:
-  // A test's part of `trials`, of which the fair ones are the larger half.
+  // The share of `trials` for this way of practising; fair trials get the larger half.
   [[nodiscard]] static std::size_t usual(std::size_t trials) {
     return GetParam() == Way::fair ? (trials + 1) / 2 : trials / 2;
   }
@@ -291,7 +291,7 @@ TEST_P(RobotListener, HearsTheGainReduction) {
 TEST_P(RobotListener, HearsTheFlippedSlot) {
   Practice practice("polarity", GetParam());
   Robot& robot = practice.robot();
-  // 1, 2, 3, 1 at such lengths that 3 and 2 each share a place of the loop with 1.
+  // Slots 1, 2, 3, 1, each played so long that 2 and 3 each share a place of the loop with 1.
   constexpr std::size_t listening = 38400;
   const std::size_t dwell = settleFrames + listening;
   for (std::size_t trial = 0; trial < trialsPerDrill(usual(3)); ++trial) {

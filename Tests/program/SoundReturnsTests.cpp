@@ -117,7 +117,7 @@ TEST(SoundReturns, WhenAServerStartsAfterTheProgram) {
   EXPECT_TRUE(practice.ends()) << practice.program.errors();
 }
 
-TEST(SoundReturns, WhenTheServerDiesAndComesBackTimeAndAgain) {
+TEST(SoundReturns, EachTimeTheServerDiesAndComesBack) {
   std::optional<SoundServer> server(std::in_place);
   Practice practice;
   std::string said;
@@ -142,7 +142,7 @@ TEST(SoundReturns, WhenTheServerDiesAndComesBackTimeAndAgain) {
   EXPECT_EQ(practice.program.errors(), said);
 }
 
-TEST(SoundReturns, OnlyWithTheWindowWhenThatIsAway) {
+TEST(SoundReturns, OnlyOnceAMinimisedWindowIsRestored) {
   std::optional<SoundServer> server(std::in_place);
   Practice practice;
   ASSERT_TRUE(eventually([] { return !streams().empty(); }));
@@ -160,7 +160,7 @@ TEST(SoundReturns, OnlyWithTheWindowWhenThatIsAway) {
   EXPECT_EQ(practice.program.errors(), line(refused));
 }
 
-TEST(SoundReturns, WhenTheLastSinkGoesAndAnotherComes) {
+TEST(SoundReturns, WhenTheLastSinkIsReplaced) {
   const SoundServer server;
   Practice practice;
   ASSERT_TRUE(eventually([] { return !streams().empty(); }));
@@ -174,7 +174,7 @@ TEST(SoundReturns, WhenTheLastSinkGoesAndAnotherComes) {
   EXPECT_EQ(practice.program.errors(), line(refused));
 }
 
-TEST(SoundReturns, OnTheSinkThatBecomesTheDefaultOneOrIsLeft) {
+TEST(SoundReturns, OnANewDefaultSinkAndOnTheRemainingOne) {
   const SoundServer server;
   Practice practice;
   ASSERT_TRUE(eventually([] { return !streams().empty(); }));
@@ -215,7 +215,7 @@ TEST(SoundReturns, OnSinksOfAnotherRateAndOfOneChannel) {
   EXPECT_TRUE(practice->ends()) << practice->program.errors();
 }
 
-TEST(SoundReturns, WhenAServerThatDidNotAnswerDoes) {
+TEST(SoundReturns, WhenAFrozenServerAnswersAgain) {
   SoundServer server;
   server.freeze();
   Practice practice;
@@ -228,7 +228,7 @@ TEST(SoundReturns, WhenAServerThatDidNotAnswerDoes) {
   EXPECT_EQ(practice.program.errors(), line(silent));
 }
 
-TEST(SoundReturns, NeverHoldsUpTheWindowOfAProgramWhoseServerFreezes) {
+TEST(SoundReturns, WithoutEverBlockingTheWindowWhileAServerIsFrozen) {
   SoundServer server;
   Practice practice;
   ASSERT_TRUE(eventually([] { return !streams().empty(); }));

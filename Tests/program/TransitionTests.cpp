@@ -1,9 +1,9 @@
-// What is heard when the real program goes from one thing to another, with fair trials and without:
-// run on a private desk without a sound server; each test starts and ends servers of its own.
+// Measures what is heard when the program changes what it plays, with fair trials and without. Run
+// on a private desk without a sound server; each test starts and ends servers of its own.
 //
-// Judged is the loudest 5 ms around a transition beside the loudest 5 ms of what plays before and
-// after it, above 20 Hz and above 5 kHz. Everything is filtered over the whole recording, so that
-// what a jump leaves behind is found where it is heard.
+// Compares the loudest 5 ms around a transition with the loudest 5 ms of what plays before and
+// after it, above 20 Hz and above 5 kHz. The recording is filtered whole before it is cut, so that
+// the filter's response to a jump appears where it is heard.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
 #include "kit/Eventually.h"
@@ -38,11 +38,11 @@ namespace {
 constexpr std::size_t loopFrames = 153600; // 3.2 s
 constexpr std::size_t switchFrames = 7200; // 150 ms
 constexpr std::size_t piece = 240;         // 5 ms
-// What a filter at 20 Hz needs to come to rest: e^-9 of a jump is left.
+// Settling time of a filter at 20 Hz: e^-9 of a jump is left.
 constexpr std::size_t restFrames = 9600;
-// What it has not forgotten yet moves a level by less than this.
+// What is left of the filter's response changes a level by less than this.
 constexpr double accuracyDB = 0.01;
-// How often those transitions come that may fall on a loud or on a quiet place of the loop.
+// Repetitions of the transitions that can fall on a loud or on a quiet place of the loop.
 constexpr int rounds = 3;
 constexpr const char* seamName = "seam of the loop";
 
@@ -53,7 +53,7 @@ struct Point {
 constexpr std::array<Point, 4> drillChips{{{500, 40}, {585, 40}, {668, 40}, {757, 40}}};
 constexpr std::array<Point, 3> materialChips{{{534, 258}, {592, 258}, {650, 258}}};
 
-// The powers of a recording above a frequency.
+// The power of a recording above a frequency, over time.
 class Powers {
 public:
   Powers(const Recording& recording, double hz) : sums_{0} {
@@ -76,17 +76,16 @@ private:
   std::vector<double> sums_; // of all powers before a frame
 };
 
-// What is heard from one frame to another, and where a whole loop lies of what plays before and
-// after it.
+// The frames of a transition, and where one whole loop of what plays before and after it begins.
 struct Transition {
   std::string name;
   std::size_t begin = 0, end = 0;
   std::optional<std::size_t> before, after;
-  // The seam of a loop lies in that loop: it is left out of it.
+  // True for the seam of a loop, which is compared with the rest of that loop.
   bool isInTheLoop = false;
 };
 
-// How far a transition sticks out of what plays, in dB.
+// Level of a transition relative to what plays before and after it, in dB.
 struct Excess {
   double above20Hz = -400, above5kHz = -400;
 };
@@ -109,7 +108,7 @@ double excess(const Transition& transition, const Powers& powers) {
   return decibels(powers.loudest(transition.begin, transition.end)) - decibels(programme);
 }
 
-// The worst of each kind of transition, in the order in which they first came.
+// The worst of each kind of transition, in order of first occurrence.
 class Findings {
 public:
   void add(const std::string& name, const Excess& excess) {
@@ -133,7 +132,7 @@ class Take {
 public:
   Recorder recorder;
 
-  // The program starts, or goes on after a silence.
+  // Waits until sound begins: the program has started, or resumes after a silence.
   void waitForStart(const std::string& name, std::size_t from) {
     const std::size_t sound =
         waitFor([from](const Recording& r) { return firstSound(r, from); }, "sound begins");
@@ -145,15 +144,15 @@ public:
           .after = sound + switchFrames + restFrames});
   }
 
-  // From here on a change of what plays is noticed: returns the frame, once a whole loop has been
-  // heard of it and `more` frames, so that the change falls on another place of the loop each time.
+  // Records one whole loop of what plays, plus `more` frames to move the next change to another
+  // place of the loop. Returns the frame from which a change can be detected.
   std::size_t listen(std::size_t more = 0) {
     waitUntil(programme_ + loopFrames + more);
     noteSeam();
     return recorder.frames();
   }
 
-  // A switch within the loop, which may leave no trace: then nothing is noted.
+  // Waits for a switch of slots. Notes nothing if the switch changes no frame.
   void waitForSwitch(const std::string& name, std::size_t from) {
     waitUntil(from + 96000);
     const std::size_t change = firstChange(recorder.recording(), from);
@@ -163,7 +162,7 @@ public:
     note({.name = name, .begin = change - piece, .end = end, .before = programme_, .after = end});
   }
 
-  // Another trial takes the place of the one that plays.
+  // Waits until another trial replaces the one that plays.
   void waitForTrial(const std::string& name, std::size_t from) {
     const std::size_t change = waitForChange(from);
     const std::size_t sound = waitFor(
@@ -173,7 +172,7 @@ public:
     note({.name = name, .begin = change - piece, .end = end, .before = programme_, .after = end});
   }
 
-  // What plays ends.
+  // Waits until playback ends.
   void waitForEnd(const std::string& name, std::size_t from) {
     const std::size_t change = waitForChange(from);
     note({.name = name,
@@ -184,7 +183,7 @@ public:
     waitUntil(change + piece + restFrames);
   }
 
-  // The recording breaks off with its server: what comes then is silence.
+  // The recording ended with its server. Appends the silence that follows.
   void breakOff(const std::string& name) {
     whole_ = recorder.stop();
     const std::size_t end = whole_.frames();
@@ -225,7 +224,7 @@ private:
     throw std::runtime_error("waited in vain until " + what);
   }
 
-  // The first frame from `from` on that is not the one of a loop before.
+  // The first frame from `from` on that differs from the frame one loop earlier.
   static std::size_t firstChange(const Recording& r, std::size_t from) {
     while (from < r.frames() && r.l[from] == r.l[from - loopFrames] &&
            r.r[from] == r.r[from - loopFrames])
@@ -257,12 +256,12 @@ private:
   }
 
   std::vector<Transition> transitions_;
-  std::size_t programme_ = 0; // where what plays is heard alone
+  std::size_t programme_ = 0; // from here on, what plays is heard alone
   std::size_t loopBegin_ = 0;
   Recording whole_;
 };
 
-// One session with the program, in which everything happens that makes it change what it plays.
+// One run of the program, through every event that changes what it plays.
 class Practice {
 public:
   Practice(Drill drill, Way way)
@@ -302,7 +301,7 @@ private:
 
   [[nodiscard]] std::size_t drill() const { return drill_; }
 
-  // Each time another one: 14400 frames are an eighth note of the drums.
+  // A different offset each time, in thirds of an eighth note of the drums (14400 frames).
   [[nodiscard]] std::size_t place() { return 14400 / 3 * (++places_ % 6); }
 
   void switchSlots() {
@@ -370,7 +369,7 @@ std::string cell(double dB) {
 
 class Transitions : public ::testing::TestWithParam<Drill::Case> {};
 
-TEST_P(Transitions, AreNoLouderThanWhatPlaysWithFairTrials) {
+TEST_P(Transitions, AreNoLouderThanWhatSurroundsThemWithFairTrials) {
   std::map<Way, Findings> findings;
   for (const Way way : {Way::standard, Way::fair}) {
     Practice practice(GetParam(), way);

@@ -176,7 +176,7 @@ public:
   WindowId window = 0;
 };
 
-TEST(Keys, SpaceGoesRoundTheSlotsAndDigitsPickOne) {
+TEST(Keys, SpaceCyclesThroughTheSlotsAndDigitsPickOne) {
   Stage stage;
   stage.desktop.press(Keys::space);
   stage.waitFor(0, 1);
@@ -260,7 +260,7 @@ TEST(Keys, NStartsTheNextTrialAndReturnSubmitsFirst) {
   stage.waitFor(2, 0);
 }
 
-TEST(Keys, AHeldReturnActsOnceWhileAHeldSpaceAndAHeldNGoOn) {
+TEST(Keys, AHeldReturnActsOnceWhileAHeldSpaceOrNRepeats) {
   Stage stage;
   const auto place = stage.waitFor(0, 0);
   stage.desktop.keyDown(Keys::returnKey);
@@ -282,7 +282,7 @@ TEST(Keys, AHeldReturnActsOnceWhileAHeldSpaceAndAHeldNGoOn) {
   EXPECT_GE(stage.waitForAnyTrial(0, 40), 2U);
 }
 
-TEST(Mouse, SlotsMaterialsDrillsStripAndButtonAreClicked) {
+TEST(Mouse, ClicksReachSlotsMaterialsDrillsStripAndButton) {
   Stage stage;
   stage.click(slotB);
   stage.waitFor(0, 1);
@@ -468,7 +468,7 @@ TEST(Scripted, AnAnswerWithoutAShotAndABenchWithoutAValueOnlyOpenTheWindow) {
   EXPECT_FALSE(std::filesystem::exists(stage.program.profileFile()));
 }
 
-TEST(Scripted, WithoutADisplayItSaysSoAndFails) {
+TEST(Scripted, WithoutADisplayTheProgramFailsWithAMessage) {
   for (const std::optional<std::string>& display :
        {std::optional<std::string>(), std::optional<std::string>(":4711")}) {
     ProgramRunner program(VELTO_PROGRAM, {}, {{"DISPLAY", display}});
@@ -479,7 +479,7 @@ TEST(Scripted, WithoutADisplayItSaysSoAndFails) {
 }
 
 // On a desk without a sound server.
-TEST(NoSoundServer, ItSaysSoOnceAndGradesAllTheSame) {
+TEST(NoSoundServer, IsReportedOnceAndTrialsAreStillGraded) {
   Desktop desktop;
   ProgramRunner program(VELTO_PROGRAM, {"--drill", "level"});
   const WindowId window = desktop.waitForWindow("MORLA Velto", program.pid());

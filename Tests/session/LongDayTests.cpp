@@ -1,5 +1,5 @@
 // A day of practice in one process: twenty thousand trials, each rendered, loaded, heard, switched
-// and answered. Nothing of it may stay behind but the record.
+// and answered. Nothing but the record may remain of them.
 #include "Session.h"
 
 #include "Numbers.h"
@@ -36,7 +36,7 @@ std::size_t trialCount() {
 
 class LongDay : public ::testing::Test {
 protected:
-  // One trial, from its start to its answer on file.
+  // Practises one trial, until its answer is on file.
   void practise(std::size_t number) {
     const Drill drill = Drill::allCases[number % 4];
     if (number % 16 < 4)
@@ -67,7 +67,7 @@ protected:
         << "the answer is not on file";
   }
 
-  // Plays through the start and the crossfade: the slot is then alone and heard.
+  // Plays until the crossfade is over and the slot is heard alone.
   void listen(std::size_t slot) {
     const kit::Recording sound = output_.pull(14000, 480);
     ASSERT_EQ(sound.frames(), 14000U);
@@ -86,7 +86,7 @@ protected:
     bandHits_[band] += hit ? 1 : 0;
   }
 
-  // The file, read as the next start of the program reads it.
+  // Reads the file as the next launch does.
   void expectAllOnFile() {
     const Profile onFile;
     EXPECT_EQ(onFile.attempts(), session_.profile().attempts());
@@ -116,7 +116,7 @@ protected:
 
 TEST_F(LongDay, LeavesNothingBehindButTheRecord) {
   const std::size_t trials = trialCount();
-  // Rows are rolled up beyond 5000: memory and file have then reached their size.
+  // Beyond 5000 rows the oldest are rolled up, so memory and file no longer grow.
   const std::size_t warm = std::min<std::size_t>(6000, trials / 2);
   kit::Footprint first;
   double lowest = 1e9, highest = 0;

@@ -1,5 +1,5 @@
-// Any order of calls, renders that arrive early, late or out of turn, devices that do not start: a
-// second account of the session's rules runs beside it.
+// Compares the session with a model of its rules over any sequence of calls, with renders that
+// arrive late or out of order and devices that do not start.
 #include "Session.h"
 
 #include "kit/FakeOutput.h"
@@ -26,7 +26,7 @@ namespace {
 constexpr double launchTime = 1'700'000'000;
 constexpr std::uint64_t seedStep = 40503;
 
-// A trial on its way: rendered in the background, then handed to the main thread.
+// A trial on its way: to be rendered in the background, then delivered to the main thread.
 struct Errand {
   std::uint64_t seed;
   std::size_t slots;
@@ -141,7 +141,7 @@ void requireSame(const Model& model, Rig& rig) {
             session.trial()->difficulty == session.profile().staircase(model.drill).difficulty);
 }
 
-// A step does one thing to the model and to the session, and compares them.
+// Applies one event to the model and to the session, and compares them.
 struct Step : rc::state::Command<Model, Rig> {
   virtual void act(Rig& rig) const = 0;
 
@@ -209,7 +209,7 @@ struct Submit final : Step {
   void show(std::ostream& out) const override { out << "submit"; }
 };
 
-// One render ends, not always the oldest.
+// Finishes one render, not always the oldest.
 struct Render final : Step {
   std::size_t index = *rc::gen::weightedOneOf<std::size_t>(
       {{3, rc::gen::just<std::size_t>(0)}, {1, rc::gen::inRange<std::size_t>(0, 4)}});
@@ -225,7 +225,7 @@ struct Deliver final : Step {
   void show(std::ostream& out) const override { out << "a render arrives"; }
 };
 
-// What the window does when it loses the focus.
+// As the window does when it loses the focus.
 struct Suspend final : Step {
   void apply(Model& model) const override {
     model.suspended = true;
@@ -241,11 +241,11 @@ struct Resume final : Step {
   void show(std::ostream& out) const override { out << "resume"; }
 };
 
-// From now on no device starts, or each does.
+// From here on no device starts, or every device does.
 struct Refuse final : Step {
   bool refused = *rc::gen::weightedElement<bool>({{1, true}, {2, false}});
 
-  // A device that is open goes on.
+  // An open device would keep playing.
   void checkPreconditions(const Model& model) const override { RC_PRE(!model.playing); }
   void apply(Model& model) const override { model.refused = refused; }
   void act(Rig& rig) const override {
@@ -264,8 +264,8 @@ struct Play final : Step {
   void show(std::ostream& out) const override { out << "sound"; }
 };
 
-// Of a trial on its way it is likely that it gets there, of one that is there that it is used:
-// blind chance starts the next one too soon.
+// Favours steps that deliver a trial on its way, then steps that use it. With a uniform choice, the
+// next trial would usually start before either.
 auto anyStep() {
   using namespace rc::state::gen;
   return [any = execOneOfWithArgs<NewTrial, SetDrill, SetMaterial, Select, Cycle, Answer, Submit,
@@ -280,7 +280,7 @@ auto anyStep() {
   };
 }
 
-RC_GTEST_PROP(SessionLaws, AnySequenceOfEventsFollowsTheRules, ()) {
+RC_GTEST_PROP(SessionLaws, MatchesTheModelForAnySequenceOfEvents, ()) {
   Rig rig;
   const Model model;
   requireSame(model, rig);

@@ -34,7 +34,7 @@ struct Rig {
   Session& operator*() const { return *session; }
   Session* operator->() const { return session.get(); }
 
-  // Every render arrives.
+  // Lets every render arrive.
   Rig& settle() {
     work.settle();
     return *this;
@@ -90,7 +90,7 @@ TEST(SessionStart, DropsTheRenderOfTheFirstTrial) {
   EXPECT_TRUE(std::ranges::equal(*rig->slots()[1].l, *expected[1].l));
 }
 
-TEST(SessionStartDeathTest, RefusesAClockThatShowsNoTime) {
+TEST(SessionStartDeathTest, DiesOfAnImpossibleTime) {
   const double impossible[] = {-1.0, std::numeric_limits<double>::quiet_NaN(),
                                std::numeric_limits<double>::infinity(), 0x1p64};
   const kit::ScratchProfile scratch;
@@ -121,7 +121,7 @@ TEST(SessionChanges, TheSameDrillOrMaterialStillStartsATrial) {
   EXPECT_EQ(rig->trial()->seed, rig->counter());
 }
 
-TEST(SessionChanges, AMaterialStaysWithTheNextTrial) {
+TEST(SessionChanges, TheNextTrialKeepsTheMaterial) {
   Rig rig;
   rig->setMaterial(Material::pad);
   EXPECT_EQ(rig->trial()->material, Material::pad);
@@ -154,7 +154,7 @@ TEST(SessionChanges, TheOldTrialPlaysOnUntilTheNewOneIsRendered) {
   EXPECT_NE(rig->slots()[0].l, heard);
 }
 
-// Which way a switch from the first slot to the second goes: halfway neither is heard, or both are.
+// Whether the switch from the first slot to the second crossfades, judged by the volumes halfway.
 Switching switchingHeard(Rig& rig) {
   rig.settle();
   (void)rig.output.pull(20000, 480);
@@ -165,7 +165,7 @@ Switching switchingHeard(Rig& rig) {
                                                           : Switching::crossfade;
 }
 
-TEST(SessionFairTrials, MixTheSeedAndAdvanceTheCounterAsEver) {
+TEST(SessionFairTrials, MixTheSeedAndAdvanceTheCounterAsUsual) {
   Rig rig(Drill::level, launchTime, Session::Trials::fair);
   EXPECT_EQ(rig->counter(), launchCounter + 81006);
   EXPECT_EQ(*rig->trial(),
@@ -199,7 +199,7 @@ TEST(SessionFairTrials, SwitchThroughSilenceInPolarityOnly) {
   }
 }
 
-TEST(SessionFairTrials, KeepTheWayOfTheSlotsThatPlayThroughASuspension) {
+TEST(SessionFairTrials, KeepTheSwitchingOfThePlayingSlotsAcrossASuspension) {
   Rig rig(Drill::polarity, launchTime, Session::Trials::fair);
   rig.settle();
   rig->setDrill(Drill::level); // is not rendered yet: the polarity trial plays on
@@ -223,7 +223,7 @@ TEST(SessionSlots, SelectsOnlySlotsOfTheTrial) {
   EXPECT_EQ(rig->player().current(), 1);
 }
 
-TEST(SessionSlots, ASlotChosenWhileRenderingGivesWayToTheFirst) {
+TEST(SessionSlots, ATrialStartsAtTheFirstSlotWhateverWasChosenWhileRendering) {
   Rig rig;
   rig->select(1);
   EXPECT_EQ(rig->currentSlot(), 1);
@@ -232,7 +232,7 @@ TEST(SessionSlots, ASlotChosenWhileRenderingGivesWayToTheFirst) {
   EXPECT_EQ(rig->player().current(), 0);
 }
 
-TEST(SessionSlots, CycleGoesRound) {
+TEST(SessionSlots, CycleWrapsAround) {
   Rig two;
   two.settle();
   two->cycleSlot();
@@ -285,7 +285,7 @@ TEST(SessionSubmit, GradesAndRecordsOnce) {
   EXPECT_TRUE(rig->player().isPlaying());
 }
 
-TEST(SessionSubmit, TheNextTrialHasTheMovedDifficulty) {
+TEST(SessionSubmit, TheNextTrialHasTheNewDifficulty) {
   Rig rig;
   rig.settle();
   rig->setAnswer(rig->trial()->targetFreq * 4);
@@ -309,7 +309,7 @@ TEST(SessionSuspension, HoldsBackTheRenderUntilResumed) {
   EXPECT_EQ(rig->player().current(), 1);
 }
 
-TEST(SessionSuspension, ResumingWithoutOneDoesNothing) {
+TEST(SessionSuspension, ResumingWithoutASuspensionDoesNothing) {
   Rig rig;
   rig.settle();
   rig->stopPlayback();
@@ -325,7 +325,7 @@ TEST(SessionSuspension, ResumingWithoutSlotsPlaysNothing) {
   EXPECT_FALSE(rig->player().isPlaying());
 }
 
-TEST(SessionNotification, ComesBeforeTheChangeAndAfterIt) {
+TEST(SessionNotification, ComesBeforeAndAfterEachChange) {
   Rig rig;
   rig.settle();
   std::vector<double> before, after;
@@ -337,7 +337,7 @@ TEST(SessionNotification, ComesBeforeTheChangeAndAfterIt) {
   EXPECT_EQ(after, (std::vector<double>{40, 40}));
 }
 
-TEST(SessionNotification, NamesEachFieldThatIsAssigned) {
+TEST(SessionNotification, NamesEachFieldAsItIsAssigned) {
   using enum Session::Field;
   using Fields = std::vector<Session::Field>;
   Rig rig;
@@ -368,7 +368,7 @@ TEST(SessionNotification, NamesEachFieldThatIsAssigned) {
   expect({drill, material, grade, trial, answer, currentSlot, rendering});
 }
 
-TEST(SessionNotification, SubmittingAnnouncesTheGradeAndThenTheRecord) {
+TEST(SessionNotification, SubmittingNotifiesOfTheGradeAndThenOfTheRecord) {
   Rig rig;
   rig.settle();
   struct Seen {
@@ -387,7 +387,7 @@ TEST(SessionNotification, SubmittingAnnouncesTheGradeAndThenTheRecord) {
   EXPECT_EQ(after, (std::vector<Seen>{{true, 0}, {true, 1}}));
 }
 
-TEST(SessionLifetime, ARenderThatReturnsLateFindsNobody) {
+TEST(SessionLifetime, ARenderMayArriveAfterTheSession) {
   Rig rig;
   while (kit::ManualQueues::runOne(rig.work.background)) {
   }

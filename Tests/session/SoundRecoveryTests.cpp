@@ -31,21 +31,21 @@ constexpr Step nothing{}, load{.load = true, .report = false},
 
 } // namespace
 
-// ---- When to try, and when to speak ----
+// ---- When to try, and when to report ----
 
-TEST(SoundRecovery, SoundThatPlaysNeedsNothing) {
+TEST(SoundRecovery, DoesNothingWhileSoundPlays) {
   SoundRecovery recovery;
   for (int i = 0; i < 10; ++i)
     EXPECT_EQ(recovery.next(Sound::plays, start + i * 1s), nothing);
 }
 
-TEST(SoundRecovery, AnOutputThatIsOpenIsLoaded) {
+TEST(SoundRecovery, LoadsAnOutputThatIsOpen) {
   SoundRecovery recovery;
   EXPECT_EQ(recovery.next(Sound::opening, start), nothing);
   EXPECT_EQ(recovery.next(Sound::ready, start + 5ms), load);
 }
 
-TEST(SoundRecovery, LostSoundIsTriedForAtOnceAndThenLessAndLessOften) {
+TEST(SoundRecovery, RetriesLostSoundAtOnceAndThenAtGrowingIntervals) {
   SoundRecovery recovery;
   EXPECT_EQ(recovery.next(Sound::lost, start), load);
   EXPECT_EQ(recovery.next(Sound::refused, start + 10ms), report);
@@ -56,14 +56,14 @@ TEST(SoundRecovery, LostSoundIsTriedForAtOnceAndThenLessAndLessOften) {
   EXPECT_EQ(tries, (std::vector{500, 1500, 3500, 5500, 7500, 9500}));
 }
 
-TEST(SoundRecovery, AFirstFailureWasATryItself) {
+TEST(SoundRecovery, AFirstFailureCountsAsATry) {
   SoundRecovery recovery;
   EXPECT_EQ(recovery.next(Sound::refused, start), report);
   EXPECT_EQ(recovery.next(Sound::refused, start + 499ms), nothing);
   EXPECT_EQ(recovery.next(Sound::refused, start + 500ms), load);
 }
 
-TEST(SoundRecovery, AnOutageIsReportedOnceAndTheNextOneAgain) {
+TEST(SoundRecovery, ReportsEachOutageOnce) {
   SoundRecovery recovery;
   EXPECT_TRUE(recovery.next(Sound::refused, start).report);
   EXPECT_FALSE(recovery.next(Sound::refused, start + 1s).report);
@@ -84,7 +84,7 @@ TEST(SoundRecovery, AnOpeningThatTakesTwoSecondsIsAnOutage) {
   EXPECT_EQ(recovery.next(Sound::refused, start + 30s), nothing); // the same outage
 }
 
-TEST(SoundRecovery, TheTimeInWhichSoundIsNotDueIsNoOpeningTime) {
+TEST(SoundRecovery, RestingTimeIsNotOpeningTime) {
   SoundRecovery recovery;
   EXPECT_EQ(recovery.next(Sound::opening, start), nothing);
   recovery.rest();
@@ -92,7 +92,7 @@ TEST(SoundRecovery, TheTimeInWhichSoundIsNotDueIsNoOpeningTime) {
   EXPECT_EQ(recovery.next(Sound::opening, start + 12s), report);
 }
 
-RC_GTEST_PROP(SoundRecoveryLaws, NeverTwoReportsWithoutSoundBetweenThemAndNeverASpin, ()) {
+RC_GTEST_PROP(SoundRecoveryLaw, ReportsOncePerOutageAndPausesBetweenTries, ()) {
   SoundRecovery recovery;
   SoundRecovery::Time now = start;
   bool isReported = false;
@@ -131,7 +131,7 @@ public:
     work_.push_back(std::move(work));
   }
 
-  // Nothing when there is none.
+  // Returns an empty function if there is none.
   [[nodiscard]] WorkQueues::Work take() {
     const std::lock_guard lock(mutex_);
     if (work_.empty())
@@ -141,7 +141,7 @@ public:
     return work;
   }
 
-  // Renders at once, and returns to the main thread when the test says so.
+  // Renders at once; the test decides when the result reaches the main thread.
   [[nodiscard]] WorkQueues queues() {
     return {.background = [](auto work) { work(); },
             .main = [this](auto work) { post(std::move(work)); }};
@@ -171,7 +171,7 @@ struct Rig {
       work();
   }
 
-  // Lets everything arrive until `condition` holds.
+  // Runs posted work until `condition` holds; false on a timeout.
   template <typename Condition>
   [[nodiscard]] bool eventually(Condition condition) {
     return kit::eventually([&] {
@@ -183,7 +183,7 @@ struct Rig {
   [[nodiscard]] bool plays() { return session.player().isPlaying(); }
 };
 
-// Far from what the session itself calls now.
+// A time far ahead of the session's own clock.
 SoundRecovery::Time later(std::chrono::milliseconds time) {
   return std::chrono::steady_clock::now() + 1h + time;
 }
@@ -207,7 +207,7 @@ TEST(SessionSound, PlaysAsSoonAsTheOutputIsOpen) {
   EXPECT_EQ(rig.output.opened(), 1);
 }
 
-TEST(SessionSound, ComesBackAtTheCurrentSlotAndSpeaksOnceAnOutage) {
+TEST(SessionSound, ReturnsAtTheCurrentSlotAndReportsEachOutageOnce) {
   Rig rig;
   ASSERT_TRUE(rig.eventually([&] { return rig.plays(); }));
   for (int outage = 0; outage < 2; ++outage) {
@@ -216,7 +216,7 @@ TEST(SessionSound, ComesBackAtTheCurrentSlotAndSpeaksOnceAnOutage) {
     rig.output.fail();
     rig.session.followSound(later(0ms));
     ASSERT_TRUE(rig.eventually([&] { return rig.session.player().error() == "gone"; }));
-    for (int i = 1; i <= 20; ++i) { // tries time and again
+    for (int i = 1; i <= 20; ++i) { // many tries
       rig.session.followSound(later(i * 3s));
       ASSERT_TRUE(rig.eventually([&] { return rig.session.player().error() == "gone"; }));
     }
@@ -230,7 +230,7 @@ TEST(SessionSound, ComesBackAtTheCurrentSlotAndSpeaksOnceAnOutage) {
   }
 }
 
-TEST(SessionSound, TheNextTrialTriesAtOnce) {
+TEST(SessionSound, ANewTrialTriesAtOnce) {
   Rig rig;
   rig.output.refuse("gone");
   ::testing::internal::CaptureStderr();
@@ -242,7 +242,7 @@ TEST(SessionSound, TheNextTrialTriesAtOnce) {
   EXPECT_EQ(::testing::internal::GetCapturedStderr(), line("gone"));
 }
 
-TEST(SessionSound, WhileSuspendedNothingIsTriedAndResumingPlays) {
+TEST(SessionSound, NothingIsTriedWhileSuspendedAndResumingPlays) {
   Rig rig;
   ASSERT_TRUE(rig.eventually([&] { return rig.plays(); }));
   rig.session.select(1);
@@ -258,7 +258,7 @@ TEST(SessionSound, WhileSuspendedNothingIsTriedAndResumingPlays) {
   EXPECT_EQ(rig.session.player().current(), 1);
 }
 
-TEST(SessionSound, AnOutputThatOpensAfterTheSuspensionPlaysNothingAndCloses) {
+TEST(SessionSound, AnOutputThatOpensWhileSuspendedPlaysNothingAndCloses) {
   Rig rig;
   rig.output.hold();
   rig.settle();
@@ -270,7 +270,7 @@ TEST(SessionSound, AnOutputThatOpensAfterTheSuspensionPlaysNothingAndCloses) {
   EXPECT_FALSE(rig.plays());
 }
 
-TEST(SessionSound, AServerThatDoesNotAnswerIsReportedOnceAndHoldsNobodyUp) {
+TEST(SessionSound, AServerThatDoesNotAnswerIsReportedOnceAndBlocksNoCall) {
   Rig rig;
   ::testing::internal::CaptureStderr();
   rig.output.hold();
@@ -288,7 +288,7 @@ TEST(SessionSound, AServerThatDoesNotAnswerIsReportedOnceAndHoldsNobodyUp) {
   EXPECT_EQ(::testing::internal::GetCapturedStderr(), line("the sound server does not answer"));
 }
 
-TEST(SessionSound, TheEndOfAnOpeningFindsNoSessionAnyMore) {
+TEST(SessionSound, AnOpeningMayEndAfterTheSession) {
   const kit::ScratchProfile scratch;
   PostedWork main;
   kit::FakeOutput output;

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Tests of the wordmark face: it is rebuilt, compared with the committed file, and checked.
+"""Rebuilds the wordmark's face, compares it with the committed file, and checks that file.
 
     /usr/bin/python3 Tests/typeface/TypefaceTests.py
 
@@ -58,7 +58,7 @@ def charstring(font, name):
 
 
 def stems(font, name):
-    """The stem hints of a glyph: what stands before its first move, the width left out."""
+    """The stem hints of a glyph: its program up to the first move, without the width."""
     program = charstring(font, name).program
     operators = [i for i, word in enumerate(program) if word in ("hstem", "vstem")]
     if not operators:
@@ -81,7 +81,7 @@ class Rebuild(unittest.TestCase):
         cls.scratch = tempfile.TemporaryDirectory()
         cls.paths = [os.path.join(cls.scratch.name, f"{i}.otf") for i in (0, 1)]
         cls.told = []
-        for seed, path in zip(("1", "2"), cls.paths):  # two orders of hashing, one result
+        for seed, path in zip(("1", "2"), cls.paths):  # the order of hashing must not matter
             told = subprocess.check_output(
                 [sys.executable, "-B", os.path.join(TYPEFACE, "build.py"), path],
                 env=dict(os.environ, PYTHONHASHSEED=seed),
@@ -96,11 +96,11 @@ class Rebuild(unittest.TestCase):
         cls.committed.close()
         cls.scratch.cleanup()
 
-    def test_every_build_gives_the_same_bytes(self):
+    def test_builds_are_reproducible(self):
         with open(self.paths[0], "rb") as one, open(self.paths[1], "rb") as other:
             self.assertEqual(one.read(), other.read())
 
-    def test_the_build_has_nothing_to_tell(self):
+    def test_the_build_prints_nothing(self):
         self.assertEqual(self.told, ["", ""])
 
     @unittest.skipUnless(
@@ -146,7 +146,7 @@ class Rebuild(unittest.TestCase):
 
 
 class Sources(unittest.TestCase):
-    """What the build says of sources that are not in order."""
+    """What the build does with stale or invalid sources."""
 
     def setUp(self):
         scratch = tempfile.TemporaryDirectory()
@@ -167,7 +167,7 @@ class Sources(unittest.TestCase):
     def stems_of(self, name, lines):
         self.ufo[name].lib[build.HINTS]["hintSetList"][0]["stems"] = lines
 
-    def test_hints_of_an_outline_that_has_changed_are_left_out_and_told(self):
+    def test_hints_of_a_changed_outline_are_left_out_and_reported(self):
         self.ufo["A"].contours[0][0].x -= 1
         self.ufo["B"].width += 1
         font, stale = self.build()
@@ -175,7 +175,7 @@ class Sources(unittest.TestCase):
         self.assertEqual([n for n in "ABC" if stems(font, n)], ["C"])
         self.assertIn(("hints", "A has no level hint"), check.findings(font))
 
-    def test_the_id_that_is_told_makes_the_hints_hold_again(self):
+    def test_the_reported_id_makes_the_hints_valid_again(self):
         self.ufo["A"].contours[0][0].x -= 1
         (stale,) = self.build()[1]
         self.ufo["A"].lib[build.HINTS]["id"] = stale[1]
@@ -183,13 +183,13 @@ class Sources(unittest.TestCase):
         self.assertEqual(stale, [])
         self.assertTrue(stems(font, "A"))
 
-    def test_stems_become_a_program(self):
+    def test_stems_become_a_type_2_program(self):
         self.stems_of("A", ["hstem 21 -21", "hstem 150 93", "vstem 10 20", "vstem 40 50"])
         font, _ = self.build()
         expected = [21, -21, 150, 93, "hstem", 10, 20, 10, 50, "vstem"]
         self.assertEqual(stems(font, "A"), expected)
 
-    def test_stems_that_overlap_are_refused(self):
+    def test_overlapping_stems_are_refused(self):
         self.stems_of("A", ["hstem 0 93", "hstem 92 93"])
         self.assertIn("A: hstem 92 93", self.refusal())
 
@@ -197,7 +197,7 @@ class Sources(unittest.TestCase):
         self.ufo["A"].lib[build.HINTS]["hintSetList"] *= 2
         self.assertIn("A: 2 sets", self.refusal())
 
-    def test_kerning_that_would_not_be_compiled_is_refused(self):
+    def test_kerning_outside_the_features_is_refused(self):
         self.ufo.kerning[("A", "B")] = -20
         self.assertIn("kerning.plist", self.refusal())
 
@@ -207,7 +207,7 @@ class ProofReading(unittest.TestCase):
         with TTFont(FACE) as font:
             self.assertEqual(check.findings(font), [])
 
-    def test_its_licence_lies_beside_it(self):
+    def test_its_licence_file_holds_the_licence_of_the_project(self):
         with open(LICENSE) as file, open(os.path.join(ROOT, "LICENSE")) as license_file:
             self.assertIn(license_file.read(), file.read())
 
@@ -226,19 +226,19 @@ class ProofReading(unittest.TestCase):
     def titles(self, font):
         return {title for title, _ in check.findings(font)}
 
-    def test_a_hole_that_runs_the_wrong_way_is_found(self):
+    def test_a_hole_with_the_wrong_direction_is_found(self):
         font = self.broken("o", box(0, 0, 400, 730), box(100, 100, 300, 600))
         self.assertIn("ink is on the left of every contour", self.titles(font))
 
-    def test_contours_that_overlap_are_found(self):
+    def test_overlapping_contours_are_found(self):
         font = self.broken("plus", box(0, 200, 500, 300), box(200, 0, 300, 500))
         self.assertIn("no outline overlaps itself or another", self.titles(font))
 
-    def test_a_contour_that_crosses_itself_is_found(self):
+    def test_a_self_intersecting_contour_is_found(self):
         font = self.broken("x", polygon((0, 0), (400, 400), (400, 0), (0, 300)))
         self.assertIn("no outline overlaps itself or another", self.titles(font))
 
-    def test_an_edge_that_leans_is_found(self):
+    def test_an_edge_that_leans_by_one_unit_is_found(self):
         font = self.broken("H", polygon((0, 0), (400, 1), (400, 730), (0, 730)))
         self.assertIn("extrema, joints and edges are clean", self.titles(font))
 
@@ -266,13 +266,13 @@ class ProofReading(unittest.TestCase):
 
 
 class Originality(unittest.TestCase):
-    def test_no_drawing_is_one_of_an_installed_font(self):
+    def test_no_drawing_equals_one_of_an_installed_font(self):
         count, _, found, _ = originality.compare(FACE, "/usr/share/fonts")
         if count == 0:
             self.skipTest("no fonts are installed")
         self.assertEqual(found, [])
 
-    def test_a_copy_under_another_name_and_size_would_be_found(self):
+    def test_a_copy_under_another_name_and_size_is_found(self):
         with tempfile.TemporaryDirectory() as folder:
             font = committed(self)
             font["name"].setName("Another", 1, 3, 1, 0x409)
