@@ -383,6 +383,103 @@ TEST(Mixer, ANewStreamPlaysNothingOfTheOldOne) {
     ASSERT_EQ(sample, 0.0F);
 }
 
+// Through silence
+
+TEST_P(MixerWithBlocks, ASwitchThroughSilenceFallsFor75msAndRisesFor75ms) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1), constantSlot(10, -1, -1)}, 0, 0, Switching::throughSilence);
+  (void)desk.render(ramp);
+  desk.fadeTo(1);
+  const auto out = desk.render(ramp + 100, GetParam());
+  constexpr std::size_t half = ramp / 2;
+  for (std::size_t i = 0; i < half; ++i)
+    ASSERT_NEAR(out[i], 1 - static_cast<double>(i) / half, 6e-8) << i;
+  for (std::size_t i = half; i < ramp; ++i)
+    ASSERT_NEAR(out[i], -static_cast<double>(i - half) / half, 6e-8) << i;
+  for (std::size_t i = ramp; i < out.size(); ++i)
+    ASSERT_EQ(out[i], -1.0F) << i;
+}
+
+TEST(Mixer, ASwitchThroughSilenceThatInterruptsOneStartsFromThePresentGain) {
+  for (const std::size_t interruption : {1200U, 5400U}) {
+    Desk desk;
+    desk.play({constantSlot(10, 1, 1), constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, 0, 0,
+              Switching::throughSilence);
+    (void)desk.render(ramp);
+    desk.fadeTo(1);
+    const auto before = desk.render(interruption);
+    desk.fadeTo(2);
+    const auto out = desk.render(ramp + 1);
+    const double gain = interruption < 3600 ? 1 - static_cast<double>(interruption) / 3600
+                                            : static_cast<double>(interruption - 3600) / 3600;
+    EXPECT_NEAR(out[0], gain, 6e-8);
+    EXPECT_NEAR(out[1800], gain / 2, 6e-8);
+    EXPECT_EQ(out[3600], 0.0F);
+    EXPECT_NEAR(out[5400], 0.5, 6e-8);
+    EXPECT_EQ(out[ramp], 1.0F);
+  }
+}
+
+TEST(Mixer, ChoosingTheChosenSlotThroughSilenceChangesNothing) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1), constantSlot(10, 0.5F, 0.5F)}, 0, 0,
+            Switching::throughSilence);
+  (void)desk.render(ramp);
+  desk.fadeTo(0);
+  for (const float sample : desk.render(ramp))
+    ASSERT_EQ(sample, 1.0F);
+  desk.fadeTo(1);
+  (void)desk.render(1000);
+  desk.fadeTo(1);
+  EXPECT_NEAR(desk.render(1)[0], 1 - 1000.0 / 3600, 6e-8);
+  (void)desk.render(ramp - 1001);
+  EXPECT_EQ(desk.render(1)[0], 0.5F);
+}
+
+TEST(Mixer, AVolumeThroughSilenceTakesSixStepsDownAndSixUp) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 0, Switching::throughSilence);
+  (void)desk.render(ramp);
+  desk.fadeTo(1);
+  for (unsigned k = 0; k <= 12; ++k) {
+    (void)desk.render(1);
+    EXPECT_EQ(desk.volume(0), k < 6 ? static_cast<float>(6 - k) / 6.0F : 0.0F) << k;
+    EXPECT_EQ(desk.volume(1), k > 6 ? static_cast<float>(k - 6) / 6.0F : 0.0F) << k;
+    (void)desk.render(step - 1);
+  }
+}
+
+// What both ears get while slots are switched, as magnitudes: the same whichever slot is flipped.
+RC_GTEST_PROP(Mixer, ThroughSilenceNoEnvelopeTellsTheFlippedSlot, ()) {
+  const double correlation = *rc::gen::element(1.0, 0.35);
+  const auto delay = *rc::gen::element<std::uint64_t>(0, 100, 3840);
+  const auto first = *rc::gen::inRange<std::int64_t>(0, 3);
+  const auto wait = *rc::gen::inRange<std::size_t>(1, 9000);
+  const auto switches =
+      *rc::gen::container<std::vector<std::int64_t>>(40, rc::gen::inRange<std::int64_t>(0, 3));
+  const auto pauses = *rc::gen::container<std::vector<std::size_t>>(
+      40, rc::gen::element<std::size_t>(240, 240, 240, 240, 1000, 3600, 7200, 9000));
+  std::vector<kit::Recording> heard;
+  for (std::int64_t odd = 0; odd < 3; ++odd) {
+    Trial trial = Drills::makeTrial(0, Material::pad, 4242, Drill::polarity);
+    trial.oddSlot = odd;
+    trial.correlation = correlation;
+    Desk desk;
+    desk.play(Drills::render(trial, 0.5, Noise::audible), first, delay, Switching::throughSilence);
+    kit::Recording out = desk.renderBoth(wait, 240);
+    for (std::size_t i = 0; i < switches.size(); ++i) {
+      desk.fadeTo(switches[i]);
+      out.append(desk.renderBoth(pauses[i], 240));
+    }
+    heard.push_back(std::move(out));
+  }
+  for (const std::size_t odd : {1U, 2U})
+    for (std::size_t i = 0; i < heard[0].frames(); ++i) {
+      RC_ASSERT(heard[odd].l[i] == heard[0].l[i]);
+      RC_ASSERT(std::abs(heard[odd].r[i]) == std::abs(heard[0].r[i]));
+    }
+}
+
 // The gains of a scene never sum to more than 1, even when one crossfade interrupts another.
 RC_GTEST_PROP(Mixer, IsNeverLouderThanTheLoudestSlot, ()) {
   Desk desk;
