@@ -144,6 +144,7 @@ bool CallbackWatch::seesEverySystemCall() {
 using namespace velto::kit;
 
 // Defines a function that counts and passes through: kind, result, name, parameters, arguments.
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments bring their own
 #define VELTO_COUNTED(kind, result, name, parameters, arguments)                                   \
   result name parameters {                                                                         \
     static constinit std::atomic<void*> known{nullptr};                                            \

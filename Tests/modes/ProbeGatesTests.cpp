@@ -102,20 +102,20 @@ Profile::Profile() {
   doubles.folders.insert(std::getenv("VELTO_PROFILE_DIR"));
 }
 void Profile::replace(std::vector<Attempt> attempts, std::map<std::string, Staircase> staircases) {
-  doubles.calls.push_back("replace");
+  doubles.calls.emplace_back("replace");
   doubles.histories.push_back(attempts);
   stored_ = {std::move(attempts), std::move(staircases), {}};
 }
 void Profile::trim() {
-  doubles.calls.push_back("trim");
+  doubles.calls.emplace_back("trim");
   doubles.trim(stored_);
 }
 void Profile::recompute() {
-  doubles.calls.push_back("recompute");
+  doubles.calls.emplace_back("recompute");
   stats_ = doubles.stats();
 }
 void Profile::save() const {
-  doubles.calls.push_back("save");
+  doubles.calls.emplace_back("save");
 }
 
 // Identifiers need not be random here, and 6000 of them cost time.
@@ -717,10 +717,10 @@ TEST_F(ProbeRecordGate, WantsEachStreakExactly) {
               {"streak stops at a gap", 2},
               {"streak survives not having practised yet today", 2},
               {"streak is zero after missing two days (negative control)", 0}};
-  for (const auto& [name, streak] : rows)
+  for (const auto& row : rows)
     for (const std::int64_t off : {-1, 0, 1})
-      EXPECT_EQ(passesWithStats(name, [=](Stats& s) { s.streak = streak + off; }), off == 0)
-          << name << ", " << streak + off;
+      EXPECT_EQ(passesWithStats(row.name, [&](Stats& s) { s.streak = row.streak + off; }), off == 0)
+          << row.name << ", " << row.streak + off;
 }
 
 TEST_F(ProbeRecordGate, PractisesOnTheDaysOfEachStreak) {
