@@ -15,11 +15,11 @@
 #include "kit/Chance.h"
 #include "kit/Desktop.h"
 #include "kit/Files.h"
+#include "kit/PlaybackBuffer.h"
 #include "kit/ProfileReader.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
-#include "kit/Store.h"
-#include "kit/Way.h"
+#include "kit/TrialMode.h"
 
 #include "Drills.h"
 #include "Numbers.h"
@@ -57,7 +57,7 @@ struct Cell {
   std::string listener;
   Drill drill = Drill::frequency;
   double difficulty = 0;
-  Way way = Way::standard;
+  TrialMode mode = TrialMode::standard;
   double answer = 0;
   int hits = 0;
 
@@ -67,26 +67,26 @@ struct Cell {
 
 void print(const Cell& cell) {
   std::cout << "| " << cell.listener << " | " << cell.drill.rawValue() << " | "
-            << Numbers::fixed(cell.difficulty, 0) << " | " << nameOf(cell.way) << " | " << cell.hits
-            << " | " << cell.bound() << " |\n";
+            << Numbers::fixed(cell.difficulty, 0) << " | " << nameOf(cell.mode) << " | "
+            << cell.hits << " | " << cell.bound() << " |\n";
 }
 
 void printHead() {
-  std::cout << "| listener | drill | difficulty | way | hits of " << trials << " | 99 % bound |\n";
+  std::cout << "| listener | drill | difficulty | mode | hits of " << trials << " | 99 % bound |\n";
 }
 
 void expectChance(const Cell& cell) {
   EXPECT_LE(cell.hits, mostHitsByChance(cell.chance(), trials, confidenceOfACell))
       << cell.listener << ", " << cell.drill.rawValue() << ", "
-      << Numbers::fixed(cell.difficulty, 0) << ", " << nameOf(cell.way);
+      << Numbers::fixed(cell.difficulty, 0) << ", " << nameOf(cell.mode);
 }
 
 // The program in a drill, with a record that gives the next trial this difficulty.
 class PreparedProgram {
 public:
-  PreparedProgram(Drill drill, double difficulty, Way way, std::vector<std::string> words)
+  PreparedProgram(Drill drill, double difficulty, TrialMode mode, std::vector<std::string> words)
       : drill_(drill), difficulty_(difficulty),
-        program_(VELTO_PROGRAM, arguments(withDrill(std::move(words)), way), prepared()) {}
+        program_(VELTO_PROGRAM, arguments(withDrill(std::move(words)), mode), prepared()) {}
 
   [[nodiscard]] ProgramRunner& program() { return program_; }
 
@@ -125,7 +125,7 @@ private:
 class ScriptedLaunch {
 public:
   ScriptedLaunch(const Cell& cell, double answer)
-      : prepared_(cell.drill, cell.difficulty, cell.way,
+      : prepared_(cell.drill, cell.difficulty, cell.mode,
                   {"--shot", "/dev/null", "--answer", Numbers::fixed(answer, 2)}) {}
 
   [[nodiscard]] ReadAttempt attempt() {
@@ -145,19 +145,19 @@ double rememberedTarget(const Cell& cell) {
 
 std::vector<Cell> cellsWithoutSound() {
   std::vector<Cell> cells;
-  for (const Way way : {Way::standard, Way::fair})
+  for (const TrialMode mode : {TrialMode::standard, TrialMode::fair})
     for (const double difficulty : difficulties) {
       for (const Drill drill : Drill::allCases)
         cells.push_back({.listener = "fixed answer",
                          .drill = drill,
                          .difficulty = difficulty,
-                         .way = way,
+                         .mode = mode,
                          .answer = bestBlindAnswer(drill, difficulty).answer});
       for (const Drill drill : {Drill::level, Drill::dynamics}) {
         cells.push_back({.listener = "remembered answer",
                          .drill = drill,
                          .difficulty = difficulty,
-                         .way = way});
+                         .mode = mode});
         cells.back().answer = rememberedTarget(cells.back());
       }
     }
@@ -190,7 +190,7 @@ TEST(DeafListeners, WithARememberedAnswerBeatChanceUnlessTrialsAreFair) {
   printHead();
   for (const Cell& cell : cells) {
     print(cell);
-    if (cell.way == Way::fair || cell.drill == Drill::frequency) {
+    if (cell.mode == TrialMode::fair || cell.drill == Drill::frequency) {
       expectChance(cell);
     } else if (cell.listener == "remembered answer") {
       EXPECT_GT(cell.hits, cell.bound())
@@ -202,7 +202,7 @@ TEST(DeafListeners, WithARememberedAnswerBeatChanceUnlessTrialsAreFair) {
 // ---- The right ear ----
 
 // From a key press to the end of its effect: the latency of sink and recorder, and a switch.
-const std::size_t switchFrames = framesInStore() + 14400;
+const std::size_t switchFrames = bufferedFrames() + 14400;
 
 // Lowest level of the right channel relative to the left one, in dB, where the left one is audible.
 // At most 0.
@@ -240,10 +240,10 @@ std::size_t slotByRightEar(Recorder& recorder, Desktop& desktop) {
   return named;
 }
 
-bool hitsByRightEar(double difficulty, Way way) {
+bool hitsByRightEar(double difficulty, TrialMode mode) {
   Recorder recorder;
   Desktop desktop;
-  PreparedProgram prepared(Drill::polarity, difficulty, way, {});
+  PreparedProgram prepared(Drill::polarity, difficulty, mode, {});
   const WindowId window = desktop.waitForWindow("MORLA Velto", prepared.program().pid());
   desktop.waitForActive(window);
   while (firstSound(recorder.recording(), 0) == recorder.frames())
@@ -258,14 +258,16 @@ bool hitsByRightEar(double difficulty, Way way) {
 
 TEST(DeafListeners, WithTheRightEarBeatChanceUnlessTrialsAreFair) {
   printHead();
-  for (const Way way : {Way::standard, Way::fair})
+  for (const TrialMode mode : {TrialMode::standard, TrialMode::fair})
     for (const double difficulty : difficulties) {
-      Cell cell{
-          .listener = "right ear", .drill = Drill::polarity, .difficulty = difficulty, .way = way};
+      Cell cell{.listener = "right ear",
+                .drill = Drill::polarity,
+                .difficulty = difficulty,
+                .mode = mode};
       for (int trial = 0; trial < trials; ++trial)
-        cell.hits += hitsByRightEar(difficulty, way) ? 1 : 0;
+        cell.hits += hitsByRightEar(difficulty, mode) ? 1 : 0;
       print(cell);
-      if (way == Way::fair) {
+      if (mode == TrialMode::fair) {
         expectChance(cell);
       } else {
         EXPECT_GT(cell.hits, cell.bound()) << Numbers::fixed(difficulty, 0);

@@ -3,9 +3,9 @@
 #include "Drills.h"
 #include "Player.h"
 #include "kit/Alignment.h"
+#include "kit/PlaybackBuffer.h"
 #include "kit/Recorder.h"
 #include "kit/Spectrum.h"
-#include "kit/Store.h"
 #include "kit/TestPlayer.h"
 
 #include "Numbers.h"
@@ -31,7 +31,7 @@ constexpr std::size_t loopFrames = 153600; // 3.2 s
 
 // From a call of the player until the slot is heard alone: the latency of sink and recorder, and a
 // switch of 150 ms.
-const std::size_t settleFrames = framesInStore() + 14400;
+const std::size_t settleFrames = bufferedFrames() + 14400;
 
 // Levels of one channel of a slot, in dB of full scale.
 struct ChannelLevel {

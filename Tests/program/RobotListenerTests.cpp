@@ -5,11 +5,11 @@
 #include "kit/Desktop.h"
 #include "kit/Highpass.h"
 #include "kit/Listener.h"
+#include "kit/PlaybackBuffer.h"
 #include "kit/ProfileReader.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
-#include "kit/Store.h"
-#include "kit/Way.h"
+#include "kit/TrialMode.h"
 
 #include "Numbers.h"
 #include "Scales.h"
@@ -33,10 +33,10 @@ constexpr std::size_t loopFrames = 153600; // a trial lasts 3.2 s
 
 // From a key press until the slot is heard alone: the latency of the sink, a switch of 150 ms, and
 // 0.2 s for the high-pass filter to settle.
-const std::size_t settleFrames = framesInStore() + 16800;
+const std::size_t settleFrames = bufferedFrames() + 16800;
 
 // From "n" until the next trial's first slot is heard alone.
-const std::size_t nextTrialFrames = framesInStore() + 36000;
+const std::size_t nextTrialFrames = bufferedFrames() + 36000;
 
 // The answer area of a window 1180 points wide.
 constexpr int stripLeft = 40, stripWidth = 739, stripMiddle = 172;
@@ -54,9 +54,9 @@ int pixelAt(double share) {
 // A listener that practises one drill with the program.
 class Robot {
 public:
-  Robot(const std::string& drill, Way way)
+  Robot(const std::string& drill, TrialMode mode)
       : recorder_(std::make_unique<Recorder>()),
-        program_(VELTO_PROGRAM, arguments({"--drill", drill}, way)),
+        program_(VELTO_PROGRAM, arguments({"--drill", drill}, mode)),
         window_(desktop_.waitForWindow("MORLA Velto", program_.pid())) {
     const WindowGeometry geometry = desktop_.geometry(window_);
     if (geometry.width != 1180 || geometry.height != 386)
@@ -165,7 +165,7 @@ struct Beginner {
 // A practice session, checked after each answer.
 class Practice {
 public:
-  Practice(std::string drill, Way way) : drill_(std::move(drill)), robot_(drill_, way) {}
+  Practice(std::string drill, TrialMode mode) : drill_(std::move(drill)), robot_(drill_, mode) {}
 
   Robot& robot() { return robot_; }
 
@@ -212,16 +212,17 @@ double truthNearest(double heard, double answer, double error, double grid) {
   return best;
 }
 
-class RobotListener : public ::testing::TestWithParam<Way> {
+class RobotListener : public ::testing::TestWithParam<TrialMode> {
 protected:
-  // The share of `trials` for this way of practising; fair trials get the larger half.
+  // The share of `trials` for this mode; fair trials get the larger half.
   [[nodiscard]] static std::size_t usual(std::size_t trials) {
-    return GetParam() == Way::fair ? (trials + 1) / 2 : trials / 2;
+    return GetParam() == TrialMode::fair ? (trials + 1) / 2 : trials / 2;
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Ways, RobotListener, ::testing::Values(Way::standard, Way::fair),
-                         [](const auto& way) { return nameOf(way.param); });
+INSTANTIATE_TEST_SUITE_P(Modes, RobotListener,
+                         ::testing::Values(TrialMode::standard, TrialMode::fair),
+                         [](const auto& mode) { return nameOf(mode.param); });
 
 TEST_P(RobotListener, HearsTheBoostedBand) {
   Practice practice("frequency", GetParam());

@@ -11,7 +11,7 @@
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
 #include "kit/SoundServer.h"
-#include "kit/Way.h"
+#include "kit/TrialMode.h"
 
 #include "Drills.h"
 #include "Numbers.h"
@@ -264,9 +264,9 @@ private:
 // One run of the program, through every event that changes what it plays.
 class Practice {
 public:
-  Practice(Drill drill, Way way)
+  Practice(Drill drill, TrialMode mode)
       : drill_(drill), server_(std::in_place), take_(std::make_unique<Take>()),
-        program_(VELTO_PROGRAM, arguments({"--drill", std::string(drill.rawValue())}, way)),
+        program_(VELTO_PROGRAM, arguments({"--drill", std::string(drill.rawValue())}, mode)),
         window_(desktop_.waitForWindow("MORLA Velto", program_.pid())) {
     desktop_.waitForActive(window_);
   }
@@ -370,17 +370,18 @@ std::string cell(double dB) {
 class Transitions : public ::testing::TestWithParam<Drill::Case> {};
 
 TEST_P(Transitions, AreNoLouderThanWhatSurroundsThemWithFairTrials) {
-  std::map<Way, Findings> findings;
-  for (const Way way : {Way::standard, Way::fair}) {
-    Practice practice(GetParam(), way);
-    findings[way] = practice.run();
+  std::map<TrialMode, Findings> findings;
+  for (const TrialMode mode : {TrialMode::standard, TrialMode::fair}) {
+    Practice practice(GetParam(), mode);
+    findings[mode] = practice.run();
   }
   std::cout << "| " << Drill(GetParam()).rawValue() << " on "
             << Drills::defaultMaterial(GetParam()).shortName()
             << " | > 20 Hz | > 20 Hz, fair | > 5 kHz | > 5 kHz, fair |\n";
-  EXPECT_EQ(findings[Way::standard].names(), findings[Way::fair].names());
-  for (const std::string& name : findings[Way::fair].names()) {
-    const Excess &standard = findings[Way::standard].of(name), &fair = findings[Way::fair].of(name);
+  EXPECT_EQ(findings[TrialMode::standard].names(), findings[TrialMode::fair].names());
+  for (const std::string& name : findings[TrialMode::fair].names()) {
+    const Excess &standard = findings[TrialMode::standard].of(name),
+                 &fair = findings[TrialMode::fair].of(name);
     std::cout << "| " << name << " | " << cell(standard.above20Hz) << " | " << cell(fair.above20Hz)
               << " | " << cell(standard.above5kHz) << " | " << cell(fair.above5kHz) << " |\n";
     // The drums' loop begins with a hit: what is heard at its seam is that hit.

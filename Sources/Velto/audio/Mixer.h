@@ -29,7 +29,7 @@ namespace velto {
 class Mixer final : public Renderer {
 public:
   static constexpr std::uint64_t stepFrames = 600; // 12.5 ms
-  static constexpr std::uint64_t stepCount = 12;   // steps of a crossfade
+  static constexpr std::uint64_t stepCount = 12;   // steps of a switch
   static constexpr std::uint64_t rampFrames = stepFrames * stepCount;
   static constexpr std::size_t tailFrames = 240; // 5 ms
 
@@ -70,9 +70,9 @@ private:
     const float* l = nullptr;
     const float* r = nullptr;
     std::size_t length = 0; // frames of the loop; 0: nothing plays
-    Line line;              // the crossfade
+    Line line;              // the course of the gain
 
-    // Before the frame riseEnd the gain follows another line, which joins the crossfade there.
+    // Before the frame riseEnd the gain follows another line, which joins `line` there.
     std::uint64_t riseBegin = 0, riseEnd = 0;
     double riseFrom = 0, riseTo = 0;
   };

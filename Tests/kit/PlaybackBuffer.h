@@ -1,4 +1,4 @@
-// How far ahead the desk lets programs play.
+// The playback buffer on the desk.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@ namespace velto::kit {
 
 // The most frames that the sound server buffers for a program: the longest delay until a change
 // reaches the sink.
-[[nodiscard]] inline std::size_t framesInStore() {
+[[nodiscard]] inline std::size_t bufferedFrames() {
   const char* milliseconds = std::getenv("PULSE_LATENCY_MSEC");
   return milliseconds == nullptr ? 12000 : 48 * static_cast<std::size_t>(std::atoi(milliseconds));
 }
