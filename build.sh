@@ -80,6 +80,8 @@ testPackages=(
   clang
   dbus-daemon
   fontmake
+  fonts-cantarell
+  fonts-dejavu-core
   grim
   libatspi2.0-dev
   libclang-rt-14-dev

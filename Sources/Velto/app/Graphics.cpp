@@ -1,5 +1,7 @@
 #include "Graphics.h"
 
+#include "desktop/StemDarkening.h"
+
 #include <QQuickWindow>
 
 namespace velto {
@@ -7,10 +9,7 @@ namespace velto {
 void Graphics::prepare() {
   if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND"))
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-  // Qt darkens the stems of CFF fonts; light text on a dark background would look a weight bolder.
-  constexpr const char* freetypeProperties = "FREETYPE_PROPERTIES";
-  if (!qEnvironmentVariableIsSet(freetypeProperties))
-    qputenv(freetypeProperties, "cff:no-stem-darkening=1");
+  StemDarkening::prevent();
 }
 
 } // namespace velto
