@@ -38,10 +38,19 @@ TEST(MarkerBars, StartAPointBeforeTheirPositionAtTheEndsToo) {
   EXPECT_EQ(StripLayout::markerLeft(0, 2), -1);
 }
 
+TEST(MarkerBars, AreWholePixelsWide) {
+  EXPECT_EQ(StripLayout::markerWidthAt(1), 2);
+  EXPECT_EQ(StripLayout::markerWidthAt(1.25), 2.4);
+  EXPECT_EQ(StripLayout::markerWidthAt(1.5), 2);
+  EXPECT_DOUBLE_EQ(StripLayout::markerWidthAt(1.75), 4 / 1.75);
+  EXPECT_EQ(StripLayout::markerWidthAt(2), 2);
+}
+
 RC_GTEST_PROP(MarkerBarLaws, StartOnThePixelNearestToTheirPosition, ()) {
-  const double ratio = *rc::gen::element(1.0, 1.25, 1.5, 2.0, 3.0);
+  const double ratio = *rc::gen::element(1.0, 1.25, 1.5, 1.75, 2.0, 3.0);
   const double x = *rc::gen::inRange(0, 200001) / 100.0;
   const double left = StripLayout::markerLeft(x, ratio);
+  const double width = StripLayout::markerWidthAt(ratio);
   RC_ASSERT(std::abs(left * ratio - std::round(left * ratio)) < 1e-6);
-  RC_ASSERT(std::abs(left + 1 - x) <= 0.5 / ratio + 1e-9);
+  RC_ASSERT(std::abs(left + width / 2 - x) <= 0.5 / ratio + 1e-9);
 }

@@ -1,62 +1,70 @@
-// The markers of the scales, for every pair of answers.
+// The markers of the scales.
 
 #include "kit/Snippet.h"
-
-#include "Drills.h"
 
 using namespace velto;
 using namespace velto::kit;
 
-TEST(Markers, KeepTheirChipsInsideClearOfBarsAndApartForAllBands) {
-  for (const double width : {560.0, 739.0, 1559.0}) {
-    Snippet snippet("FrequencyPicker {}", {{"width", width}});
-    for (const double answer : Bands::centres)
-      for (const double truth : Bands::centres) {
-        snippet.root->setProperty("value", answer);
-        snippet.root->setProperty("truth", truth);
-        const QRectF a = Stage::box(snippet.item("answerMarkerChip"));
-        const QRectF t = Stage::box(snippet.item("truthMarkerChip"));
-        const QRectF aBar = Stage::box(snippet.item("answerMarkerBar"));
-        const QRectF tBar = Stage::box(snippet.item("truthMarkerBar"));
-        const QRectF strip(0, 0, width, 76);
-        // Half of a bar, and its shift to a whole pixel.
-        const double beyond = 1 + 0.5 / snippet.view.effectiveDevicePixelRatio();
-        const QRectF reach = strip.adjusted(-beyond, 0, beyond, 0);
-        ASSERT_TRUE(strip.contains(a) && strip.contains(t)) << answer << ' ' << truth;
-        ASSERT_FALSE(a.intersects(t)) << answer << ' ' << truth;
-        for (const QRectF& bar : {aBar, tBar}) {
-          ASSERT_FALSE(bar.intersects(a)) << answer << ' ' << truth;
-          ASSERT_FALSE(bar.intersects(t)) << answer << ' ' << truth;
-          ASSERT_TRUE(reach.contains(bar));
-        }
-      }
+// Behind the words of a chip that crosses the other bar lies the strip's fill, not the bar.
+TEST(Markers, HideTheBarThatAChipCrosses) {
+  const struct {
+    double answer, truth;
+    const char* crossing;
+    const char* other;
+  } cases[] = {{40, 50, "answerMarker", "truthMarker"},
+               {50, 40, "truthMarker", "answerMarker"},
+               {16000, 12500, "answerMarker", "truthMarker"},
+               {12500, 16000, "truthMarker", "answerMarker"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.answer << ", actual " << c.truth);
+    Snippet snippet("Item { width: 800; height: 120; FrequencyPicker { objectName: \"picker\"; "
+                    "x: 40; y: 8; width: 720 } }");
+    snippet.item("picker")->setProperty("answerable", false);
+    snippet.item("picker")->setProperty("value", c.answer);
+    snippet.item("picker")->setProperty("truth", c.truth);
+    const Picture picture = snippet.picture();
+    const QRectF chip = Stage::box(snippet.item(QString::fromLatin1(c.crossing) + "Chip"));
+    const QRectF bar = Stage::box(snippet.item(QString::fromLatin1(c.other) + "Bar"));
+    ASSERT_TRUE(chip.contains(QPointF(bar.center().x(), chip.center().y())));
+    const QColor ink = QByteArray(c.other) == "truthMarker"
+                           ? darkHues.ink
+                           : over(at(darkHues.signal, 0.45), darkHues.soft);
+    const double x = bar.center().x();
+    expectColor(picture.colorAt({x, chip.top() + 2.5}), darkHues.soft, "inside the chip");
+    expectColor(picture.colorAt({x, chip.bottom() - 2.5}), darkHues.soft, "inside the chip");
+    expectColor(picture.colorAt({x, 8 + 60}), ink, "the bar below the chip");
   }
 }
 
-TEST(Markers, KeepTheirChipsInsideClearOfBarsAndApartForAllDecibels) {
-  for (const bool level : {true, false}) {
-    const double upper = level ? 7 : 14;
-    Snippet snippet(level ? "DecibelPicker { width: 739; scaleModel: Scales.level }"
-                          : "DecibelPicker { width: 739; scaleModel: Scales.dynamics }");
-    for (int i = 0; i <= 56; ++i)
-      for (int j = 1; j <= 56; ++j) {
-        snippet.root->setProperty("value", upper * i / 56);
-        snippet.root->setProperty("truth", upper * j / 56);
-        const QRectF a = Stage::box(snippet.item("answerMarkerChip"));
-        const QRectF t = Stage::box(snippet.item("truthMarkerChip"));
-        const QRectF strip(0, 0, 739, 76);
-        ASSERT_TRUE(strip.contains(a) && strip.contains(t)) << i << ' ' << j;
-        ASSERT_FALSE(a.intersects(t)) << i << ' ' << j;
-        for (const char* name : {"answerMarkerBar", "truthMarkerBar"}) {
-          const QRectF bar = Stage::box(snippet.item(name));
-          ASSERT_FALSE(bar.intersects(a) || bar.intersects(t)) << i << ' ' << j;
-        }
-      }
+TEST(Markers, OfEqualValuesAreOneBarThatBothChipsName) {
+  for (const double value : {40.0, 1000.0, 16000.0}) {
+    Snippet snippet("Item { width: 800; height: 120; FrequencyPicker { objectName: \"picker\"; "
+                    "x: 40; y: 8; width: 720 } }");
+    snippet.item("picker")->setProperty("answerable", false);
+    snippet.item("picker")->setProperty("value", value);
+    snippet.item("picker")->setProperty("truth", value);
+    const Picture picture = snippet.picture();
+    const QRectF bar = Stage::box(snippet.item("truthMarkerBar"));
+    EXPECT_EQ(bar, Stage::box(snippet.item("answerMarkerBar")));
+    const double s = picture.scale();
+    const int left = static_cast<int>(std::round(bar.left() * s));
+    int shown = 0;
+    for (int x = left - 4; x < left + std::round(2 * s) + 4; ++x)
+      shown += static_cast<int>(picture.pixel(x, static_cast<int>(68 * s)) == darkHues.ink);
+    EXPECT_EQ(shown, std::round(2 * s));
+    for (const char* name : {"answerMarker", "truthMarker"}) {
+      const QRectF chip = Stage::box(snippet.item(QString::fromLatin1(name) + "Chip"));
+      const double distance = std::max(bar.left() - chip.right(), chip.left() - bar.right());
+      EXPECT_GE(distance, 0);
+      EXPECT_LE(distance, 6);
+      EXPECT_EQ(snippet.item(QString::fromLatin1(name) + "Text")->property("text"),
+                snippet.item("truthMarkerText")->property("text"));
+    }
   }
 }
 
 // Also at the ends of the scale, where one half stands outside the strip.
-TEST(Markers, AreTwoPointsWideAndCentredOnTheirValueOnWholePixels) {
+TEST(Markers, AreTwoPointsWideToThePixelAndCentredOnTheirValueOnWholePixels) {
   const struct {
     const char* qml;
     double value;
@@ -81,8 +89,8 @@ TEST(Markers, AreTwoPointsWideAndCentredOnTheirValueOnWholePixels) {
       const Picture picture = snippet.picture();
       const double s = picture.scale();
       const QRectF bar = Stage::box(snippet.item(QString::fromLatin1(role) + "MarkerBar"));
-      EXPECT_DOUBLE_EQ(bar.width(), 2);
-      EXPECT_NEAR(bar.center().x(), 40 + c.x, 0.5 / s + 1e-6);
+      EXPECT_NEAR(bar.width() * s, std::round(2 * s), 1e-3);
+      EXPECT_NEAR(bar.center().x(), 40 + c.x, 0.5 / s + 1e-3);
       // The bar's pixels have its full colour; those beside it are unchanged.
       const int left = static_cast<int>(std::round(bar.left() * s));
       EXPECT_NEAR(bar.left() * s, left, 1e-3);
@@ -91,7 +99,7 @@ TEST(Markers, AreTwoPointsWideAndCentredOnTheirValueOnWholePixels) {
       while (picture.pixel(left + width, y) ==
              QColor(role[0] == 'a' ? darkHues.signal : darkHues.ink))
         ++width;
-      EXPECT_NEAR(width, 2 * s, 0.5);
+      EXPECT_EQ(width, std::round(2 * s));
       for (const int beside : {left - 1, left + width})
         EXPECT_EQ(picture.pixel(beside, y), bare.pixel(beside, y));
     }

@@ -13,4 +13,14 @@ double DevicePixels::wholeWidth(double width, double devicePixelRatio) {
   return std::max(std::round(width * devicePixelRatio), 1.0) / devicePixelRatio;
 }
 
+DevicePixels::Span DevicePixels::share(int index, int count, double width, double gap,
+                                       double devicePixelRatio) {
+  const double gapPixels = gap * devicePixelRatio;
+  const double unit = gapPixels == std::floor(gapPixels) ? 1 : 1 / devicePixelRatio; // points
+  const double wholeGap = std::round(gap / unit);
+  const auto leftOf = [&](int i) { return std::round(i * (width / unit + wholeGap) / count); };
+  const double left = leftOf(index);
+  return {left * unit, (leftOf(index + 1) - wholeGap - left) * unit};
+}
+
 } // namespace velto

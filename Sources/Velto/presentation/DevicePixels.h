@@ -10,4 +10,16 @@ namespace velto::DevicePixels {
 // `width` rounded to whole device pixels, at least one.
 [[nodiscard]] double wholeWidth(double width, double devicePixelRatio);
 
+struct Span {
+  double left = 0;
+  double width = 0;
+
+  bool operator==(const Span&) const = default;
+};
+
+// Share `index` of `count` nearly equal shares of `width`, with the same gap of about `gap` between
+// any two. The edges lie on whole device pixels, and on whole points where `gap` is a whole number
+// of pixels.
+[[nodiscard]] Span share(int index, int count, double width, double gap, double devicePixelRatio);
+
 } // namespace velto::DevicePixels

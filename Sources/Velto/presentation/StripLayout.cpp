@@ -14,8 +14,14 @@ double StripLayout::tickLeft(double x, double width, double stripWidth, double d
   return std::clamp(left, 0.0, std::max(last / devicePixelRatio, 0.0));
 }
 
+double StripLayout::markerWidthAt(double devicePixelRatio) {
+  return DevicePixels::wholeWidth(markerWidth, devicePixelRatio);
+}
+
 double StripLayout::markerLeft(double x, double devicePixelRatio) {
-  return DevicePixels::snapped(x - markerWidth / 2, devicePixelRatio);
+  // Halves go right, at the strip's left end too.
+  const double width = std::round(markerWidthAt(devicePixelRatio) * devicePixelRatio);
+  return std::floor(x * devicePixelRatio - width / 2 + 0.5) / devicePixelRatio;
 }
 
 } // namespace velto

@@ -1,35 +1,38 @@
-// A polyline through difficulties.
+// A polyline through difficulties, in a frame.
 #pragma once
+
+#include "PixelItem.h"
 
 #include <QColor>
 #include <QList>
-#include <QQuickPaintedItem>
 #include <QtQml/qqmlregistration.h>
 
 namespace velto {
 
-// Draws the difficulties (0 to 100) as Progress::curve places them. `overhang` is a margin inside
-// the item's edges, for the part of the line's width that lies beyond the outermost points.
-class CurveLine : public QQuickPaintedItem {
+// Draws the difficulties (0 to 100) as Progress::curve places them. The frame's roundedOutline
+// clips the line.
+class CurveLine : public PixelItem {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(QList<double> difficulties MEMBER difficulties_ NOTIFY appearanceChanged FINAL)
   Q_PROPERTY(QColor color MEMBER color_ NOTIFY appearanceChanged FINAL)
   Q_PROPERTY(double lineWidth MEMBER lineWidth_ NOTIFY appearanceChanged FINAL) // points
-  Q_PROPERTY(double overhang MEMBER overhang_ NOTIFY appearanceChanged FINAL)   // points
+  Q_PROPERTY(double radius MEMBER radius_ NOTIFY appearanceChanged FINAL) // of the frame, points
 
 public:
   explicit CurveLine(QQuickItem* parent = nullptr);
-  void paint(QPainter* painter) override;
 
 Q_SIGNALS:
   void appearanceChanged();
+
+protected:
+  void paint(QPainter& painter, const QRectF& edges) const override;
 
 private:
   QList<double> difficulties_;
   QColor color_;
   double lineWidth_ = 1;
-  double overhang_ = 0;
+  double radius_ = 0;
 };
 
 } // namespace velto

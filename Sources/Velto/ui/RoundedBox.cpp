@@ -1,11 +1,7 @@
 #include "RoundedBox.h"
 
-#include "PixelGrid.h"
-
 #include <QPainter>
 #include <QPen>
-#include <QQuickPaintedItem>
-#include <QQuickWindow>
 
 #include <algorithm>
 #include <array>
@@ -60,40 +56,12 @@ QPainterPath roundedOutline(const QRectF& rect, double radius, bool continuous) 
   return path;
 }
 
-class RoundedBox::Picture : public QQuickPaintedItem {
-public:
-  explicit Picture(RoundedBox& box) : QQuickPaintedItem(&box), box_(box) { setAntialiasing(true); }
-  void paint(QPainter* painter) override { box_.paint(*painter); }
-
-private:
-  RoundedBox& box_;
-};
-
-RoundedBox::RoundedBox(QQuickItem* parent) : QQuickItem(parent), picture_(new Picture(*this)) {
-  connect(this, &RoundedBox::appearanceChanged, this, [this] { picture_->update(); });
+RoundedBox::RoundedBox(QQuickItem* parent) : PixelItem(parent) {
+  connect(this, &RoundedBox::appearanceChanged, this, &RoundedBox::repaint);
 }
 
-void RoundedBox::itemChange(ItemChange change, const ItemChangeData& data) {
-  // The box also moves relative to the pixel grid when an ancestor moves.
-  if (change == ItemSceneChange && data.window != nullptr)
-    connect(data.window, &QQuickWindow::afterAnimating, this, &RoundedBox::lay,
-            Qt::UniqueConnection);
-  QQuickItem::itemChange(change, data);
-}
-
-void RoundedBox::lay() {
-  if (window() == nullptr || !isVisible())
-    return;
-  const QRectF bounds = PixelGrid::cover(*picture_, mapRectToScene(boundingRect()));
-  if (bounds == bounds_)
-    return;
-  bounds_ = bounds;
-  picture_->update();
-}
-
-void RoundedBox::paint(QPainter& painter) const {
-  painter.setRenderHint(QPainter::Antialiasing);
-  QRectF bounds = bounds_;
+void RoundedBox::paint(QPainter& painter, const QRectF& edges) const {
+  QRectF bounds = edges;
   if (insetTop_ > 0) // the rest keeps its exact height
     bounds.setTop(std::max(bounds.top(), bounds.bottom() - (height() - insetTop_)));
   if (color_.alpha() > 0)

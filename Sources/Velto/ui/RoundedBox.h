@@ -1,9 +1,10 @@
 // A filled and outlined rounded rectangle, sharp at every scale.
 #pragma once
 
+#include "PixelItem.h"
+
 #include <QColor>
 #include <QPainterPath>
-#include <QQuickItem>
 #include <QtQml/qqmlregistration.h>
 
 namespace velto {
@@ -18,7 +19,7 @@ namespace velto {
 
 // Fills and then strokes a roundedOutline. The stroke lies inside the item's edges, which are
 // snapped to whole device pixels. `insetTop` lowers the upper edge and is not snapped.
-class RoundedBox : public QQuickItem {
+class RoundedBox : public PixelItem {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(QColor color MEMBER color_ NOTIFY appearanceChanged FINAL)
@@ -35,15 +36,9 @@ Q_SIGNALS:
   void appearanceChanged();
 
 protected:
-  void itemChange(ItemChange change, const ItemChangeData& data) override;
+  void paint(QPainter& painter, const QRectF& edges) const override;
 
 private:
-  class Picture;
-  void lay();
-  void paint(QPainter& painter) const;
-
-  Picture* picture_; // the first child, below all others
-  QRectF bounds_;    // of the box in the picture, in points
   QColor color_ = Qt::transparent;
   QColor strokeColor_ = Qt::transparent;
   double strokeWidth_ = 1;

@@ -112,6 +112,11 @@ public:
     return weaknessColor(palette, weakness);
   }
 
+  // See mix.
+  Q_INVOKABLE static QColor mixed(const QColor& from, const QColor& to, double t) {
+    return mix(from, to, t);
+  }
+
   // `color` at `opacity`, 0 to 1.
   Q_INVOKABLE static QColor faded(QColor color, double opacity) {
     color.setAlphaF(color.alphaF() * static_cast<float>(opacity));

@@ -9,17 +9,25 @@ Item {
     property string text
     property bool isTruth: false
     property bool dimmed: false
-    property point chipPlace // the chip's top left corner on the strip
+    property veltoChipPlace chipPlace // on the strip
     required property real barLeft // the bar's left edge on the strip
+    required property real barWidth
     readonly property real chipWidth: Math.ceil(chipContent.implicitWidth) + 14
     readonly property color color: isTruth ? Theme.palette.ink : dimmed ? Palettes.faded(Theme.palette.signal, 0.45) : Theme.palette.signal
+
+    z: chipPlace.crosses ? 1 : 0 // above the other marker's bar
 
     Rectangle {
         objectName: marker.objectName + "Bar"
         x: marker.barLeft - marker.x
-        width: AnswerLayout.markerWidth
+        // Qt would round a fractional width up to whole points.
+        width: 1
+        transform: Scale {
+            xScale: marker.barWidth
+        }
         height: AnswerLayout.stripHeight
-        color: marker.color
+        // Opaque: a tick under the bar does not show through.
+        color: marker.isTruth || !marker.dimmed ? marker.color : Palettes.mixed(Theme.palette.soft, Theme.palette.signal, 0.45)
     }
 
     RoundedBox {
@@ -29,6 +37,7 @@ Item {
         width: marker.chipWidth
         height: AnswerLayout.chipHeight
         radius: 5
+        color: marker.chipPlace.crosses ? Theme.palette.soft : "transparent"
         strokeColor: Palettes.faded(marker.color, 0.35)
         strokeWidth: 1
 

@@ -78,9 +78,10 @@ Item {
         visible: strip.valueX !== undefined
         x: strip.valueX ?? 0
         barLeft: AnswerLayout.markerLeft(x, strip.pixelRatio)
+        barWidth: AnswerLayout.markerWidth(strip.pixelRatio)
         text: strip.value === undefined ? "" : strip.scaleModel.text(strip.value)
         dimmed: !strip.answerable
-        chipPlace: AnswerLayout.answerChip(strip.valueX, chipWidth, strip.truthX, truthMarker.chipWidth, strip.width)
+        chipPlace: AnswerLayout.answerChip(strip.valueX, chipWidth, strip.truthX, truthMarker.chipWidth, strip.width, strip.pixelRatio)
     }
 
     ScaleMarker {
@@ -90,9 +91,10 @@ Item {
         visible: strip.truthX !== undefined
         x: strip.truthX ?? 0
         barLeft: AnswerLayout.markerLeft(x, strip.pixelRatio)
+        barWidth: AnswerLayout.markerWidth(strip.pixelRatio)
         text: strip.truth === undefined ? "" : strip.scaleModel.text(strip.truth)
         isTruth: true
-        chipPlace: strip.truthX === undefined ? Qt.point(0, 0) : AnswerLayout.truthChip(strip.valueX, answerMarker.chipWidth, strip.truthX, chipWidth, strip.width)
+        chipPlace: AnswerLayout.truthChip(strip.valueX, answerMarker.chipWidth, strip.truthX, chipWidth, strip.width, strip.pixelRatio)
     }
 
     // Mouse, keys and assistive technology all call `pick`.

@@ -15,16 +15,12 @@ Item {
     signal picked(int value)
 
     readonly property real gap: 10
+    readonly property real pixelRatio: Screen.devicePixelRatio
 
     implicitHeight: AnswerLayout.areaHeight
 
     Accessible.role: Accessible.Grouping
     Accessible.name: "Flipped slot"
-
-    // The left edge of slot `index`: equal shares of the width, rounded to whole points.
-    function leftOf(index: int): real {
-        return Math.round(index * (width + gap) / slotCount);
-    }
 
     Item {
         Repeater {
@@ -39,8 +35,8 @@ Item {
                 readonly property bool flipped: picker.truth === index
 
                 objectName: "slotChoice" + index
-                x: picker.leftOf(index)
-                width: picker.leftOf(index + 1) - picker.gap - x
+                x: AnswerLayout.shareLeft(index, picker.slotCount, picker.width, picker.gap, picker.pixelRatio)
+                width: AnswerLayout.shareWidth(index, picker.slotCount, picker.width, picker.gap, picker.pixelRatio)
                 height: AnswerLayout.stripHeight
                 ringRadius: 8
                 name: "Slot " + (index + 1)

@@ -45,8 +45,7 @@ Item {
         objectName: "curve"
         visible: sparkline.drawn
         anchors.fill: parent
-        anchors.margins: -overhang
-        overhang: 1
+        radius: 6
         difficulties: sparkline.difficulties
         color: Theme.palette.control
         lineWidth: 1.6

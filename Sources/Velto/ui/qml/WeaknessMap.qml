@@ -8,6 +8,7 @@ Column {
 
     required property ProgressModel progress
     readonly property real labelTop: progress.tallestBar + 4
+    readonly property real pixelRatio: Screen.devicePixelRatio
 
     spacing: 8
 
@@ -24,17 +25,14 @@ Column {
 
             model: map.progress.barHeights.length
 
-            // Sides on whole points are sharp and keep the gaps 2 points wide.
             RoundedBox {
                 required property int index
                 readonly property real weakness: map.progress.weaknesses[index]
                 readonly property real barHeight: map.progress.barHeights[index]
-                readonly property real share: (map.width - 2 * (bars.count - 1)) / bars.count
-                readonly property real place: index * (share + 2)
 
                 objectName: "bar" + index
-                x: Math.round(place)
-                width: Math.round(place + share) - x
+                x: AnswerLayout.shareLeft(index, bars.count, map.width, 2, map.pixelRatio)
+                width: AnswerLayout.shareWidth(index, bars.count, map.width, 2, map.pixelRatio)
                 height: map.progress.tallestBar
                 insetTop: height - barHeight
                 radius: 2

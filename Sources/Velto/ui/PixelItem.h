@@ -1,0 +1,34 @@
+// The base of items that paint themselves on whole device pixels.
+#pragma once
+
+#include <QPainter>
+#include <QQuickItem>
+#include <QRectF>
+
+namespace velto {
+
+// An item that paints itself, as sharp at every scale as at 1x: its edges are snapped to whole
+// device pixels of the window. Main thread only.
+class PixelItem : public QQuickItem {
+  Q_OBJECT
+
+public:
+  explicit PixelItem(QQuickItem* parent = nullptr);
+
+protected:
+  // Paints the item, whose snapped edges are those of `bounds`, in points.
+  virtual void paint(QPainter& painter, const QRectF& bounds) const = 0;
+  // Paints again before the next frame.
+  void repaint();
+
+  void itemChange(ItemChange change, const ItemChangeData& data) override;
+
+private:
+  class Picture;
+  void lay();
+
+  Picture* picture_; // the first child, below all others
+  QRectF bounds_;    // of the item in the picture, in points
+};
+
+} // namespace velto
