@@ -1,7 +1,9 @@
 // velto_pictures FOLDER [SCALE]
 //
-// Writes a picture of the practice window for each drill, state and palette at the given scale;
-// without SCALE, at 1x and at 2x. The same program writes the same pictures.
+// Writes pictures of the practice window in both palettes at the given scale; without SCALE, at 1x,
+// 1.25x and 2x: each drill and state, at the initial and at the smallest size; verdicts whose value
+// chips have little room; a record with a weakness map and a curve. The same program writes the
+// same pictures.
 
 #include "kit/GuiTesting.h"
 #include "kit/Stage.h"
@@ -9,6 +11,7 @@
 #include <QDir>
 #include <QProcess>
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
@@ -35,8 +38,25 @@ QString name(State state) {
   return QStringLiteral("miss");
 }
 
-QImage draw(Drill drill, State state, bool dark) {
+QString drillName(Drill drill) {
+  return QString::fromUtf8(drill.rawValue().data(),
+                           static_cast<qsizetype>(drill.rawValue().size()));
+}
+
+// The smallest window, which is higher where texts wrap.
+void shrink(kit::Stage& stage) {
+  const auto smallest = [&stage](const char* property) {
+    return static_cast<int>(std::ceil(stage.root()->property(property).toDouble()));
+  };
+  stage.view.resize(smallest("minimumWidth"), stage.view.height());
+  (void)stage.picture(); // lays it out
+  stage.view.resize(smallest("minimumWidth"), smallest("minimumHeight"));
+}
+
+QImage draw(Drill drill, State state, bool dark, bool small) {
   kit::Stage stage(drill, dark);
+  if (small)
+    shrink(stage);
   if (state == State::ungraded || state == State::focused)
     stage.settle();
   else if (state != State::rendering)
@@ -49,22 +69,79 @@ QImage draw(Drill drill, State state, bool dark) {
   return stage.picture();
 }
 
-int drawAll(const QDir& folder, const QString& scale) {
-  for (const Drill drill : Drill::allCases)
-    for (const State state :
-         {State::ungraded, State::rendering, State::focused, State::hit, State::miss})
-      for (const bool dark : {true, false}) {
-        const QString file = folder.filePath(
-            QStringLiteral("%1-%2-%3@%4x.png")
-                .arg(QString::fromUtf8(drill.rawValue().data(),
-                                       static_cast<qsizetype>(drill.rawValue().size())),
-                     name(state), dark ? QStringLiteral("dark") : QStringLiteral("light"), scale));
-        if (!draw(drill, state, dark).save(file)) {
-          std::fprintf(stderr, "cannot write %s\n", file.toUtf8().constData());
-          return EXIT_FAILURE;
-        }
-      }
-  return EXIT_SUCCESS;
+// Answer and truth, in Hz, where chips cross the other bar, are near it, or share one bar.
+struct Pair {
+  double answer, truth;
+};
+constexpr Pair hardPairs[] = {{5000, 12500},  {12500, 5000}, {16000, 12500}, {12500, 16000},
+                              {16000, 10000}, {40, 50},      {50, 40},       {40, 63},
+                              {63, 50},       {40, 40},      {16000, 16000}, {1000, 1000}};
+
+QImage draw(const Pair& pair, bool dark, bool small) {
+  kit::Stage stage(Drill::frequency, dark);
+  if (small)
+    shrink(stage);
+  while (stage.session.trial()->targetFreq != pair.truth)
+    stage.session.newTrial();
+  stage.settle();
+  stage.session.setAnswer(pair.answer);
+  stage.session.submit();
+  return stage.picture();
+}
+
+// Answers of all sizes of error, at difficulties from one end to the other.
+QImage drawPractised(bool dark) {
+  kit::Stage stage(Drill::frequency, dark, {1180, 386}, [](Profile& profile) {
+    for (int i = 0; i < 50; ++i) {
+      const double target = Bands::centres[static_cast<std::size_t>(i * 7) % Bands::centres.size()];
+      const double difficulty = i < 5 ? 100 : i < 10 ? 0 : 50 + 50 * std::sin(i * 0.7);
+      const Trial trial{.drill = Drill::frequency, .difficulty = difficulty, .targetFreq = target};
+      profile.record(trial, Drills::grade(target * std::exp2(0.05 * (i * 7 % 27)), trial));
+    }
+  });
+  return stage.picture();
+}
+
+// Writes a picture under its name, palette and scale.
+class Folder {
+public:
+  Folder(const QDir& folder, const QString& scale) : folder_(folder), scale_(scale) {}
+
+  void save(const QImage& picture, const QString& name, bool dark) {
+    const QString file = folder_.filePath(
+        QStringLiteral("%1-%2@%3x.png")
+            .arg(name, dark ? QStringLiteral("dark") : QStringLiteral("light"), scale_));
+    if (picture.save(file))
+      return;
+    std::fprintf(stderr, "cannot write %s\n", file.toUtf8().constData());
+    complete = false;
+  }
+
+  bool complete = true;
+
+private:
+  QDir folder_;
+  QString scale_;
+};
+
+int drawAll(const QDir& directory, const QString& scale) {
+  Folder folder(directory, scale);
+  for (const bool dark : {true, false}) {
+    for (const bool small : {false, true}) {
+      const QString size = small ? QStringLiteral("-small") : QString();
+      for (const Drill drill : Drill::allCases)
+        for (const State state :
+             {State::ungraded, State::rendering, State::focused, State::hit, State::miss})
+          folder.save(draw(drill, state, dark, small),
+                      drillName(drill) + QLatin1Char('-') + name(state) + size, dark);
+      for (const Pair& pair : hardPairs)
+        folder.save(draw(pair, dark, small),
+                    QStringLiteral("pair-%1-%2%3").arg(pair.answer).arg(pair.truth).arg(size),
+                    dark);
+    }
+    folder.save(drawPractised(dark), QStringLiteral("practised"), dark);
+  }
+  return folder.complete ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 // A process draws at one scale only.
@@ -87,8 +164,10 @@ int main(int argc, char** argv) {
   }
   if (argc == 2) {
     const QString program = QString::fromLocal8Bit(argv[0]);
-    const int first = runAt(program, folder.path(), QStringLiteral("1"));
-    return first != 0 ? first : runAt(program, folder.path(), QStringLiteral("2"));
+    for (const char* scale : {"1", "1.25", "2"})
+      if (const int status = runAt(program, folder.path(), QString::fromLatin1(scale)); status != 0)
+        return status;
+    return EXIT_SUCCESS;
   }
   qputenv("QT_SCALE_FACTOR", argv[2]);
   velto::kit::prepareGui();

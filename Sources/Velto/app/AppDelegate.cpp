@@ -2,6 +2,7 @@
 
 #include "AudioEngine.h"
 #include "Theme.h"
+#include "WindowPlacement.h"
 #include "desktop/CapsLock.h"
 #include "desktop/Fonts.h"
 
@@ -25,7 +26,6 @@ namespace velto {
 
 namespace {
 
-constexpr QSize initialSize(1180, 386);
 constexpr std::chrono::milliseconds soundInterval{500};
 
 double secondsSince1970() {
@@ -85,6 +85,7 @@ void AppDelegate::openWindow() {
                                  {QStringLiteral("progress"), QVariant::fromValue(&progress_)},
                                  {QStringLiteral("dark"), appearance_.dark()}});
   followDesktop();
+  window_->resize(WindowPlacement::opening(freeArea())); // before the content is measured
   window_->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Velto/ContentView.qml")));
   QQuickItem* root = window_->rootObject();
   if (root == nullptr)
@@ -94,12 +95,8 @@ void AppDelegate::openWindow() {
   followDesktop();
   connect(root, SIGNAL(minimumWidthChanged()), this, SLOT(limitSize()));
   connect(root, SIGNAL(minimumHeightChanged()), this, SLOT(limitSize()));
-  window_->resize(initialSize);
   limitSize();
-  if (const QScreen* screen = window_->screen()) {
-    const QRect available = screen->availableGeometry();
-    window_->setPosition(available.center() - QRect(QPoint(), window_->size()).center());
-  }
+  window_->setPosition(WindowPlacement::centred(window_->size(), freeArea()).topLeft());
   window_->installEventFilter(this);
   window_->show();
   window_->raise();
@@ -117,17 +114,17 @@ void AppDelegate::followDesktop() {
   root->setProperty("reducedMotion", appearance_.reducedMotion());
 }
 
+QRect AppDelegate::freeArea() const {
+  const QScreen* screen = window_->screen();
+  return screen == nullptr ? QRect(QPoint(), 2 * WindowPlacement::initialSize)
+                           : screen->availableGeometry();
+}
+
 void AppDelegate::limitSize() {
-  // Window managers resize from the minimum in steps of whole points that are also whole pixels.
-  // The initial size is a multiple of 4 points above the minimum, which is such a step at every
-  // common scale.
-  const auto smallest = [root = window_->rootObject()](const char* property, int initial) {
-    constexpr double step = 4; // points
-    const double spare = initial - root->property(property).toDouble();
-    return initial - static_cast<int>(std::floor(spare / step) * step);
-  };
-  window_->setMinimumSize({smallest("minimumWidth", initialSize.width()),
-                           smallest("minimumHeight", initialSize.height())});
+  const QQuickItem* root = window_->rootObject();
+  window_->setMinimumSize(WindowPlacement::smallest(
+      {root->property("minimumWidth").toDouble(), root->property("minimumHeight").toDouble()},
+      freeArea()));
   window_->resize(window_->size().expandedTo(window_->minimumSize()));
 }
 

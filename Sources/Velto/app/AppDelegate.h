@@ -12,6 +12,7 @@
 #include <QKeyEvent>
 #include <QObject>
 #include <QQuickView>
+#include <QRect>
 #include <QTimer>
 
 #include <memory>
@@ -40,7 +41,7 @@ public:
   [[nodiscard]] QQuickView* window() { return window_.get(); }
 
 private Q_SLOTS:
-  // Keeps the window at least as large as its content.
+  // Keeps the window at least as large as its content, as far as the screen allows.
   void limitSize();
 
 private:
@@ -49,6 +50,7 @@ private:
   void noteRelease(const QKeyEvent& event);
   [[nodiscard]] bool isRepeatedReturn(const QKeyEvent& event) const;
   void openWindow();
+  [[nodiscard]] QRect freeArea() const; // of the window's screen
   void followDesktop();
   void installLifecycle();
   void followExposure();

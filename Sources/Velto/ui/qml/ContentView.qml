@@ -25,7 +25,7 @@ Item {
     Item {
         id: main
 
-        readonly property real minimumWidth: Math.max(640, 40 + header.minimumWidth, 40 + card.minimumWidth)
+        readonly property real minimumWidth: 640
         readonly property real minimumHeight: column.implicitHeight + 40
 
         width: Math.max(minimumWidth, parent.width - divider.width - side.width)
@@ -40,16 +40,12 @@ Item {
             spacing: 16
 
             Header {
-                id: header
-
                 objectName: "header"
                 width: parent.width
                 session: root.session
             }
 
             TrialCard {
-                id: card
-
                 width: parent.width
                 session: root.session
                 reducedMotion: root.reducedMotion

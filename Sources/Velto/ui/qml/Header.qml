@@ -1,14 +1,13 @@
 import QtQuick
 import Velto
 
-// The wordmark and the drill selector.
+// The wordmark and the drill selector. The subtitle wraps where there is no room for one line.
 Item {
     id: header
 
     required property PracticeModel session
-    readonly property real minimumWidth: Math.max(wordmark.implicitWidth, subtitle.implicitWidth) + 20 + selector.implicitWidth
 
-    implicitHeight: 40
+    implicitHeight: Math.max(40, Math.ceil(wordmark.implicitHeight + subtitle.implicitHeight))
 
     Label {
         id: wordmark
@@ -24,6 +23,8 @@ Item {
 
         objectName: "subtitle"
         anchors.bottom: parent.bottom
+        width: Math.min(implicitWidth, parent.width - 20 - selector.width)
+        wrapMode: Text.WordWrap
         text: "VELTO GYM · FREQUENCY · LEVEL · DYNAMICS · POLARITY"
         size: 9
         font.weight: Font.Medium

@@ -7,26 +7,14 @@ Item {
     id: transport
 
     required property PracticeModel session
-    // Enough for three slot buttons, the most that a trial has.
-    readonly property real minimumWidth: slotRow.widthFor(3) + left.spacing + hint.implicitWidth + 20 + right.implicitWidth
 
     implicitHeight: 36
 
     Row {
-        id: left
-
         height: parent.height
         spacing: 12
 
         Row {
-            id: slotRow
-
-            readonly property real slotWidth: 52
-
-            function widthFor(count: int): real {
-                return count * slotWidth + (count - 1) * spacing;
-            }
-
             spacing: 8
 
             Accessible.role: Accessible.Grouping
@@ -43,7 +31,7 @@ Item {
                     required property string modelData
 
                     objectName: "slot" + index
-                    width: slotRow.slotWidth
+                    width: 52
                     height: 36
                     ringRadius: 7
                     name: "Play " + modelData
@@ -71,8 +59,6 @@ Item {
         }
 
         Label {
-            id: hint
-
             objectName: "switchHint"
             anchors.verticalCenter: parent.verticalCenter
             text: "space = switch"
@@ -83,8 +69,6 @@ Item {
     }
 
     Row {
-        id: right
-
         anchors.right: parent.right
         height: parent.height
         spacing: 16

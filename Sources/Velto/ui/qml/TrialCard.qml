@@ -7,9 +7,6 @@ Item {
 
     required property PracticeModel session
     property bool reducedMotion: false
-    // Enough for the rows of every drill.
-    readonly property real minimumWidth: 40 + Math.max(widestPrompt + 20 + pill.implicitWidth, transport.minimumWidth)
-    readonly property real widestPrompt: metrics.widestOf(session.prompts)
 
     implicitHeight: rows.implicitHeight + 40
 
@@ -23,12 +20,6 @@ Item {
         strokeWidth: 1
     }
 
-    TextMeasure {
-        id: metrics
-
-        font: prompt.font
-    }
-
     Column {
         id: rows
 
@@ -37,15 +28,41 @@ Item {
         width: parent.width - 40
         spacing: 18
 
+        // As high as for the longest prompt, so that a change of the drill moves nothing.
         Item {
+            id: promptRow
+
+            readonly property real promptWidth: width - 20 - pill.width
+
             width: parent.width
-            implicitHeight: 20
+            implicitHeight: {
+                let highest = 20;
+                for (let i = 0; i < prompts.count; ++i)
+                    highest = Math.max(highest, Math.ceil(prompts.itemAt(i)?.implicitHeight ?? 0));
+                return highest;
+            }
+
+            Repeater {
+                id: prompts
+
+                model: card.session.prompts
+
+                Label {
+                    required property string modelData
+
+                    visible: false
+                    width: promptRow.promptWidth
+                    wrapMode: Text.WordWrap
+                    text: modelData
+                    size: 15
+                }
+            }
 
             Label {
-                id: prompt
-
                 objectName: "prompt"
+                width: promptRow.promptWidth
                 height: parent.height
+                wrapMode: Text.WordWrap
                 text: card.session.prompt
                 size: 15
             }
