@@ -10,5 +10,5 @@ if ((${#flags[@]} != 2)); then
   exit 1
 fi
 
-exact=("$root"/Sources/Velto/{base,training,synthesis}/*.cpp
-  -I"$root"/Sources/Velto/{base,training,synthesis})
+exact=("$root"/Sources/Velto/{numerics,training,synthesis}/*.cpp
+  -I"$root"/Sources/Velto/{numerics,training,synthesis})
