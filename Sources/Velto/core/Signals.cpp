@@ -186,7 +186,7 @@ float gainToOutputLevel(std::span<const float> x) {
   return Measure::gainFrom(Measure::rmsDB(x), outputLevelDB);
 }
 
-// A material at its output level: what `fill` renders, times the gain that it returns.
+// Renders a material with `fill`, and applies the gain that it returns.
 template <typename Fill>
 Samples leveled(double seconds, std::uint64_t seed, Fill fill) {
   Samples out(Signals::frameCount(seconds));
