@@ -24,7 +24,7 @@ public:
   // nullopt if `date` is not finite, or too far away for the system's calendar.
   [[nodiscard]] std::optional<Day> day(Date date);
 
-  // True if `date` is known to lie on the day that day() last found. May be false even if it does.
+  // True if `date` is known to be on the day that day() last found. May be false even if it is.
   [[nodiscard]] bool isOnSameDay(Date date) const {
     const double seconds = date.secondsSinceReferenceDate + Date::referenceSince1970;
     return seconds >= begin_ && seconds < end_;
