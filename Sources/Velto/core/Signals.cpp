@@ -128,8 +128,8 @@ public:
     return next([](std::size_t) {});
   }
 
-  // Same, and calls `meanwhile` with 0 to blockFrames / 2 - 1 on the way. Interleaving hides the
-  // latency of dependent operations such as a filter's.
+  // Same, and calls `meanwhile` with 0 to blockFrames / 2 - 1 between oscillators. Interleaving
+  // hides the latency of dependent operations such as a filter's.
   template <typename Meanwhile>
   Block next(Meanwhile meanwhile) {
     Block sums{};

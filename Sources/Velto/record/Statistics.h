@@ -46,7 +46,7 @@ inline constexpr std::size_t curveLength = 60;        // newest answers of a dri
 // The statistics at the moment `now`, in one pass over `attempts`, oldest first. Dates out of the
 // calendar's range count neither for the streak nor for today. Days are local: the time zone (the
 // variable TZ, else the system's) is read again on each call. Any thread; no other thread may
-// change the environment meanwhile.
+// change the environment during the call.
 [[nodiscard]] Stats compute(std::span<const Attempt> attempts,
                             const std::map<std::int64_t, BandRoll>& lifetime, Date now);
 
