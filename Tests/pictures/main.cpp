@@ -8,6 +8,8 @@
 #include "kit/GuiTesting.h"
 #include "kit/Stage.h"
 
+#include "Bands.h"
+
 #include <QDir>
 #include <QProcess>
 

@@ -5,7 +5,7 @@
 #include "kit/GuiTesting.h"
 #include "kit/Snippet.h"
 
-#include "Drills.h"
+#include "Bands.h"
 
 #include <gtest/gtest.h>
 

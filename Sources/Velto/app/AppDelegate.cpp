@@ -233,7 +233,7 @@ void AppDelegate::scheduleShot(const QString& path) {
 }
 
 bool AppDelegate::submitScripted(double answer) {
-  // Reject a slot that fits no integer before anything is recorded.
+  // Grading aborts if a slot does not fit an integer: reject it before anything is recorded.
   if (session_.drill() == Drill::polarity && !(std::abs(answer) < 0x1p63)) {
     std::fputs("Velto: --answer is not a slot\n", stderr);
     return false;

@@ -43,7 +43,7 @@ public:
   [[nodiscard]] static double areaHeight() { return StripLayout::areaHeight; }
   [[nodiscard]] static double chipHeight() { return ChipLayout::chipHeight; }
 
-  // The width of a tick in whole device pixels, so that all ticks look alike.
+  // The width of a tick, in points, rounded to whole device pixels so that all ticks look alike.
   [[nodiscard]] Q_INVOKABLE static double tickWidth(double devicePixelRatio) {
     return DevicePixels::wholeWidth(StripLayout::tickWidth, devicePixelRatio);
   }
