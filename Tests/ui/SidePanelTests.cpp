@@ -64,9 +64,10 @@ void expectBar(const Stage& stage, const Picture& picture, const QColor& ground,
   SCOPED_TRACE("bar " + std::to_string(index));
   QQuickItem* bar = stage.item("bar" + QString::number(index));
   const QRectF box = Stage::box(bar);
-  const double share = (320.0 - 2 * 26) / 27;
-  EXPECT_NEAR(box.left(), 840 + index * (share + 2), 0.5);
-  EXPECT_NEAR(box.right(), 840 + index * (share + 2) + share, 0.5);
+  const double gap = std::round(2 * picture.scale()) / picture.scale();
+  const double share = (320.0 - gap * 26) / 27;
+  EXPECT_NEAR(box.left(), 840 + index * (share + gap), 0.5);
+  EXPECT_NEAR(box.right(), 840 + index * (share + gap) + share, 0.5);
   EXPECT_NEAR(box.bottom(), 136, 0.01);
   EXPECT_NEAR(bar->property("barHeight").toDouble(), height, 0.01);
   EXPECT_NEAR(bar->property("radius").toDouble(), 2, 1e-9);
