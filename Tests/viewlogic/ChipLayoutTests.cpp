@@ -129,6 +129,17 @@ TEST(Chips, TouchTheirBarWhereTheyCrossTheOther) {
   EXPECT_EQ(right.answer, (ChipLayout::Place{674, 30, true}));
 }
 
+TEST(Chips, TouchTheirBarWhereTheyJustFitBetweenBars) {
+  const auto left =
+      ChipLayout::place(ChipLayout::Marker{10, 60}, ChipLayout::Marker{75, 104}, 739, 1);
+  EXPECT_EQ(left.answer, (ChipLayout::Place{11, 6}));
+  EXPECT_EQ(left.truth, (ChipLayout::Place{81, 6}));
+  const auto right =
+      ChipLayout::place(ChipLayout::Marker{735, 60}, ChipLayout::Marker{670, 104}, 739, 1);
+  EXPECT_EQ(right.truth, (ChipLayout::Place{560, 6}));
+  EXPECT_EQ(right.answer, (ChipLayout::Place{674, 6}));
+}
+
 TEST(Chips, OfEqualMarkersStandOnBothSidesOrWhereThereIsRoom) {
   const auto at = [](double x) {
     return ChipLayout::place(ChipLayout::Marker{x, 60}, ChipLayout::Marker{x, 104}, 739, 1);

@@ -17,6 +17,7 @@ TEST(Share, KeepsWholePointsWhereTheGapIsWholePixels) {
   for (const double ratio : {1.0, 1.5, 2.0}) {
     EXPECT_EQ(DevicePixels::share(0, 27, 320, 2, ratio), (DevicePixels::Span{0, 10}));
     EXPECT_EQ(DevicePixels::share(1, 27, 320, 2, ratio), (DevicePixels::Span{12, 10}));
+    EXPECT_EQ(DevicePixels::share(6, 27, 320, 2, ratio), (DevicePixels::Span{72, 9}));
     EXPECT_EQ(DevicePixels::share(26, 27, 320, 2, ratio), (DevicePixels::Span{310, 10}));
   }
 }

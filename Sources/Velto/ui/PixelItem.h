@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <QQuickItem>
 #include <QRectF>
+#include <QtQml/qqmlregistration.h>
 
 namespace velto {
 
@@ -11,6 +12,7 @@ namespace velto {
 // device pixels of the window. Main thread only.
 class PixelItem : public QQuickItem {
   Q_OBJECT
+  QML_ANONYMOUS
 
 public:
   explicit PixelItem(QQuickItem* parent = nullptr);
