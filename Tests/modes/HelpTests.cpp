@@ -51,7 +51,7 @@ Names tableNames() {
   return names;
 }
 
-// What bash offers for the last of the words.
+// What bash offers to complete the last word.
 Words offered(const Words& words) {
   const ScratchFolder folder;
   for (const char* file : {"one.png", "one more.png", "two.png"})
@@ -71,13 +71,13 @@ Words offered(const Words& words) {
   return lines;
 }
 
-TEST(Help, KnowsTheSwitchesThatTheProgramLooksFor) {
+TEST(Help, ListsExactlyTheSwitchesThatTheProgramParses) {
   const std::string sources = contentOf(root / "Sources/Velto/app/main.cpp") +
                               contentOf(root / "Sources/Velto/app/LaunchOptions.cpp");
   EXPECT_EQ(found(sources, "(?:has|valueOf)\\(\"(--[a-z-]+)\"\\)"), tableNames());
 }
 
-TEST(Help, AndItsTextGivesEachALineWithItsValue) {
+TEST(Help, PrintsALineWithTheValueOfEachSwitch) {
   const std::string text = help();
   EXPECT_EQ(found(text, "^  (--[a-z-]+) "), tableNames());
   for (const Help::Switch& one : Help::switches()) {
@@ -88,7 +88,7 @@ TEST(Help, AndItsTextGivesEachALineWithItsValue) {
   }
 }
 
-TEST(Help, ListsTheModesInTheOrderInWhichTheyDecide) {
+TEST(Help, ListsTheModesInOrderOfPrecedence) {
   const std::string source = contentOf(root / "Sources/Velto/app/main.cpp");
   std::size_t before = 0;
   for (const Help::Switch& one : Help::switches()) {
@@ -106,7 +106,7 @@ TEST(Help, FitsEightyColumns) {
     EXPECT_LE(line.size(), 80U) << line;
 }
 
-TEST(Help, EndsWithWhereTheRecordLies) {
+TEST(Help, EndsWithThePathOfTheRecord) {
   EXPECT_TRUE(help().ends_with("\n  /home/someone/.local/share/MORLA Velto/profile.json"));
   EXPECT_TRUE(help({{"XDG_DATA_HOME", "/data"}, {"HOME", "/home/someone"}})
                   .ends_with("\n  /data/MORLA Velto/profile.json"));
@@ -129,7 +129,7 @@ TEST(Help, AgreesWithTheCompletion) {
   EXPECT_EQ(words.size(), Help::switches().size());
 }
 
-TEST(Completion, OffersWhatBeginsAsTyped) {
+TEST(Completion, OffersSwitchesWithTheTypedPrefix) {
   EXPECT_EQ(offered({"velto", "--b"}), (Words{"--bench", "--bench-audio", "--brand-check"}));
   EXPECT_EQ(offered({"velto", "--drill", "level", "--an"}), (Words{"--answer"}));
   EXPECT_EQ(offered({"velto", "--xyz"}), Words{});
