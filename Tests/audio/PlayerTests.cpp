@@ -253,8 +253,8 @@ TEST_F(PlayerTest, StopTwiceAndStopWhileIdleAreHarmless) {
   EXPECT_EQ(output.opened(), 1);
 }
 
-// A second load on the running stream: the old slots fade out well before the new ones start, and
-// those start together at their first frame.
+// A second load on the running stream: the old slots have faded out before the new ones start, each
+// at its first frame.
 TEST(Player, ASecondLoadPlaysNoFrameOfTheFirstAfterItsStart) {
   for (const std::size_t block : {1U, 64U, 441U, 480U, 1920U, 333U}) {
     FakeOutput output;
@@ -334,7 +334,7 @@ TEST_F(PlayerDeathTest, AnInvalidSlotEndsTheProcess) {
   EXPECT_DEATH(load({Slot{}}, 0), "without buffers");
 }
 
-// A player, the state that it must be in, and random calls.
+// Makes random calls to a player and models its state.
 class PlayerAndModel {
 public:
   explicit PlayerAndModel(FakeOutput& output) : output_(output), player_(output.factory(), 1ms) {}
@@ -438,7 +438,7 @@ private:
   std::vector<std::weak_ptr<const void>> watched_;
 };
 
-// For any sequence of calls and any block sizes: the state follows the rules, nothing sounds
+// For any sequence of calls and any block sizes: the state matches the model, there is silence
 // between the fade tail and the start, and a settled slot plays bit for bit.
 RC_GTEST_PROP(Player, FollowsItsRulesForAnySequenceOfCalls, ()) {
   FakeOutput output;
@@ -455,7 +455,7 @@ RC_GTEST_PROP(Player, FollowsItsRulesForAnySequenceOfCalls, ()) {
 
 // For the thread sanitizer: the main thread loads, switches and stops as fast as it can while a
 // device thread renders without a pause. Buffers come and go.
-TEST(Player, MainThreadAndDeviceThreadNeverRaceForABuffer) {
+TEST(Player, MainThreadAndDeviceThreadDoNotRace) {
   kit::TestPlayer player([] { return std::make_unique<RacingDevice>(); }, 0ms);
   float highest = 0;
   for (std::uint32_t i = 0; i < 3000; ++i) {
@@ -474,7 +474,7 @@ TEST(Player, MainThreadAndDeviceThreadNeverRaceForABuffer) {
       std::this_thread::yield();
   }
   EXPECT_LE(highest, 1.0F);
-  EXPECT_FALSE(RacingDevice::wasWild());
+  EXPECT_FALSE(RacingDevice::exceededLimits());
 }
 
 } // namespace

@@ -72,7 +72,7 @@ double lineAt(double from, double to, std::size_t i) {
   return from + (to - from) * std::min(1.0, static_cast<double>(i) / static_cast<double>(ramp));
 }
 
-// The gain at frame `i` of a start, whose fade-in has run `lead` frames when the voices begin.
+// The gain at frame `i` of a start whose fade-in has already run for `lead` frames.
 double startGain(std::size_t lead, std::size_t i) {
   if (i < rise)
     return lineAt(0, 1, lead + rise) * static_cast<double>(i) / double{rise};
@@ -89,8 +89,8 @@ protected:
   }
 };
 
-// A minute in real time. Every frame is accounted for: it is the current slot's, bit for bit and at
-// the phase that all slots share since the start, or belongs to a crossfade between two slots.
+// A minute in real time. Every frame is either the current slot's, bit for bit and at the common
+// phase of all slots, or part of a crossfade between two slots.
 TEST_F(Recorded, AMinuteOfSwitchingLosesAndRepeatsNoFrameAndKeepsAllSlotsInPhase) {
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1), noiseSlot(loopFrames, 2),
                                 noiseSlot(loopFrames, 3)};
@@ -125,7 +125,7 @@ TEST_F(Recorded, AMinuteOfSwitchingLosesAndRepeatsNoFrameAndKeepsAllSlotsInPhase
     const Slot& slot = slots[played[k]];
     const std::size_t end = out.frames();
     const std::size_t rest = firstDifference(out, frame, end, slot, (frame - start) % loopFrames);
-    ASSERT_GT(rest - frame, 10000U) << "the slot " << played[k] << " is not where it belongs";
+    ASSERT_GT(rest - frame, 10000U) << "slot " << played[k] << " is not in phase";
     compared += rest - frame;
     frame = rest;
     if (k + 1 == played.size())
@@ -141,9 +141,10 @@ TEST_F(Recorded, AMinuteOfSwitchingLosesAndRepeatsNoFrameAndKeepsAllSlotsInPhase
     crossfaded += ramp;
     frame = begin + ramp;
   }
-  EXPECT_EQ(frame, out.frames()) << "the recording ends otherwise than with the last slot";
+  EXPECT_EQ(frame, out.frames()) << "the recording does not end with the last slot";
   EXPECT_GT(compared + crossfaded, 60 * second);
-  EXPECT_EQ(player.engine().callbackCounts().missed, 0U) << "though no frame is lost";
+  EXPECT_EQ(player.engine().callbackCounts().missed, 0U)
+      << "no frame is lost, so no callback can have been missed";
   report("frames that are the current slot's, bit for bit", static_cast<double>(compared), 0, "");
   report("frames in crossfades, each as computed", static_cast<double>(crossfaded), 0, "");
   report("switches", static_cast<double>(played.size() - 1), 0, "");
@@ -185,8 +186,8 @@ private:
   std::vector<std::jthread> loops_;
 };
 
-// The slots have the same left channel, so no switch may change a bit of it; the right channel
-// tells which slots are heard.
+// All slots have the same left channel, so no switch may change a bit of it. The right channel
+// shows which slot is heard.
 TEST_F(Prompt, BusyProcessorsLoseNoFrameInAMinuteOfFastSwitching) {
   const Slot noise = noiseSlot(loopFrames, 1);
   std::vector<Slot> slots;
@@ -195,7 +196,7 @@ TEST_F(Prompt, BusyProcessorsLoseNoFrameInAMinuteOfFastSwitching) {
   Recorder recorder;
   kit::TestPlayer player;
   player.load(slots, 0);
-  recorder.waitForMore(second); // let the fade-in end: a switch would alter it
+  recorder.waitForMore(second); // a switch during the fade-in would change the left channel
   const BusyProcessors busy;
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   std::size_t switches = 0;
