@@ -130,7 +130,7 @@ TEST(SoundReturns, EachTimeTheServerDiesAndComesBack) {
     Recorder recorder;
     EXPECT_TRUE(practice.hears(recorder, round == 0 ? 1 : 0));
   }
-  // A new trial does not wait for the next attempt.
+  // A new trial retries at once.
   server->kill();
   said += line(refused);
   ASSERT_TRUE(practice.says(said));
@@ -200,7 +200,7 @@ TEST(SoundReturns, OnSinksOfAnotherRateAndOfOneChannel) {
     const std::string name = "odd" + std::to_string(format.size());
     pactl("load-module module-null-sink norewinds=1 sink_name=" + name + " " + format);
     pactl("set-default-sink " + name);
-    if (!practice) // opens the first sink and is moved to the others
+    if (!practice) // it opens the first sink; the server moves it to the others
       practice.emplace();
     ASSERT_TRUE(eventually([] { return !streams().empty(); }));
     Recorder recorder(name + ".monitor");
