@@ -86,8 +86,8 @@ struct BlindAnswer {
   return best;
 }
 
-// The number of hits in `trials` trials that a listener with `chance` exceeds with a probability
-// below 1 - `confidence`.
+// The smallest number of hits in `trials` trials that a listener with this `chance` exceeds with a
+// probability of at most 1 - `confidence`.
 [[nodiscard]] inline int mostHitsByChance(double chance, int trials, double confidence = 0.99) {
   double probability = std::pow(1 - chance, trials), sum = probability;
   int hits = 0;

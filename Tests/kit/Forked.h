@@ -1,4 +1,4 @@
-// Runs part of a test in a process of its own.
+// Runs part of a test in a separate process.
 #pragma once
 
 #include <gtest/gtest.h>
