@@ -1,7 +1,8 @@
 // Predicts the trials of the program from its start time.
 #pragma once
 
-#include "Drills.h"
+#include "Drill.h"
+#include "Trial.h"
 
 #include <chrono>
 #include <cstdint>

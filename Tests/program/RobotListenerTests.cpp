@@ -10,9 +10,9 @@
 #include "kit/Recorder.h"
 #include "kit/TrialMode.h"
 
-#include "Drills.h"
 #include "Numbers.h"
 #include "Scales.h"
+#include "Staircase.h"
 
 #include <gtest/gtest.h>
 

@@ -2,6 +2,7 @@
 // and answered. They may leave nothing behind but the record.
 #include "Session.h"
 
+#include "Bands.h"
 #include "Numbers.h"
 #include "kit/Answers.h"
 #include "kit/FakeOutput.h"

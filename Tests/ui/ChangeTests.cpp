@@ -3,6 +3,7 @@
 
 #include "kit/Snippet.h"
 
+#include "Bands.h"
 #include "ScaleModel.h"
 
 #include <QMetaMethod>
