@@ -92,12 +92,6 @@ class MixerWithBlocks : public ::testing::TestWithParam<std::size_t> {};
 INSTANTIATE_TEST_SUITE_P(blocks, MixerWithBlocks,
                          ::testing::Values(1, 7, 64, 255, 256, 257, 441, 480, 600, 1920, 4801));
 
-TEST(Mixer, IsSilentWithoutAScene) {
-  Desk desk;
-  for (const float sample : desk.render(1000))
-    ASSERT_EQ(sample, 0.0F);
-}
-
 TEST_P(MixerWithBlocks, StartsAfterTheDelayAndRisesWithinOneStepToTheFadeIn) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1)}, 0, 3840);
@@ -206,19 +200,6 @@ TEST(Mixer, ACrossfadeDuringTheRiseStartsWithoutAJump) {
     ASSERT_NEAR(out[i], volume * (1 - static_cast<double>(i) / ramp), 1e-7) << i;
 }
 
-TEST(Mixer, ACrossfadeBeforeTheStartRunsFromItsSwitch) {
-  Desk desk;
-  desk.play({constantSlot(10, 0, 0), constantSlot(10, 1, 1)}, 0, 3840);
-  (void)desk.render(2000);
-  desk.fadeTo(1);
-  const auto out = desk.render(9000);
-  const double reached = (1840.0 + step) / ramp;
-  for (std::size_t i = 0; i < step; ++i)
-    ASSERT_NEAR(out[1840 + i], reached * static_cast<double>(i) / step, 1e-7) << i;
-  for (std::size_t i = 1840 + step; i < ramp; ++i)
-    ASSERT_NEAR(out[i], static_cast<double>(i) / ramp, 1e-7) << i;
-}
-
 TEST(Mixer, VolumesMoveInTwelve32BitSteps) {
   Desk desk;
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 0);
@@ -252,57 +233,6 @@ TEST(Mixer, AnEndedSceneFadesOutIn240FramesWithoutAJump) {
   }
   for (std::size_t i = 240; i < out.size(); ++i)
     ASSERT_EQ(out[i], 0.0F) << i;
-}
-
-TEST(Mixer, AFadeTailContinuesTheCrossfadeInProgress) {
-  Desk desk;
-  desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0)}, 0, 0);
-  (void)desk.render(ramp);
-  desk.fadeTo(1);
-  (void)desk.render(3600);
-  desk.silence();
-  const auto out = desk.render(300);
-  EXPECT_EQ(out[0], 0.5F);
-  EXPECT_NEAR(out[120], 0.5 * (0.5 - 120.0 / ramp), 1e-6);
-  EXPECT_EQ(out[240], 0.0F);
-}
-
-TEST(Mixer, ASceneThatEndsBeforeItStartsIsNeverHeard) {
-  Desk desk;
-  desk.play({constantSlot(10, 1, 1)}, 0, 100);
-  (void)desk.render(100);
-  desk.silence();
-  for (const float sample : desk.render(9000))
-    ASSERT_EQ(sample, 0.0F);
-}
-
-TEST(Mixer, FadeTailsInQuickSuccessionAddUpWithoutAJump) {
-  Desk desk;
-  desk.play({constantSlot(10, 0.5F, 0.5F)}, 0, 0);
-  (void)desk.render(ramp);
-  float last = 0.5F;
-  for (int i = 0; i < 300; ++i) {
-    desk.play({constantSlot(10, 0.5F, 0.5F)}, 0, 0);
-    for (const float sample : desk.render(7, 7)) {
-      ASSERT_LT(std::abs(sample - last), 0.01F) << i;
-      last = sample;
-    }
-  }
-  desk.silence();
-  const auto out = desk.render(300);
-  EXPECT_LT(std::abs(out[0] - last), 0.01F);
-  EXPECT_EQ(out[240], 0.0F);
-}
-
-TEST(Mixer, AnEmptySlotIsSilent) {
-  Desk desk;
-  desk.play({constantSlot(0, 0, 0), constantSlot(10, 1, 1)}, 0, 0);
-  for (const float sample : desk.render(ramp))
-    ASSERT_LT(sample, 1.0F); // only the empty slot is chosen
-  EXPECT_EQ(desk.render(1)[0], 0.0F);
-  desk.fadeTo(1);
-  (void)desk.render(ramp);
-  EXPECT_EQ(desk.render(1)[0], 1.0F);
 }
 
 TEST(Mixer, AnUnknownSlotIsSilent) {

@@ -90,20 +90,6 @@ TEST_F(PlayerTest, AllVolumesAreZeroAsSoonAsLoadReturns) {
   EXPECT_EQ(volumes(), (Volumes{0, 0, 0}));
 }
 
-TEST_F(PlayerTest, SwitchToMovesToTheOtherSlot) {
-  const std::vector<Slot> slots{noiseSlot(1000, 1), noiseSlot(1000, 2)};
-  load(slots, 0);
-  (void)left(ramp);
-  player.switchTo(1);
-  EXPECT_EQ(player.current(), 1);
-  EXPECT_TRUE(player.isPlaying());
-  (void)left(ramp);
-  EXPECT_EQ(volumes(), (Volumes{0, 1, 0}));
-  const auto out = left(2000);
-  for (std::size_t i = 0; i < out.size(); ++i)
-    ASSERT_EQ(out[i], (*slots[1].l)[(2 * ramp - startDelay + i) % 1000]) << i;
-}
-
 TEST_F(PlayerTest, TwoSwitches50msApartEndWithTheSecondSlotOnly) {
   load({noiseSlot(1000, 1), noiseSlot(1000, 2), noiseSlot(1000, 3)}, 0);
   (void)left(ramp);
@@ -158,46 +144,6 @@ TEST_F(PlayerTest, IndicesBeyondTheNodesAreIgnored) {
   }
 }
 
-TEST_F(PlayerTest, SwitchToDoesNothingWhileIdle) {
-  player.switchTo(1);
-  EXPECT_EQ(player.current(), 0);
-  EXPECT_FALSE(player.isPlaying());
-  load({constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, 0);
-  player.stop();
-  player.switchTo(1);
-  EXPECT_EQ(player.current(), 0);
-}
-
-TEST_F(PlayerTest, UsesOnlyTheFirstThreeSlots) {
-  load({constantSlot(10, 0.25F, 0), constantSlot(10, 0.5F, 0), constantSlot(10, 0.75F, 0),
-        constantSlot(10, 1, 0), Slot{}},
-       2);
-  (void)left(ramp);
-  EXPECT_EQ(left(1)[0], 0.75F);
-}
-
-TEST_F(PlayerTest, AStartAtAMissingNodeIsSilent) {
-  for (const std::int64_t startAt : {std::int64_t{3}, std::int64_t{-1}}) {
-    load({constantSlot(10, 1, 1), constantSlot(10, 1, 1), constantSlot(10, 1, 1)}, startAt);
-    EXPECT_EQ(player.current(), startAt);
-    EXPECT_TRUE(player.isPlaying());
-    EXPECT_TRUE(isSilent(left(3 * ramp)));
-    EXPECT_EQ(volumes(), (Volumes{0, 0, 0}));
-    player.stop();
-    (void)left(480);
-  }
-}
-
-TEST_F(PlayerTest, NoSlotsAndEmptySlotsAreSilent) {
-  load({}, 0);
-  EXPECT_TRUE(player.isPlaying());
-  EXPECT_TRUE(isSilent(left(3 * ramp)));
-  load({constantSlot(0, 0, 0), constantSlot(0, 0, 0)}, 0);
-  EXPECT_TRUE(player.isPlaying());
-  player.switchTo(1);
-  EXPECT_TRUE(isSilent(left(3 * ramp)));
-}
-
 TEST_F(PlayerTest, StopIsImmediateAndClosesTheDevice) {
   load({constantSlot(10, 1, 1)}, 0);
   (void)left(2 * ramp);
@@ -242,15 +188,6 @@ TEST(Player, StopDuringACrossfadeCancelsIt) {
   const auto out = output.pull(ramp, 480).l;
   EXPECT_EQ(out.front(), 0.0F);
   EXPECT_EQ(out.back(), 0.5F);
-}
-
-TEST_F(PlayerTest, StopTwiceAndStopWhileIdleAreHarmless) {
-  player.stop();
-  load({constantSlot(10, 1, 1)}, 0);
-  player.stop();
-  player.stop();
-  EXPECT_FALSE(player.isPlaying());
-  EXPECT_EQ(output.opened(), 1);
 }
 
 // A second load on the running stream: the old slots have faded out before the new ones start, each

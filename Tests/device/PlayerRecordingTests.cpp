@@ -19,7 +19,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <iostream>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <poll.h>
@@ -222,30 +221,6 @@ TEST_F(Prompt, BusyProcessorsLoseNoFrameInAMinuteOfFastSwitching) {
   EXPECT_GT(*highest, 0.45F);
 }
 
-TEST_F(Recorded, ASwitchIsALinearRampOf150ms) {
-  const std::vector<Slot> slots{constantSlot(4800, 0.5F, 0.5F), constantSlot(4800, 0, 0)};
-  Recorder recorder;
-  kit::TestPlayer player;
-  player.load(slots, 0);
-  recorder.waitForMore(second / 2);
-  player.switchTo(1);
-  recorder.waitForMore(second / 2);
-  const Recording out = asRendered(recorder.stop());
-  const std::size_t rest = firstSound(out, 0) + ramp;
-  const std::size_t begin = firstDifference(out, rest, out.frames(), slots[0], 0) - 1;
-  const std::size_t end = firstSilence(out, rest, 1000);
-  ASSERT_LT(end, out.frames());
-  double deviation = 0;
-  for (std::size_t i = 0; begin + i < end; ++i)
-    deviation = std::max(deviation,
-                         std::abs(static_cast<double>(out.l[begin + i]) / 0.5 - lineAt(1, 0, i)));
-  const double milliseconds = static_cast<double>(end - begin) / 48;
-  report("length of the crossfade", milliseconds, 3, "ms");
-  report("largest deviation from the line", 1e9 * deviation, 1, "parts in 1e9");
-  EXPECT_NEAR(milliseconds, 150, 0.06 * 150);
-  EXPECT_LT(deviation, 0.06);
-}
-
 TEST_F(Recorded, AFadeOfASineAddsNothingAbove5kHz) {
   const std::vector<Slot> slots{sineSlot(4800, 100, 0.5), constantSlot(4800, 0, 0)}; // 1 kHz
   Recorder recorder;
@@ -275,46 +250,6 @@ TEST_F(Recorded, AFadeOfASineAddsNothingAbove5kHz) {
   report("largest sample above 5 kHz, sine at -6 dB", worstPeak, 1, "dB");
   EXPECT_LT(worst, -80);
   EXPECT_LT(worstPeak, -80);
-}
-
-TEST_F(Recorded, ASwitchBetweenIdenticalSlotsChangesNoBit) {
-  const Slot a = noiseSlot(loopFrames, 1), b = kit::slotOf(*a.l, *a.r);
-  const std::vector<Slot> slots{a, b, a};
-  Recorder recorder;
-  kit::TestPlayer player;
-  player.load(slots, 0);
-  recorder.waitForMore(second / 2);
-  for (const std::int64_t slot : {1, 0, 2, 1, 2, 0}) {
-    player.switchTo(slot);
-    recorder.waitForMore(slot == 2 ? 4000 : 12000); // some interrupt another crossfade
-  }
-  const Recording out = asRendered(recorder.stop());
-  const std::size_t start = firstSound(out, 0) - 1;
-  std::vector<float> expected;
-  for (std::size_t i = start + ramp; i < out.frames(); ++i)
-    expected.push_back((*a.l)[(i - start) % loopFrames]);
-  ASSERT_GT(expected.size(), second);
-  const double residual = kit::residualDB({out.l.data() + start + ramp, expected.size()}, expected);
-  std::cout << "  residual: "
-            << (std::isinf(residual) ? "none, bit for bit" : Numbers::fixed(residual, 1) + " dB")
-            << '\n';
-  EXPECT_EQ(residual, -std::numeric_limits<double>::infinity());
-}
-
-TEST_F(Recorded, AStartRisesFromZero) {
-  const std::vector<Slot> slots{constantSlot(4800, 0.5F, -0.5F)};
-  Recorder recorder;
-  kit::TestPlayer player;
-  player.load(slots, 0);
-  recorder.waitForMore(second / 2);
-  const Recording out = asRendered(recorder.stop());
-  const std::size_t start = firstSound(out, 0) - 1;
-  for (std::size_t i = 0; i < ramp; ++i) {
-    ASSERT_NEAR(static_cast<double>(out.l[start + i]), 0.5 * startGain(startLead, i), 1e-7) << i;
-    ASSERT_EQ(out.r[start + i], -out.l[start + i]) << i;
-  }
-  report("first frame that is heard, relative to full gain",
-         20 * std::log10(static_cast<double>(out.l[start + 1]) / 0.5), 1, "dB");
 }
 
 // The stream stays open between two trials: the first fades out within 5 ms, then there is silence,

@@ -13,7 +13,6 @@
 #include <atomic>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 #include <string>
 #include <thread>
 #include <vector>
@@ -89,12 +88,6 @@ TEST(Spectrum, MeasuresAFaintHighToneBesideALowOne) {
     both[i] = (*low.l)[i] + (*high.l)[i];
   EXPECT_NEAR(partAboveDB(both, 5000), -80, 0.01);
   EXPECT_NEAR(peakAboveDB(both, 5000), 20 * std::log10(0.5e-4), 0.1);
-}
-
-TEST(Spectrum, TheResidualIsTheLevelOfTheDifference) {
-  const std::vector<float> a{0.5F, -0.5F}, b{0.25F, -0.25F};
-  EXPECT_NEAR(residualDB(a, b), 20 * std::log10(0.25), 1e-9);
-  EXPECT_EQ(residualDB(a, a), -std::numeric_limits<double>::infinity());
 }
 
 // A player's output over two switches, rendered in blocks of odd sizes.

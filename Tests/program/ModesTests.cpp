@@ -188,17 +188,6 @@ TEST(Modes, RunWithoutATemporaryDirectory) {
   EXPECT_EQ(run({"--bench"}, {.environment = none}).status, 0);
 }
 
-TEST(SeedDemo, RefusesWithoutAFolderAndTouchesNothing) {
-  const ScratchFolder folder;
-  const ChildResult result = run(
-      {"--seed-demo"}, {.environment = {{"HOME", folder.path()}, {"XDG_DATA_HOME", folder.path()}},
-                        .folder = folder.path().string()});
-  EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(result.out, "");
-  EXPECT_EQ(result.error, refusal);
-  EXPECT_TRUE(fs::is_empty(folder.path()));
-}
-
 TEST(SeedDemo, FillsTheGivenFolder) {
   const ScratchFolder folder;
   const ChildResult result =
