@@ -113,7 +113,7 @@ TEST(Help, EndsWithThePathOfTheRecord) {
   EXPECT_TRUE(help({{"VELTO_PROFILE_DIR", "/x"}}).ends_with("\n  /x/profile.json"));
   EXPECT_TRUE(help({{"VELTO_PROFILE_DIR", "x"}})
                   .ends_with("\n  " + (fs::current_path() / "x/profile.json").string()));
-  EXPECT_TRUE(help({}).ends_with("\n  nowhere: neither XDG_DATA_HOME nor a home is known"));
+  EXPECT_TRUE(help({}).ends_with("\n  unknown: no usable XDG_DATA_HOME and no home directory"));
 }
 
 TEST(Help, AgreesWithTheManualPage) {
