@@ -265,7 +265,7 @@ TEST_F(PlayerTest, ADeviceThatFailsWhilePlayingIsReplacedByTheNextLoad) {
 
 using PlayerDeathTest = PlayerTest;
 
-TEST_F(PlayerDeathTest, AnInvalidSlotEndsTheProcess) {
+TEST_F(PlayerDeathTest, DiesIfASlotIsInvalid) {
   ::testing::FLAGS_gtest_death_test_style = "threadsafe";
   EXPECT_DEATH(load({kit::slotOf(Samples(10), Samples(11))}, 0), "differ in length");
   EXPECT_DEATH(load({Slot{}}, 0), "without buffers");

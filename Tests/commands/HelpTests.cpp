@@ -116,14 +116,14 @@ TEST(Help, EndsWithThePathOfTheRecord) {
   EXPECT_TRUE(help({}).ends_with("\n  unknown: no usable XDG_DATA_HOME and no home directory"));
 }
 
-TEST(Help, AgreesWithTheManualPage) {
+TEST(Help, MatchesTheManualPage) {
   Names names;
   for (const std::string& name : found(contentOf(root / "Packaging/velto.1"), "^\\.It Fl (-\\S+)"))
     names.insert(std::string(1, '-').append(name));
   EXPECT_EQ(names, tableNames());
 }
 
-TEST(Help, AgreesWithTheCompletion) {
+TEST(Help, MatchesTheCompletion) {
   const Words words = offered({"velto", ""});
   EXPECT_EQ(Names(words.begin(), words.end()), tableNames());
   EXPECT_EQ(words.size(), Help::switches().size());

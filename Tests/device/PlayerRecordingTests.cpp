@@ -407,7 +407,7 @@ TEST_F(Recorded, WithoutASoundServerLoadReportsItInOneLineAndStaysIdle) {
   EXPECT_TRUE(player.isPlaying());
 }
 
-// Ends the desk's sound server, so it runs last and on a desk of its own.
+// Ends the desk's sound server, so it runs alone on its own desk.
 class LastOnItsDesk : public Recorded {};
 
 TEST_F(LastOnItsDesk, SurvivesTheEndOfTheServer) {

@@ -67,7 +67,7 @@ TEST(Alignment, FindsSoundAndSilence) {
 }
 
 // A sine of amplitude 1 under a Hann window: power 1/2, times 3/8 for the window.
-TEST(Spectrum, ASineLiesInItsBins) {
+TEST(Spectrum, ASineIsConcentratedInItsBins) {
   const Slot slot = sineSlot(4096, 512, 1); // 6 kHz
   const auto power = powerSpectrum(*slot.l);
   ASSERT_EQ(power.size(), 2049U);
@@ -81,7 +81,7 @@ TEST(Spectrum, ASineLiesInItsBins) {
   EXPECT_NEAR(peakAboveDB(*slot.l, 5000), 0, 1e-3);
 }
 
-TEST(Spectrum, MeasuresAFaintHighToneBesideALowOne) {
+TEST(Spectrum, MeasuresAFaintHighToneNextToALowOne) {
   const Slot low = sineSlot(16384, 341, 0.5), high = sineSlot(16384, 3413, 0.5e-4); // 1 and 10 kHz
   std::vector<float> both(16384);
   for (std::size_t i = 0; i < both.size(); ++i)

@@ -220,7 +220,7 @@ TEST_F(ProfileSize, OfDeepNesting) {
   EXPECT_EQ(rowsOf(R"({"attempts":[],"x":)" + std::string(hundredMegabytes, '[')), 0U);
 }
 
-TEST_F(ProfileSize, OfForeignMembers) {
+TEST_F(ProfileSize, OfUnknownMembers) {
   EXPECT_EQ(rowsOf(changed(smallFile, R"("lifetime")",
                            repeated(R"("x":{"y":[1,2,3.5,"z",null]},)", hundredMegabytes) +
                                R"("lifetime")")),

@@ -121,7 +121,7 @@ private:
   ProgramRunner program_;
 };
 
-// A launch that answers its trial by itself and exits.
+// A launch with a scripted answer, which exits by itself.
 class ScriptedLaunch {
 public:
   ScriptedLaunch(const Cell& cell, double answer)
@@ -164,8 +164,8 @@ std::vector<Cell> cellsWithoutSound() {
   return cells;
 }
 
-// Launches overlap. Between two launches of a cell lie those of all other cells, more than a
-// second: the seed, taken from the second of the launch, differs.
+// Launches overlap. Launching all other cells between two launches of a cell takes more than a
+// second, so their seeds, taken from the time of launch in seconds, differ.
 void practise(std::vector<Cell>& cells) {
   constexpr std::size_t sideBySide = 6;
   std::deque<std::pair<Cell*, std::unique_ptr<ScriptedLaunch>>> running;

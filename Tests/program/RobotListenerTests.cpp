@@ -46,7 +46,7 @@ std::size_t trialsPerDrill(std::size_t usual) {
   return text == nullptr ? usual : static_cast<std::size_t>(std::atoi(text));
 }
 
-// The strip's last pixel stands for its end.
+// The last pixel of the strip represents its end.
 int pixelAt(double share) {
   return stripLeft + std::min(static_cast<int>(std::lround(share * stripWidth)), stripWidth - 1);
 }
@@ -180,7 +180,7 @@ void report(const std::string& drill, std::vector<double> misses) {
             << Numbers::fixed(worst, 4) << " dB\n";
 }
 
-// The target lies `error` above or below the answer, on the grid to which targets are rounded.
+// The target nearest to `heard` that is `error` above or below the answer, on the grid of targets.
 double truthNearest(double heard, double answer, double error, double grid) {
   double best = 1e9;
   for (const double candidate : {answer - error, answer + error})

@@ -239,7 +239,7 @@ TEST(SoundReturns, WithoutEverBlockingTheWindowWhileAServerIsFrozen) {
   EXPECT_TRUE(practice.reacts(1));
   practice.desktop.press(Keys::n);
   practice.desktop.minimise(practice.window);
-  std::this_thread::sleep_for(300ms); // the program tries in vain to close the output
+  std::this_thread::sleep_for(300ms); // the program tries to close the output and cannot
   practice.desktop.activate(practice.window);
   practice.desktop.waitForActive(practice.window);
   EXPECT_TRUE(practice.reacts(2));

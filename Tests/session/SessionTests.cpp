@@ -92,7 +92,7 @@ TEST(SessionStart, DropsTheRenderOfTheFirstTrial) {
   EXPECT_TRUE(std::ranges::equal(*rig->slots()[1].l, *expected[1].l));
 }
 
-TEST(SessionStartDeathTest, DiesOfAnImpossibleTime) {
+TEST(SessionStartDeathTest, DiesIfTheTimeIsInvalid) {
   const double impossible[] = {-1.0, std::numeric_limits<double>::quiet_NaN(),
                                std::numeric_limits<double>::infinity(), 0x1p64};
   const kit::ScratchProfile scratch;

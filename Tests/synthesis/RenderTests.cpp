@@ -64,7 +64,7 @@ RC_GTEST_PROP(RenderLaw, MatchesTheModelForFieldsSetByHand, ()) {
       sameBits(Drills::render(trial, seconds), reference::render(referenceTrial(trial), seconds)));
 }
 
-TEST(Render, MatchesTheModelOverATrialsLength) {
+TEST(Render, MatchesTheModelForTheLengthOfATrial) {
   const struct {
     std::uint64_t seed;
     double difficulty;
@@ -129,7 +129,7 @@ void expectMatchesModel(double target, const Samples& x) {
   EXPECT_TRUE(sameBits(actual.grDB, expected.grDB)) << x.size() << " frames, " << target << " dB";
 }
 
-TEST(Compressor, MatchesTheModelOverATrialsLength) {
+TEST(Compressor, MatchesTheModelForTheLengthOfATrial) {
   for (const Material material : Material::allCases) {
     const Samples x = source(material, 3.2, 1234);
     for (const double target : {0.8, 4.8, 12.0}) {

@@ -53,7 +53,7 @@ RC_GTEST_PROP(SignalsLaw, DrumsMatchTheModelOverWholeBars, ()) {
   require(sameBits(Signals::drums(seconds, seed), reference::drums(seconds, seed)));
 }
 
-TEST(Signals, MaterialsMatchTheModelOverATrialsLength) {
+TEST(Signals, MaterialsMatchTheModelForTheLengthOfATrial) {
   for (const Material material : Material::allCases)
     for (const std::uint64_t seed : {0ULL, 1ULL, 5150ULL, 40503ULL, ~0ULL})
       EXPECT_TRUE(sameBits(source(material, 3.2, seed), referenceSource(material, 3.2, seed)))

@@ -269,7 +269,7 @@ TEST(ReturnKey, ActivatesThePrimaryButtonFromEveryStop) {
   }
 }
 
-TEST(Focus, IsTakenByAClickWithoutARing) {
+TEST(Focus, MovesOnAClickWithoutARing) {
   Keyboard keyboard(Drill::polarity);
   keyboard.settle();
   const QImage untouched = keyboard.picture();
@@ -289,7 +289,7 @@ TEST(Focus, IsTakenByAClickWithoutARing) {
   EXPECT_EQ(other.ring(), nullptr) << "used by the mouse";
 }
 
-TEST(Focus, IsNotTakenByAClickOnADisabledButton) {
+TEST(Focus, StaysOnAClickOnADisabledButton) {
   Keyboard keyboard(Drill::polarity);
   keyboard.settle();
   keyboard.click("slot1");

@@ -100,7 +100,7 @@ TEST(Mix, BlendsByAFractionClampedToItsRange) {
   EXPECT_NEAR(third.blueF() * 255, 0x60 + 0.25 * (0x10 - 0x60), 0.01);
 }
 
-TEST(Mix, IsOpaqueWhateverItsColoursAre) {
+TEST(Mix, IsOpaqueForAnyColours) {
   const QColor mixed = mix(QColor(10, 20, 30, 128), QColor(50, 60, 70, 128), 0.5);
   EXPECT_EQ(mixed.alpha(), 255);
   EXPECT_NEAR(mixed.redF() * 255, 30, 0.01);
