@@ -63,7 +63,7 @@ TEST(Markers, OfEqualValuesAreOneBarThatBothChipsName) {
   }
 }
 
-// Also at the ends of the scale, where one half stands outside the strip.
+// Including the ends of the scale, where half of the marker extends beyond the strip.
 TEST(Markers, AreTwoPointsWideToThePixelAndCentredOnTheirValueOnWholePixels) {
   const struct {
     const char* qml;

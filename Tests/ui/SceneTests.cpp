@@ -1,5 +1,5 @@
-// Geometry, colours, faces and texts of the live scene and its picture. All expected figures are
-// literals; none comes from the program.
+// Geometry, colours, fonts and texts of the scene and of its picture. All expected values are
+// literals, not computed by the program.
 
 #include "kit/Snippet.h"
 
@@ -156,7 +156,7 @@ QString markerText(Drill drill, double value) {
 
 constexpr double slack = 1e-3; // of a pixel: scene transforms are 32-bit
 
-// A tick covers whole pixels in its own colour, and nothing beside them.
+// Expects a tick to cover whole pixels in its own colour, and nothing beside them.
 void expectTick(const Picture& picture, const QRectF& box, const QColor& color,
                 const QColor& ground) {
   const double s = picture.scale();
@@ -267,7 +267,7 @@ void expectScale(Stage& stage, const Picture& picture, const Wanted& wanted) {
                  markerText(wanted.drill, stage.session.answer()), false, answerColor, hues, fade,
                  hues.soft, wanted.graded() && near);
   } else {
-    // Faded as one picture: the strip does not shine through the bar.
+    // The area fades as a whole: the strip does not show through the bar.
     const QRectF bar = stage.box("answerMarkerBar");
     expectColor(picture.colorAt({bar.center().x() - 0.5, 180}),
                 over(at(hues.signal, 0.4), hues.surface), "the faded bar");
@@ -483,7 +483,7 @@ protected:
 
 } // namespace
 
-TEST_P(EveryDrill, LooksAsDrawnInEachStateAndPalette) {
+TEST_P(EveryDrill, MatchesItsDesignInEachStateAndPalette) {
   Stage stage(drill());
   const auto bothPalettes = [&](State state) {
     for (const bool dark : {true, false})
@@ -498,7 +498,7 @@ TEST_P(EveryDrill, LooksAsDrawnInEachStateAndPalette) {
   bothPalettes(State::miss);
 }
 
-TEST_P(EveryDrill, LooksAsDrawnAfterAHit) {
+TEST_P(EveryDrill, MatchesItsDesignAfterAHit) {
   Stage stage(drill());
   stage.grade(true);
   for (const bool dark : {true, false})
@@ -528,7 +528,7 @@ TEST(Layout, ChipsStayWhereTheyAreWhenTheDrillChanges) {
   }
 }
 
-TEST(Wordmark, IsSemiboldInTheSystemsFontWithoutItsFace) {
+TEST(Wordmark, UsesTheSemiboldSystemFontWithoutItsFace) {
   ASSERT_FALSE(BrandType::registered());
   Stage stage;
   const auto font = stage.item("wordmark")->property("font").value<QFont>();
