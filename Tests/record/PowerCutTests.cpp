@@ -137,7 +137,7 @@ public:
   // The number of the file in `folder`, from 1; 0 if it is missing or incomplete.
   static std::ptrdiff_t fileIn(const fs::path& folder) {
     const std::string content = kit::contentOf(folder / name);
-    return content.size() == size ? std::stol(content) : 0;
+    return content.size() == size ? std::strtol(content.c_str(), nullptr, 10) : 0;
   }
 
 private:
