@@ -229,6 +229,18 @@ const char* nameOf(CachedWrites cached) {
   return "";
 }
 
+// The names and sizes of a folder's files.
+std::string listing(const fs::path& folder) {
+  std::string text;
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(folder, error)) {
+    text += entry.path().filename().string() + ' ';
+    text += entry.is_regular_file() ? std::to_string(entry.file_size()) : "folder";
+    text += "; ";
+  }
+  return text;
+}
+
 int cutsInASession() {
   const char* cuts = std::getenv("VELTO_TEST_CUTS");
   return cuts == nullptr ? 6 : std::atoi(cuts);
@@ -362,6 +374,7 @@ void PowerCut::check(const Cut& cut, const std::vector<DiskEvent>& log, const An
   const LoopDevice disk(file("disk"));
   const Mounted mounted(disk.path(), file("mount"), GetParam(), GetParam().options);
   EXPECT_GE(Neighbour::fileIn(file("mount")), cut.neighbour) << "the disk lost what it flushed";
+  const std::string files = listing(location().directory);
   std::int64_t found = 0;
   {
     Profile profile(location());
@@ -374,7 +387,7 @@ void PowerCut::check(const Cut& cut, const std::vector<DiskEvent>& log, const An
     longestLoss_ = std::max(longestLoss_, cut.moment - answers.timeOfAnswer(found));
   failed_ += found < required || found > acknowledged + 1;
   EXPECT_GE(found, required) << session_ << ", cached writes " << nameOf(cut.cached) << ", "
-                             << acknowledged << " acknowledged";
+                             << acknowledged << " acknowledged; files: " << files;
   EXPECT_LE(found, acknowledged + 1) << session_;
   EXPECT_EQ(answersIn(Profile(location())), found + 1) << "the next answer, " << session_;
 }
