@@ -110,14 +110,24 @@ private:
 class Neighbour {
 public:
   struct Flushes {
+    struct Flush {
+      Clock::time_point begin, end;
+    };
     std::ptrdiff_t first = 0; // the number of the file from which it began
-    std::vector<Clock::time_point> ends;
-    Clock::duration longest{}; // that a file took
+    std::vector<Flush> all;
 
     // The number of the file on the disk at `moment`.
     [[nodiscard]] std::ptrdiff_t fileAt(Clock::time_point moment) const {
-      return first + std::count_if(ends.begin(), ends.end(),
-                                   [&](Clock::time_point time) { return time <= moment; });
+      return first + std::count_if(all.begin(), all.end(),
+                                   [&](const Flush& flush) { return flush.end <= moment; });
+    }
+    // The longest time that a file took, of those under way in the two seconds before `moment`.
+    [[nodiscard]] Clock::duration longestBefore(Clock::time_point moment) const {
+      Clock::duration longest{};
+      for (const Flush& flush : all)
+        if (flush.begin <= moment && flush.end >= moment - std::chrono::seconds(2))
+          longest = std::max(longest, flush.end - flush.begin);
+      return longest;
     }
   };
 
@@ -156,8 +166,7 @@ private:
       force(folder_ / "neighbour.part");
       fs::rename(folder_ / "neighbour.part", folder_ / name);
       force(folder_);
-      flushes_.ends.push_back(Clock::now());
-      flushes_.longest = std::max(flushes_.longest, flushes_.ends.back() - begin);
+      flushes_.all.push_back({begin, Clock::now()});
       std::this_thread::sleep_for(milliseconds(pause(random)));
     }
   }
@@ -262,8 +271,7 @@ private:
   void begin(const Start& start);
   void check(const Cut& cut, const std::vector<DiskEvent>& log, const AnswerLog& answers);
   [[nodiscard]] std::vector<Cut> cutsBetween(Clock::time_point begin, Clock::time_point end,
-                                             const std::vector<DiskEvent>& log,
-                                             Clock::duration flush);
+                                             const std::vector<DiskEvent>& log);
   [[nodiscard]] std::string options(std::size_t session) const {
     const bool often = session % 2 == 1 && GetParam().often[0] != '\0';
     return std::string(GetParam().options) + (often ? std::string(",") + GetParam().often : "");
@@ -340,14 +348,14 @@ void PowerCut::begin(const Start& start) {
 }
 
 std::vector<Cut> PowerCut::cutsBetween(Clock::time_point begin, Clock::time_point end,
-                                       const std::vector<DiskEvent>& log, Clock::duration flush) {
+                                       const std::vector<DiskEvent>& log) {
   std::vector<Clock::time_point> events;
   for (const DiskEvent& event : log)
     if (event.time >= begin && event.time <= end)
       events.push_back(event.time);
   std::vector<Cut> cuts;
   for (int i = 0; i < cutsInASession(); ++i) {
-    Cut cut{.moment = begin, .mayLose = std::chrono::seconds(1) + flush};
+    Cut cut{.moment = begin};
     // By the clock, or in the midst of what the disk does.
     if (i % 2 == 0 || events.empty())
       cut.moment = begin + Clock::duration(std::uniform_int_distribution<Clock::rep>(
@@ -423,8 +431,12 @@ void PowerCut::practise(std::size_t session) {
     flushes = neighbour.ended();
     log = disk.log();
   }
-  longestFlush_ = std::max(longestFlush_, flushes.longest);
-  auto cuts = cutsBetween(begun, ended, log, flushes.longest);
+  auto cuts = cutsBetween(begun, ended, log);
+  for (Cut& cut : cuts) {
+    const Clock::duration flush = flushes.longestBefore(cut.moment);
+    longestFlush_ = std::max(longestFlush_, flush);
+    cut.mayLose = std::chrono::seconds(1) + flush;
+  }
   if (isClosed)
     cuts.push_back({ended, CachedWrites::lost}); // closing waits for the disk
   for (Cut& cut : cuts)
