@@ -125,12 +125,11 @@ public:
       return first + std::count_if(all.begin(), all.end(),
                                    [&](const Flush& flush) { return flush.end <= moment; });
     }
-    // The longest time that a file took, of those under way in the two seconds before `moment`.
-    [[nodiscard]] Clock::duration longestBefore(Clock::time_point moment) const {
+    // The longest time that a file took.
+    [[nodiscard]] Clock::duration longest() const {
       Clock::duration longest{};
       for (const Flush& flush : all)
-        if (flush.begin <= moment && flush.end >= moment - std::chrono::seconds(2))
-          longest = std::max(longest, flush.end - flush.begin);
+        longest = std::max(longest, flush.end - flush.begin);
       return longest;
     }
   };
@@ -436,11 +435,9 @@ void PowerCut::practise(std::size_t session) {
     log = disk.log();
   }
   auto cuts = cutsBetween(begun, ended, log);
-  for (Cut& cut : cuts) {
-    const Clock::duration flush = flushes.longestBefore(cut.moment);
-    longestFlush_ = std::max(longestFlush_, flush);
-    cut.mayLose = std::chrono::seconds(1) + flush;
-  }
+  longestFlush_ = std::max(longestFlush_, flushes.longest());
+  for (Cut& cut : cuts)
+    cut.mayLose = std::chrono::seconds(1) + flushes.longest();
   if (isClosed)
     cuts.push_back({ended, CachedWrites::lost}); // closing waits for the disk
   for (Cut& cut : cuts)
