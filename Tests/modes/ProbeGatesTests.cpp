@@ -9,6 +9,7 @@
 #include "Drills.h"
 #include "Probe.h"
 #include "Profile.h"
+#include "ProfileStore.h"
 #include "RandomBytes.h"
 #include "Signals.h"
 #include "kit/CapturedOutput.h"
@@ -101,6 +102,7 @@ void Staircase::record(bool correct) {
 Profile::Profile() {
   doubles.folders.insert(std::getenv("VELTO_PROFILE_DIR"));
 }
+Profile::~Profile() = default;
 void Profile::replace(std::vector<Attempt> attempts, std::map<std::string, Staircase> staircases) {
   doubles.calls.emplace_back("replace");
   doubles.histories.push_back(attempts);
@@ -114,7 +116,7 @@ void Profile::recompute() {
   doubles.calls.emplace_back("recompute");
   stats_ = doubles.stats();
 }
-void Profile::save() const {
+void Profile::save() {
   doubles.calls.emplace_back("save");
 }
 

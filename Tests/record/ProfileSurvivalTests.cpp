@@ -1,11 +1,11 @@
 // The practice record survives kills, full disks and a second program.
+#include "BackupFile.h"
 #include "Coding.h"
 #include "Profile.h"
-#include "SafeFile.h"
 
 #include "kit/FileFaults.h"
 #include "kit/Forked.h"
-#include "kit/RecordTesting.h"
+#include "kit/NumberedProfile.h"
 
 #include <sys/mman.h>
 #include <sys/mount.h>
@@ -28,56 +28,7 @@ using kit::Forked;
 
 namespace fs = std::filesystem;
 
-// Answers are numbered by their difficulty. All are of the frequency drill, so that none goes
-// without a trace when it is rolled up.
-std::vector<Attempt> numberedRows(std::int64_t count) {
-  std::vector<Attempt> rows;
-  for (std::int64_t i = 0; i < count; ++i) {
-    rows.push_back(
-        row(Drill::frequency, i % 27, i % 2 == 0, static_cast<double>(i % 64) / 64, Date::now()));
-    rows.back().difficulty = static_cast<double>(i);
-  }
-  return rows;
-}
-
-void recordNumbered(Profile& profile, std::int64_t number) {
-  profile.record({.drill = Drill::frequency,
-                  .seed = 7,
-                  .material = Material::drums,
-                  .difficulty = static_cast<double>(number),
-                  .targetFreq = 1000},
-                 {number % 2 == 0, 0.25, {}, {}, {}});
-}
-
-// The number of answers in the record, rolled-up ones included. They must be numbered without gaps.
-std::int64_t answersIn(const Profile& profile) {
-  std::int64_t count = 0;
-  for (const auto& [band, roll] : profile.lifetime())
-    count += roll.attempts;
-  for (const Attempt& attempt : profile.attempts())
-    if (attempt.difficulty != static_cast<double>(count++))
-      return -1;
-  return count;
-}
-
-class ProfileSurvival : public ::testing::Test {
-protected:
-  [[nodiscard]] ProfileLocation location() const { return {folder(), std::nullopt}; }
-  [[nodiscard]] fs::path folder() const { return scratch_.path() / "profile"; }
-  [[nodiscard]] fs::path file() const { return folder() / "profile.json"; }
-  [[nodiscard]] std::int64_t answersOnFile() const { return answersIn(Profile(location())); }
-
-  void restart(std::int64_t count) const {
-    fs::remove_all(folder());
-    put(file(), Coding::encode(Stored{numberedRows(count), {}, {}}).value());
-  }
-  void expectNothingBesideTheFile() const {
-    for (const auto& entry : fs::directory_iterator(folder()))
-      EXPECT_EQ(entry.path(), file());
-  }
-
-  ScratchFolder scratch_;
-};
+class ProfileSurvival : public NumberedProfile {};
 
 // ---- Kills ----
 
@@ -146,7 +97,7 @@ TEST_P(KilledAt, ARandomMomentLosesAtMostTheAnswerBeingSaved) {
     std::this_thread::sleep_for(std::chrono::microseconds(microseconds(random)));
     EXPECT_EQ(practising.killed(), 128 + SIGKILL);
 
-    cutShort += fs::exists(SafeFile::backup(file())) || fs::exists(SafeFile::backupPart(file()));
+    cutShort += !BackupFile::all(file(), "saving").empty();
     const std::int64_t onFile = answersOnFile();
     ASSERT_GE(onFile, *saved) << "kill " << kill;
     ASSERT_LE(onFile, *saved + 1) << "kill " << kill;
@@ -202,8 +153,6 @@ TEST_F(ProfileSurvival, AFullDiskLeavesTheFileUntouchedUntilThereIsRoom) {
       Profile profile(location());
       recordNumbered(profile, 100);
       EXPECT_EQ(profile.attempts().size(), 101U);
-      EXPECT_FALSE(fs::exists(SafeFile::backup(file())));
-      EXPECT_FALSE(fs::exists(SafeFile::backupPart(file())));
       (contentOf(file()) == before ? untouched : saved) += 1;
       EXPECT_GE(answersOnFile(), 100);
 

@@ -2,6 +2,8 @@
 
 #include "Numbers.h"
 
+#include <algorithm>
+
 namespace velto {
 
 std::optional<std::int64_t> Attempt::mappedBand() const {
@@ -13,6 +15,17 @@ void BandRoll::add(const Attempt& attempt) {
   if (attempt.correct)
     hits = Numbers::saturatingIncrement(hits);
   errorSum += attempt.error;
+}
+
+void Stored::trim(std::size_t detailRows) {
+  if (attempts.size() <= detailRows)
+    return;
+  const auto firstKept = attempts.end() - static_cast<std::ptrdiff_t>(detailRows);
+  std::for_each(attempts.begin(), firstKept, [this](const Attempt& attempt) {
+    if (const auto band = attempt.mappedBand())
+      lifetime[*band].add(attempt);
+  });
+  attempts.erase(attempts.begin(), firstKept);
 }
 
 } // namespace velto

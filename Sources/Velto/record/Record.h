@@ -5,6 +5,7 @@
 #include "Drills.h"
 #include "UUID.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -50,6 +51,9 @@ struct Stored {
   std::vector<Attempt> attempts;               // oldest first
   std::map<std::string, Staircase> staircases; // by raw drill name; unknown names are kept
   std::map<std::int64_t, BandRoll> lifetime;   // by band index
+
+  // Rolls up and removes the oldest answers beyond `detailRows`.
+  void trim(std::size_t detailRows);
 
   bool operator==(const Stored&) const = default;
 };
