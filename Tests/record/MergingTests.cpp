@@ -116,7 +116,7 @@ TEST(Merging, AnswersWithTheDateOfTheOldestRowAreNotRolledUpTwice) {
 
 Backup backupOf(const std::vector<Attempt>& rows, std::optional<std::int64_t> fileChanged,
                 const std::vector<Attempt>& unsaved = {}) {
-  return {Stored{rows, {}, {}}, unsaved, fileChanged};
+  return {Stored{rows, {}, {}}, unsaved, fileChanged, 1};
 }
 
 std::size_t recoveredRows(const Merging::File& file, const std::vector<Backup>& backups) {
@@ -162,16 +162,17 @@ TEST(Recovery, TheNewestBackupWinsAndTheOthersAddTheirUnsavedAnswers) {
 
 // ---- Coding of backups ----
 
-TEST(BackupCoding, ABackupIsAProfileFileWithTwoMoreKeys) {
+TEST(BackupCoding, ABackupIsAProfileFileWithMoreKeys) {
   const Stored stored{numbered(0, 2), {{"level", {}}}, {{3, {1, 1, 0.5}}}};
   const std::string bytes = Coding::encode(stored).value();
   for (const auto changed : {std::optional<std::int64_t>(1234567890123456789), {}}) {
-    const std::string text = Coding::encodeBackup(bytes, {stored.attempts[1]}, changed).value();
+    const std::string text = Coding::encodeBackup(bytes, {stored.attempts[1]}, changed, 7).value();
     EXPECT_EQ(Coding::decodeStored(text), stored);
     const Backup backup = Coding::decodeBackup(text).value();
     EXPECT_EQ(static_cast<const Stored&>(backup), stored);
     EXPECT_EQ(backup.unsaved, std::vector<Attempt>{stored.attempts[1]});
     EXPECT_EQ(backup.fileChanged, changed);
+    EXPECT_EQ(backup.save, 7);
   }
 }
 

@@ -405,7 +405,7 @@ TEST_F(UnreadableFile, WhereTheFileMayNotBeWrittenAnswersAreKeptUntilItMay) {
   restart(100);
   fs::permissions(scratch_.path(), fs::perms::all);
   fs::permissions(folder(), fs::perms::all);
-  fs::permissions(file(), fs::perms::owner_read | fs::perms::others_read);
+  fs::permissions(file(), fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
   const std::string before = contentOf(file());
   for (std::int64_t number = 100; number < 103; ++number) {
     Forked program([&] {

@@ -61,19 +61,21 @@ inline constexpr auto fields<Stored> = std::tuple{
 struct Beside {
   std::vector<Attempt> unsaved;
   std::optional<std::int64_t> fileChanged;
+  std::int64_t save = 0;
 };
 
 template <>
 inline constexpr auto fields<Beside> = std::tuple{
     required("unsaved", &Beside::unsaved),
     optional("fileChanged", &Beside::fileChanged),
+    required("save", &Beside::save),
 };
 
 template <>
 inline constexpr auto fields<Backup> = std::tuple{
     required("attempts", &Backup::attempts),       required("staircases", &Backup::staircases),
     optional("lifetime", &Backup::lifetime),       required("unsaved", &Backup::unsaved),
-    optional("fileChanged", &Backup::fileChanged),
+    optional("fileChanged", &Backup::fileChanged), required("save", &Backup::save),
 };
 
 } // namespace KeyedCoding
@@ -122,8 +124,9 @@ std::optional<Stored> Coding::decodeStored(std::string_view text) {
 
 std::optional<std::string> Coding::encodeBackup(std::string_view stored,
                                                 const std::vector<Attempt>& unsaved,
-                                                std::optional<std::int64_t> fileChanged) {
-  const auto beside = KeyedCoding::encode(KeyedCoding::Beside{unsaved, fileChanged});
+                                                std::optional<std::int64_t> fileChanged,
+                                                std::int64_t save) {
+  const auto beside = KeyedCoding::encode(KeyedCoding::Beside{unsaved, fileChanged, save});
   if (!beside)
     return std::nullopt;
   std::string text;
@@ -140,7 +143,7 @@ std::optional<Backup> Coding::decodeBackup(std::string_view text) {
   auto stored = decodeStored(text);
   if (!stored)
     return std::nullopt;
-  return Backup{std::move(*stored), {}, 0};
+  return Backup{std::move(*stored), {}, 0, 0};
 }
 
 } // namespace velto

@@ -21,6 +21,8 @@ struct Backup : Stored {
   // When the profile file had last been changed then, in nanoseconds since 1970; nullopt if there
   // was no file.
   std::optional<std::int64_t> fileChanged;
+  // Number of the save, counted by the program that made the backup.
+  std::int64_t save = 0;
 };
 
 namespace Merging {

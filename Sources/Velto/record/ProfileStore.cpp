@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <utility>
 
 namespace velto {
@@ -50,6 +51,12 @@ std::string suffix(std::string_view kind, const std::string& id) {
   return std::string(kind) + '-' + id;
 }
 
+// Of the program that made a copy. The copies of earlier versions, which have none, get one.
+std::string idOf(const fs::path& copy) {
+  const std::string name = copy.filename().string();
+  return name.substr(name.find_last_of('-') + 1);
+}
+
 std::optional<std::int64_t> changedAt(const std::optional<SafeFile::Stamp>& stamp) {
   return stamp ? std::optional(stamp->changed) : std::nullopt;
 }
@@ -62,6 +69,11 @@ bool contains(const std::vector<Attempt>& attempts, const Attempt& attempt) {
   return std::any_of(attempts.begin(), attempts.end(),
                      [&](const Attempt& other) { return other.id == attempt.id; });
 }
+
+struct Copy {
+  std::int64_t changed = 0; // as in SafeFile::Stamp
+  Backup backup;
+};
 
 // What lies in the folder.
 struct Found {
@@ -85,31 +97,40 @@ Found find(const fs::path& file, const std::string& ownId, std::size_t detailRow
     current.stored = Coding::decodeStored(found.file.bytes);
   found.fileDecodes = current.stored.has_value();
 
-  std::vector<std::pair<std::int64_t, Backup>> copies; // with their age
-  auto paths = BackupFile::all(file, savingCopy);
-  for (auto& path : BackupFile::all(file, durableCopy))
+  std::map<std::string, Copy> copies; // the latest of each program, by its id
+  // The durable copies first: of the same save they tell more.
+  auto paths = BackupFile::all(file, durableCopy);
+  for (auto& path : BackupFile::all(file, savingCopy))
     paths.push_back(std::move(path));
   for (const fs::path& path : paths) {
+    const std::string id = idOf(path);
     const bool inUse = BackupFile::isInUse(path);
-    if (!inUse && path.filename().string().find(ownId) == std::string::npos)
+    if (!inUse && id != ownId)
       found.abandoned.push_back(path);
     if (BackupFile::isPartial(path) || (inUse && found.fileDecodes))
       continue;
-    const SafeFile::Reading copy = SafeFile::read(path);
-    auto backup = Coding::decodeBackup(copy.bytes);
+    const SafeFile::Reading reading = SafeFile::read(path);
+    auto backup = Coding::decodeBackup(reading.bytes);
     if (!backup)
       continue;
-    if (found.file.state == State::complete && copy.bytes.starts_with(found.file.bytes))
+    if (found.file.state == State::complete && reading.bytes.starts_with(found.file.bytes))
       found.isOwnWreck = true;
-    found.unsaved.insert(found.unsaved.end(), backup->unsaved.begin(), backup->unsaved.end());
-    copies.emplace_back(copy.stamp->changed, std::move(*backup));
+    const auto [place, isFirst] = copies.try_emplace(id);
+    if (isFirst || place->second.backup.save < backup->save)
+      place->second = {reading.stamp->changed, std::move(*backup)};
   }
-  std::sort(copies.begin(), copies.end(),
-            [](const auto& a, const auto& b) { return a.first > b.first; });
+  std::vector<Copy> newestFirst;
+  for (auto& [id, copy] : copies)
+    newestFirst.push_back(std::move(copy));
+  std::sort(newestFirst.begin(), newestFirst.end(),
+            [](const Copy& a, const Copy& b) { return a.changed > b.changed; });
   std::vector<Backup> backups;
-  for (auto& copy : copies)
-    backups.push_back(std::move(copy.second));
-  found.record = Merging::recovered(std::move(current), backups, detailRows);
+  for (Copy& copy : newestFirst) {
+    found.unsaved.insert(found.unsaved.end(), copy.backup.unsaved.begin(),
+                         copy.backup.unsaved.end());
+    backups.push_back(std::move(copy.backup));
+  }
+  found.record = Merging::recovered(current, backups, detailRows);
   std::erase_if(found.unsaved, [&](const Attempt& attempt) {
     return !found.record || !contains(found.record->attempts, attempt);
   });
@@ -126,7 +147,7 @@ struct ProfileStore::Snapshot {
   std::optional<SafeFile::Stamp> stamp;
   bool isKnown = false;
   bool overwrites = false;
-  std::uint64_t number = 0; // of the save
+  std::int64_t number = 0; // of the save
   bool ends = false;        // the program ends: remove the backup
   bool isBackedUp = false;  // by an earlier attempt to save this snapshot
 };
@@ -153,30 +174,39 @@ public:
   // Saves the snapshot as far as it can be saved. Call again with the same one if the lock is
   // refused.
   Result save(Snapshot& snapshot) {
-    if (snapshot.record)
-      return write(snapshot);
     Result result;
+    if (snapshot.record) {
+      std::string bytes = *snapshot.bytes;
+      result = write(snapshot, bytes);
+      // Now the backup can tell that the file has everything.
+      if (result.isSaved)
+        result.isBackedUp = backUp(bytes, {}, result.stamp, snapshot.number);
+      return result;
+    }
     if (snapshot.ends)
       result.isRefusedLock = !end();
     else
-      result.isBackedUp = backUp(*snapshot.bytes, snapshot.unsaved, snapshot.stamp);
+      result.isBackedUp =
+          backUp(*snapshot.bytes, snapshot.unsaved, snapshot.stamp, snapshot.number);
     return result;
   }
 
 private:
   static constexpr std::chrono::milliseconds lockPatience{100};
 
-  Result write(Snapshot& snapshot) {
+  // Writes the record to the file, merged with what that holds. `bytes` encode the record; returns
+  // those that were written.
+  Result write(Snapshot& snapshot, std::string& bytes) {
     Result result;
     const FolderLock lock(file_, FolderLock::Use::writing, lockPatience);
     if (lock.isRefused()) {
       if (!snapshot.isBackedUp)
-        snapshot.isBackedUp = backUp(*snapshot.bytes, snapshot.unsaved, snapshot.stamp);
+        snapshot.isBackedUp =
+            backUp(*snapshot.bytes, snapshot.unsaved, snapshot.stamp, snapshot.number);
       result.isRefusedLock = true;
       return result;
     }
     std::vector<fs::path> abandoned;
-    std::string bytes = *snapshot.bytes;
     std::optional<SafeFile::Stamp> stamp = SafeFile::stamp(file_);
     bool mayOverwrite = true;
     if (!snapshot.isKnown || !stamp || stamp != snapshot.stamp) {
@@ -188,7 +218,7 @@ private:
         result.merged = merge(std::move(*found.record), snapshot, bytes);
       abandoned = std::move(found.abandoned);
     }
-    result.isBackedUp = backUp(bytes, snapshot.unsaved, stamp);
+    result.isBackedUp = backUp(bytes, snapshot.unsaved, stamp, snapshot.number);
     if (!result.isBackedUp || !mayOverwrite || SafeFile::overwrite(file_, bytes) != Written::done)
       return result;
     result.isSaved = true;
@@ -204,8 +234,9 @@ private:
     const SafeFile::Reading reading = SafeFile::read(copy);
     const auto old = Coding::decodeBackup(reading.bytes);
     const bool isCovered =
-        !old || Merging::merged(record, *old, old->unsaved, detailRows_).attempts.size() ==
-                    record.attempts.size();
+        BackupFile::isPartial(copy) || !old ||
+        Merging::merged(record, *old, old->unsaved, detailRows_).attempts.size() ==
+            record.attempts.size();
     if (isCovered || PutAside::keepBytes(file_, reading.bytes, decodes))
       Folders::remove(copy);
   }
@@ -224,12 +255,12 @@ private:
 
   // True if the file may be truncated now: the backup is on the disk, or the folder takes none.
   bool backUp(std::string_view bytes, const std::vector<Attempt>& unsaved,
-              const std::optional<SafeFile::Stamp>& stamp) {
+              const std::optional<SafeFile::Stamp>& stamp, std::int64_t number) {
     // A backup that knows of a file says that the file was deleted if it is missing.
     if (stamp && stamp->inode != durableInode_ && SafeFile::sync(file_) &&
         SafeFile::sync(Folders::of(file_)))
       durableInode_ = stamp->inode;
-    const auto text = Coding::encodeBackup(bytes, unsaved, changedAt(stamp));
+    const auto text = Coding::encodeBackup(bytes, unsaved, changedAt(stamp), number);
     return text && backup_.write(*text, BackupFile::Durability::survivePowerCut) != Written::failed;
   }
 
@@ -291,7 +322,7 @@ void ProfileStore::save(const Stored& stored) {
     return;
   ++saves_;
   isSaved_ = false;
-  const auto copy = Coding::encodeBackup(*bytes, unsaved_, changedAt(stamp_));
+  const auto copy = Coding::encodeBackup(*bytes, unsaved_, changedAt(stamp_), saves_);
   const bool hasCopy =
       copy && saving_.write(*copy, BackupFile::Durability::surviveKill) != Written::failed;
 

@@ -91,7 +91,7 @@ private:
   bool overwrites_ = false;
   std::vector<Attempt> unsaved_;
   std::optional<Stored> merged_; // not taken yet
-  std::uint64_t saves_ = 0;
+  std::int64_t saves_ = 0;
   bool isSaved_ = true; // the file has the latest save
 
   const std::string id_;
