@@ -149,7 +149,8 @@ TEST_F(ProfileSurvival, AFullDiskLeavesTheFileUntouchedUntilThereIsRoom) {
     const fs::path filler = folder() / "filler";
     int untouched = 0;
     int saved = 0;
-    for (std::size_t room = 0; room < 40000; room += 4096) {
+    // The file has 20 kB, and each copy as many.
+    for (std::size_t room = 0; room < 120000; room += 4096) {
       fs::remove(filler);
       put(file(), Coding::encode(Stored{numberedRows(100), {}, {}}).value());
       const std::string before = contentOf(file());

@@ -32,6 +32,9 @@ public:
   // Replaces the copy. If this fails, the previous copy stays.
   [[nodiscard]] SafeFile::Written write(std::string_view bytes, Durability durability);
 
+  // True if write() has succeeded since the last remove().
+  [[nodiscard]] bool exists() const { return locked_ >= 0; }
+
   // Removes the copy, if there is one.
   void remove();
 

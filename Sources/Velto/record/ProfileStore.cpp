@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <utility>
 
@@ -74,6 +75,13 @@ struct Copy {
   std::int64_t changed = 0; // as in SafeFile::Stamp
   Backup backup;
 };
+
+// All of both, once.
+std::vector<Attempt> joined(std::vector<Attempt> attempts, const std::vector<Attempt>& others) {
+  std::copy_if(others.begin(), others.end(), std::back_inserter(attempts),
+               [&](const Attempt& other) { return !contains(attempts, other); });
+  return attempts;
+}
 
 // What lies in the folder.
 struct Found {
@@ -148,8 +156,8 @@ struct ProfileStore::Snapshot {
   bool isKnown = false;
   bool overwrites = false;
   std::int64_t number = 0; // of the save
-  bool ends = false;        // the program ends: remove the backup
-  bool isBackedUp = false;  // by an earlier attempt to save this snapshot
+  bool ends = false;       // the program ends: remove the backup
+  bool isBackedUp = false; // by an earlier attempt to save this snapshot
 };
 
 struct ProfileStore::Result {
@@ -157,6 +165,7 @@ struct ProfileStore::Result {
   bool isSaved = false;
   bool isRefusedLock = false;
   std::optional<Stored> merged;
+  std::vector<Attempt> unsaved;         // of copies, which the merged record has as well
   std::optional<SafeFile::Stamp> stamp; // if saved
 };
 
@@ -214,17 +223,22 @@ private:
       mayOverwrite =
           found.fileDecodes || found.isOwnWreck || PutAside::keep(file_, found.file, decodes);
       stamp = SafeFile::stamp(file_);
-      if (found.record && !snapshot.overwrites)
+      if (found.record && !snapshot.overwrites) {
         result.merged = merge(std::move(*found.record), snapshot, bytes);
+        result.unsaved = std::move(found.unsaved);
+      }
       abandoned = std::move(found.abandoned);
     }
-    result.isBackedUp = backUp(bytes, snapshot.unsaved, stamp, snapshot.number);
-    if (!result.isBackedUp || !mayOverwrite || SafeFile::overwrite(file_, bytes) != Written::done)
+    result.isBackedUp =
+        backUp(bytes, joined(snapshot.unsaved, result.unsaved), stamp, snapshot.number);
+    if (!result.isBackedUp)
       return result;
-    result.isSaved = true;
-    result.stamp = SafeFile::stamp(file_);
-    for (const fs::path& copy : abandoned)
-      drop(copy, result.merged ? *result.merged : *snapshot.record);
+    result.isSaved = mayOverwrite && SafeFile::overwrite(file_, bytes) == Written::done;
+    if (result.isSaved)
+      result.stamp = SafeFile::stamp(file_);
+    if (result.isSaved || backup_.exists())
+      for (const fs::path& copy : abandoned)
+        drop(copy, result.merged ? *result.merged : *snapshot.record);
     return result;
   }
 
@@ -371,13 +385,15 @@ void ProfileStore::finish(const Snapshot& snapshot, const Result& result) {
   if (!snapshot.record)
     return;
   isKnown_ = result.isSaved && result.stamp && SafeFile::isExact(*result.stamp);
-  if (!result.isSaved)
+  if (result.merged)
+    merged_ = result.merged;
+  if (!result.isSaved) {
+    unsaved_ = joined(std::move(unsaved_), result.unsaved);
     return;
+  }
   stamp_ = result.stamp;
   std::erase_if(unsaved_,
                 [&](const Attempt& attempt) { return contains(snapshot.unsaved, attempt); });
-  if (result.merged)
-    merged_ = result.merged;
   if (snapshot.number != saves_)
     return;
   isSaved_ = true;

@@ -55,8 +55,11 @@ public:
   // Call for each new answer, before it is saved. It counts as unsaved until the file has it.
   void add(const Attempt& attempt) { unsaved_.push_back(attempt); }
 
-  // The next save overwrites the file instead of merging.
-  void overwriteNext() { overwrites_ = true; }
+  // The next save overwrites the file instead of merging. Answers added before do not count.
+  void overwriteNext() {
+    overwrites_ = true;
+    unsaved_.clear();
+  }
 
   // Saves the record; `stored` has all answers that were added. Does not wait. A no-op if a number
   // is not finite.
