@@ -14,8 +14,8 @@
 
 namespace velto::testing {
 
-// Answers are numbered by their difficulty. All are of the frequency drill, so that none goes
-// without a trace when it is rolled up.
+// Answers have their index as difficulty. All are of the frequency drill, so that the roll-up
+// counts each of them.
 inline std::vector<Attempt> numberedRows(std::int64_t count) {
   std::vector<Attempt> rows;
   for (std::int64_t i = 0; i < count; ++i) {
@@ -35,7 +35,7 @@ inline void recordNumbered(Profile& profile, std::int64_t number) {
                  {number % 2 == 0, 0.25, {}, {}, {}});
 }
 
-// The number of answers in the record, rolled-up ones included. They must be numbered without gaps.
+// The number of answers in the record, including rolled-up ones; -1 if an index is missing.
 inline std::int64_t answersIn(const Profile& profile) {
   std::int64_t count = 0;
   for (const auto& [band, roll] : profile.lifetime())

@@ -6,7 +6,10 @@
 #include "kit/ProgramRunner.h"
 #include "kit/ScreenReader.h"
 
-#include "Drills.h"
+#include "Drill.h"
+#include "Grading.h"
+#include "Slot.h"
+#include "Trial.h"
 #include "Wording.h"
 
 #include <gtest/gtest.h>
@@ -275,7 +278,7 @@ TEST(ScreenReaderAlone, PractisesATrialOfEachDrill) {
   EXPECT_EQ(practice.program.errors().find("qrc:"), std::string::npos);
 }
 
-TEST(ScreenReaderAlone, EveryShowingObjectHasANameAndARole) {
+TEST(ScreenReaderAlone, EveryVisibleObjectHasANameAndARole) {
   Practice practice;
   practice.reader.act("push button", "Submit", "Press");
   static_cast<void>(waitForAttempts(practice.program.profileFile(), 1));

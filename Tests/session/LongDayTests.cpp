@@ -1,7 +1,8 @@
 // A day of practice in one process: twenty thousand trials, each rendered, loaded, heard, switched
-// and answered. Nothing but the record may remain of them.
+// and answered. They may leave nothing behind but the record.
 #include "Session.h"
 
+#include "Bands.h"
 #include "Numbers.h"
 #include "kit/Answers.h"
 #include "kit/FakeOutput.h"

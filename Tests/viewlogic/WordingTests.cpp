@@ -1,0 +1,46 @@
+#include "Wording.h"
+
+#include <gtest/gtest.h>
+
+using namespace velto;
+
+TEST(Wording, HasATitleAndAPromptForEachDrill) {
+  const struct {
+    Drill drill;
+    const char* title;
+    const char* prompt;
+  } rows[] = {
+      {Drill::frequency, "Frequency", "One band is boosted. Point at it."},
+      {Drill::level, "Level", "B is louder than A. By how much?"},
+      {Drill::dynamics, "Dynamics", "B is compressed, loudness-matched. How much gain reduction?"},
+      {Drill::polarity, "Polarity", "One of the three has a flipped channel. Which?"}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(Wording::title(row.drill), row.title);
+    EXPECT_EQ(Wording::prompt(row.drill), row.prompt);
+  }
+}
+
+TEST(Wording, HasShortNamesOfMaterials) {
+  EXPECT_EQ(Wording::title(Material(Material::pinkNoise)), "Pink");
+  EXPECT_EQ(Wording::title(Material(Material::drums)), "Drums");
+  EXPECT_EQ(Wording::title(Material(Material::pad)), "Pad");
+}
+
+TEST(Wording, SlotsHaveLettersExceptInPolarity) {
+  for (const Drill drill : {Drill::frequency, Drill::level, Drill::dynamics}) {
+    EXPECT_EQ(Wording::slotTitle(drill, 0), "A");
+    EXPECT_EQ(Wording::slotTitle(drill, 1), "B");
+  }
+  EXPECT_EQ(Wording::slotTitle(Drill::polarity, 0), "1");
+  EXPECT_EQ(Wording::slotTitle(Drill::polarity, 2), "3");
+}
+
+TEST(Wording, JoinsTheVerdictInAFixedOrder) {
+  const Trial trial{.drill = Drill::frequency, .targetFreq = 3150};
+  EXPECT_EQ(Wording::verdictDetail(Drills::grade(1000, trial)),
+            "you 1k Hz   ·   actual 3.15k Hz   ·   1.66 oct off");
+  EXPECT_EQ(Wording::announcement(Drills::grade(1000, trial)),
+            "MISS, you 1k Hz, actual 3.15k Hz, 1.66 oct off");
+  EXPECT_EQ(Wording::verdict(true), "HIT");
+  EXPECT_EQ(Wording::verdict(false), "MISS");
+}
