@@ -3,6 +3,7 @@
 
 #include "Coding.h"
 #include "Profile.h"
+#include "kit/NumberedAnswers.h"
 #include "kit/RecordTesting.h"
 
 #include <chrono>
@@ -24,26 +25,6 @@ inline std::vector<Attempt> numberedRows(std::int64_t count) {
     rows.back().difficulty = static_cast<double>(i);
   }
   return rows;
-}
-
-inline void recordNumbered(Profile& profile, std::int64_t number) {
-  profile.record({.drill = Drill::frequency,
-                  .seed = 7,
-                  .material = Material::drums,
-                  .difficulty = static_cast<double>(number),
-                  .targetFreq = 1000},
-                 {number % 2 == 0, 0.25, {}, {}, {}});
-}
-
-// The number of answers in the record, including rolled-up ones; -1 if an index is missing.
-inline std::int64_t answersIn(const Profile& profile) {
-  std::int64_t count = 0;
-  for (const auto& [band, roll] : profile.lifetime())
-    count += roll.attempts;
-  for (const Attempt& attempt : profile.attempts())
-    if (attempt.difficulty != static_cast<double>(count++))
-      return -1;
-  return count;
 }
 
 class NumberedProfile : public ::testing::Test {

@@ -3,6 +3,7 @@
 //
 //   PracticeWriter LOG SEED SECONDS    0 seconds: until it is killed
 #include "AnswerLog.h"
+#include "kit/NumberedAnswers.h"
 
 #include <cstdio>
 #include <cstdlib>
