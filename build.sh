@@ -100,6 +100,14 @@ testPackages=(
   wtype
 )
 
+# For test --long: file systems on loop devices.
+longPackages=(
+  btrfs-progs
+  e2fsprogs
+  f2fs-tools
+  xfsprogs
+)
+
 docsPackages=(
   doxygen
 )
@@ -320,7 +328,7 @@ runTests() {
   local -a extra=() packages=() wrapper=() targets=()
   while (($# > 0)); do
     case $1 in
-      --long) label=long ;;
+      --long) label=long packages=("${longPackages[@]}") ;;
       --matrix) label=matrix packages=("${matrixPackages[@]}") ;;
       --asan) preset=asan-ubsan folder=$root/build-asan-ubsan ;;
       --tsan) preset=tsan folder=$root/build-tsan label=threads ;;

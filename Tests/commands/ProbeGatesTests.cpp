@@ -12,6 +12,7 @@
 #include "Grading.h"
 #include "Probe.h"
 #include "Profile.h"
+#include "ProfileStore.h"
 #include "RandomBytes.h"
 #include "Rendering.h"
 #include "Signals.h"
@@ -108,6 +109,7 @@ void Staircase::record(bool correct) {
 Profile::Profile() {
   doubles.folders.insert(std::getenv("VELTO_PROFILE_DIR"));
 }
+Profile::~Profile() = default;
 void Profile::replace(std::vector<Attempt> attempts, std::map<std::string, Staircase> staircases) {
   doubles.calls.emplace_back("replace");
   doubles.histories.push_back(attempts);
@@ -121,7 +123,7 @@ void Profile::recompute() {
   doubles.calls.emplace_back("recompute");
   stats_ = doubles.stats();
 }
-void Profile::save() const {
+void Profile::save() {
   doubles.calls.emplace_back("save");
 }
 

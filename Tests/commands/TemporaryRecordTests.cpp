@@ -37,7 +37,7 @@ TEST(TemporaryRecord, RemovesItsContentsOnDestruction) {
   const ScopedVariable temporary("TMPDIR", folder.path().string());
   {
     const TemporaryRecord record("velto-test-");
-    const Profile profile;
+    Profile profile;
     profile.save();
     EXPECT_TRUE(fs::exists(fs::path(profileFolder()) / "profile.json"));
   }

@@ -2,14 +2,18 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
+#include <mutex>
 #include <optional>
+#include <thread>
 #include <utility>
 
 namespace velto::kit {
@@ -18,13 +22,21 @@ namespace {
 
 struct Armed {
   std::map<std::size_t, FileFault> faults;
+  FileFaults::Where where = FileFaults::Where::thisThread;
+  std::thread::id thread;
   std::size_t operations = 0;
 };
 
-thread_local std::optional<Armed> armed;
+std::mutex mutex;
+std::optional<Armed> armed;
+
+std::atomic<std::chrono::milliseconds> flushTime{};
+thread_local std::size_t flushes = 0;
 
 std::optional<FileFault> nextFault() {
-  if (!armed)
+  const std::lock_guard lock(mutex);
+  if (!armed || (std::this_thread::get_id() == armed->thread) !=
+                    (armed->where == FileFaults::Where::thisThread))
     return std::nullopt;
   const auto found = armed->faults.find(armed->operations++);
   return found == armed->faults.end() ? std::nullopt : std::optional(found->second);
@@ -36,6 +48,8 @@ int errorOf(FileFault fault) {
     return ENOSPC;
   case FileFault::notPermitted:
     return EPERM;
+  case FileFault::noDescriptors:
+    return EMFILE;
   case FileFault::interrupted:
     return EINTR;
   default:
@@ -52,20 +66,20 @@ auto faulty(Real real, Half half) -> decltype(real()) {
     return real();
   switch (*fault) {
   case FileFault::half:
-    return half();
+    return half(FileFault::half);
   case FileFault::lateDeath:
     real();
     ::raise(SIGKILL);
     break;
   case FileFault::halfAndDeath:
-    half();
+    half(*fault);
     ::raise(SIGKILL);
     break;
   case FileFault::death:
     ::raise(SIGKILL);
     break;
   case FileFault::halfAndError:
-    half();
+    half(*fault);
     break;
   default:
     break;
@@ -77,23 +91,45 @@ auto faulty(Real real, Half half) -> decltype(real()) {
 // For operations that cannot be halved: FileFault::half performs them, other half faults skip them.
 template <typename Real>
 auto faulty(Real real) -> decltype(real()) {
-  return faulty(real, [&]() -> decltype(real()) {
-    return armed->faults.at(armed->operations - 1) == FileFault::half ? real() : -1;
+  return faulty(real, [&](FileFault fault) -> decltype(real()) {
+    return fault == FileFault::half ? real() : -1;
   });
+}
+
+template <typename Real>
+int flushed(Real real) {
+  ++flushes;
+  std::this_thread::sleep_for(flushTime.load());
+  return faulty(real);
 }
 
 } // namespace
 
-FileFaults::FileFaults(std::map<std::size_t, FileFault> faults) {
-  armed = Armed{std::move(faults)};
+FileFaults::FileFaults(std::map<std::size_t, FileFault> faults, Where where) {
+  const std::lock_guard lock(mutex);
+  armed = Armed{std::move(faults), where, std::this_thread::get_id(), 0};
 }
 
 FileFaults::~FileFaults() {
+  const std::lock_guard lock(mutex);
   armed.reset();
 }
 
 std::size_t FileFaults::operationsSoFar() {
+  const std::lock_guard lock(mutex);
   return armed ? armed->operations : 0;
+}
+
+SlowDisk::SlowDisk(std::chrono::milliseconds flush) {
+  flushTime = flush;
+}
+
+SlowDisk::~SlowDisk() {
+  flushTime = std::chrono::milliseconds(0);
+}
+
+std::size_t SlowDisk::waitsOfThisThread() {
+  return flushes;
 }
 
 } // namespace velto::kit
@@ -101,6 +137,8 @@ std::size_t FileFaults::operationsSoFar() {
 // ---- Replacements that the linker finds before the C library's functions ----
 
 using velto::kit::faulty;
+using velto::kit::FileFault;
+using velto::kit::flushed;
 
 extern "C" {
 
@@ -121,13 +159,15 @@ ssize_t write(int descriptor, const void* bytes, size_t count) {
     return ::syscall(SYS_write, descriptor, bytes, some);
   };
   return faulty([&] { return writeSome(count); },
-                [&] { return writeSome(count > 1 ? count / 2 : count); });
+                [&](FileFault) { return writeSome(count > 1 ? count / 2 : count); });
 }
 
 // A failing close closes the descriptor anyway.
 int close(int descriptor) {
   const auto really = [&] { return static_cast<int>(::syscall(SYS_close, descriptor)); };
-  return faulty(really, really) == 0 ? 0 : (static_cast<void>(really()), -1);
+  return faulty(really, [&](FileFault) { return really(); }) == 0
+             ? 0
+             : (static_cast<void>(really()), -1);
 }
 
 int rename(const char* from, const char* to) noexcept {
@@ -141,6 +181,19 @@ int unlink(const char* path) noexcept {
 
 int flock(int descriptor, int operation) noexcept {
   return faulty([&] { return static_cast<int>(::syscall(SYS_flock, descriptor, operation)); });
+}
+
+int fsync(int descriptor) {
+  return flushed([&] { return static_cast<int>(::syscall(SYS_fsync, descriptor)); });
+}
+
+int fdatasync(int descriptor) {
+  return flushed([&] { return static_cast<int>(::syscall(SYS_fdatasync, descriptor)); });
+}
+
+int futimens(int descriptor, const timespec* times) noexcept {
+  return faulty(
+      [&] { return static_cast<int>(::syscall(SYS_utimensat, descriptor, nullptr, times, 0)); });
 }
 
 } // extern "C"

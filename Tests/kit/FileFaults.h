@@ -1,8 +1,9 @@
 // Injects faults into file operations of this process. A test program that links FileFaults.cpp
-// gets its own open, write, close, rename, unlink and flock, which pass through to the system until
-// faults are armed.
+// gets its own open, write, close, rename, unlink, flock, fsync, fdatasync and futimens, which pass
+// through to the system until faults are armed.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <map>
 
@@ -12,24 +13,40 @@ enum class FileFault {
   inputOutputError,
   noSpace,
   notPermitted,
-  interrupted,  // fails with EINTR
-  half,         // a write takes half of its bytes; other operations succeed
-  halfAndError, // a write takes half of its bytes, then EIO; others fail with EIO
-  death,        // SIGKILL instead of the operation
-  halfAndDeath, // a write takes half of its bytes, then SIGKILL; others as death
-  lateDeath,    // SIGKILL right after the operation
+  noDescriptors, // fails with EMFILE
+  interrupted,   // fails with EINTR
+  half,          // a write takes half of its bytes; other operations succeed
+  halfAndError,  // a write takes half of its bytes, then EIO; others fail with EIO
+  death,         // SIGKILL instead of the operation
+  halfAndDeath,  // a write takes half of its bytes, then SIGKILL; others as death
+  lateDeath,     // SIGKILL right after the operation
 };
 
-// While it exists, counts this thread's file operations and makes those with the given numbers
-// (from 0) fail. One at a time.
+// While it exists, counts file operations and makes those with the given numbers (from 0) fail. One
+// at a time.
 class FileFaults {
 public:
-  explicit FileFaults(std::map<std::size_t, FileFault> faults = {});
+  enum class Where { thisThread, otherThreads };
+
+  explicit FileFaults(std::map<std::size_t, FileFault> faults = {},
+                      Where where = Where::thisThread);
   FileFaults(const FileFaults&) = delete;
   FileFaults& operator=(const FileFaults&) = delete;
   ~FileFaults();
 
   [[nodiscard]] static std::size_t operationsSoFar();
+};
+
+// While it exists, every fsync and fdatasync of this process takes at least so long. One at a time.
+class SlowDisk {
+public:
+  explicit SlowDisk(std::chrono::milliseconds flush);
+  SlowDisk(const SlowDisk&) = delete;
+  SlowDisk& operator=(const SlowDisk&) = delete;
+  ~SlowDisk();
+
+  // Flushes of this thread.
+  [[nodiscard]] static std::size_t waitsOfThisThread();
 };
 
 } // namespace velto::kit

@@ -1,5 +1,10 @@
 #include "SafeFile.h"
 
+#include "BackupFile.h"
+#include "FolderLock.h"
+#include "Folders.h"
+#include "PutAside.h"
+
 #include "kit/FileFaults.h"
 #include "kit/Forked.h"
 #include "kit/RecordTesting.h"
@@ -11,8 +16,8 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <map>
+#include <chrono>
+#include <regex>
 #include <set>
 
 namespace velto {
@@ -22,347 +27,317 @@ using namespace testing;
 using kit::FileFault;
 using kit::FileFaults;
 using kit::Forked;
+using SafeFile::Written;
+using State = SafeFile::Reading::State;
 
 namespace fs = std::filesystem;
 
-constexpr std::array allFaults{FileFault::inputOutputError,
-                               FileFault::noSpace,
-                               FileFault::notPermitted,
-                               FileFault::interrupted,
-                               FileFault::half,
-                               FileFault::halfAndError,
-                               FileFault::death,
-                               FileFault::halfAndDeath,
-                               FileFault::lateDeath};
-
-// Contents of successive saves. No mixture or part of them is itself a version.
-const std::array<std::string, 4> versions{"<" + std::string(300, 'a') + ">",
-                                          "<" + std::string(900, 'b') + ">",
-                                          "<" + std::string(200, 'c') + ">", "<d>"};
-
-// The number of the version with exactly these bytes; nullopt if there is none.
-std::optional<std::size_t> versionOf(std::string_view bytes) {
-  const auto found = std::find(versions.begin(), versions.end(), bytes);
-  return found == versions.end()
-             ? std::nullopt
-             : std::optional(static_cast<std::size_t>(found - versions.begin()));
-}
-
-bool isDeadly(FileFault fault) {
-  return fault == FileFault::death || fault == FileFault::halfAndDeath ||
-         fault == FileFault::lateDeath;
-}
-
-std::string described(std::size_t number, FileFault fault) {
-  return "operation " + std::to_string(number) + ", fault " +
-         std::to_string(static_cast<int>(fault));
-}
-
-class SafeFileTest : public ::testing::Test {
+class FileTest : public ::testing::Test {
 protected:
-  [[nodiscard]] fs::path folder() const { return scratch_.path() / "folder"; }
-  [[nodiscard]] fs::path file() const { return folder() / "file"; }
-  [[nodiscard]] std::optional<std::size_t> loaded() const {
-    return SafeFile::load(file(), versionOf);
-  }
-  [[nodiscard]] bool save(std::size_t version) const {
-    return SafeFile::write(file(), versions[version]);
-  }
-  void restart() const {
-    fs::remove_all(folder());
-    put(file(), versions[0]);
-  }
-  [[nodiscard]] std::set<std::string> names() const {
-    std::set<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder()))
-      names.insert(entry.path().filename());
-    return names;
-  }
-  void expectOnly(std::size_t version) const {
-    EXPECT_EQ(contentOf(file()), versions[version]);
-    EXPECT_EQ(loaded(), version);
-    EXPECT_EQ(names(), std::set<std::string>{"file"});
-  }
-
-  // Saves with a fault in one operation. Returns whether that succeeded; nullopt if the fault
-  // killed the process.
-  [[nodiscard]] std::optional<bool> saveWith(std::size_t version, std::size_t number,
-                                             FileFault fault) const {
-    const auto saveFaulty = [&] {
-      const FileFaults faults({{number, fault}});
-      return save(version);
-    };
-    if (!isDeadly(fault))
-      return saveFaulty();
-    Forked dying([&] { static_cast<void>(saveFaulty()); });
-    EXPECT_EQ(dying.ended(), 128 + SIGKILL);
-    return std::nullopt;
-  }
-
-  // The number of operations of a save without faults.
-  [[nodiscard]] std::size_t operations() const {
-    restart();
-    const FileFaults counting;
-    EXPECT_TRUE(save(1));
-    return FileFaults::operationsSoFar();
+  [[nodiscard]] fs::path file() const { return scratch_.path() / "file"; }
+  [[nodiscard]] std::size_t entries() const {
+    return static_cast<std::size_t>(
+        std::distance(fs::directory_iterator(scratch_.path()), fs::directory_iterator()));
   }
 
   ScratchFolder scratch_;
 };
 
-// ---- Loading ----
+// ---- SafeFile ----
 
-TEST_F(SafeFileTest, LoadsWhatWasSavedAndLeavesNoOtherFile) {
-  fs::create_directories(folder());
-  EXPECT_EQ(loaded(), std::nullopt);
-  for (std::size_t version = 0; version < versions.size(); ++version) {
-    EXPECT_TRUE(save(version));
-    expectOnly(version);
+class SafeFileTest : public FileTest {};
+
+TEST_F(SafeFileTest, ReadsWhatWasWritten) {
+  EXPECT_EQ(SafeFile::read(file()).state, State::missing);
+  EXPECT_EQ(SafeFile::stamp(file()), std::nullopt);
+  EXPECT_EQ(SafeFile::overwrite(file(), "longer"), Written::done);
+  EXPECT_EQ(SafeFile::overwrite(file(), "text"), Written::done);
+  const SafeFile::Reading reading = SafeFile::read(file());
+  EXPECT_EQ(reading.state, State::complete);
+  EXPECT_EQ(reading.bytes, "text");
+  EXPECT_EQ(reading.stamp, SafeFile::stamp(file()));
+}
+
+// However fast one follows the other, and although neither size nor inode change.
+TEST_F(SafeFileTest, NoTwoWritesHaveTheSameStamp) {
+  auto last = SafeFile::stamp(file());
+  for (int i = 0; i < 1000; ++i) {
+    ASSERT_EQ(SafeFile::overwrite(file(), "same"), Written::done);
+    const auto now = SafeFile::stamp(file());
+    ASSERT_NE(now, last);
+    ASSERT_TRUE(SafeFile::isExact(now.value()));
+    last = now;
   }
 }
 
-TEST_F(SafeFileTest, LoadsTheBackupOnlyIfTheFileExistsButCannotBeDecoded) {
-  put(file(), versions[0]);
-  put(SafeFile::backup(file()), versions[1]);
-  EXPECT_EQ(loaded(), 0U);
-  for (const std::string& damaged : {std::string(), std::string("<"), versions[0] + "x"}) {
-    put(file(), damaged);
-    EXPECT_EQ(loaded(), 1U);
-    EXPECT_EQ(contentOf(file()), damaged);
-    EXPECT_EQ(contentOf(SafeFile::backup(file())), versions[1]);
-  }
-  fs::remove(file());
-  EXPECT_EQ(loaded(), std::nullopt); // a deleted file is not restored
-  put(file(), "<");
-  put(SafeFile::backup(file()), "<b");
-  EXPECT_EQ(loaded(), std::nullopt);
-}
-
-TEST_F(SafeFileTest, NeverLoadsAPartialBackup) {
-  put(file(), "<");
-  put(SafeFile::backupPart(file()), versions[1]);
-  EXPECT_EQ(loaded(), std::nullopt);
-}
-
-TEST_F(SafeFileTest, TheNextSaveRemovesLeftovers) {
-  put(file(), versions[0]);
-  put(SafeFile::backup(file()), "<bb");
-  put(SafeFile::backupPart(file()), "<b");
-  EXPECT_TRUE(save(2));
-  expectOnly(2);
+TEST_F(SafeFileTest, OthersWritesChangeTheStamp) {
+  ASSERT_EQ(SafeFile::overwrite(file(), "same"), Written::done);
+  const auto before = SafeFile::stamp(file());
+  put(file(), "same");
+  EXPECT_NE(SafeFile::stamp(file()), before);
 }
 
 TEST_F(SafeFileTest, DoesNotReadAFileAboveTheLimit) {
   put(file(), "");
   fs::resize_file(file(), SafeFile::mostBytes + 1); // sparse
-  EXPECT_EQ(SafeFile::contents(file()), std::nullopt);
+  EXPECT_EQ(SafeFile::read(file()).state, State::unreadable);
 }
 
 TEST_F(SafeFileTest, NeitherReadsNorWritesAPipe) {
-  fs::create_directories(folder());
   ASSERT_EQ(::mkfifo(file().c_str(), S_IRUSR | S_IWUSR), 0);
-  EXPECT_EQ(SafeFile::contents(file()), std::nullopt);
-  EXPECT_FALSE(save(1));
+  EXPECT_EQ(SafeFile::read(file()).state, State::irregular);
+  EXPECT_EQ(SafeFile::overwrite(file(), "text"), Written::failed);
   EXPECT_TRUE(fs::is_fifo(file()));
 }
 
-// Keeps hard links and the mode.
+TEST_F(SafeFileTest, TellsAMissingFileFromOneThatCannotBeReadNow) {
+  put(file(), "text");
+  const auto stateWith = [&](FileFault fault) {
+    const FileFaults faults({{0, fault}}); // in open
+    return SafeFile::read(file()).state;
+  };
+  EXPECT_EQ(stateWith(FileFault::inputOutputError), State::unreadable);
+  EXPECT_EQ(stateWith(FileFault::notPermitted), State::unreadable);
+  EXPECT_EQ(stateWith(FileFault::noDescriptors), State::exhausted);
+}
+
+// The file remains the same file, with its links and its mode.
 TEST_F(SafeFileTest, WritesTheFileInPlace) {
-  put(file(), versions[0]);
+  put(file(), "before");
   fs::permissions(file(), fs::perms::owner_read | fs::perms::owner_write);
   fs::create_hard_link(file(), scratch_.path() / "link");
-  EXPECT_TRUE(save(1));
-  EXPECT_EQ(contentOf(scratch_.path() / "link"), versions[1]);
+  EXPECT_EQ(SafeFile::overwrite(file(), "after"), Written::done);
+  EXPECT_EQ(contentOf(scratch_.path() / "link"), "after");
   EXPECT_EQ(fs::status(file()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST_F(SafeFileTest, OthersCannotReadTheBackup) {
-  put(file(), versions[0]);
-  const std::size_t last = operations() - 1;
-  restart();
-  static_cast<void>(saveWith(1, last - 1, FileFault::death)); // before the backup is removed
-  EXPECT_EQ(names().size(), 2U);
-  for (const auto& entry : fs::directory_iterator(folder()))
-    if (entry.path() != file()) {
-      EXPECT_EQ(entry.status().permissions(), fs::perms::owner_read | fs::perms::owner_write);
-    }
-}
+// ---- BackupFile ----
 
-// ---- Faults ----
+class BackupFileTest : public FileTest {
+protected:
+  [[nodiscard]] fs::path copy() const { return scratch_.path() / "file.copy-1"; }
+};
 
-// Injects every fault into every operation of a save.
-TEST_F(SafeFileTest, NoSingleFaultLosesThePreviousSave) {
-  const std::size_t count = operations();
-  ASSERT_GE(count, 9U);
-  for (std::size_t number = 0; number < count; ++number) {
-    for (const FileFault fault : allFaults) {
-      SCOPED_TRACE(described(number, fault));
-      restart();
-      const auto saved = saveWith(1, number, fault);
-      EXPECT_EQ(saved.has_value(), !isDeadly(fault));
-      if (fault == FileFault::half || fault == FileFault::interrupted) {
-        EXPECT_EQ(saved, true);
+constexpr auto durable = BackupFile::Durability::survivePowerCut;
+
+TEST_F(BackupFileTest, IsCompleteOrAbsentWhateverFails) {
+  const std::string before(300, 'a');
+  const std::string after(900, 'b');
+  std::size_t operations = 0;
+  {
+    BackupFile backup(file(), "copy-1");
+    const FileFaults counting;
+    EXPECT_EQ(backup.write(after, durable), Written::done);
+    operations = FileFaults::operationsSoFar();
+  }
+  EXPECT_GE(operations, 9U);
+  for (std::size_t number = 0; number < operations; ++number) {
+    for (const FileFault fault :
+         {FileFault::inputOutputError, FileFault::noSpace, FileFault::notPermitted, FileFault::half,
+          FileFault::halfAndError, FileFault::interrupted}) {
+      SCOPED_TRACE("operation " + std::to_string(number));
+      BackupFile backup(file(), "copy-1");
+      EXPECT_EQ(backup.write(before, durable), Written::done);
+      Written written = Written::failed;
+      {
+        const FileFaults faults({{number, fault}});
+        written = backup.write(after, durable);
       }
-      if (saved == true) {
-        EXPECT_EQ(contentOf(file()), versions[1]);
-      }
-      EXPECT_LE(loaded().value_or(99), 1U);
-      EXPECT_TRUE(save(2));
-      expectOnly(2);
+      const std::string content = contentOf(copy());
+      EXPECT_TRUE(content == after || (content == before && written != Written::done));
+      EXPECT_EQ(entries(), 1U);
+      backup.remove();
+      EXPECT_EQ(entries(), 0U);
     }
   }
 }
 
-// The second save starts from whatever the first left behind.
-TEST_F(SafeFileTest, NoTwoFaultsInSuccessiveSavesLoseThePreviousOne) {
-  constexpr std::array faults{FileFault::inputOutputError, FileFault::halfAndError,
-                              FileFault::death, FileFault::halfAndDeath};
-  const std::size_t count = operations();
-  for (std::size_t first = 0; first < count; ++first) {
-    for (std::size_t second = 0; second < count; ++second) {
-      for (const FileFault firstFault : faults) {
-        for (const FileFault secondFault : faults) {
-          restart();
-          static_cast<void>(saveWith(1, first, firstFault));
-          const auto before = loaded();
-          static_cast<void>(saveWith(2, second, secondFault));
-          ASSERT_TRUE(before && *before <= 1) << described(first, firstFault);
-          ASSERT_TRUE(loaded() == before || loaded() == 2U)
-              << described(first, firstFault) << ", then " << described(second, secondFault);
-        }
-      }
-    }
-  }
+TEST_F(BackupFileTest, WaitsForTheDiskOnlyIfAsked) {
+  BackupFile backup(file(), "copy-1");
+  const std::size_t before = kit::SlowDisk::waitsOfThisThread();
+  EXPECT_EQ(backup.write("text", BackupFile::Durability::surviveKill), Written::done);
+  EXPECT_EQ(kit::SlowDisk::waitsOfThisThread(), before);
+  EXPECT_EQ(backup.write("text", durable), Written::done);
+  EXPECT_EQ(kit::SlowDisk::waitsOfThisThread(), before + 2); // the copy and its folder
 }
 
-TEST_F(SafeFileTest, AFaultyDiskLeavesTheFileUntouchedUntilTheBackupIsComplete) {
-  const std::size_t count = operations();
-  std::size_t untouched = 0;
-  for (std::size_t number = 2; number < count; ++number) {
-    for (const FileFault fault : {FileFault::noSpace, FileFault::inputOutputError}) {
-      restart();
-      const auto before = fs::last_write_time(file());
-      const FileFaults faults({{number, fault}});
-      if (save(1))
-        continue;
-      if (fs::last_write_time(file()) == before && contentOf(file()) == versions[0])
-        ++untouched;
-    }
-  }
-  // open, write, close and rename of the backup, and open of the file itself.
-  EXPECT_EQ(untouched, 10U);
+TEST_F(BackupFileTest, IsInUseUntilItsProgramEnds) {
+  Forked program([&] {
+    BackupFile backup(file(), "copy-1");
+    EXPECT_EQ(backup.write("text", durable), Written::done);
+    EXPECT_EQ(backup.write("more text", durable), Written::done);
+    put(scratch_.path() / "ready", "");
+    ::pause();
+  });
+  while (!fs::exists(scratch_.path() / "ready"))
+    ::usleep(1000);
+  EXPECT_TRUE(BackupFile::isInUse(copy()));
+  static_cast<void>(program.killed());
+  EXPECT_FALSE(BackupFile::isInUse(copy()));
+  EXPECT_EQ(contentOf(copy()), "more text");
 }
 
-// ---- Folders and disks ----
-
-void letAllEnter(const fs::path& folder) {
-  fs::permissions(folder, fs::perms::owner_all | fs::perms::group_exec | fs::perms::others_exec);
+TEST_F(BackupFileTest, OthersCannotReadIt) {
+  BackupFile backup(file(), "copy-1");
+  EXPECT_EQ(backup.write("text", durable), Written::done);
+  EXPECT_EQ(fs::status(copy()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST_F(SafeFileTest, WritesWithoutABackupWhereTheFolderTakesNoNewFile) {
-  restart();
-  letAllEnter(scratch_.path());
-  fs::permissions(file(), fs::perms::all & ~fs::perms::owner_exec);
-  fs::permissions(folder(), fs::perms::all & ~fs::perms::owner_write & ~fs::perms::group_write &
-                                ~fs::perms::others_write);
-  Forked saving([&] {
+TEST_F(BackupFileTest, IsRefusedWhereTheFolderTakesNoNewFile) {
+  fs::permissions(scratch_.path(), fs::perms::owner_read | fs::perms::owner_exec |
+                                       fs::perms::others_read | fs::perms::others_exec);
+  Forked writing([&] {
     constexpr uid_t nobody = 65534;
     if (::geteuid() == 0) {
       ASSERT_EQ(::setuid(nobody), 0);
     }
-    EXPECT_FALSE(std::ofstream(folder() / "new"));
-    EXPECT_TRUE(save(1));
+    BackupFile backup(file(), "copy-1");
+    EXPECT_EQ(backup.write("text", durable), Written::refused);
   });
-  EXPECT_EQ(saving.ended(), EXIT_SUCCESS);
-  fs::permissions(folder(), fs::perms::owner_all);
-  expectOnly(1);
+  EXPECT_EQ(writing.ended(), EXIT_SUCCESS);
+  fs::permissions(scratch_.path(), fs::perms::owner_all);
 }
 
-TEST_F(SafeFileTest, FailsOnAReadOnlyDiskUntilItIsWritable) {
-  restart();
+// ---- PutAside ----
+
+class PutAsideTest : public FileTest {
+protected:
+  // A text decodes if it begins with "good".
+  [[nodiscard]] bool keep() const {
+    return PutAside::keep(file(), SafeFile::read(file()), decodes);
+  }
+  [[nodiscard]] bool keep(const std::string& content) const {
+    put(file(), content);
+    return keep();
+  }
+  static bool decodes(std::string_view bytes) { return bytes.starts_with("good"); }
+};
+
+TEST_F(PutAsideTest, CopiesTheBytesUnderADatedName) {
+  EXPECT_TRUE(keep("bad"));
+  const auto files = PutAside::all(file());
+  ASSERT_EQ(files.size(), 1U);
+  EXPECT_EQ(contentOf(files[0]), "bad");
+  EXPECT_EQ(contentOf(file()), "bad");
+  EXPECT_TRUE(std::regex_match(files[0].filename().string(),
+                               std::regex(R"(file\.aside-\d{4}-\d\d-\d\d-\d{6})")));
+}
+
+TEST_F(PutAsideTest, KeepsNoDuplicateAndNoEmptyFile) {
+  for (int i = 0; i < 3; ++i)
+    EXPECT_TRUE(keep("bad"));
+  EXPECT_TRUE(keep(""));
+  EXPECT_EQ(PutAside::all(file()).size(), 1U);
+  EXPECT_TRUE(keep("worse"));
+  EXPECT_EQ(PutAside::all(file()).size(), 2U);
+}
+
+TEST_F(PutAsideTest, OnlyTheOldestJunkMakesRoom) {
+  const std::string large(PutAside::mostBytesOfJunk + 1, 'x');
+  EXPECT_TRUE(keep("good"));
+  EXPECT_TRUE(keep(large));
+  for (int i = 0; i < 20; ++i)
+    EXPECT_TRUE(keep("junk " + std::to_string(i)));
+  const auto files = PutAside::all(file());
+  EXPECT_EQ(files.size(), PutAside::mostFiles);
+  std::set<std::string> contents;
+  for (const fs::path& kept : files)
+    contents.insert(contentOf(kept));
+  EXPECT_TRUE(contents.contains("good") && contents.contains(large));
+  EXPECT_TRUE(contents.contains("junk 19"));
+  EXPECT_FALSE(contents.contains("junk 0"));
+}
+
+TEST_F(PutAsideTest, RenamesWhatCannotBeReadOrCopied) {
+  put(file(), "unreadable");
+  {
+    const FileFaults faults({{0, FileFault::notPermitted}}); // open
+    EXPECT_TRUE(keep());
+  }
+  EXPECT_FALSE(fs::exists(file()));
+  put(file(), "no room for a copy");
+  const SafeFile::Reading reading = SafeFile::read(file());
+  {
+    const FileFaults faults({{3, FileFault::noSpace}, {4, FileFault::noSpace}});
+    EXPECT_TRUE(PutAside::keep(file(), reading, decodes));
+  }
+  EXPECT_EQ(PutAside::all(file()).size(), 2U);
+}
+
+TEST_F(PutAsideTest, FailsIfTheFileCannotBeKept) {
+  fs::create_directories(file());
+  EXPECT_FALSE(keep());
+  fs::remove(file());
+  put(file(), "bad");
+  SafeFile::Reading reading = SafeFile::read(file());
+  reading.state = State::exhausted;
+  EXPECT_FALSE(PutAside::keep(file(), reading, decodes));
+  EXPECT_EQ(contentOf(file()), "bad");
+  EXPECT_EQ(PutAside::all(file()).size(), 0U);
+}
+
+// ---- Moving ----
+
+class MoveFile : public FileTest {
+protected:
+  // Moves to another file system, with a fault.
+  void move(std::size_t number, FileFault fault) const {
+    const FileFaults faults({{number, fault}});
+    Folders::moveFile(file(), there());
+  }
+  [[nodiscard]] fs::path there() const { return other_.path() / "moved"; }
+  void SetUp() override {
+    struct stat here {};
+    struct stat other {};
+    if (::stat(scratch_.path().c_str(), &here) != 0 || ::stat(other_.path().c_str(), &other) != 0 ||
+        here.st_dev == other.st_dev)
+      GTEST_SKIP() << "no second file system at /dev/shm";
+  }
+
+  ScratchFolder other_{"/dev/shm"};
+};
+
+TEST_F(MoveFile, LeavesTheOriginalUntilTheCopyIsOnTheDisk) {
+  std::size_t left = 0;
+  for (std::size_t number = 0; number < 12; ++number) {
+    put(file(), "text");
+    fs::remove(there());
+    move(number, FileFault::inputOutputError);
+    EXPECT_TRUE(contentOf(file()) == "text" || contentOf(there()) == "text");
+    left += fs::exists(file());
+    if (!fs::exists(there()))
+      EXPECT_TRUE(fs::is_empty(other_.path()));
+    else
+      EXPECT_EQ(contentOf(there()), "text");
+  }
+  EXPECT_GE(left, 4U);
+}
+
+TEST_F(MoveFile, AFullDiskLeavesTheOriginalAlone) {
   const bool allowed = kit::withOwnMounts([&] {
-    const std::string folderName = folder();
-    const char* place = folderName.c_str();
-    ASSERT_EQ(::mount(place, place, nullptr, MS_BIND, nullptr), 0);
-    ASSERT_EQ(::mount(nullptr, place, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr), 0);
-    EXPECT_FALSE(save(1));
-    expectOnly(0);
-    ASSERT_EQ(::mount(nullptr, place, nullptr, MS_REMOUNT | MS_BIND, nullptr), 0);
-    EXPECT_TRUE(save(2));
-    expectOnly(2);
+    ASSERT_EQ(::mount("tmpfs", other_.path().c_str(), "tmpfs", 0, "size=4k"), 0);
+    const std::string large(100000, 'x');
+    put(file(), large);
+    Folders::moveFile(file(), there());
+    EXPECT_EQ(contentOf(file()), large);
+    EXPECT_TRUE(fs::is_empty(other_.path()));
   });
   if (!allowed)
     GTEST_SKIP() << "mounting is not permitted";
 }
 
-TEST_F(SafeFileTest, WritesWithoutABackupWhereOnlyTheFileIsWritable) {
-  restart();
-  put(scratch_.path() / "writable", versions[0]);
-  const bool allowed = kit::withOwnMounts([&] {
-    const std::string folderName = folder();
-    const char* place = folderName.c_str();
-    ASSERT_EQ(::mount(place, place, nullptr, MS_BIND, nullptr), 0);
-    ASSERT_EQ(
-        ::mount((scratch_.path() / "writable").c_str(), file().c_str(), nullptr, MS_BIND, nullptr),
-        0);
-    ASSERT_EQ(::mount(nullptr, place, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr), 0);
-    EXPECT_TRUE(save(1));
-    expectOnly(1);
-  });
-  if (!allowed)
-    GTEST_SKIP() << "mounting is not permitted";
-  EXPECT_EQ(contentOf(scratch_.path() / "writable"), versions[1]);
-}
+// ---- FolderLock ----
 
-TEST_F(SafeFileTest, FailsWithoutTheFolderUntilItIsBack) {
-  restart();
-  fs::rename(folder(), scratch_.path() / "elsewhere");
-  EXPECT_FALSE(save(1));
-  EXPECT_FALSE(fs::exists(folder()));
-  EXPECT_EQ(loaded(), std::nullopt);
-  fs::rename(scratch_.path() / "elsewhere", folder());
-  expectOnly(0);
-  EXPECT_TRUE(save(2));
-  expectOnly(2);
-}
-
-// ---- Locks ----
-
-int heldFolder(const fs::path& folder) {
-  const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  EXPECT_EQ(::flock(descriptor, LOCK_EX), 0);
-  return descriptor;
-}
-
-TEST_F(SafeFileTest, LoadsButDoesNotSaveWhileAnotherHoldsTheLock) {
-  restart();
-  const int held = heldFolder(folder());
-  EXPECT_FALSE(save(1));
-  expectOnly(0);
-  ::close(held);
-  EXPECT_TRUE(save(1));
-  expectOnly(1);
-}
-
-TEST_F(SafeFileTest, ConcurrentSavesNeverLeaveAMixture) {
-  restart();
-  const auto saveOften = [&](std::size_t version) {
-    return [this, version] {
-      for (int i = 0; i < 400; ++i)
-        static_cast<void>(save(version));
-    };
-  };
-  Forked long1(saveOften(1));
-  Forked short1(saveOften(3));
-  Forked loading([&] {
-    for (int i = 0; i < 800; ++i)
-      EXPECT_TRUE(loaded().has_value());
-  });
-  EXPECT_EQ(long1.ended(), EXIT_SUCCESS);
-  EXPECT_EQ(short1.ended(), EXIT_SUCCESS);
-  EXPECT_EQ(loading.ended(), EXIT_SUCCESS);
-  EXPECT_TRUE(versionOf(contentOf(file())).has_value());
-  EXPECT_EQ(names(), std::set<std::string>{"file"});
+TEST_F(FileTest, AFolderLockWaitsNoLongerThanItsPatience) {
+  using namespace std::chrono_literals;
+  const FolderLock held(file(), FolderLock::Use::writing, 0ms);
+  EXPECT_FALSE(held.isRefused());
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_TRUE(FolderLock(file(), FolderLock::Use::writing, 0ms).isRefused());
+  EXPECT_TRUE(FolderLock(file(), FolderLock::Use::reading, 0ms).isRefused());
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 20ms);
+  EXPECT_TRUE(FolderLock(file(), FolderLock::Use::writing, 50ms).isRefused());
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, 50ms);
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 
 namespace velto {
 namespace {
@@ -52,6 +53,7 @@ protected:
       ASSERT_GE(profile.staircase(drill).difficulty, 0) << content;
     }
     ASSERT_EQ(profile.attempts().size(), before + 4);
+    ASSERT_TRUE(profile.waitForDisk(std::chrono::seconds(30)));
     const Profile again(location());
     ASSERT_EQ(again.attempts(), profile.attempts()) << content;
     ASSERT_EQ(again.staircases(), profile.staircases()) << content;
@@ -140,6 +142,7 @@ TEST_F(ProfileDamage, AnOverflowingErrorSumOnlyStopsSaving) {
   Profile profile(location());
   const Trial trial = Drills::makeTrial(50, Material::pad, 5, Drill::level);
   profile.record(trial, {true, 0, {}, {}, {}});
+  ASSERT_TRUE(profile.waitForDisk(std::chrono::seconds(30)));
   EXPECT_NE(contentOf(file()), content);
   const std::string last = contentOf(file());
   profile.record(trial, {true, 0, {}, {}, {}});

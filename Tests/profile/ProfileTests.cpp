@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 namespace velto {
@@ -58,6 +59,8 @@ void count(BandRoll& roll, const Attempt& attempt) {
 
 class ProfileTest : public ::testing::Test {
 protected:
+  static constexpr std::chrono::seconds patience{30};
+
   [[nodiscard]] ProfileLocation location() const { return {folder(), std::nullopt}; }
   [[nodiscard]] fs::path folder() const { return scratch_.path() / "profile"; }
   [[nodiscard]] fs::path file() const { return folder() / "profile.json"; }
@@ -119,13 +122,13 @@ TEST_F(ProfileInData, AnEarlierFileStaysIfTheCurrentOneExists) {
   EXPECT_EQ(contentOf(current()), three_);
 }
 
-TEST_F(ProfileInData, AFailedMoveLeavesTheEarlierFile) {
+TEST_F(ProfileInData, AFailedMoveLeavesTheEarlierFileInForce) {
   put(earlier(), five_);
   put(data() / "MORLA Velto", "a file where the folder should be");
   Profile profile;
-  expectEmpty(profile);
+  EXPECT_EQ(profile.attempts().size(), 5U);
   profile.record(levelTrial(), graded(true, 0));
-  EXPECT_EQ(profile.attempts().size(), 1U);
+  EXPECT_EQ(profile.attempts().size(), 6U);
   EXPECT_EQ(contentOf(earlier()), five_);
   EXPECT_EQ(contentOf(data() / "MORLA Velto"), "a file where the folder should be");
 }
@@ -202,6 +205,7 @@ TEST_F(ProfileTest, AnInvalidFileLoadsEmptyAndStaysUntilTheNextAnswer) {
     expectEmpty(profile);
     EXPECT_EQ(contentOf(file()), content);
     profile.record(levelTrial(), graded(true, 0));
+    ASSERT_TRUE(profile.waitForDisk(patience));
     EXPECT_EQ(saved().attempts, profile.attempts());
     EXPECT_EQ(profile.attempts().size(), 1U);
   }
@@ -323,6 +327,7 @@ TEST_F(ProfileTest, StaircasesOfUnknownDrillsAreWrittenBack) {
       R"({"staircases":{"zoom":{"difficulty":1,"consecutiveCorrect":2,"reversals":3,"lastDirection":1}},"attempts":[]})");
   Profile profile(location());
   profile.record(levelTrial(), graded(false, 0));
+  ASSERT_TRUE(profile.waitForDisk(patience));
   EXPECT_EQ(saved().staircases.at("zoom"), (Staircase{1, 2, 3, 1}));
   EXPECT_EQ(saved().staircases.size(), 2U);
 }
@@ -346,6 +351,7 @@ TEST_F(ProfileTest, EveryAnswerRewritesTheWholeFile) {
   Profile profile(location());
   profile.replace(rows(2), {});
   profile.record(levelTrial(), graded(true, 0));
+  ASSERT_TRUE(profile.waitForDisk(patience));
   EXPECT_LT(fs::file_size(file()), longer);
   EXPECT_EQ(saved().attempts, profile.attempts());
 }
@@ -368,6 +374,7 @@ TEST_F(ProfileTest, TheNextAnswerRollsUpRowsBeyondFiveThousand) {
     Profile profile(location());
     const auto before = profile.attempts();
     profile.record(levelTrial(), graded(true, 0));
+    ASSERT_TRUE(profile.waitForDisk(patience));
 
     const auto excess = static_cast<std::size_t>(std::max(0, count + 1 - 5000));
     EXPECT_EQ(profile.attempts().size(), static_cast<std::size_t>(count) + 1 - excess);
@@ -420,6 +427,7 @@ TEST_F(ProfileTest, ReplaceKeepsTheRollUpAndDoesNotSave) {
   profile.recompute();
   EXPECT_EQ(contentOf(file()), before);
   profile.save();
+  ASSERT_TRUE(profile.waitForDisk(patience));
   EXPECT_EQ(saved(),
             (Stored{profile.attempts(), {{"polarity", {77, 0, 0, 1}}}, {{5, {9, 4, 4.5}}}}));
   EXPECT_EQ(profile.stats().todayCount + 160, profile.stats().todayCount * 2);

@@ -1,26 +1,25 @@
 #include "FolderLock.h"
 
 #include "Descriptors.h"
+#include "Folders.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <thread>
 
 namespace velto {
 
-FolderLock::FolderLock(const std::filesystem::path& file, Use use) {
+FolderLock::FolderLock(const std::filesystem::path& file, Use use,
+                       std::chrono::milliseconds patience) {
   using namespace std::chrono_literals;
-  const std::filesystem::path folder =
-      file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
-  folder_ = Descriptors::open(folder, O_RDONLY | O_DIRECTORY);
+  folder_ = Descriptors::open(Folders::of(file), O_RDONLY | O_DIRECTORY);
   if (folder_ < 0)
     return;
   const int kind = (use == Use::reading ? LOCK_SH : LOCK_EX) | LOCK_NB;
-  const auto deadline = std::chrono::steady_clock::now() + 250ms;
+  const auto deadline = std::chrono::steady_clock::now() + patience;
   while (::flock(folder_, kind) != 0) {
     // The file system does not support locks: continue without one.
     if (errno != EWOULDBLOCK && errno != EINTR)

@@ -1,5 +1,7 @@
 #include "Folders.h"
 
+#include "SafeFile.h"
+
 #include <system_error>
 
 namespace velto {
@@ -33,8 +35,19 @@ void Folders::moveFile(const fs::path& from, const fs::path& to) {
   fs::rename(from, to, error);
   if (error != std::errc::cross_device_link)
     return;
-  if (fs::copy_file(from, to, error))
-    fs::remove(from, error);
+  fs::path copy = to;
+  copy += ".moving";
+  std::error_code ignored;
+  fs::remove(copy, ignored); // left by a move that was cut short
+  if (fs::copy_file(from, copy, error) && SafeFile::sync(copy))
+    fs::rename(copy, to, error);
+  if (!error && SafeFile::sync(of(to)) && Folders::exists(to))
+    fs::remove(from, ignored);
+  fs::remove(copy, ignored);
+}
+
+fs::path Folders::of(const fs::path& file) {
+  return file.has_parent_path() ? file.parent_path() : fs::path(".");
 }
 
 void Folders::remove(const fs::path& path) {

@@ -18,8 +18,12 @@ namespace velto::Folders {
 // Creates a folder and its parents.
 void create(const std::filesystem::path& folder);
 
-// Moves a file. Across file systems, removes the original only after a complete copy.
+// Moves a file. Across file systems, copies it under a temporary name, waits for the disk, renames
+// the copy and only then removes the original: a move that is cut short leaves the original.
 void moveFile(const std::filesystem::path& from, const std::filesystem::path& to);
+
+// The folder of `file`; "." if it names none.
+[[nodiscard]] std::filesystem::path of(const std::filesystem::path& file);
 
 // Removes a file, or a folder and its contents.
 void remove(const std::filesystem::path& path);

@@ -1,16 +1,14 @@
-// POSIX calls instead of streams: saving depends on errno, O_EXCL and O_NONBLOCK.
+// POSIX calls instead of streams: saving depends on errno, O_NONBLOCK and fsync.
 #include "SafeFile.h"
 
 #include "Descriptors.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <fstream>
-#include <ios>
 
 namespace velto {
 
@@ -18,99 +16,95 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path withSuffix(fs::path file, const char* suffix) {
-  file += suffix;
-  return file;
+constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
+
+std::int64_t nanoseconds(const timespec& time) {
+  return static_cast<std::int64_t>(time.tv_sec) * nanosecondsPerSecond + time.tv_nsec;
 }
 
-bool writeAll(int descriptor, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
-    if (count < 0 && errno == EINTR)
-      continue;
-    if (count <= 0)
-      return false;
-    bytes.remove_prefix(static_cast<std::size_t>(count));
+SafeFile::Stamp stampOf(const struct stat& status) {
+  return {.inode = static_cast<std::int64_t>(status.st_ino),
+          .size = static_cast<std::int64_t>(status.st_size),
+          .modified = nanoseconds(status.st_mtim),
+          .changed = nanoseconds(status.st_ctim)};
+}
+
+SafeFile::Reading::State stateOfError() {
+  using enum SafeFile::Reading::State;
+  switch (errno) {
+  case ENOENT:
+  case ENOTDIR:
+    return missing;
+  case EMFILE:
+  case ENFILE:
+  case ENOMEM:
+    return exhausted;
+  default:
+    return unreadable;
   }
-  return true;
 }
 
-// Some file systems report a failed write only here. After EINTR the descriptor is closed anyway.
-bool closed(int descriptor) {
-  return ::close(descriptor) == 0 || errno == EINTR;
-}
-
-bool writeAndClose(int descriptor, std::string_view bytes) {
-  const bool written = writeAll(descriptor, bytes);
-  return closed(descriptor) && written;
-}
-
-// True if the last operation failed because the disk is full or faulty, rather than for lack of
-// permission.
-bool diskFailed() {
-  return errno == ENOSPC || errno == EDQUOT || errno == EIO;
-}
-
-// True if the save may proceed: the backup is complete, or no file can be created in the folder.
-bool makeBackup(const fs::path& file, std::string_view bytes) {
-  const fs::path part = SafeFile::backupPart(file);
-  ::unlink(part.c_str()); // left by an interrupted save
-  const int descriptor = Descriptors::open(part, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
-  if (descriptor < 0)
-    return !diskFailed();
-
-  bool goesOn = writeAndClose(descriptor, bytes);
-  if (goesOn) {
-    if (::rename(part.c_str(), SafeFile::backup(file).c_str()) == 0)
-      return true;
-    goesOn = !diskFailed();
-  }
-  ::unlink(part.c_str());
-  return goesOn;
-}
-
-// Truncates first: otherwise an interrupted write could leave a mixture of old and new bytes that
-// still parses.
-bool writePlainly(const fs::path& file, std::string_view bytes) {
-  constexpr mode_t everyone = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
-  // O_NONBLOCK: fail on a pipe without a reader instead of waiting for one.
-  const int descriptor =
-      Descriptors::open(file, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK, everyone);
-  return descriptor >= 0 && writeAndClose(descriptor, bytes);
+// An odd number of nanoseconds: a file system that rounds it makes it even.
+void setTimeOfModification(int descriptor) {
+  timespec times[2] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, {}};
+  if (::clock_gettime(CLOCK_REALTIME, &times[1]) != 0)
+    return;
+  times[1].tv_nsec |= 1;
+  ::futimens(descriptor, times);
 }
 
 } // namespace
 
-fs::path SafeFile::backup(const fs::path& file) {
-  return withSuffix(file, ".saving");
+std::optional<SafeFile::Stamp> SafeFile::stamp(const fs::path& file) {
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0)
+    return std::nullopt;
+  return stampOf(status);
 }
 
-fs::path SafeFile::backupPart(const fs::path& file) {
-  return withSuffix(file, ".saving.part");
+SafeFile::Reading SafeFile::read(const fs::path& file) {
+  using enum Reading::State;
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0)
+    return {.state = stateOfError(), .bytes = {}, .stamp = std::nullopt};
+  Reading reading{.state = irregular, .bytes = {}, .stamp = stampOf(status)};
+  if (!S_ISREG(status.st_mode))
+    return reading;
+  const int descriptor = Descriptors::open(file, O_RDONLY | O_NONBLOCK);
+  if (descriptor < 0) {
+    reading.state = stateOfError();
+    return reading;
+  }
+  reading.state = unreadable;
+  if (static_cast<std::uintmax_t>(status.st_size) <= mostBytes &&
+      Descriptors::readAll(descriptor, static_cast<std::size_t>(status.st_size), reading.bytes))
+    reading.state = complete;
+  ::close(descriptor);
+  return reading;
 }
 
-bool SafeFile::write(const fs::path& file, std::string_view bytes) {
-  const FolderLock lock(file, FolderLock::Use::writing);
-  if (lock.isRefused() || !makeBackup(file, bytes) || !writePlainly(file, bytes))
+SafeFile::Written SafeFile::overwrite(const fs::path& file, std::string_view bytes) {
+  constexpr mode_t everyone = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+  // O_NONBLOCK: fail on a pipe without a reader instead of waiting for one.
+  const int descriptor =
+      Descriptors::open(file, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK, everyone);
+  if (descriptor < 0)
+    return Descriptors::isRefused() ? Written::refused : Written::failed;
+  const bool written = Descriptors::writeAll(descriptor, bytes);
+  setTimeOfModification(descriptor);
+  return Descriptors::close(descriptor) && written ? Written::done : Written::failed;
+}
+
+bool SafeFile::isExact(const Stamp& stamp) {
+  return stamp.modified % 2 != 0;
+}
+
+bool SafeFile::sync(const fs::path& path) {
+  const int descriptor = Descriptors::open(path, O_RDONLY | O_NONBLOCK);
+  if (descriptor < 0)
     return false;
-  ::unlink(backup(file).c_str());
-  return true;
-}
-
-// Regular files only: reading a pipe or a device might never end.
-std::optional<std::string> SafeFile::contents(const fs::path& file) {
-  std::error_code error;
-  if (!fs::is_regular_file(file, error))
-    return std::nullopt;
-  const auto size = fs::file_size(file, error);
-  std::ifstream stream(file, std::ios::binary);
-  if (error || size > mostBytes || !stream)
-    return std::nullopt;
-  std::string bytes(static_cast<std::size_t>(size), '\0');
-  stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  if (static_cast<std::size_t>(stream.gcount()) != bytes.size())
-    return std::nullopt;
-  return bytes;
+  const bool synced = ::fsync(descriptor) == 0;
+  return Descriptors::close(descriptor) && synced;
 }
 
 } // namespace velto

@@ -1,59 +1,64 @@
-// Rewrites a file in place, with a complete backup beside it in case the save is interrupted.
+// A file that is rewritten in place, and what tells whether somebody else changed it.
 //
-// A save
-//   1. writes the new bytes to a partial backup and renames it: a backup is always complete,
-//   2. overwrites the file itself,
-//   3. removes the backup.
-// At any time the file or its backup is complete, unless no file can be created in the folder. A
-// backup left by an interrupted save is removed by the next successful one.
-//
-// There is no fsync: this protects against a crash, a full disk and write errors, not against a
-// loss of power.
+// Nothing here waits for a disk except sync(). Whoever writes holds the FolderLock, and keeps a
+// complete BackupFile elsewhere while the file is incomplete. Any thread.
 #pragma once
-
-#include "FolderLock.h"
-#include "Folders.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 namespace velto::SafeFile {
 
 // Larger files are treated as unreadable.
 inline constexpr std::uintmax_t mostBytes = std::uintmax_t{1} << 30;
 
-// Paths of the backup of `file` and of the partial backup.
-[[nodiscard]] std::filesystem::path backup(const std::filesystem::path& file);
-[[nodiscard]] std::filesystem::path backupPart(const std::filesystem::path& file);
+// The identity of a file and of its contents. Every write, rename and replacement changes it.
+struct Stamp {
+  std::int64_t inode = 0;
+  std::int64_t size = 0;     // bytes
+  std::int64_t modified = 0; // nanoseconds since 1970
+  std::int64_t changed = 0;  // same; the system's own clock, which no program sets
 
-// Saves `bytes`. Returns false on failure; load() then finds the previous bytes or the new ones. If
-// no file can be created in the folder, there is no backup, and an interrupted or failed write can
-// lose the file. Waits up to 250 ms for other programs that lock the folder, then fails. Any
-// thread.
-bool write(const std::filesystem::path& file, std::string_view bytes);
+  bool operator==(const Stamp&) const = default;
+};
 
-// The bytes of a regular file; nullopt if it cannot be read. Any thread.
-[[nodiscard]] std::optional<std::string> contents(const std::filesystem::path& file);
+// nullopt if there is no file.
+[[nodiscard]] std::optional<Stamp> stamp(const std::filesystem::path& file);
 
-// Decodes the file or, if it exists but does not decode, its backup. `decode` returns an optional;
-// nullopt if neither decodes. Changes nothing. Any thread.
-template <typename Decode>
-[[nodiscard]] std::invoke_result_t<Decode, std::string_view> load(const std::filesystem::path& file,
-                                                                  Decode decode) {
-  const auto decoded = [&](const std::filesystem::path& path) {
-    const auto bytes = contents(path);
-    return bytes ? decode(*bytes) : std::nullopt;
+struct Reading {
+  enum class State : std::uint8_t {
+    missing,
+    irregular,  // a folder, a pipe or a device: reading it might never end
+    unreadable, // for now, or for good
+    exhausted,  // this process is out of memory or of descriptors
+    complete
   };
-  const FolderLock lock(file, FolderLock::Use::reading);
-  if (auto value = decoded(file))
-    return value;
-  if (!Folders::exists(file))
-    return std::nullopt;
-  return decoded(backup(file));
-}
+  State state = State::missing;
+  std::string bytes;          // if complete
+  std::optional<Stamp> stamp; // from before the bytes were read; nullopt if missing
+};
+
+[[nodiscard]] Reading read(const std::filesystem::path& file);
+
+// Whether a file that could not be written was refused, rather than given up.
+enum class Written : std::uint8_t {
+  done,
+  refused, // no permission to write here
+  failed   // the disk is full or faulty, or the folder is gone
+};
+
+// Truncates the file and writes `bytes`: an interrupted write leaves a prefix of them, never a
+// mixture. Sets the time of modification to the nanosecond, so that two writes within one tick of
+// the system's clock have different stamps.
+[[nodiscard]] Written overwrite(const std::filesystem::path& file, std::string_view bytes);
+
+// False if the file system keeps times too coarsely for overwrite() to make its stamp unique.
+[[nodiscard]] bool isExact(const Stamp& stamp);
+
+// Forces a file's contents, or a folder's entries, to the disk.
+bool sync(const std::filesystem::path& path);
 
 } // namespace velto::SafeFile

@@ -57,6 +57,27 @@ inline constexpr auto fields<Stored> = std::tuple{
     optional("lifetime", &Stored::lifetime),
 };
 
+// What a backup holds beside the record.
+struct Beside {
+  std::vector<Attempt> unsaved;
+  std::optional<std::int64_t> fileChanged;
+  std::int64_t save = 0;
+};
+
+template <>
+inline constexpr auto fields<Beside> = std::tuple{
+    required("unsaved", &Beside::unsaved),
+    optional("fileChanged", &Beside::fileChanged),
+    required("save", &Beside::save),
+};
+
+template <>
+inline constexpr auto fields<Backup> = std::tuple{
+    required("attempts", &Backup::attempts),       required("staircases", &Backup::staircases),
+    optional("lifetime", &Backup::lifetime),       required("unsaved", &Backup::unsaved),
+    optional("fileChanged", &Backup::fileChanged), required("save", &Backup::save),
+};
+
 } // namespace KeyedCoding
 
 std::optional<std::string> Coding::encode(const Trial& trial) {
@@ -99,6 +120,30 @@ std::optional<BandRoll> Coding::decodeBandRoll(std::string_view text) {
 
 std::optional<Stored> Coding::decodeStored(std::string_view text) {
   return KeyedCoding::decode<Stored>(text);
+}
+
+std::optional<std::string> Coding::encodeBackup(std::string_view stored,
+                                                const std::vector<Attempt>& unsaved,
+                                                std::optional<std::int64_t> fileChanged,
+                                                std::int64_t save) {
+  const auto beside = KeyedCoding::encode(KeyedCoding::Beside{unsaved, fileChanged, save});
+  if (!beside)
+    return std::nullopt;
+  std::string text;
+  text.reserve(stored.size() + beside->size());
+  text.append(stored.substr(0, stored.size() - 1)); // without the closing brace
+  text += ',';
+  text.append(*beside, 1);
+  return text;
+}
+
+std::optional<Backup> Coding::decodeBackup(std::string_view text) {
+  if (auto backup = KeyedCoding::decode<Backup>(text))
+    return backup;
+  auto stored = decodeStored(text);
+  if (!stored)
+    return std::nullopt;
+  return Backup{std::move(*stored), {}, 0, 0};
 }
 
 } // namespace velto

@@ -5,6 +5,7 @@
 // clamped. Any thread.
 #pragma once
 
+#include "Merging.h"
 #include "Record.h"
 #include "Staircase.h"
 #include "Trial.h"
@@ -28,5 +29,15 @@ namespace velto::Coding {
 [[nodiscard]] std::optional<Attempt> decodeAttempt(std::string_view text);
 [[nodiscard]] std::optional<BandRoll> decodeBandRoll(std::string_view text);
 [[nodiscard]] std::optional<Stored> decodeStored(std::string_view text);
+
+// A backup is a profile file with more keys: it can be renamed to one. `stored` is the encoded
+// record. nullopt as in encode().
+[[nodiscard]] std::optional<std::string> encodeBackup(std::string_view stored,
+                                                      const std::vector<Attempt>& unsaved,
+                                                      std::optional<std::int64_t> fileChanged,
+                                                      std::int64_t save);
+// Without these keys, as earlier versions wrote it: a backup of a file that was last changed in
+// 1970, with no unsaved answers.
+[[nodiscard]] std::optional<Backup> decodeBackup(std::string_view text);
 
 } // namespace velto::Coding

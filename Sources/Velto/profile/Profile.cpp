@@ -1,34 +1,15 @@
 #include "Profile.h"
 
 #include "Bands.h"
-#include "Coding.h"
 #include "Date.h"
-#include "Folders.h"
-#include "SafeFile.h"
+#include "ProfileStore.h"
 #include "UUID.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace velto {
 
 namespace {
-
-void migrate(const ProfileLocation& location) {
-  if (!location.earlierFile || !Folders::exists(*location.earlierFile) ||
-      Folders::exists(location.file()))
-    return;
-  Folders::create(location.directory);
-  Folders::moveFile(*location.earlierFile, location.file());
-}
-
-// The file's path. Creates its folder if needed. Absolute, so that a later change of the current
-// folder does not move the record.
-std::filesystem::path prepare(const ProfileLocation& location) {
-  migrate(location);
-  Folders::create(location.directory);
-  return Folders::absolute(location.file());
-}
 
 Attempt answered(const Trial& trial, const Drills::Grade& grade) {
   Attempt attempt{.id = UUID::random(),
@@ -48,12 +29,19 @@ Attempt answered(const Trial& trial, const Drills::Grade& grade) {
 
 Profile::Profile() : Profile(ProfileLocation::resolve(Environment::ofProcess())) {}
 
-Profile::Profile(const ProfileLocation& location) : url_(prepare(location)) {
+Profile::Profile(const ProfileLocation& location)
+    : store_(std::make_unique<ProfileStore>(location, detailRows)) {
   load();
 }
 
+Profile::~Profile() = default;
+
+const std::filesystem::path& Profile::url() const {
+  return store_->file();
+}
+
 void Profile::load() {
-  auto stored = SafeFile::load(url_, Coding::decodeStored);
+  auto stored = store_->load();
   if (!stored)
     return;
   stored_ = std::move(*stored);
@@ -61,6 +49,7 @@ void Profile::load() {
 }
 
 void Profile::record(const Trial& trial, const Drills::Grade& grade) {
+  takeMerged();
   Staircase moved = staircase(trial.drill);
   moved.record(grade.correct);
   stored_.staircases[std::string(trial.drill.rawValue())] = moved;
@@ -68,6 +57,7 @@ void Profile::record(const Trial& trial, const Drills::Grade& grade) {
   const Attempt attempt = answered(trial, grade);
   objectWillChange.send();
   stored_.attempts.push_back(attempt);
+  store_->add(attempt);
 
   trim();
   recompute();
@@ -100,27 +90,33 @@ void Profile::recompute() {
 }
 
 void Profile::trim() {
-  auto& attempts = stored_.attempts;
-  if (attempts.size() <= detailRows)
+  if (stored_.excess(detailRows) == 0)
     return;
-  const auto firstKept = attempts.end() - static_cast<std::ptrdiff_t>(detailRows);
-  std::for_each(attempts.begin(), firstKept, [this](const Attempt& attempt) {
-    if (const auto band = attempt.mappedBand())
-      stored_.lifetime[*band].add(attempt);
-  });
   objectWillChange.send();
-  attempts.erase(attempts.begin(), firstKept);
+  stored_.trim(detailRows);
 }
 
 void Profile::replace(std::vector<Attempt> attempts, std::map<std::string, Staircase> staircases) {
   objectWillChange.send();
   stored_.attempts = std::move(attempts);
   stored_.staircases = std::move(staircases);
+  store_->overwriteNext();
 }
 
-void Profile::save() const {
-  if (const auto bytes = Coding::encode(stored_))
-    SafeFile::write(url_, *bytes);
+void Profile::save() {
+  store_->save(stored_);
+}
+
+bool Profile::waitForDisk(std::chrono::milliseconds most) {
+  return store_->wait(most);
+}
+
+void Profile::takeMerged() {
+  auto merged = store_->takeMerged(stored_);
+  if (!merged)
+    return;
+  objectWillChange.send();
+  stored_ = std::move(*merged);
 }
 
 } // namespace velto

@@ -11,10 +11,12 @@
 #include "Statistics.h"
 #include "Trial.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -22,8 +24,11 @@
 
 namespace velto {
 
-// Main thread only. File errors are not reported: a missing, unreadable or malformed file is an
-// empty record. A failed save keeps the record in memory, and the next answer saves again.
+class ProfileStore;
+
+// Main thread only; nothing waits for a disk but the destructor. File errors are not reported: a
+// missing, unreadable or malformed file without a backup is an empty record. A failed save keeps
+// the record in memory, and the next answer saves again.
 class Profile {
 public:
   // Answers kept in detail; older ones are rolled up.
@@ -33,11 +38,14 @@ public:
   // loads it. Computes the statistics if it could be loaded.
   Profile();
   explicit Profile(const ProfileLocation& location);
+  // Waits until the record is on the disk; see ProfileStore.
+  ~Profile();
 
   Profile(const Profile&) = delete;
   Profile& operator=(const Profile&) = delete;
 
-  // Updates the drill's staircase, appends the answer, trims, recomputes and saves.
+  // Updates the drill's staircase, appends the answer, trims, recomputes and saves. Before that,
+  // takes over what other programs have saved meanwhile.
   void record(const Trial& trial, const Drills::Grade& grade);
 
   // The drill's staircase; a new one if the drill has none.
@@ -57,12 +65,16 @@ public:
   // Rolls up and removes the oldest answers beyond `detailRows`.
   void trim();
 
-  // Replaces attempts and staircases; the roll-up stays. Does not trim, recompute or save.
+  // Replaces attempts and staircases; the roll-up stays. Does not trim, recompute or save. The next
+  // save does not merge.
   void replace(std::vector<Attempt> attempts, std::map<std::string, Staircase> staircases);
 
-  // Saves the file as SafeFile::write() does. Leaves the file unchanged if a number is not finite,
-  // or if the disk has no room for the backup.
-  void save() const;
+  // Saves as ProfileStore::save() does. Leaves the file unchanged if a number is not finite, or if
+  // the disk has no room for a backup.
+  void save();
+  // Waits until everything is on the disk as far as it can be. False if that takes longer than
+  // `most`.
+  bool waitForDisk(std::chrono::milliseconds most);
 
   [[nodiscard]] const std::vector<Attempt>& attempts() const { return stored_.attempts; }
   [[nodiscard]] const Stats& stats() const { return stats_; }
@@ -72,17 +84,18 @@ public:
   [[nodiscard]] const std::map<std::string, Staircase>& staircases() const {
     return stored_.staircases;
   }
-  [[nodiscard]] const std::filesystem::path& url() const { return url_; }
+  [[nodiscard]] const std::filesystem::path& url() const;
 
   // Sent before each change of attempts or stats, while the old value can still be read.
   Publisher<> objectWillChange;
 
 private:
   void load();
+  void takeMerged();
 
   Stored stored_;
   Stats stats_;
-  std::filesystem::path url_;
+  std::unique_ptr<ProfileStore> store_;
 };
 
 } // namespace velto

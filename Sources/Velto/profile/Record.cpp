@@ -2,6 +2,8 @@
 
 #include "Numbers.h"
 
+#include <algorithm>
+
 namespace velto {
 
 std::optional<std::int64_t> Attempt::mappedBand() const {
@@ -13,6 +15,19 @@ void BandRoll::add(const Attempt& attempt) {
   if (attempt.correct)
     hits = Numbers::saturatingIncrement(hits);
   errorSum += attempt.error;
+}
+
+std::size_t Stored::excess(std::size_t detailRows) const {
+  return attempts.size() <= detailRows ? 0 : attempts.size() - detailRows;
+}
+
+void Stored::trim(std::size_t detailRows) {
+  const auto firstKept = attempts.begin() + static_cast<std::ptrdiff_t>(excess(detailRows));
+  std::for_each(attempts.begin(), firstKept, [this](const Attempt& attempt) {
+    if (const auto band = attempt.mappedBand())
+      lifetime[*band].add(attempt);
+  });
+  attempts.erase(attempts.begin(), firstKept);
 }
 
 } // namespace velto

@@ -6,6 +6,7 @@
 #include "Staircase.h"
 #include "UUID.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -51,6 +52,11 @@ struct Stored {
   std::vector<Attempt> attempts;               // oldest first
   std::map<std::string, Staircase> staircases; // by raw drill name; unknown names are kept
   std::map<std::int64_t, BandRoll> lifetime;   // by band index
+
+  // The number of answers beyond `detailRows`.
+  [[nodiscard]] std::size_t excess(std::size_t detailRows) const;
+  // Rolls up and removes them, the oldest ones.
+  void trim(std::size_t detailRows);
 
   bool operator==(const Stored&) const = default;
 };

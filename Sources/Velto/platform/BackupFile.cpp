@@ -1,0 +1,116 @@
+#include "BackupFile.h"
+
+#include "Descriptors.h"
+#include "Folders.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace velto {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view partSuffix = ".part";
+
+fs::path partOf(fs::path path) {
+  path += partSuffix;
+  return path;
+}
+
+SafeFile::Written failure() {
+  return Descriptors::isRefused() ? SafeFile::Written::refused : SafeFile::Written::failed;
+}
+
+} // namespace
+
+BackupFile::BackupFile(const fs::path& file, std::string_view suffix) : path_(file) {
+  path_ += ".";
+  path_ += suffix;
+}
+
+BackupFile::~BackupFile() {
+  release();
+}
+
+// Closing the descriptor releases the lock.
+void BackupFile::release() {
+  if (locked_ >= 0)
+    ::close(std::exchange(locked_, -1));
+}
+
+SafeFile::Written BackupFile::write(std::string_view bytes, Durability durability) {
+  // A program that looks for abandoned copies may take the new one for one before it is locked.
+  constexpr int attempts = 3;
+  SafeFile::Written result = SafeFile::Written::failed;
+  for (int attempt = 0; attempt < attempts; ++attempt) {
+    result = writeOnce(bytes, durability);
+    if (result != SafeFile::Written::failed || errno != ENOENT)
+      break;
+  }
+  return result;
+}
+
+SafeFile::Written BackupFile::writeOnce(std::string_view bytes, Durability durability) {
+  const bool isDurable = durability == Durability::survivePowerCut;
+  const fs::path part = partOf(path_);
+  ::unlink(part.c_str());
+  const int descriptor = Descriptors::open(part, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
+  if (descriptor < 0)
+    return failure();
+  ::flock(descriptor, LOCK_EX); // others hold it for microseconds, to look
+  if (!Descriptors::writeAll(descriptor, bytes) || (isDurable && ::fdatasync(descriptor) != 0) ||
+      ::rename(part.c_str(), path_.c_str()) != 0) {
+    const SafeFile::Written result = failure();
+    const int error = errno;
+    Descriptors::close(descriptor);
+    ::unlink(part.c_str());
+    errno = error;
+    return result;
+  }
+  release();
+  locked_ = descriptor;
+  if (isDurable && !SafeFile::sync(Folders::of(path_)))
+    return SafeFile::Written::failed;
+  return SafeFile::Written::done;
+}
+
+void BackupFile::remove() {
+  if (locked_ < 0)
+    return;
+  ::unlink(path_.c_str());
+  release();
+}
+
+std::vector<fs::path> BackupFile::all(const fs::path& file, std::string_view prefix) {
+  std::vector<fs::path> found;
+  const std::string start = file.filename().string() + "." + std::string(prefix);
+  std::error_code error;
+  for (fs::directory_iterator entry(Folders::of(file), error), end; !error && entry != end;
+       entry.increment(error))
+    if (entry->path().filename().string().starts_with(start))
+      found.push_back(entry->path());
+  return found;
+}
+
+bool BackupFile::isInUse(const fs::path& copy) {
+  const int descriptor = Descriptors::open(copy, O_RDONLY | O_NONBLOCK);
+  if (descriptor < 0)
+    return false;
+  const bool inUse = ::flock(descriptor, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  ::close(descriptor);
+  return inUse;
+}
+
+bool BackupFile::isPartial(const fs::path& copy) {
+  return copy.filename().string().ends_with(partSuffix);
+}
+
+} // namespace velto

@@ -1,0 +1,57 @@
+// A complete copy of a file, beside it, that belongs to one running program.
+#pragma once
+
+#include "SafeFile.h"
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velto {
+
+// The copy is written under another name and renamed: under its own name it is always complete. It
+// outlives the program that is killed; that the program has ended shows in a lock on the copy.
+// Readable by the user only.
+//
+// One object belongs to one thread at a time.
+class BackupFile {
+public:
+  enum class Durability : std::uint8_t {
+    surviveKill,    // complete for other programs as soon as write() returns
+    survivePowerCut // and on the disk: waits for it
+  };
+
+  // The copy of `file` is called "<file>.<suffix>". Nothing is written yet.
+  BackupFile(const std::filesystem::path& file, std::string_view suffix);
+  BackupFile(const BackupFile&) = delete;
+  BackupFile& operator=(const BackupFile&) = delete;
+  // Leaves the copy to the next program.
+  ~BackupFile();
+
+  // Replaces the copy. If this fails, the previous copy stays.
+  [[nodiscard]] SafeFile::Written write(std::string_view bytes, Durability durability);
+
+  // True if write() has succeeded since the last remove().
+  [[nodiscard]] bool exists() const { return locked_ >= 0; }
+
+  // Removes the copy, if there is one.
+  void remove();
+
+  // The copies of `file` whose suffix begins with `prefix`, in no order; partial ones as well.
+  [[nodiscard]] static std::vector<std::filesystem::path> all(const std::filesystem::path& file,
+                                                              std::string_view prefix);
+  // True if the program that wrote a copy still runs. False where the file system has no locks.
+  [[nodiscard]] static bool isInUse(const std::filesystem::path& copy);
+  // True if the copy was never completed.
+  [[nodiscard]] static bool isPartial(const std::filesystem::path& copy);
+
+private:
+  [[nodiscard]] SafeFile::Written writeOnce(std::string_view bytes, Durability durability);
+  void release();
+
+  std::filesystem::path path_;
+  int locked_ = -1; // the current copy
+};
+
+} // namespace velto

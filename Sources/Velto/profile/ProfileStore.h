@@ -1,0 +1,106 @@
+// The files that hold a practice record, shared with other programs and safe from kills and power
+// cuts.
+//
+// profile.json                  the record, rewritten in place
+// profile.json.saving-<id>      complete copy by save(), while profile.json may be incomplete or
+//                               behind: survives a kill
+// profile.json.backup-<id>      complete copy by the background writer: survives a power cut
+// profile.json.aside-<date>     a former profile.json that could not be read (PutAside)
+//
+// <id> is one program's. Its two copies go when it ends cleanly. Copies left by another program
+// count with the next load, and go once a backup holds what they held.
+//
+// save() writes profile.json itself if that takes no waiting: nobody has the lock, the file is as
+// this program last left or read it, and a backup holds what the file would lose. All else is done
+// by the writer: it waits for the lock, merges, puts aside, forces the backup to the disk, and only
+// then touches the file.
+#pragma once
+
+#include "BackgroundWriter.h"
+#include "BackupFile.h"
+#include "ProfileLocation.h"
+#include "Record.h"
+#include "SafeFile.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velto {
+
+// Main thread only. Failures are not reported; the next save tries again.
+class ProfileStore {
+public:
+  // How long the destructor waits for the disk and for other programs.
+  static constexpr std::chrono::milliseconds endPatience{2000};
+
+  // Moves an earlier version's file to the location and creates the folder, if needed.
+  // `detailRows` as in Profile.
+  ProfileStore(const ProfileLocation& location, std::size_t detailRows);
+  // Waits until all is on the disk and the copies are removed. What takes longer than endPatience
+  // is left to the next load.
+  ~ProfileStore();
+  ProfileStore(const ProfileStore&) = delete;
+  ProfileStore& operator=(const ProfileStore&) = delete;
+
+  // The record; nullopt if there is none that can be read. Waits at most 20 ms for a program that
+  // holds the lock. Changes nothing on disk. Call at most once, before the other functions.
+  [[nodiscard]] std::optional<Stored> load();
+
+  // Call for each new answer, before it is saved. It counts as unsaved until the file has it.
+  void add(const Attempt& attempt) { unsaved_.push_back(attempt); }
+
+  // The next save overwrites the file instead of merging. Answers added before do not count.
+  void overwriteNext() {
+    overwrites_ = true;
+    unsaved_.clear();
+  }
+
+  // Saves the record; `stored` has all answers that were added. Does not wait. A no-op if a number
+  // is not finite.
+  void save(const Stored& stored);
+
+  // What a save found in the file beside `stored`, merged with `stored` as it is now; nullopt if
+  // nobody else has changed the file.
+  [[nodiscard]] std::optional<Stored> takeMerged(const Stored& stored);
+
+  // Waits until the writer is idle. False if that takes longer than `most`.
+  bool wait(std::chrono::milliseconds most);
+
+  [[nodiscard]] const std::filesystem::path& file() const { return file_; }
+
+private:
+  struct Snapshot;
+  struct Result;
+  class Disk;
+
+  [[nodiscard]] bool writeNow(const std::string& bytes);
+  void finish(const Snapshot& snapshot, const Result& result);
+  void post(const std::shared_ptr<Snapshot>& snapshot);
+
+  const std::filesystem::path file_;
+  const std::optional<std::filesystem::path> earlierFile_;
+  const std::size_t detailRows_;
+
+  // The file as this program last read or wrote it; nullopt if it was missing.
+  std::optional<SafeFile::Stamp> stamp_;
+  bool isKnown_ = false;   // the record in memory includes what the file held at stamp_
+  bool isSecured_ = false; // a backup on the disk holds what an interrupted write would destroy
+  bool overwrites_ = false;
+  std::vector<Attempt> unsaved_;
+  std::optional<Stored> merged_; // not taken yet
+  std::int64_t saves_ = 0;
+  bool isSaved_ = true; // the file has the latest save
+
+  const std::string id_;
+  BackupFile saving_;
+  std::shared_ptr<Disk> disk_; // writer only
+  BackgroundWriter writer_;
+};
+
+} // namespace velto

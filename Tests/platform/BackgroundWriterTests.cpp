@@ -1,0 +1,95 @@
+#include "BackgroundWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <thread>
+#include <vector>
+
+namespace velto {
+namespace {
+
+using namespace std::chrono_literals;
+using Outcome = BackgroundWriter::Outcome;
+
+// Work that waits until it is released, and tells when it has begun.
+struct Gate {
+  std::promise<void> begun, release;
+
+  BackgroundWriter::Work work() {
+    return [this] {
+      begun.set_value();
+      release.get_future().wait();
+      return Outcome{};
+    };
+  }
+};
+
+TEST(BackgroundWriter, RunsWorkOnAnotherThreadAndFinishesOnTheOwners) {
+  BackgroundWriter writer;
+  const auto owner = std::this_thread::get_id();
+  std::thread::id worked;
+  std::thread::id finished;
+  writer.post([&] {
+    worked = std::this_thread::get_id();
+    return Outcome{.finish = [&] { finished = std::this_thread::get_id(); }};
+  });
+  EXPECT_TRUE(writer.wait(10s));
+  EXPECT_NE(worked, owner);
+  EXPECT_EQ(finished, std::thread::id());
+  writer.collect();
+  EXPECT_EQ(finished, owner);
+}
+
+TEST(BackgroundWriter, RunsOnlyTheLatestOfTheWorkThatHasNotBegun) {
+  Gate gate;
+  BackgroundWriter writer;
+  std::vector<int> done;
+  writer.post(gate.work());
+  gate.begun.get_future().wait();
+  for (int i = 0; i < 5; ++i)
+    writer.post([&done, i] {
+      done.push_back(i);
+      return Outcome{};
+    });
+  gate.release.set_value();
+  EXPECT_TRUE(writer.wait(10s));
+  EXPECT_EQ(done, std::vector<int>{4});
+}
+
+TEST(BackgroundWriter, RepeatsWorkThatAsksForItUntilThereIsNewerWork) {
+  BackgroundWriter writer;
+  std::atomic<int> runs = 0;
+  writer.post([&] { return Outcome{.finish = {}, .again = ++runs < 3}; });
+  EXPECT_TRUE(writer.wait(10s));
+  EXPECT_EQ(runs, 3);
+
+  writer.post([&] {
+    ++runs;
+    return Outcome{.finish = {}, .again = true};
+  });
+  while (runs < 5)
+    std::this_thread::yield();
+  EXPECT_FALSE(writer.wait(1ms));
+  writer.post([] { return Outcome{}; });
+  EXPECT_TRUE(writer.wait(10s));
+}
+
+TEST(BackgroundWriter, NeverWaitsForWorkButInWait) {
+  const auto gate = std::make_shared<Gate>();
+  {
+    BackgroundWriter writer;
+    writer.post([gate] { return gate->work()(); });
+    gate->begun.get_future().wait();
+    writer.post([] { return Outcome{}; });
+    writer.collect();
+    EXPECT_FALSE(writer.wait(20ms));
+  }
+  gate->release.set_value(); // the work outlived the writer
+}
+
+} // namespace
+} // namespace velto

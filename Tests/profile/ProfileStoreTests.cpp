@@ -1,0 +1,553 @@
+// The record's files: what is written when, by which thread, and what a fault leaves of it.
+#include "BackupFile.h"
+#include "PutAside.h"
+
+#include "kit/FileFaults.h"
+#include "kit/Forked.h"
+#include "kit/NumberedProfile.h"
+
+#include <gmock/gmock.h>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <memory>
+#include <regex>
+#include <thread>
+
+namespace velto {
+namespace {
+
+using namespace testing;
+using namespace std::chrono_literals;
+using kit::FileFault;
+using kit::FileFaults;
+using kit::Forked;
+using kit::SlowDisk;
+using std::chrono::steady_clock;
+
+namespace fs = std::filesystem;
+
+class ProfileFiles : public NumberedProfile {
+protected:
+  // A program that is killed once `body` is done with its profile.
+  template <typename Body>
+  void killedAfter(Body body) const {
+    Forked program([&] {
+      Profile profile(location());
+      body(profile);
+      ::raise(SIGKILL);
+    });
+    EXPECT_EQ(program.ended(), 128 + SIGKILL);
+  }
+  [[nodiscard]] std::string encoded(std::int64_t count) const {
+    return Coding::encode(Stored{numberedRows(count), {}, {}}).value();
+  }
+  // Copies of that kind.
+  [[nodiscard]] std::vector<fs::path> copies(const char* kind) const {
+    return BackupFile::all(file(), kind);
+  }
+};
+
+// Holds the lock on a folder as another program would.
+class HeldLock {
+public:
+  explicit HeldLock(const fs::path& folder)
+      : descriptor_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    EXPECT_EQ(::flock(descriptor_, LOCK_EX), 0);
+  }
+  HeldLock(const HeldLock&) = delete;
+  HeldLock& operator=(const HeldLock&) = delete;
+  ~HeldLock() { ::close(descriptor_); }
+
+private:
+  int descriptor_;
+};
+
+// The rest of the program runs as a user who may only do what the modes say.
+void becomeNobody() {
+  constexpr uid_t nobody = 65534;
+  if (::geteuid() == 0) {
+    ASSERT_EQ(::setuid(nobody), 0);
+  }
+}
+
+// ---- A normal day ----
+
+TEST_F(ProfileFiles, AfterACleanEndNothingLiesBesideTheFile) {
+  restart(3);
+  {
+    Profile profile(location());
+    recordNumbered(profile, 3);
+    recordNumbered(profile, 4);
+  }
+  EXPECT_EQ(stored()->attempts.size(), 5U);
+  expectNothingBesideTheFile();
+}
+
+TEST_F(ProfileFiles, ReadingARecordWritesNothing) {
+  restart(3);
+  const auto before = fs::last_write_time(folder());
+  EXPECT_EQ(answersOnFile(), 3);
+  EXPECT_EQ(fs::last_write_time(folder()), before);
+}
+
+TEST_F(ProfileFiles, OnceABackupExistsAnAnswerIsInTheFileWhenItIsRecorded) {
+  restart(3);
+  Profile profile(location());
+  recordNumbered(profile, 3);
+  ASSERT_TRUE(profile.waitForDisk(patience));
+  EXPECT_EQ(stored()->attempts, profile.attempts());
+  for (std::int64_t number = 4; number < 10; ++number) {
+    recordNumbered(profile, number);
+    EXPECT_EQ(stored()->attempts, profile.attempts());
+    ASSERT_TRUE(profile.waitForDisk(patience));
+  }
+  EXPECT_EQ(copies("saving").size(), 0U);
+  EXPECT_EQ(copies("backup").size(), 1U);
+}
+
+// The file's former content may be all that is on the disk.
+TEST_F(ProfileFiles, TheFileIsNotTouchedBeforeABackupIsOnTheDisk) {
+  restart(3);
+  const std::string before = contentOf(file());
+  const SlowDisk slow(100ms);
+  Profile profile(location());
+  recordNumbered(profile, 3);
+  EXPECT_EQ(contentOf(file()), before);
+  EXPECT_EQ(copies("saving").size(), 1U);
+  ASSERT_TRUE(profile.waitForDisk(patience));
+  EXPECT_EQ(stored()->attempts, profile.attempts());
+}
+
+// ---- The main thread ----
+
+constexpr auto mostForARecord = 8ms;
+
+template <typename Body>
+steady_clock::duration timeOf(Body body) {
+  const auto begin = steady_clock::now();
+  body();
+  return steady_clock::now() - begin;
+}
+
+// Of answers to a full record. The machine may be busy: the time of the best in a row of tries.
+TEST_F(ProfileFiles, RecordingNeverWaitsForTheDiskTheLockOrAMerge) {
+  restart(5000);
+  const SlowDisk slow(100ms);
+  Profile profile(location());
+  const auto best = [&](auto prepare) {
+    auto time = steady_clock::duration::max();
+    for (int i = 0; i < 5; ++i) {
+      prepare();
+      const std::size_t waits = SlowDisk::waitsOfThisThread();
+      time = std::min(time, timeOf([&] { recordNumbered(profile, 5000 + i); }));
+      EXPECT_EQ(SlowDisk::waitsOfThisThread(), waits);
+    }
+    std::printf("%.1f ms\n", std::chrono::duration<double, std::milli>(time).count());
+    return time;
+  };
+  EXPECT_LT(best([] {}), mostForARecord) << "first, and while the disk is busy";
+  ASSERT_TRUE(profile.waitForDisk(patience));
+  EXPECT_LT(best([&] { ASSERT_TRUE(profile.waitForDisk(patience)); }), mostForARecord);
+  {
+    const HeldLock held(folder());
+    EXPECT_LT(best([] {}), mostForARecord) << "with the lock held elsewhere";
+  }
+  EXPECT_LT(best([&] {
+              ASSERT_TRUE(profile.waitForDisk(patience));
+              Stored other = *stored();
+              other.attempts.push_back(row(Drill::level, {}, true, 0, Date::now()));
+              put(file(), Coding::encode(other).value());
+            }),
+            mostForARecord)
+      << "with a merge due";
+  EXPECT_LT(best([&] { ASSERT_TRUE(profile.waitForDisk(patience)); }), mostForARecord)
+      << "with a merge to be taken over";
+}
+
+TEST_F(ProfileFiles, ClosingWaitsAtMostTwoSecondsAndLosesNothing) {
+  restart(3);
+  const HeldLock held(folder());
+  auto profile = std::make_unique<Profile>(location());
+  recordNumbered(*profile, 3);
+  const auto time = timeOf([&] { profile.reset(); });
+  EXPECT_GE(time, 1900ms);
+  EXPECT_LT(time, 2500ms);
+  EXPECT_EQ(stored()->attempts.size(), 3U);
+  EXPECT_EQ(answersOnFile(), 4);
+}
+
+TEST_F(ProfileFiles, AnswersGivenWhileTheLockIsHeldAreSavedOnceItIsFree) {
+  restart(3);
+  Profile profile(location());
+  {
+    const HeldLock held(folder());
+    for (std::int64_t number = 3; number < 8; ++number)
+      recordNumbered(profile, number);
+    EXPECT_FALSE(profile.waitForDisk(300ms));
+    EXPECT_EQ(stored()->attempts.size(), 3U);
+  }
+  EXPECT_TRUE(profile.waitForDisk(patience));
+  EXPECT_EQ(stored()->attempts, profile.attempts());
+}
+
+TEST_F(ProfileFiles, AKillWhileTheLockIsHeldLosesNothing) {
+  restart(3);
+  const HeldLock held(folder());
+  killedAfter([](Profile& profile) { recordNumbered(profile, 3); });
+  EXPECT_EQ(answersOnFile(), 4);
+}
+
+// ---- Unclean ends ----
+
+// The file as a power cut may leave it, after answers that reached the backup.
+class AfterAPowerCut : public ProfileFiles {
+protected:
+  void SetUp() override {
+    restart(3);
+    const std::string before = contentOf(file());
+    const auto inode = SafeFile::stamp(file())->inode;
+    killedAfter([&](Profile& profile) {
+      recordNumbered(profile, 3);
+      recordNumbered(profile, 4);
+      ASSERT_TRUE(profile.waitForDisk(patience));
+    });
+    ASSERT_EQ(SafeFile::stamp(file())->inode, inode);
+    newest_ = contentOf(file());
+  }
+  // The next program finds all five answers, saves a sixth and clears up.
+  void expectFiveAnswers() const {
+    EXPECT_EQ(answersOnFile(), 5);
+    {
+      Profile profile(location());
+      recordNumbered(profile, 5);
+    }
+    EXPECT_EQ(answersIn(Profile(location())), 6);
+    EXPECT_EQ(stored()->attempts.size(), 6U);
+    EXPECT_EQ(copies("saving").size() + copies("backup").size(), 0U);
+  }
+
+  std::string newest_;
+};
+
+TEST_F(AfterAPowerCut, TheBackupReplacesATornFile) {
+  for (const std::string& torn :
+       {std::string(), newest_.substr(0, newest_.size() / 2), std::string(newest_.size(), '\0')}) {
+    SetUp();
+    put(file(), torn);
+    expectFiveAnswers();
+  }
+}
+
+TEST_F(AfterAPowerCut, AFileOfWhichTheBackupKnowsNothingLessIsTheRecord) {
+  expectFiveAnswers();
+}
+
+// The change time cannot be set back: move the backup's into the future instead.
+TEST_F(AfterAPowerCut, TheBackupWinsOverAnOlderFileThatDecodes) {
+  put(file(), encoded(0));
+  const fs::path backup = copies("backup").at(0);
+  put(backup, std::regex_replace(contentOf(backup), std::regex(R"("fileChanged":\d+)"),
+                                 R"("fileChanged":9000000000000000000)"));
+  expectFiveAnswers();
+}
+
+TEST_F(AfterAPowerCut, ADeletedFileStaysDeleted) {
+  fs::remove(file());
+  EXPECT_EQ(answersOnFile(), 0);
+  {
+    Profile profile(location());
+    recordNumbered(profile, 0);
+  }
+  EXPECT_EQ(answersOnFile(), 1);
+  EXPECT_EQ(copies("backup").size(), 0U);
+  // What only the copy had is not destroyed either.
+  ASSERT_EQ(PutAside::all(file()).size(), 1U);
+  EXPECT_EQ(Coding::decodeStored(contentOf(PutAside::all(file())[0]))->attempts.size(), 5U);
+}
+
+TEST_F(AfterAPowerCut, AReplacedFileIsTheRecord) {
+  const fs::path other = scratch_.path() / "other.json";
+  put(other, encoded(2));
+  fs::last_write_time(other, fs::file_time_type::clock::now() - 24h); // as a copy tool would
+  fs::rename(other, file());
+  EXPECT_EQ(answersOnFile(), 2);
+  put(file(), encoded(1));
+  EXPECT_EQ(answersOnFile(), 1);
+}
+
+// A power cut can take the file's entry in the folder as well, if it was new.
+TEST_F(ProfileFiles, ANewFileThatIsGoneIsRestoredIfItWasNeverOnTheDisk) {
+  fs::create_directories(folder());
+  {
+    // The file cannot be forced to the disk, so that the backup knows of none.
+    const HeldLock held(folder());
+    killedAfter([&](Profile& profile) {
+      recordNumbered(profile, 0);
+      std::this_thread::sleep_for(300ms);
+    });
+  }
+  EXPECT_FALSE(fs::exists(file()));
+  EXPECT_EQ(answersOnFile(), 1);
+}
+
+TEST_F(ProfileFiles, AnUncleanEndOfManyProgramsIsClearedUp) {
+  restart(3);
+  for (std::int64_t number = 3; number < 8; ++number)
+    killedAfter([&](Profile& profile) {
+      EXPECT_EQ(answersIn(profile), number);
+      recordNumbered(profile, number);
+    });
+  EXPECT_EQ(answersOnFile(), 8);
+  {
+    Profile profile(location());
+    recordNumbered(profile, 8);
+  }
+  EXPECT_EQ(answersOnFile(), 9);
+  expectNothingBesideTheFile();
+}
+
+// ---- Files that cannot be read ----
+
+class UnreadableFile : public ProfileFiles {
+protected:
+  // Loads with a fault, then records the given answer without it.
+  void recordAfter(FileFault fault, std::size_t operation, std::int64_t number) const {
+    std::optional<FileFaults> faults(std::in_place, std::map{std::pair{operation, fault}});
+    Profile profile(location());
+    faults.reset();
+    EXPECT_EQ(profile.attempts().size(), 0U);
+    recordNumbered(profile, number);
+  }
+};
+
+TEST_F(UnreadableFile, AFaultThatPassesLosesNothing) {
+  for (const FileFault fault :
+       {FileFault::inputOutputError, FileFault::notPermitted, FileFault::noDescriptors}) {
+    restart(100);
+    recordAfter(fault, 2, 100); // after open and flock of the folder: open of the file
+    EXPECT_EQ(answersOnFile(), 101);
+    EXPECT_EQ(stored()->attempts.size(), 101U);
+    expectNothingBesideTheFile();
+  }
+}
+
+TEST_F(UnreadableFile, AFileThatDoesNotDecodeIsPutAsideOnce) {
+  restart(100);
+  const std::string foreign =
+      changed(contentOf(file()), R"("staircases":{})", R"("staircases":{},"x":[)");
+  for (int round = 0; round < 3; ++round) {
+    put(file(), foreign);
+    {
+      Profile profile(location());
+      EXPECT_EQ(profile.attempts().size(), 0U);
+      recordNumbered(profile, 0);
+      recordNumbered(profile, 1);
+    }
+    EXPECT_EQ(answersOnFile(), 2);
+    ASSERT_EQ(besideTheFile().size(), 1U);
+    EXPECT_EQ(contentOf(PutAside::all(file()).at(0)), foreign);
+  }
+}
+
+TEST_F(UnreadableFile, AFileThatDecodesByTheFirstAnswerIsMerged) {
+  restart(100);
+  const std::string whole = contentOf(file());
+  put(file(), whole.substr(0, 500));
+  Profile profile(location());
+  put(file(), whole);
+  recordNumbered(profile, 100);
+  ASSERT_TRUE(profile.waitForDisk(patience));
+  EXPECT_EQ(stored()->attempts.size(), 101U);
+  recordNumbered(profile, 101);
+  EXPECT_EQ(answersIn(profile), 102);
+  EXPECT_TRUE(PutAside::all(file()).empty());
+}
+
+TEST_F(UnreadableFile, OneThatCannotBeOpenedIsRenamed) {
+  restart(100);
+  const std::string whole = contentOf(file());
+  fs::permissions(file(), fs::perms::none);
+  fs::permissions(scratch_.path(), fs::perms::all);
+  fs::permissions(folder(), fs::perms::all);
+  Forked program([&] {
+    becomeNobody();
+    Profile profile(location());
+    recordNumbered(profile, 0);
+  });
+  EXPECT_EQ(program.ended(), EXIT_SUCCESS);
+  EXPECT_EQ(answersOnFile(), 1);
+  ASSERT_EQ(PutAside::all(file()).size(), 1U);
+  EXPECT_EQ(contentOf(PutAside::all(file())[0]), whole);
+}
+
+TEST_F(UnreadableFile, IfItCannotBePutAsideTheNextAnswerTriesAgain) {
+  restart(100);
+  put(file(), "from a newer version");
+  Profile profile(location());
+  {
+    // No file operation of the writer succeeds.
+    std::map<std::size_t, FileFault> all;
+    for (std::size_t number = 2; number < 200; ++number)
+      all[number] = FileFault::inputOutputError;
+    const FileFaults faults(all, FileFaults::Where::otherThreads);
+    recordNumbered(profile, 0);
+    ASSERT_TRUE(profile.waitForDisk(patience));
+  }
+  EXPECT_EQ(contentOf(file()), "from a newer version");
+  recordNumbered(profile, 1);
+  ASSERT_TRUE(profile.waitForDisk(patience));
+  EXPECT_EQ(stored()->attempts.size(), 2U);
+  EXPECT_EQ(contentOf(PutAside::all(file()).at(0)), "from a newer version");
+}
+
+TEST_F(UnreadableFile, WhereTheFileMayNotBeWrittenAnswersAreKeptUntilItMay) {
+  restart(100);
+  fs::permissions(scratch_.path(), fs::perms::all);
+  fs::permissions(folder(), fs::perms::all);
+  fs::permissions(file(), fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+  const std::string before = contentOf(file());
+  for (std::int64_t number = 100; number < 103; ++number) {
+    Forked program([&] {
+      becomeNobody();
+      Profile profile(location());
+      EXPECT_EQ(answersIn(profile), number);
+      recordNumbered(profile, number);
+    });
+    EXPECT_EQ(program.ended(), EXIT_SUCCESS);
+  }
+  EXPECT_EQ(contentOf(file()), before);
+  EXPECT_EQ(copies("backup").size(), 1U);
+  fs::permissions(file(), fs::perms::all);
+  {
+    Profile profile(location());
+    recordNumbered(profile, 103);
+  }
+  EXPECT_EQ(stored()->attempts.size(), 104U);
+  EXPECT_EQ(answersOnFile(), 104);
+  expectNothingBesideTheFile();
+}
+
+// ---- Folders and disks that cannot be written ----
+
+TEST_F(ProfileFiles, WhereTheFolderTakesNoNewFileTheFileIsWrittenAlone) {
+  restart(100);
+  fs::permissions(scratch_.path(), fs::perms::all);
+  fs::permissions(file(), fs::perms::all & ~fs::perms::owner_exec);
+  fs::permissions(folder(), fs::perms::owner_read | fs::perms::owner_exec | fs::perms::group_read |
+                                fs::perms::group_exec | fs::perms::others_read |
+                                fs::perms::others_exec);
+  Forked program([&] {
+    becomeNobody();
+    Profile profile(location());
+    for (std::int64_t number = 100; number < 103; ++number)
+      recordNumbered(profile, number);
+  });
+  EXPECT_EQ(program.ended(), EXIT_SUCCESS);
+  fs::permissions(folder(), fs::perms::owner_all);
+  EXPECT_EQ(stored()->attempts.size(), 103U);
+  expectNothingBesideTheFile();
+}
+
+TEST_F(ProfileFiles, OnAReadOnlyDiskAnswersWaitUntilItIsWritable) {
+  restart(100);
+  const bool allowed = kit::withOwnMounts([&] {
+    const std::string folderName = folder();
+    const char* place = folderName.c_str();
+    ASSERT_EQ(::mount(place, place, nullptr, MS_BIND, nullptr), 0);
+    ASSERT_EQ(::mount(nullptr, place, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr), 0);
+    Profile profile(location());
+    recordNumbered(profile, 100);
+    ASSERT_TRUE(profile.waitForDisk(patience));
+    EXPECT_EQ(answersOnFile(), 100);
+    ASSERT_EQ(::mount(nullptr, place, nullptr, MS_REMOUNT | MS_BIND, nullptr), 0);
+    recordNumbered(profile, 101);
+    ASSERT_TRUE(profile.waitForDisk(patience));
+    EXPECT_EQ(stored()->attempts.size(), 102U);
+  });
+  if (!allowed)
+    GTEST_SKIP() << "mounting is not permitted";
+}
+
+// ---- Faults of the disk ----
+
+bool isDeadly(FileFault fault) {
+  return fault == FileFault::death || fault == FileFault::halfAndDeath ||
+         fault == FileFault::lateDeath;
+}
+
+constexpr std::array allFaults{FileFault::inputOutputError, FileFault::noSpace,
+                               FileFault::notPermitted,     FileFault::noDescriptors,
+                               FileFault::interrupted,      FileFault::half,
+                               FileFault::halfAndError,     FileFault::death,
+                               FileFault::halfAndDeath,     FileFault::lateDeath};
+
+class EveryFault : public ProfileFiles, public ::testing::WithParamInterface<FileFaults::Where> {};
+
+// A program records answers 3 and 4, the latter with one fault in one operation: of the main
+// thread's save, or of the writer's. Nothing that was recorded before is lost, whatever the fault;
+// the answer itself only if the fault killed the main thread.
+TEST_P(EveryFault, LosesNoAnswerThatWasRecorded) {
+  const bool inWriter = GetParam() == FileFaults::Where::otherThreads;
+  std::size_t operations = 0;
+  for (std::size_t number = 0; number <= operations; ++number) {
+    for (const FileFault fault : allFaults) {
+      SCOPED_TRACE("operation " + std::to_string(number) + ", fault " +
+                   std::to_string(static_cast<int>(fault)));
+      restart(3);
+      const auto practise = [&] {
+        Profile profile(location());
+        if (!inWriter) {
+          recordNumbered(profile, 3);
+          ASSERT_TRUE(profile.waitForDisk(patience));
+        }
+        {
+          const FileFaults faults({{number, fault}}, GetParam());
+          recordNumbered(profile, inWriter ? 3 : 4);
+          if (inWriter) {
+            ASSERT_TRUE(profile.waitForDisk(patience));
+          }
+          operations = std::max(operations, FileFaults::operationsSoFar());
+        }
+        if (inWriter) {
+          recordNumbered(profile, 4);
+        }
+      };
+      if (isDeadly(fault)) {
+        Forked dying(practise);
+        EXPECT_THAT(dying.ended(), ::testing::AnyOf(128 + SIGKILL, EXIT_SUCCESS));
+        ASSERT_GE(answersOnFile(), 4);
+        ASSERT_LE(answersOnFile(), 5);
+      } else {
+        practise();
+        ASSERT_EQ(answersOnFile(), 5);
+      }
+      const std::int64_t next = answersOnFile();
+      {
+        Profile profile(location());
+        recordNumbered(profile, next);
+      }
+      ASSERT_EQ(answersOnFile(), next + 1);
+      ASSERT_EQ(stored()->attempts.size(), static_cast<std::size_t>(next) + 1);
+      ASSERT_EQ(besideTheFile(), std::set<std::string>{});
+    }
+  }
+  EXPECT_GE(operations, 10U);
+}
+
+INSTANTIATE_TEST_SUITE_P(OfThe, EveryFault,
+                         ::testing::Values(FileFaults::Where::thisThread,
+                                           FileFaults::Where::otherThreads),
+                         [](const auto& param) {
+                           return param.param == FileFaults::Where::thisThread ? "mainThread"
+                                                                               : "writer";
+                         });
+
+} // namespace
+} // namespace velto
