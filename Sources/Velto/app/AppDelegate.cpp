@@ -13,6 +13,7 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QScreen>
+#include <QShortcut>
 #include <QThreadPool>
 #include <QTimer>
 
@@ -100,6 +101,9 @@ void AppDelegate::openWindow() {
     const QRect available = screen->availableGeometry();
     window_->setPosition(available.center() - QRect(QPoint(), window_->size()).center());
   }
+  for (const int key : {Qt::Key_Q, Qt::Key_W})
+    connect(new QShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(key)), window_.get()),
+            &QShortcut::activated, window_.get(), &QWindow::close);
   window_->installEventFilter(this);
   window_->show();
   window_->raise();

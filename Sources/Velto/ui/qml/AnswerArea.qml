@@ -35,6 +35,7 @@ Item {
         visible: isLevel || area.session.drill === PracticeModel.Dynamics
         enabled: visible
         answerable: !area.session.graded
+        name: isLevel ? "How much louder" : "How much gain reduction"
         scaleModel: isLevel ? Scales.level : Scales.dynamics
         value: visible ? area.session.answer : undefined
         truth: visible && area.session.graded && area.session.truth > 0 ? area.session.truth : undefined

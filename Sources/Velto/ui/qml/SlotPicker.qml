@@ -56,6 +56,7 @@ Item {
                     anchors.fill: parent
                     radius: slot.ringRadius
                     current: slot.current
+                    tint: slot.tint
                     correct: slot.flipped
                 }
 
@@ -97,7 +98,7 @@ Item {
                         mono: true
                         size: 9
                         font.weight: Font.Medium
-                        color: slot.flipped ? Theme.palette.good : Theme.palette.muted
+                        color: slot.flipped ? Theme.palette.good : slot.tint > 0 ? Theme.palette.ink : Theme.palette.muted
                     }
                 }
             }

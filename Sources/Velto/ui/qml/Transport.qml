@@ -56,6 +56,7 @@ Item {
                         anchors.fill: parent
                         radius: slot.ringRadius
                         current: slot.current
+                        tint: slot.tint
                     }
 
                     Label {
