@@ -1,8 +1,9 @@
-// Renders one trial twice: first to build the shared tables, then to be counted.
+// Renders one trial twice: first to build the shared tables, then in the counted function.
 //
 //   velto_render_once <drill> [reference]
 
 #include "ReferenceTrial.h"
+#include "Rendering.h"
 
 #include <cstdio>
 #include <string_view>

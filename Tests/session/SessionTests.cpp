@@ -1,4 +1,6 @@
+#include "Rendering.h"
 #include "Session.h"
+#include "Signals.h"
 
 #include "kit/FakeOutput.h"
 #include "kit/ManualQueues.h"
@@ -99,7 +101,7 @@ TEST(SessionStartDeathTest, DiesOfAnImpossibleTime) {
   for (const double time : impossible)
     EXPECT_DEATH(Session(Drill::frequency, work.queues(),
                          std::make_unique<kit::TestPlayer>(output.factory()), time),
-                 "clock");
+                 "system time is out of range");
 }
 
 TEST(SessionChanges, ADrillStartsOneTrialWithItsMaterial) {

@@ -6,7 +6,7 @@
 
 namespace velto {
 
-// State shared by the main thread and the device thread; the last of them frees it.
+// State shared by the main thread and the device thread; freed by whichever releases it last.
 class DeviceThread::Shared {
 public:
   using Clock = std::chrono::steady_clock;

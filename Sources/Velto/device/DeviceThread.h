@@ -15,7 +15,7 @@
 namespace velto {
 
 // A renderer with callbacks for the begin and the end of a stream. Both run on the device thread,
-// while nobody renders, and must not call the DeviceThread.
+// never concurrently with render(), and must not call the DeviceThread.
 class StreamRenderer : public Renderer {
 public:
   // `latencyFrames` is the length of the stream's buffer.
@@ -36,8 +36,8 @@ public:
   // open() or openAndWait().
   DeviceThread(OutputDeviceFactory makeDevice, std::shared_ptr<StreamRenderer> renderer,
                std::chrono::milliseconds closeDelay);
-  // Closes the device and waits for that. If it does not close in time, detaches the thread, which
-  // keeps the device and all that it uses alive.
+  // Closes the device and waits until it is closed. If that takes too long, detaches the thread,
+  // which keeps the device and all objects in use alive.
   ~DeviceThread();
 
   DeviceThread(const DeviceThread&) = delete;
@@ -55,11 +55,12 @@ public:
   // Cancels a requested opening, and closes an open device after the delay.
   void closeLater();
 
-  // Sets the callback for the end of an opening that open() requested. It runs on the device thread
-  // and must not call this object.
+  // Sets the callback that runs when an opening requested by open() has succeeded or failed. It
+  // runs on the device thread and must not call this object.
   void whenOpeningEnds(std::function<void()> call);
 
-  // True from the request for an opening to its end, even while an earlier device still closes.
+  // True from the request for an opening until it has succeeded or failed, even while an earlier
+  // device is still closing.
   [[nodiscard]] bool isOpening() const;
   [[nodiscard]] bool isOpen() const; // false if the device has failed
 

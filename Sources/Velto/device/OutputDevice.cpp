@@ -32,7 +32,7 @@ public:
   }
 
   void stop() override {
-    // Destroying the stream stops it; stopping it first could wait for a server that is gone.
+    // Destroying the stream stops it. Stopping it first could block if the server is gone.
     if (stream_ != nullptr)
       cubeb_stream_destroy(stream_);
     stream_ = nullptr;
@@ -43,13 +43,13 @@ public:
 
   [[nodiscard]] bool failed() const override { return failed_.load(std::memory_order_relaxed); }
 
-  // Not queried from the library, which aborts if queried after an error.
+  // cubeb aborts if the latency is queried after an error, so return the requested one.
   [[nodiscard]] std::size_t latencyFrames() const override { return outputLatencyFrames; }
 
 private:
   std::optional<std::string> open() {
     if (const int code = cubeb_init(&context_, "Velto", nullptr); code != CUBEB_OK)
-      return withCode("no sound server and no sound card answers", code);
+      return withCode("no sound server or sound card is available", code);
     cubeb_stream_params format{};
     format.format = CUBEB_SAMPLE_FLOAT32NE;
     format.rate = static_cast<std::uint32_t>(sampleRateHz);

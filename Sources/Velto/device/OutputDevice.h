@@ -11,13 +11,13 @@
 
 namespace velto {
 
-// Factor applied to every rendered sample: -6.02 dB, exactly. Every material has an RMS level of
-// -20 dB, but drum hits reach up to 6 dB above full scale where a drill makes them louder, and a
+// Factor applied to every rendered sample: -6.02 dB; halving is exact. Every material has an RMS
+// level of -20 dB, but in the level drill drum hits peak about 6 dB above full scale, and the
 // converter would clip them.
 inline constexpr float outputHeadroom = 0.5F;
 
-// Requested output latency: 60 ms. On two busy cores, the longest gap between callbacks was 40 ms
-// in a minute.
+// Requested output latency: 60 ms. On two busy cores, the longest gap between callbacks within a
+// minute was 40 ms.
 inline constexpr std::size_t outputLatencyFrames = 2880;
 
 // The body of the device's callback: `renderer` fills the block, then the headroom is applied.
@@ -39,8 +39,8 @@ public:
   // Closes the output. When this returns, the renderer is not running and will not be called again.
   virtual void stop() = 0;
 
-  // True if the output broke while it was open. A broken device calls no renderer; stop and destroy
-  // it. Any thread.
+  // True if the output failed while it was open. A failed device no longer calls the renderer; stop
+  // and destroy it. Any thread.
   [[nodiscard]] virtual bool failed() const = 0;
 
   // The requested time from a rendered frame to the listener, in frames.

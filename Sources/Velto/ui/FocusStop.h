@@ -1,4 +1,4 @@
-// An item that the Tab key stops at.
+// An item in the tab order.
 #pragma once
 
 #include "KeyMoves.h"

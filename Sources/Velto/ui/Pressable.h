@@ -18,8 +18,8 @@ class Pressable : public velto::FocusStop {
   Q_PROPERTY(QString name MEMBER name_ NOTIFY nameChanged FINAL)
   // If true, assistive technology sees the item as a ButtonAccess.
   Q_PROPERTY(bool isButton MEMBER isButton_ NOTIFY isButtonChanged FINAL)
-  // True if pressing the item has an effect. Unlike `enabled`, turning this off keeps the focus
-  // here until the listener moves on.
+  // True if pressing the item has an effect. Unlike `enabled`, turning this off does not take the
+  // focus away.
   Q_PROPERTY(bool available READ available WRITE setAvailable NOTIFY availableChanged FINAL)
   // If true, all clicks of a double click but the first do nothing.
   Q_PROPERTY(

@@ -15,7 +15,7 @@ Pressable {
     // The part of the text's colour that the pointer adds to the fill.
     readonly property real tint: !changeable ? 0 : pressed ? 0.12 : hovered ? 0.05 : 0
 
-    // The listener chooses `index`, which may be chosen already.
+    // The listener picks `index`, which may already be chosen.
     signal picked(int index)
 
     function pick(which: int) {

@@ -5,8 +5,8 @@ import Velto
 RoundedBox {
     property bool current: false
     property bool correct: false
-    property bool framed: true // visible also without highlight
-    property real tint: 0 // the part of the text's colour in the fill
+    property bool framed: true // visible even without a highlight
+    property real tint: 0 // the text colour's share of the fill
     readonly property bool marked: current || correct
     readonly property color fill: marked ? Theme.palette.selectedFill : framed ? Theme.palette.surface : "transparent"
 

@@ -1,0 +1,68 @@
+#include "Wording.h"
+
+#include "FatalError.h"
+
+namespace velto {
+
+namespace {
+
+std::string detail(const Drills::Grade& grade, std::string_view separator) {
+  std::string text = "you " + grade.answerText;
+  text.append(separator).append("actual ").append(grade.truthText);
+  text.append(separator).append(grade.errorText);
+  return text;
+}
+
+} // namespace
+
+std::string_view Wording::title(Drill drill) {
+  switch (drill) {
+  case Drill::frequency:
+    return "Frequency";
+  case Drill::level:
+    return "Level";
+  case Drill::dynamics:
+    return "Dynamics";
+  case Drill::polarity:
+    return "Polarity";
+  }
+  fatalError("unknown drill");
+}
+
+std::string_view Wording::prompt(Drill drill) {
+  switch (drill) {
+  case Drill::frequency:
+    return "One band is boosted. Point at it.";
+  case Drill::level:
+    return "B is louder than A. By how much?";
+  case Drill::dynamics:
+    return "B is compressed, loudness-matched. How much gain reduction?";
+  case Drill::polarity:
+    return "One of the three has a flipped channel. Which?";
+  }
+  fatalError("unknown drill");
+}
+
+std::string_view Wording::title(Material material) {
+  return material.shortName();
+}
+
+std::string Wording::slotTitle(Drill drill, std::int64_t index) {
+  if (drill == Drill::polarity)
+    return std::to_string(index + 1);
+  return std::string(1, static_cast<char>('A' + index));
+}
+
+std::string_view Wording::verdict(bool correct) {
+  return correct ? "HIT" : "MISS";
+}
+
+std::string Wording::verdictDetail(const Drills::Grade& grade) {
+  return detail(grade, "   ·   ");
+}
+
+std::string Wording::announcement(const Drills::Grade& grade) {
+  return std::string(verdict(grade.correct)) + ", " + detail(grade, ", ");
+}
+
+} // namespace velto
