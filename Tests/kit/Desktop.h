@@ -5,6 +5,7 @@
 #include <functional>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -39,6 +40,8 @@ public:
   Desktop(const Desktop&) = delete;
   Desktop& operator=(const Desktop&) = delete;
 
+  // The window of process `pid` with this title, if the window manager shows it.
+  [[nodiscard]] std::optional<WindowId> findWindow(const std::string& title, pid_t pid);
   // Waits until the window manager shows the window of process `pid` with this title.
   [[nodiscard]] WindowId waitForWindow(const std::string& title, pid_t pid);
   [[nodiscard]] WindowGeometry geometry(WindowId window);

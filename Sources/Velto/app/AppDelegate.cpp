@@ -21,6 +21,8 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
+#include <vector>
 
 namespace velto {
 
@@ -28,6 +30,10 @@ namespace {
 
 constexpr QSize initialSize(1180, 386);
 constexpr std::chrono::milliseconds soundInterval{500};
+
+QUrl contentUrl() {
+  return QUrl(QStringLiteral("qrc:/qt/qml/Velto/ContentView.qml"));
+}
 
 double secondsSince1970() {
   return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
@@ -44,6 +50,21 @@ WorkQueues qtWorkQueues() {
                                           Qt::QueuedConnection);
               }};
 }
+
+// Reading the fonts' configuration, the desktop's settings and the QML files takes longer than
+// anything else at the start.
+AppDelegate::Preparation::Preparation()
+    : face(std::async(std::launch::async, &BrandType::registerFace)) {
+  std::vector<Portal::Setting> settings = Fonts::portalSettings();
+  settings.push_back(Appearance::colorSchemeSetting());
+  Portal::readAhead(settings);
+  window = std::make_unique<QQuickView>();
+  window->engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
+  content =
+      std::make_unique<QQmlComponent>(window->engine(), contentUrl(), QQmlComponent::Asynchronous);
+}
+
+AppDelegate::Preparation::~Preparation() = default;
 
 AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
     : options_(std::move(options)),
@@ -63,7 +84,7 @@ AppDelegate::~AppDelegate() {
 }
 
 bool AppDelegate::applicationDidFinishLaunching() {
-  BrandType::registerFace();
+  preparation_.face.get();
   openWindow();
   if (window_->status() != QQuickView::Ready) {
     std::fputs("Velto: the interface cannot be loaded\n", stderr);
@@ -77,8 +98,7 @@ bool AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::openWindow() {
-  window_ = std::make_unique<QQuickView>();
-  window_->engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
+  window_ = std::move(preparation_.window);
   window_->setTitle(QStringLiteral("MORLA Velto"));
   window_->setResizeMode(QQuickView::SizeRootObjectToView);
 
@@ -86,7 +106,8 @@ void AppDelegate::openWindow() {
                                  {QStringLiteral("progress"), QVariant::fromValue(&progress_)},
                                  {QStringLiteral("dark"), appearance_.dark()}});
   followDesktop();
-  window_->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Velto/ContentView.qml")));
+  window_->setSource(contentUrl());
+  preparation_.content.reset();
   QQuickItem* root = window_->rootObject();
   if (root == nullptr)
     return;
@@ -108,6 +129,21 @@ void AppDelegate::openWindow() {
   window_->show();
   window_->raise();
   window_->requestActivate();
+  announceOpening();
+}
+
+void AppDelegate::announceOpening() {
+  constexpr std::chrono::seconds patience{1};
+  const auto announce = [this, root = window_->rootObject(), done = std::make_shared<bool>()] {
+    if (std::exchange(*done, true))
+      return;
+    root->setProperty("opened", true);
+    Q_EMIT opened();
+  };
+  // Queued: the frame is on the screen before other work begins.
+  connect(window_.get(), &QQuickWindow::frameSwapped, this, announce,
+          static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
+  QTimer::singleShot(patience, this, announce);
 }
 
 void AppDelegate::followDesktop() {

@@ -11,9 +11,11 @@
 
 #include <QKeyEvent>
 #include <QObject>
+#include <QQmlComponent>
 #include <QQuickView>
 #include <QTimer>
 
+#include <future>
 #include <memory>
 #include <optional>
 
@@ -43,12 +45,17 @@ private Q_SLOTS:
   // Keeps the window at least as large as its content.
   void limitSize();
 
+Q_SIGNALS:
+  // Sent once, when the first frame is on the screen, or a second after the start without one.
+  void opened();
+
 private:
   bool eventFilter(QObject* watched, QEvent* event) override;
   bool handleKey(const QKeyEvent& event);
   void noteRelease(const QKeyEvent& event);
   [[nodiscard]] bool isRepeatedReturn(const QKeyEvent& event) const;
   void openWindow();
+  void announceOpening();
   void followDesktop();
   void installLifecycle();
   void followExposure();
@@ -60,7 +67,17 @@ private:
   [[nodiscard]] bool submitScripted(double answer);
   [[nodiscard]] int shoot(const QString& path);
 
+  // What takes time to load and can be loaded on other threads, started before all else.
+  struct Preparation {
+    Preparation();
+    ~Preparation();
+    std::future<void> face; // registered when ready
+    std::unique_ptr<QQuickView> window;
+    std::unique_ptr<QQmlComponent> content;
+  };
+
   LaunchOptions options_;
+  Preparation preparation_;
   Session session_;
   Appearance appearance_;
   PracticeModel model_;

@@ -7,6 +7,7 @@ Item {
 
     required property PracticeModel session
     property bool reducedMotion: false
+    property bool opened: false
     // Room for the widest row of any drill.
     readonly property real minimumWidth: 40 + Math.max(widestPrompt + 20 + pill.implicitWidth, transport.minimumWidth)
     readonly property real widestPrompt: metrics.widestOf(session.prompts)
@@ -65,6 +66,7 @@ Item {
             width: parent.width
             session: card.session
             reducedMotion: card.reducedMotion
+            opened: card.opened
         }
 
         Transport {
@@ -76,6 +78,7 @@ Item {
 
         Verdict {
             width: parent.width
+            opened: card.opened
             session: card.session
         }
     }
