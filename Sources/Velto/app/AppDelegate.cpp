@@ -10,7 +10,6 @@
 #include <QDateTime>
 #include <QFile>
 #include <QGuiApplication>
-#include <QQmlEngine>
 #include <QQuickItem>
 #include <QScreen>
 #include <QShortcut>
@@ -58,10 +57,10 @@ AppDelegate::Preparation::Preparation()
   std::vector<Portal::Setting> settings = Fonts::portalSettings();
   settings.push_back(Appearance::colorSchemeSetting());
   Portal::readAhead(settings);
-  window = std::make_unique<QQuickView>();
-  window->engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
+  engine = std::make_unique<QQmlEngine>();
+  engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
   content =
-      std::make_unique<QQmlComponent>(window->engine(), contentUrl(), QQmlComponent::Asynchronous);
+      std::make_unique<QQmlComponent>(engine.get(), contentUrl(), QQmlComponent::Asynchronous);
 }
 
 AppDelegate::Preparation::~Preparation() = default;
@@ -79,11 +78,14 @@ AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
 }
 
 AppDelegate::~AppDelegate() {
+  window_.reset();
+  preparation_.engine.reset();
   // Renders in progress still post their results to the event loop.
   QThreadPool::globalInstance()->waitForDone();
 }
 
 bool AppDelegate::applicationDidFinishLaunching() {
+  // A window that exists when a face is registered would lay out all its text twice.
   preparation_.face.get();
   openWindow();
   if (window_->status() != QQuickView::Ready) {
@@ -98,7 +100,7 @@ bool AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::openWindow() {
-  window_ = std::move(preparation_.window);
+  window_ = std::make_unique<QQuickView>(preparation_.engine.get(), nullptr);
   window_->setTitle(QStringLiteral("MORLA Velto"));
   window_->setResizeMode(QQuickView::SizeRootObjectToView);
 

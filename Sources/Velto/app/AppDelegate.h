@@ -12,6 +12,7 @@
 #include <QKeyEvent>
 #include <QObject>
 #include <QQmlComponent>
+#include <QQmlEngine>
 #include <QQuickView>
 #include <QTimer>
 
@@ -72,7 +73,7 @@ private:
     Preparation();
     ~Preparation();
     std::future<void> face; // registered when ready
-    std::unique_ptr<QQuickView> window;
+    std::unique_ptr<QQmlEngine> engine;
     std::unique_ptr<QQmlComponent> content;
   };
 
