@@ -1,7 +1,8 @@
 // velto_pictures FOLDER [SCALE]
 //
-// Writes a picture of the practice window for each drill, state and palette at the given scale;
-// without SCALE, at 1x and at 2x. The same program writes the same pictures.
+// Writes a picture of the practice window for each drill, state and palette at the given scale, and
+// with the pointer over each kind of control; without SCALE, at 1x and at 2x. The same program
+// writes the same pictures.
 
 #include "kit/GuiTesting.h"
 #include "kit/Stage.h"
@@ -49,6 +50,37 @@ QImage draw(Drill drill, State state, bool dark) {
   return stage.picture();
 }
 
+// The pointer over a control, with the mouse button down or not.
+QImage drawTouched(const QString& control, bool pressed, bool dark) {
+  kit::Stage stage(Drill::polarity, dark);
+  stage.settle();
+  stage.session.setAnswer(0);
+  const QPoint place = stage.box(control).center().toPoint();
+  QTest::mouseMove(&stage.view, {600, 372}); // a move to the same place is no event
+  QTest::mouseMove(&stage.view, place);
+  if (pressed)
+    QTest::mousePress(&stage.view, Qt::LeftButton, {}, place);
+  return stage.picture();
+}
+
+bool drawTouchedAll(const QDir& folder, const QString& scale) {
+  for (const char* control : {"drill1", "drill3", "slot0", "slot1", "material1", "material2",
+                              "slotChoice0", "slotChoice1", "primaryButton"})
+    for (const bool pressed : {false, true})
+      for (const bool dark : {true, false}) {
+        const QString file = folder.filePath(
+            QStringLiteral("%1-%2-%3@%4x.png")
+                .arg(QString::fromLatin1(control),
+                     pressed ? QStringLiteral("pressed") : QStringLiteral("hovered"),
+                     dark ? QStringLiteral("dark") : QStringLiteral("light"), scale));
+        if (!drawTouched(QString::fromLatin1(control), pressed, dark).save(file)) {
+          std::fprintf(stderr, "cannot write %s\n", file.toUtf8().constData());
+          return false;
+        }
+      }
+  return true;
+}
+
 int drawAll(const QDir& folder, const QString& scale) {
   for (const Drill drill : Drill::allCases)
     for (const State state :
@@ -64,7 +96,7 @@ int drawAll(const QDir& folder, const QString& scale) {
           return EXIT_FAILURE;
         }
       }
-  return EXIT_SUCCESS;
+  return drawTouchedAll(folder, scale) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 // A process draws at one scale only.
