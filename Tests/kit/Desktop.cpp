@@ -149,20 +149,26 @@ void Desktop::waitUntil(const std::function<bool()>& condition, const std::strin
   kit::waitUntil(condition, what);
 }
 
+std::optional<WindowId> Desktop::findWindow(const std::string& title, pid_t pid) {
+  std::optional<WindowId> found;
+  for (const WindowId window : connection_->numbers(connection_->root, "_NET_CLIENT_LIST")) {
+    const auto owner = connection_->numbers(window, "_NET_WM_PID");
+    if (connection_->property(window, "_NET_WM_NAME") == title && owner.size() == 1 &&
+        owner[0] == static_cast<std::uint32_t>(pid) && isViewable(window))
+      found = window;
+  }
+  return found;
+}
+
 WindowId Desktop::waitForWindow(const std::string& title, pid_t pid) {
-  WindowId found = 0;
+  std::optional<WindowId> found;
   waitUntil(
       [&] {
-        for (const WindowId window : connection_->numbers(connection_->root, "_NET_CLIENT_LIST")) {
-          const auto owner = connection_->numbers(window, "_NET_WM_PID");
-          if (connection_->property(window, "_NET_WM_NAME") == title && owner.size() == 1 &&
-              owner[0] == static_cast<std::uint32_t>(pid) && isViewable(window))
-            found = window;
-        }
-        return found != 0;
+        found = findWindow(title, pid);
+        return found.has_value();
       },
       "the window is shown");
-  return found;
+  return *found;
 }
 
 WindowGeometry Desktop::geometry(WindowId window) {

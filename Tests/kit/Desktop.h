@@ -5,6 +5,7 @@
 #include <functional>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -17,7 +18,7 @@ using WindowId = std::uint32_t;
 // X key symbols, as in <X11/keysymdef.h>.
 namespace Keys {
 inline constexpr std::uint32_t space = 0x20, one = 0x31, two = 0x32, three = 0x33, four = 0x34;
-inline constexpr std::uint32_t zero = 0x30, a = 0x61, n = 0x6e, x = 0x78;
+inline constexpr std::uint32_t zero = 0x30, a = 0x61, n = 0x6e, q = 0x71, w = 0x77, x = 0x78;
 inline constexpr std::uint32_t returnKey = 0xff0d, escape = 0xff1b, tab = 0xff09;
 inline constexpr std::uint32_t left = 0xff51, up = 0xff52, right = 0xff53, down = 0xff54;
 inline constexpr std::uint32_t home = 0xff50, end = 0xff57, pageUp = 0xff55, pageDown = 0xff56;
@@ -39,6 +40,8 @@ public:
   Desktop(const Desktop&) = delete;
   Desktop& operator=(const Desktop&) = delete;
 
+  // The window of process `pid` with this title, if the window manager shows it.
+  [[nodiscard]] std::optional<WindowId> findWindow(const std::string& title, pid_t pid);
   // Waits until the window manager shows the window of process `pid` with this title.
   [[nodiscard]] WindowId waitForWindow(const std::string& title, pid_t pid);
   [[nodiscard]] WindowGeometry geometry(WindowId window);

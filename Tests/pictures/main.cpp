@@ -2,8 +2,8 @@
 //
 // Writes pictures of the practice window in both palettes at the given scale; without SCALE, at 1x,
 // 1.25x and 2x: each drill and state, at the initial and at the smallest size; verdicts whose value
-// chips have little room; a record with a weakness map and a curve. The same program writes the
-// same pictures.
+// chips have little room; the pointer over each kind of control; a record with a weakness map and a
+// curve. The same program writes the same pictures.
 
 #include "kit/GuiTesting.h"
 #include "kit/Stage.h"
@@ -104,6 +104,19 @@ QImage drawPractised(bool dark) {
   return stage.picture();
 }
 
+// The pointer over a control, with the mouse button down or not.
+QImage drawTouched(const QString& control, bool pressed, bool dark) {
+  kit::Stage stage(Drill::polarity, dark);
+  stage.settle();
+  stage.session.setAnswer(0);
+  const QPoint place = stage.box(control).center().toPoint();
+  QTest::mouseMove(&stage.view, {600, 372}); // a move to the same place is no event
+  QTest::mouseMove(&stage.view, place);
+  if (pressed)
+    QTest::mousePress(&stage.view, Qt::LeftButton, {}, place);
+  return stage.picture();
+}
+
 // Writes a picture under its name, palette and scale.
 class Folder {
 public:
@@ -142,6 +155,12 @@ int drawAll(const QDir& directory, const QString& scale) {
                     dark);
     }
     folder.save(drawPractised(dark), QStringLiteral("practised"), dark);
+    for (const char* name : {"drill1", "drill3", "slot0", "slot1", "material1", "material2",
+                             "slotChoice0", "slotChoice1", "primaryButton"}) {
+      const QString control = QString::fromLatin1(name);
+      folder.save(drawTouched(control, false, dark), control + QStringLiteral("-hovered"), dark);
+      folder.save(drawTouched(control, true, dark), control + QStringLiteral("-pressed"), dark);
+    }
   }
   return folder.complete ? EXIT_SUCCESS : EXIT_FAILURE;
 }

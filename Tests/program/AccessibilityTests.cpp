@@ -24,6 +24,9 @@
 namespace velto::kit {
 namespace {
 
+// The sliders in dB.
+const std::string howMuchLouder = "How much louder", howMuchReduction = "How much gain reduction";
+
 // The program with a screen reader attached, and the trials that it must have made.
 class Practice {
 public:
@@ -109,24 +112,24 @@ public:
 
   void practiseLevel() {
     goTo("Level", "B is louder than A. By how much?");
-    const AccessibleObject scale = reader_.object("slider", "Decibels");
+    const AccessibleObject scale = reader_.object("slider", howMuchLouder);
     EXPECT_EQ(scale.highest, 7);
     EXPECT_NEAR(scale.step, 0.05, 1e-12);
-    reader_.setValue("slider", "Decibels", 3.01);
-    reader_.act("slider", "Decibels", "Increase");
-    EXPECT_NEAR(value("Decibels"), 3.05, 1e-9);
-    EXPECT_EQ(reader_.object("slider", "Decibels").description, "3.05 dB");
+    reader_.setValue("slider", howMuchLouder, 3.01);
+    reader_.act("slider", howMuchLouder, "Increase");
+    EXPECT_NEAR(value(howMuchLouder), 3.05, 1e-9);
+    EXPECT_EQ(reader_.object("slider", howMuchLouder).description, "3.05 dB");
     submit();
     practice_.expectVerdict(Drill::level, 1, 3.05);
   }
 
   void practiseDynamics() {
     goTo("Dynamics", "B is compressed, loudness-matched. How much gain reduction?");
-    EXPECT_EQ(reader_.object("slider", "Decibels").highest, 14);
+    EXPECT_EQ(reader_.object("slider", howMuchReduction).highest, 14);
     reader_.act("radio button", "Play B", "Press");
     EXPECT_TRUE(reader_.object("radio button", "Play B").is("checked"));
     EXPECT_FALSE(reader_.object("radio button", "Play A").is("checked"));
-    reader_.act("slider", "Decibels", "Decrease");
+    reader_.act("slider", howMuchReduction, "Decrease");
     submit();
     practice_.expectVerdict(Drill::dynamics, 2, 4.5);
   }
@@ -190,7 +193,7 @@ public:
 
   void practiseLevel() {
     nextDrill("Frequency", "Level");
-    tabTo("slider", "Decibels");
+    tabTo("slider", howMuchLouder);
     press({Keys::end, Keys::pageDown, Keys::down});
     waitForValue("5.95 dB");
     desktop_.press(Keys::returnKey);
@@ -199,7 +202,7 @@ public:
 
   void practiseDynamics() {
     nextDrill("Level", "Dynamics");
-    tabTo("slider", "Decibels");
+    tabTo("slider", howMuchReduction);
     press({Keys::home, Keys::pageUp, Keys::right});
     waitForValue("2.50 dB");
     desktop_.press(Keys::returnKey);
@@ -284,6 +287,7 @@ TEST(ScreenReaderAlone, EveryVisibleObjectHasANameAndARole) {
   static_cast<void>(waitForAttempts(practice.program.profileFile(), 1));
   const std::set<std::string> controls{"radio button", "slider", "push button"};
   std::multiset<std::string> roles, groups;
+  std::set<std::string> labels;
   for (const AccessibleObject& object : practice.reader.objects()) {
     if (!object.is("showing"))
       continue;
@@ -291,6 +295,8 @@ TEST(ScreenReaderAlone, EveryVisibleObjectHasANameAndARole) {
     roles.insert(object.role);
     if (object.role == "panel")
       groups.insert(object.name);
+    if (object.role == "label")
+      labels.insert(object.name);
     EXPECT_FALSE(object.name.empty());
     if (controls.contains(object.role)) {
       EXPECT_TRUE(object.is("focusable"));
@@ -309,7 +315,12 @@ TEST(ScreenReaderAlone, EveryVisibleObjectHasANameAndARole) {
   EXPECT_EQ(groups, (std::multiset<std::string>{"Drill", "Material", "Version"}));
   EXPECT_EQ(roles.count("chart"), 2U);
   EXPECT_EQ(roles.count("notification"), 1U);
-  EXPECT_GE(roles.count("label"), 15U);
+  EXPECT_GE(roles.count("label"), 11U);
+  for (const char* figure : {"Streak, 1 day", "Today, 1 answer", "Difficulty, 20"})
+    EXPECT_TRUE(labels.contains(figure)) << figure;
+  EXPECT_TRUE(labels.contains("Accuracy, 0 percent") || labels.contains("Accuracy, 100 percent"));
+  for (const char* part : {"STREAK", "1d", "TODAY", "ACC", "DIFFICULTY", "20"})
+    EXPECT_FALSE(labels.contains(part)) << part << " is part of a name";
   const AccessibleObject map = practice.reader.object("chart", "Weakness map");
   EXPECT_NE(map.description.find(" oct over 1"), std::string::npos) << map.description;
 }

@@ -289,7 +289,10 @@ public:
     for (int round = 0; round < rounds; ++round)
       loseServerAndRegain();
     const std::size_t from = take_->listen();
-    desktop_.close(window_);
+    if (drill_ == Drill::level)
+      desktop_.press(Keys::q, {Keys::control});
+    else
+      desktop_.close(window_);
     take_->waitForEnd("end of the program", from);
     take_->judge(findings_);
     return findings_;

@@ -393,6 +393,22 @@ TEST(Lifecycle, ClosingTheWindowEndsTheProgram) {
   EXPECT_EQ(stage.program.output(), "");
 }
 
+TEST(Lifecycle, ControlQAndControlWCloseTheWindow) {
+  for (const std::uint32_t key : {Keys::q, Keys::w}) {
+    Stage stage;
+    stage.desktop.press(key); // nothing without the modifier
+    const auto place = stage.waitFor(0, 0);
+    EXPECT_TRUE(stage.goesOn(place, 0, 0));
+    stage.desktop.setCapsLock(key == Keys::w); // whether caps lock is on or not
+    stage.desktop.press(Keys::returnKey);
+    stage.desktop.press(key, {Keys::control});
+    EXPECT_EQ(stage.program.waitForExit(), 0);
+    stage.waitForSilence();
+    EXPECT_EQ(stage.program.errors(), "");
+    EXPECT_EQ(waitForAttempts(stage.program.profileFile(), 1).attempts.size(), 1U) << "saved";
+  }
+}
+
 // ---- Scripted runs ----
 
 struct Png {

@@ -255,7 +255,10 @@ TEST(BindingUpdates, ARecordedAnswerUpdatesEachFigureOnce) {
                                                  {"weakestText", 1},
                                                  {"mapDescription", 1},
                                                  {"curve", 1},
-                                                 {"curveDescription", 1}}));
+                                                 {"curveDescription", 1},
+                                                 {"spokenStreak", 1},
+                                                 {"spokenToday", 1},
+                                                 {"spokenAccuracy", 1}}));
   EXPECT_EQ(stage.practice.evaluations(), (Counts{{"graded", 1},
                                                   {"correct", 1},
                                                   {"verdict", 1},
@@ -268,7 +271,11 @@ TEST(BindingUpdates, ARecordedAnswerUpdatesEachFigureOnce) {
   EXPECT_EQ(stage.figures.evaluations(), Counts());
   stage.session.setDrill(Drill::level);
   EXPECT_EQ(stage.figures.evaluations(),
-            (Counts{{"accuracy", 1}, {"curve", 1}, {"curveDescription", 1}, {"curveTitle", 1}}));
+            (Counts{{"accuracy", 1},
+                    {"spokenAccuracy", 1},
+                    {"curve", 1},
+                    {"curveDescription", 1},
+                    {"curveTitle", 1}}));
 }
 
 TEST(BindingUpdates, LeaveNoBindingStale) {

@@ -36,6 +36,17 @@ TEST(ProgressFigures, CountDaysAndPercent) {
   EXPECT_EQ(Progress::accuracy(2.0 / 3), "67%");
 }
 
+TEST(ProgressFigures, AreSpokenWithTheirNames) {
+  EXPECT_EQ(Progress::spokenStreak(0), "Streak, none");
+  EXPECT_EQ(Progress::spokenStreak(1), "Streak, 1 day");
+  EXPECT_EQ(Progress::spokenStreak(2), "Streak, 2 days");
+  EXPECT_EQ(Progress::spokenToday(0), "Today, 0 answers");
+  EXPECT_EQ(Progress::spokenToday(1), "Today, 1 answer");
+  EXPECT_EQ(Progress::spokenToday(12), "Today, 12 answers");
+  EXPECT_EQ(Progress::spokenAccuracy(std::nullopt), "Accuracy, none");
+  EXPECT_EQ(Progress::spokenAccuracy(2.0 / 3), "Accuracy, 67 percent");
+}
+
 TEST(ProgressTitles, NameTheDrillInLowerCase) {
   EXPECT_EQ(Progress::curveTitle(Drill::frequency), "progress · frequency");
   EXPECT_EQ(Progress::curveTitle(Drill::polarity), "progress · polarity");

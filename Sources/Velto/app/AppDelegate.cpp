@@ -11,9 +11,9 @@
 #include <QDateTime>
 #include <QFile>
 #include <QGuiApplication>
-#include <QQmlEngine>
 #include <QQuickItem>
 #include <QScreen>
+#include <QShortcut>
 #include <QThreadPool>
 #include <QTimer>
 
@@ -21,12 +21,18 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
+#include <vector>
 
 namespace velto {
 
 namespace {
 
 constexpr std::chrono::milliseconds soundInterval{500};
+
+QUrl contentUrl() {
+  return QUrl(QStringLiteral("qrc:/qt/qml/Velto/ContentView.qml"));
+}
 
 double secondsSince1970() {
   return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
@@ -44,6 +50,21 @@ WorkQueues qtWorkQueues() {
               }};
 }
 
+// Reading the fonts' configuration, the desktop's settings and the QML files takes longer than
+// anything else at the start.
+AppDelegate::Preparation::Preparation()
+    : face(std::async(std::launch::async, &BrandType::registerFace)) {
+  std::vector<Portal::Setting> settings = Fonts::portalSettings();
+  settings.push_back(Appearance::colorSchemeSetting());
+  Portal::readAhead(settings);
+  engine = std::make_unique<QQmlEngine>();
+  engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
+  content =
+      std::make_unique<QQmlComponent>(engine.get(), contentUrl(), QQmlComponent::Asynchronous);
+}
+
+AppDelegate::Preparation::~Preparation() = default;
+
 AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
     : options_(std::move(options)),
       session_(options_.drill, qtWorkQueues(),
@@ -57,12 +78,15 @@ AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
 }
 
 AppDelegate::~AppDelegate() {
+  window_.reset();
+  preparation_.engine.reset();
   // Renders in progress still post their results to the event loop.
   QThreadPool::globalInstance()->waitForDone();
 }
 
 bool AppDelegate::applicationDidFinishLaunching() {
-  BrandType::registerFace();
+  // A window that exists when a face is registered would lay out all its text twice.
+  preparation_.face.get();
   openWindow();
   if (window_->status() != QQuickView::Ready) {
     std::fputs("Velto: the interface cannot be loaded\n", stderr);
@@ -76,8 +100,7 @@ bool AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::openWindow() {
-  window_ = std::make_unique<QQuickView>();
-  window_->engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
+  window_ = std::make_unique<QQuickView>(preparation_.engine.get(), nullptr);
   window_->setTitle(QStringLiteral("MORLA Velto"));
   window_->setResizeMode(QQuickView::SizeRootObjectToView);
 
@@ -86,7 +109,8 @@ void AppDelegate::openWindow() {
                                  {QStringLiteral("dark"), appearance_.dark()}});
   followDesktop();
   window_->resize(WindowPlacement::opening(freeArea())); // before the content is measured
-  window_->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Velto/ContentView.qml")));
+  window_->setSource(contentUrl());
+  preparation_.content.reset();
   QQuickItem* root = window_->rootObject();
   if (root == nullptr)
     return;
@@ -97,10 +121,28 @@ void AppDelegate::openWindow() {
   connect(root, SIGNAL(minimumHeightChanged()), this, SLOT(limitSize()));
   limitSize();
   window_->setPosition(WindowPlacement::centred(window_->size(), freeArea()).topLeft());
+  for (const int key : {Qt::Key_Q, Qt::Key_W})
+    connect(new QShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(key)), window_.get()),
+            &QShortcut::activated, window_.get(), &QWindow::close);
   window_->installEventFilter(this);
   window_->show();
   window_->raise();
   window_->requestActivate();
+  announceOpening();
+}
+
+void AppDelegate::announceOpening() {
+  constexpr std::chrono::seconds patience{1};
+  const auto announce = [this, root = window_->rootObject(), done = std::make_shared<bool>()] {
+    if (std::exchange(*done, true))
+      return;
+    root->setProperty("opened", true);
+    Q_EMIT opened();
+  };
+  // Queued: the frame is on the screen before other work begins.
+  connect(window_.get(), &QQuickWindow::frameSwapped, this, announce,
+          static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
+  QTimer::singleShot(patience, this, announce);
 }
 
 void AppDelegate::followDesktop() {

@@ -11,10 +11,13 @@
 
 #include <QKeyEvent>
 #include <QObject>
+#include <QQmlComponent>
+#include <QQmlEngine>
 #include <QQuickView>
 #include <QRect>
 #include <QTimer>
 
+#include <future>
 #include <memory>
 #include <optional>
 
@@ -44,6 +47,10 @@ private Q_SLOTS:
   // Keeps the window at least as large as its content, as far as the screen allows.
   void limitSize();
 
+Q_SIGNALS:
+  // Sent once, when the first frame is on the screen, or a second after the start without one.
+  void opened();
+
 private:
   bool eventFilter(QObject* watched, QEvent* event) override;
   bool handleKey(const QKeyEvent& event);
@@ -51,6 +58,7 @@ private:
   [[nodiscard]] bool isRepeatedReturn(const QKeyEvent& event) const;
   void openWindow();
   [[nodiscard]] QRect freeArea() const; // of the window's screen
+  void announceOpening();
   void followDesktop();
   void installLifecycle();
   void followExposure();
@@ -62,7 +70,17 @@ private:
   [[nodiscard]] bool submitScripted(double answer);
   [[nodiscard]] int shoot(const QString& path);
 
+  // What takes time to load and can be loaded on other threads, started before all else.
+  struct Preparation {
+    Preparation();
+    ~Preparation();
+    std::future<void> face; // registered when ready
+    std::unique_ptr<QQmlEngine> engine;
+    std::unique_ptr<QQmlComponent> content;
+  };
+
   LaunchOptions options_;
+  Preparation preparation_;
   Session session_;
   Appearance appearance_;
   PracticeModel model_;

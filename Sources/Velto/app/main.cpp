@@ -53,9 +53,11 @@ int runWindow(int argc, char** argv, const LaunchOptions& options) {
   QGuiApplication::setApplicationName(QStringLiteral("velto"));
   QGuiApplication::setApplicationDisplayName(QStringLiteral("MORLA Velto"));
   QGuiApplication::setDesktopFileName(QStringLiteral(VELTO_ID));
-  QGuiApplication::setWindowIcon(windowIcon());
 
   AppDelegate delegate(options);
+  // Decoding the icon and sending it to the display takes milliseconds.
+  QObject::connect(&delegate, &AppDelegate::opened, &application,
+                   [] { QGuiApplication::setWindowIcon(windowIcon()); });
   if (!delegate.applicationDidFinishLaunching())
     return EXIT_FAILURE;
   return QGuiApplication::exec();

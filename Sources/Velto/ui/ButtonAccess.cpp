@@ -1,6 +1,6 @@
 #include "ButtonAccess.h"
 
-#include "FocusStop.h"
+#include "Pressable.h"
 
 #include <QQuickWindow>
 
@@ -9,9 +9,9 @@ namespace velto {
 namespace {
 
 QAccessibleInterface* makeButton(const QString& className, QObject* object) {
-  if (className != QLatin1String("velto::FocusStop"))
+  if (className != QLatin1String("velto::Pressable"))
     return nullptr;
-  auto* stop = qobject_cast<FocusStop*>(object);
+  auto* stop = qobject_cast<Pressable*>(object);
   return stop != nullptr && stop->isButton() ? new ButtonAccess(*stop) : nullptr;
 }
 
@@ -25,17 +25,17 @@ void ButtonAccess::install() {
   static_cast<void>(installed);
 }
 
-void ButtonAccess::tellAvailable(FocusStop& button) {
+void ButtonAccess::tellAvailable(Pressable& button) {
   QAccessible::State changed;
   changed.disabled = true;
   QAccessibleStateChangeEvent event(&button, changed);
   QAccessible::updateAccessibility(&event);
 }
 
-ButtonAccess::ButtonAccess(FocusStop& button) : QAccessibleObject(&button) {}
+ButtonAccess::ButtonAccess(Pressable& button) : QAccessibleObject(&button) {}
 
-FocusStop& ButtonAccess::button() const {
-  return *static_cast<FocusStop*>(object());
+Pressable& ButtonAccess::button() const {
+  return *static_cast<Pressable*>(object());
 }
 
 QAccessibleInterface* ButtonAccess::parent() const {
@@ -58,7 +58,7 @@ QRect ButtonAccess::rect() const {
 }
 
 QString ButtonAccess::text(QAccessible::Text kind) const {
-  return kind == QAccessible::Name ? button().property("name").toString() : QString();
+  return kind == QAccessible::Name ? button().name() : QString();
 }
 
 QAccessible::State ButtonAccess::state() const {
@@ -80,11 +80,9 @@ QStringList ButtonAccess::actionNames() const {
 }
 
 void ButtonAccess::doAction(const QString& action) {
-  if (!button().isAvailable())
-    return;
   if (action == pressAction())
-    QMetaObject::invokeMethod(&button(), "activated");
-  else if (action == setFocusAction())
+    button().press();
+  else if (action == setFocusAction() && button().isAvailable())
     button().forceActiveFocus(Qt::OtherFocusReason);
 }
 

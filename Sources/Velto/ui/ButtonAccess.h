@@ -5,19 +5,18 @@
 
 namespace velto {
 
-class FocusStop;
+class Pressable;
 
 // Qt 6.4 does not report to assistive technology that an item is disabled. This interface does, for
-// each FocusStop that is a button; it needs a property `name` and a signal `activated`. Main thread
-// only.
+// each Pressable that is a button. Main thread only.
 class ButtonAccess : public QAccessibleObject, public QAccessibleActionInterface {
 public:
   // Registers the interface with Qt. Later calls are no-ops.
   static void install();
   // Announces a change of the button's isAvailable().
-  static void tellAvailable(FocusStop& button);
+  static void tellAvailable(Pressable& button);
 
-  explicit ButtonAccess(FocusStop& button);
+  explicit ButtonAccess(Pressable& button);
 
   [[nodiscard]] QAccessibleInterface* parent() const override;
   [[nodiscard]] QAccessibleInterface* child(int) const override { return nullptr; }
@@ -35,7 +34,7 @@ public:
   [[nodiscard]] QStringList keyBindingsForAction(const QString&) const override { return {}; }
 
 private:
-  [[nodiscard]] FocusStop& button() const;
+  [[nodiscard]] Pressable& button() const;
 };
 
 } // namespace velto

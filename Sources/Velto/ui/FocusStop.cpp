@@ -1,18 +1,11 @@
 #include "FocusStop.h"
 
-#include "ButtonAccess.h"
-
 #include <QKeyEvent>
 
 namespace velto {
 
 FocusStop::FocusStop(QQuickItem* parent) : QQuickItem(parent) {
   setActiveFocusOnTab(true);
-  ButtonAccess::install();
-  connect(this, &FocusStop::availableChanged, this, [this] {
-    if (isButton_)
-      ButtonAccess::tellAvailable(*this);
-  });
 }
 
 std::optional<Move> FocusStop::moveOf(int key) {

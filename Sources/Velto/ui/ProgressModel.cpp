@@ -58,6 +58,18 @@ QString ProgressModel::accuracy() const {
   return QString::fromStdString(Progress::accuracy(profile().accuracy(session_.drill())));
 }
 
+QString ProgressModel::spokenStreak() const {
+  return QString::fromStdString(Progress::spokenStreak(profile().stats().streak));
+}
+
+QString ProgressModel::spokenToday() const {
+  return QString::fromStdString(Progress::spokenToday(profile().stats().todayCount));
+}
+
+QString ProgressModel::spokenAccuracy() const {
+  return QString::fromStdString(Progress::spokenAccuracy(profile().accuracy(session_.drill())));
+}
+
 int ProgressModel::weakestBand() const {
   const auto& weakest = profile().stats().weakest;
   return weakest ? static_cast<int>(weakest->index) : -1;

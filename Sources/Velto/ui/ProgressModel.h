@@ -21,6 +21,10 @@ class ProgressModel : public QObject {
   Q_PROPERTY(QString streak READ streak NOTIFY recordChanged FINAL)
   Q_PROPERTY(QString today READ today NOTIFY recordChanged FINAL)
   Q_PROPERTY(QString accuracy READ accuracy NOTIFY drillRecordChanged FINAL)
+  // The figures with their names, for screen readers.
+  Q_PROPERTY(QString spokenStreak READ spokenStreak NOTIFY recordChanged FINAL)
+  Q_PROPERTY(QString spokenToday READ spokenToday NOTIFY recordChanged FINAL)
+  Q_PROPERTY(QString spokenAccuracy READ spokenAccuracy NOTIFY drillRecordChanged FINAL)
   // Heights in points, and weaknesses from 0 to 1 (-1: no answers), one for each band.
   Q_PROPERTY(QList<double> barHeights READ barHeights NOTIFY recordChanged FINAL)
   Q_PROPERTY(QList<double> weaknesses READ weaknesses NOTIFY recordChanged FINAL)
@@ -43,6 +47,9 @@ public:
   [[nodiscard]] QString streak() const;
   [[nodiscard]] QString today() const;
   [[nodiscard]] QString accuracy() const;
+  [[nodiscard]] QString spokenStreak() const;
+  [[nodiscard]] QString spokenToday() const;
+  [[nodiscard]] QString spokenAccuracy() const;
   [[nodiscard]] const QList<double>& barHeights() const { return barHeights_; }
   [[nodiscard]] const QList<double>& weaknesses() const { return weaknesses_; }
   [[nodiscard]] static double tallestBar() { return Progress::tallestBar; }

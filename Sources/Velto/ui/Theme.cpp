@@ -70,6 +70,17 @@ QColor mix(const QColor& from, const QColor& to, double t) {
                           blend(from.blueF(), to.blueF()));
 }
 
+QColor laidOver(const QColor& top, const QColor& ground) {
+  const float share = top.alphaF();
+  const float below = ground.alphaF() * (1 - share);
+  const float alpha = share + below;
+  if (alpha <= 0)
+    return Qt::transparent;
+  const auto blend = [&](float a, float b) { return (a * share + b * below) / alpha; };
+  return QColor::fromRgbF(blend(top.redF(), ground.redF()), blend(top.greenF(), ground.greenF()),
+                          blend(top.blueF(), ground.blueF()), alpha);
+}
+
 QColor weaknessColor(const Palette& palette, double weakness) {
   if (weakness < 0.5)
     return mix(palette.good, palette.warn, 2 * weakness);

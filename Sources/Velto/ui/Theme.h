@@ -62,6 +62,9 @@ public:
 // the result is opaque. Aborts if a colour is invalid.
 [[nodiscard]] QColor mix(const QColor& from, const QColor& to, double t);
 
+// `top` laid over `ground`, both with their opacities.
+[[nodiscard]] QColor laidOver(const QColor& top, const QColor& ground);
+
 // The colour of a band in the weakness map: from `good` through `warn` to `bad` as `weakness` goes
 // from 0 to 1; clamped beyond.
 [[nodiscard]] QColor weaknessColor(const Palette& palette, double weakness);
@@ -115,6 +118,11 @@ public:
   // See mix.
   Q_INVOKABLE static QColor mixed(const QColor& from, const QColor& to, double t) {
     return mix(from, to, t);
+  }
+
+  // See laidOver.
+  Q_INVOKABLE static QColor laidOver(const QColor& top, const QColor& ground) {
+    return velto::laidOver(top, ground);
   }
 
   // `color` at `opacity`, 0 to 1.

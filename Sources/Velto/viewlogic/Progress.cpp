@@ -11,6 +11,11 @@ namespace {
 
 constexpr const char* dash = "—";
 
+// "1 day", "2 days"
+std::string counted(std::int64_t count, const char* thing) {
+  return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
 } // namespace
 
 std::string Progress::streak(std::int64_t days) {
@@ -19,6 +24,18 @@ std::string Progress::streak(std::int64_t days) {
 
 std::string Progress::accuracy(std::optional<double> share) {
   return share ? Numbers::fixed(*share * 100, 0) + "%" : dash;
+}
+
+std::string Progress::spokenStreak(std::int64_t days) {
+  return "Streak, " + (days == 0 ? "none" : counted(days, "day"));
+}
+
+std::string Progress::spokenToday(std::int64_t answers) {
+  return "Today, " + counted(answers, "answer");
+}
+
+std::string Progress::spokenAccuracy(std::optional<double> share) {
+  return "Accuracy, " + (share ? Numbers::fixed(*share * 100, 0) + " percent" : "none");
 }
 
 std::string Progress::curveTitle(Drill drill) {

@@ -18,6 +18,11 @@ namespace velto::Progress {
 [[nodiscard]] std::string streak(std::int64_t days);
 // "85%" for a share of 0 to 1, or a dash for nullopt.
 [[nodiscard]] std::string accuracy(std::optional<double> share);
+// The figures with their names, for screen readers: "Streak, 2 days", "Today, 1 answer", "Accuracy,
+// 85 percent", and "none" for a dash.
+[[nodiscard]] std::string spokenStreak(std::int64_t days);
+[[nodiscard]] std::string spokenToday(std::int64_t answers);
+[[nodiscard]] std::string spokenAccuracy(std::optional<double> share);
 // "progress · frequency"
 [[nodiscard]] std::string curveTitle(Drill drill);
 // "weakest · 3.15k Hz — 0.42 oct mean error over 7", or a hint for nullopt.

@@ -23,6 +23,10 @@ bool paletteIsDark() {
 
 } // namespace
 
+Portal::Setting Appearance::colorSchemeSetting() {
+  return {appearanceSpace, colorSchemeKey};
+}
+
 Appearance::Appearance(std::optional<bool> fixedDark, QObject* parent)
     : QObject(parent), fixedDark_(fixedDark) {
   connect(&portal_, &Portal::settingChanged, this, &Appearance::receive);

@@ -22,6 +22,9 @@ class Appearance : public QObject {
   Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY reducedMotionChanged FINAL)
 
 public:
+  // The setting that the constructor waits for.
+  [[nodiscard]] static Portal::Setting colorSchemeSetting();
+
   explicit Appearance(std::optional<bool> fixedDark = std::nullopt, QObject* parent = nullptr);
 
   [[nodiscard]] bool dark() const { return dark_; }

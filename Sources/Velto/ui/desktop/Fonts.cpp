@@ -68,6 +68,10 @@ bool BrandType::registered() {
   return faceRegistered;
 }
 
+std::vector<Portal::Setting> Fonts::portalSettings() {
+  return {{portalSpace, systemKey}, {portalSpace, monoKey}};
+}
+
 Fonts::Fonts(QObject* parent) : QObject(parent) {
   connect(&portal_, &Portal::settingChanged, this, &Fonts::receive);
   QCoreApplication::instance()->installEventFilter(this);

@@ -15,7 +15,8 @@ namespace BrandType {
 inline constexpr const char* family = "MORLA Display";
 
 // Makes the face available to this process: the installed one, else the one from the program's
-// resources. If there is neither, registered() stays false. Needs a QGuiApplication.
+// resources. If there is neither, registered() stays false. Needs a QGuiApplication. Any thread, as
+// long as registered() is called after it has returned.
 void registerFace();
 
 // True if the face is available.
@@ -38,6 +39,9 @@ class Fonts : public QObject {
   Q_PROPERTY(bool brandRegistered READ brandRegistered CONSTANT FINAL)
 
 public:
+  // The settings that the constructor waits for.
+  [[nodiscard]] static std::vector<Portal::Setting> portalSettings();
+
   explicit Fonts(QObject* parent = nullptr);
 
   [[nodiscard]] QString system() const { return system_; }

@@ -5,6 +5,10 @@
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 
+#include <future>
+#include <map>
+#include <utility>
+
 namespace velto {
 
 namespace {
@@ -27,7 +31,34 @@ QDBusMessage readCall(const QString& space, const QString& key) {
   return call;
 }
 
+using Values = std::map<std::pair<QString, QString>, QVariant>;
+
+// Blocks for at most 200 ms.
+QVariant valueOf(const QString& space, const QString& key) {
+  const QDBusConnection bus = QDBusConnection::sessionBus();
+  if (!bus.isConnected())
+    return {};
+  const QDBusMessage reply = bus.call(readCall(space, key), QDBus::Block, timeoutMilliseconds);
+  if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+    return {};
+  return unwrapped(reply.arguments().constFirst());
+}
+
+// What was read ahead and not yet taken. Main thread only.
+std::future<Values> arriving;
+Values arrived;
+
 } // namespace
+
+void Portal::readAhead(const std::vector<Setting>& settings) {
+  qDBusRegisterMetaType<QDBusVariant>();
+  arriving = std::async(std::launch::async, [settings] {
+    Values values;
+    for (const auto& [space, key] : settings)
+      values[{space, key}] = valueOf(space, key);
+    return values;
+  });
+}
 
 Portal::Portal(QObject* parent) : QObject(parent) {
   qDBusRegisterMetaType<QDBusVariant>();
@@ -38,13 +69,11 @@ Portal::Portal(QObject* parent) : QObject(parent) {
 }
 
 QVariant Portal::read(const QString& space, const QString& key) const {
-  const QDBusConnection bus = QDBusConnection::sessionBus();
-  if (!bus.isConnected())
-    return {};
-  const QDBusMessage reply = bus.call(readCall(space, key), QDBus::Block, timeoutMilliseconds);
-  if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
-    return {};
-  return unwrapped(reply.arguments().constFirst());
+  if (arriving.valid())
+    arrived = arriving.get();
+  if (const auto early = arrived.extract({space, key}))
+    return early.mapped();
+  return valueOf(space, key);
 }
 
 void Portal::request(const QString& space, const QString& key) {

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QVariant>
 
+#include <vector>
+
 namespace velto {
 
 // Reads settings of the desktop portal and reports changes. Without a session bus or a portal, no
@@ -15,6 +17,14 @@ class Portal : public QObject {
 
 public:
   explicit Portal(QObject* parent = nullptr);
+
+  struct Setting {
+    QString space;
+    QString key;
+  };
+  // Non-blocking. Connects to the bus and reads the settings on another thread. The first read() of
+  // each returns that value. Call before the first Portal is created, if at all.
+  static void readAhead(const std::vector<Setting>& settings);
 
   // The value of `key` in the namespace `space`; invalid if there is none. Blocks for at most 200
   // ms.

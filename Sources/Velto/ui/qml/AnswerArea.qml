@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Velto
 
@@ -7,6 +8,7 @@ Item {
 
     required property PracticeModel session
     property bool reducedMotion: false
+    property bool opened: false // the first frame is on the screen
 
     implicitHeight: AnswerLayout.areaHeight
 
@@ -16,41 +18,57 @@ Item {
         height: AnswerLayout.stripHeight
     }
 
-    FrequencyPicker {
-        objectName: "frequencyPicker"
-        anchors.fill: parent
-        visible: area.session.drill === PracticeModel.Frequency
-        enabled: visible
-        answerable: !area.session.graded
-        value: visible && area.session.answer > 0 ? area.session.answer : undefined
-        truth: visible && area.session.graded && area.session.truth > 0 ? area.session.truth : undefined
-        onPicked: value => area.session.answer = value
+    Postponed {
+        shown: area.session.drill === PracticeModel.Frequency
+        opened: area.opened
+
+        FrequencyPicker {
+            objectName: "frequencyPicker"
+            anchors.fill: parent
+            visible: area.session.drill === PracticeModel.Frequency
+            enabled: visible
+            answerable: !area.session.graded
+            value: visible && area.session.answer > 0 ? area.session.answer : undefined
+            truth: visible && area.session.graded && area.session.truth > 0 ? area.session.truth : undefined
+            onPicked: value => area.session.answer = value
+        }
     }
 
-    DecibelPicker {
-        readonly property bool isLevel: area.session.drill === PracticeModel.Level
+    Postponed {
+        shown: area.session.drill === PracticeModel.Level || area.session.drill === PracticeModel.Dynamics
+        opened: area.opened
 
-        objectName: "decibelPicker"
-        anchors.fill: parent
-        visible: isLevel || area.session.drill === PracticeModel.Dynamics
-        enabled: visible
-        answerable: !area.session.graded
-        scaleModel: isLevel ? Scales.level : Scales.dynamics
-        value: visible ? area.session.answer : undefined
-        truth: visible && area.session.graded && area.session.truth > 0 ? area.session.truth : undefined
-        onPicked: value => area.session.answer = value
+        DecibelPicker {
+            readonly property bool isLevel: area.session.drill === PracticeModel.Level
+
+            objectName: "decibelPicker"
+            anchors.fill: parent
+            visible: isLevel || area.session.drill === PracticeModel.Dynamics
+            enabled: visible
+            answerable: !area.session.graded
+            name: isLevel ? "How much louder" : "How much gain reduction"
+            scaleModel: isLevel ? Scales.level : Scales.dynamics
+            value: visible ? area.session.answer : undefined
+            truth: visible && area.session.graded && area.session.truth > 0 ? area.session.truth : undefined
+            onPicked: value => area.session.answer = value
+        }
     }
 
-    SlotPicker {
-        objectName: "slotPicker"
-        anchors.fill: parent
-        visible: area.session.drill === PracticeModel.Polarity
-        enabled: visible
-        answerable: !area.session.graded
-        slotCount: area.session.slotTitles.length
-        value: visible && area.session.answer >= 0 ? Math.trunc(area.session.answer) : undefined
-        truth: visible && area.session.graded ? area.session.truth : undefined
-        onPicked: value => area.session.answer = value
+    Postponed {
+        shown: area.session.drill === PracticeModel.Polarity
+        opened: area.opened
+
+        SlotPicker {
+            objectName: "slotPicker"
+            anchors.fill: parent
+            visible: area.session.drill === PracticeModel.Polarity
+            enabled: visible
+            answerable: !area.session.graded
+            slotCount: area.session.slotTitles.length
+            value: visible && area.session.answer >= 0 ? Math.trunc(area.session.answer) : undefined
+            truth: visible && area.session.graded ? area.session.truth : undefined
+            onPicked: value => area.session.answer = value
+        }
     }
 
     // Fades the area to 40 % during rendering. If the items themselves were faded, ticks would show

@@ -12,6 +12,8 @@ Pressable {
     property bool changeable: true
     readonly property bool current: index === chosen
     readonly property bool checked: current
+    // The part of the text's colour that the pointer adds to the fill.
+    readonly property real tint: !changeable ? 0 : pressed ? 0.12 : hovered ? 0.05 : 0
 
     // The listener picks `index`, which may already be chosen.
     signal picked(int index)
@@ -36,9 +38,10 @@ Pressable {
         choices.itemAt(stopOf(chosen))?.forceActiveFocus(Qt.OtherFocusReason)
 
     Accessible.role: Accessible.RadioButton
+    Accessible.name: name
     Accessible.checkable: true
     Accessible.checked: current
     Accessible.readOnly: !changeable
-    Accessible.onToggleAction: if (enabled)
-        activated()
+    Accessible.onPressAction: press()
+    Accessible.onToggleAction: press()
 }

@@ -6,9 +6,11 @@ RoundedBox {
     property bool current: false
     property bool correct: false
     property bool framed: true // visible even without a highlight
+    property real tint: 0 // the text colour's share of the fill
     readonly property bool marked: current || correct
+    readonly property color fill: marked ? Theme.palette.selectedFill : framed ? Theme.palette.surface : "transparent"
 
-    color: marked ? Theme.palette.selectedFill : framed ? Theme.palette.surface : "transparent"
+    color: tint > 0 ? Palettes.laidOver(Palettes.faded(Theme.palette.ink, tint), fill) : fill
     strokeColor: correct ? Theme.palette.good : current ? Palettes.faded(Theme.palette.ink, 0.55) : framed ? Theme.palette.line : "transparent"
     strokeWidth: marked || !framed ? 1.5 : 1
 }

@@ -9,6 +9,7 @@ Item {
     required property ProgressModel progress
     required property bool dark
     property bool reducedMotion: false
+    property bool opened: false // the first frame is on the screen
     readonly property real minimumWidth: main.minimumWidth + divider.width + side.width
     readonly property real minimumHeight: main.minimumHeight
 
@@ -49,6 +50,7 @@ Item {
                 width: parent.width
                 session: root.session
                 reducedMotion: root.reducedMotion
+                opened: root.opened
             }
         }
     }

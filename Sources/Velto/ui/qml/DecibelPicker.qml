@@ -1,8 +1,7 @@
 import QtQuick
 import Velto
 
-// Answers with a value in dB on a linear axis.
+// Answers with a value in dB on a linear axis. Its name is what the drill asks for.
 ScaleStrip {
-    name: "Decibels"
     minorOpacity: 0.5
 }

@@ -9,8 +9,12 @@ Row {
 
     spacing: 8
 
+    Accessible.role: Accessible.StaticText
+    Accessible.name: "Difficulty, " + value.text
+
     Label {
         objectName: "difficultyCaption"
+        partOfName: true
         anchors.verticalCenter: parent.verticalCenter
         text: "DIFFICULTY"
         size: 9
@@ -37,7 +41,10 @@ Row {
     }
 
     Label {
+        id: value
+
         objectName: "difficultyValue"
+        partOfName: true
         anchors.verticalCenter: parent.verticalCenter
         width: 24
         horizontalAlignment: Text.AlignRight

@@ -38,6 +38,7 @@ Row {
                 anchors.fill: parent
                 radius: chip.ringRadius
                 current: chip.current
+                tint: chip.tint
                 framed: false
             }
 
@@ -67,7 +68,7 @@ Row {
                     text: chip.modelData
                     size: 12
                     font.weight: chip.current ? Font.DemiBold : Font.Normal
-                    color: chip.current ? Theme.palette.ink : Theme.palette.muted
+                    color: chip.current || chip.tint > 0 ? Theme.palette.ink : Theme.palette.muted
                 }
             }
 

@@ -37,6 +37,7 @@ Row {
                 anchors.fill: parent
                 radius: button.ringRadius
                 current: button.current
+                tint: button.tint
                 framed: false
             }
 

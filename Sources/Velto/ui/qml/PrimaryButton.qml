@@ -13,15 +13,20 @@ Pressable {
     implicitHeight: 36
     ringRadius: 7
     isButton: true
+    // So that a double click does not skip the verdict.
+    ignoresDoubleClicks: true
     activeFocusOnTab: available || activeFocus
     name: text
+
+    Accessible.role: Accessible.Button
+    Accessible.name: name
 
     RoundedBox {
         objectName: "primaryButtonBox"
         anchors.fill: parent
         radius: 7
         continuous: true
-        color: !control.available ? Theme.palette.soft : control.pressed ? Palettes.faded(Theme.palette.ink, 0.7) : Theme.palette.ink
+        color: !control.available ? Theme.palette.soft : control.pressed ? Palettes.faded(Theme.palette.ink, 0.7) : control.hovered ? Palettes.faded(Theme.palette.ink, 0.85) : Theme.palette.ink
         strokeColor: control.available ? "transparent" : Theme.palette.line
         strokeWidth: 1
     }

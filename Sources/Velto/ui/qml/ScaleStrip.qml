@@ -23,6 +23,8 @@ Item {
         return truth === undefined ? own : own + ", actual " + scaleModel.spoken(truth);
     }
     readonly property real pixelRatio: Screen.devicePixelRatio
+    readonly property var ticks: scaleModel.ticks
+    readonly property var labelledTicks: ticks.map((tick, index) => tick.label === "" ? -1 : index).filter(index => index >= 0)
 
     implicitHeight: AnswerLayout.areaHeight
 
@@ -37,37 +39,38 @@ Item {
     }
 
     Repeater {
-        model: strip.scaleModel.ticks
+        model: strip.ticks
 
-        Item {
-            id: tick
-
+        Rectangle {
             required property int index
             required property var modelData
-            readonly property real position: strip.scaleModel.position(modelData.value, strip.width)
 
-            Rectangle {
-                objectName: "tick" + tick.index
-                x: AnswerLayout.tickLeft(tick.position, strip.width, strip.pixelRatio)
-                y: AnswerLayout.stripHeight - height
-                // Qt would round a fractional width up to whole points.
-                width: 1
-                transform: Scale {
-                    xScale: AnswerLayout.tickWidth(strip.pixelRatio)
-                }
-                height: tick.modelData.height
-                color: tick.modelData.major ? Theme.palette.muted : Palettes.faded(Theme.palette.faint, strip.minorOpacity)
+            objectName: "tick" + index
+            x: AnswerLayout.tickLeft(strip.scaleModel.position(modelData.value, strip.width), strip.width, strip.pixelRatio)
+            y: AnswerLayout.stripHeight - height
+            // Qt would round a fractional width up to whole points.
+            width: 1
+            transform: Scale {
+                xScale: AnswerLayout.tickWidth(strip.pixelRatio)
             }
+            height: modelData.height
+            color: modelData.major ? Theme.palette.muted : Palettes.faded(Theme.palette.faint, strip.minorOpacity)
+        }
+    }
 
-            Label {
-                objectName: "tickLabel" + tick.index
-                visible: text !== ""
-                x: tick.position - strip.scaleModel.labelOffset
-                y: AnswerLayout.stripHeight + 4
-                text: tick.modelData.label
-                size: 9
-                color: Theme.palette.muted
-            }
+    Repeater {
+        model: strip.labelledTicks
+
+        Label {
+            required property int modelData // index of the tick
+            readonly property var tick: strip.ticks[modelData]
+
+            objectName: "tickLabel" + modelData
+            x: strip.scaleModel.position(tick.value, strip.width) - strip.scaleModel.labelOffset
+            y: AnswerLayout.stripHeight + 4
+            text: tick.label
+            size: 9
+            color: Theme.palette.muted
         }
     }
 

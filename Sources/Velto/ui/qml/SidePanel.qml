@@ -25,6 +25,7 @@ Item {
                 width: figures.share
                 label: "STREAK"
                 value: panel.progress.streak
+                spoken: panel.progress.spokenStreak
             }
 
             Stat {
@@ -32,6 +33,7 @@ Item {
                 width: figures.share
                 label: "TODAY"
                 value: panel.progress.today
+                spoken: panel.progress.spokenToday
             }
 
             Stat {
@@ -39,6 +41,7 @@ Item {
                 width: figures.share
                 label: "ACC"
                 value: panel.progress.accuracy
+                spoken: panel.progress.spokenAccuracy
             }
         }
 

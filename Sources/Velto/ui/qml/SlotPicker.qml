@@ -52,6 +52,7 @@ Item {
                     anchors.fill: parent
                     radius: slot.ringRadius
                     current: slot.current
+                    tint: slot.tint
                     correct: slot.flipped
                 }
 
@@ -93,7 +94,7 @@ Item {
                         mono: true
                         size: 9
                         font.weight: Font.Medium
-                        color: slot.flipped ? Theme.palette.good : Theme.palette.muted
+                        color: slot.flipped ? Theme.palette.good : slot.tint > 0 ? Theme.palette.ink : Theme.palette.muted
                     }
                 }
             }

@@ -7,8 +7,12 @@ Item {
 
     property string label
     property string value
+    property string spoken // both, for screen readers
 
     implicitHeight: 54
+
+    Accessible.role: Accessible.StaticText
+    Accessible.name: spoken
 
     RoundedBox {
         objectName: "statBox" + stat.label
@@ -20,6 +24,7 @@ Item {
 
     Label {
         objectName: "statValue" + stat.label
+        partOfName: true
         anchors.horizontalCenter: parent.horizontalCenter
         y: 8
         height: 24
@@ -30,6 +35,7 @@ Item {
 
     Label {
         objectName: "statLabel" + stat.label
+        partOfName: true
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.horizontalCenterOffset: tracking / 2 // for the tracking after the last letter
         y: 35

@@ -44,6 +44,7 @@ Item {
                         anchors.fill: parent
                         radius: slot.ringRadius
                         current: slot.current
+                        tint: slot.tint
                     }
 
                     Label {

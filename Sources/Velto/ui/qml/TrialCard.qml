@@ -7,6 +7,7 @@ Item {
 
     required property PracticeModel session
     property bool reducedMotion: false
+    property bool opened: false
 
     implicitHeight: rows.implicitHeight + 40
 
@@ -82,6 +83,7 @@ Item {
             width: parent.width
             session: card.session
             reducedMotion: card.reducedMotion
+            opened: card.opened
         }
 
         Transport {
@@ -93,6 +95,7 @@ Item {
 
         Verdict {
             width: parent.width
+            opened: card.opened
             session: card.session
         }
     }

@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Velto
 
@@ -6,6 +7,7 @@ Item {
     id: verdict
 
     required property PracticeModel session
+    property bool opened: false // the first frame is on the screen
     readonly property color gradeColor: session.correct ? Theme.palette.good : Theme.palette.bad
 
     implicitHeight: 36
@@ -32,37 +34,42 @@ Item {
         Accessible.role: Accessible.Notification
         Accessible.name: verdict.session.announcement
 
-        Row {
-            x: 12
-            height: parent.height
-            spacing: 14
+        Postponed {
+            shown: verdict.session.graded
+            opened: verdict.opened
 
-            RoundedBox {
-                objectName: "verdictDot"
-                anchors.verticalCenter: parent.verticalCenter
-                width: 8
-                height: 8
-                radius: 4
-                color: verdict.gradeColor
-            }
-
-            Label {
-                objectName: "verdictWord"
-                partOfName: true
+            Row {
+                x: 12
                 height: parent.height
-                text: verdict.session.verdict
-                size: 12
-                font.weight: Font.Bold
-                tracking: 2
-                color: verdict.gradeColor
-            }
+                spacing: 14
 
-            Label {
-                objectName: "verdictDetail"
-                partOfName: true
-                height: parent.height
-                text: verdict.session.verdictDetail
-                size: 12
+                RoundedBox {
+                    objectName: "verdictDot"
+                    anchors.verticalCenter: parent.verticalCenter
+                    width: 8
+                    height: 8
+                    radius: 4
+                    color: verdict.gradeColor
+                }
+
+                Label {
+                    objectName: "verdictWord"
+                    partOfName: true
+                    height: parent.height
+                    text: verdict.session.verdict
+                    size: 12
+                    font.weight: Font.Bold
+                    tracking: 2
+                    color: verdict.gradeColor
+                }
+
+                Label {
+                    objectName: "verdictDetail"
+                    partOfName: true
+                    height: parent.height
+                    text: verdict.session.verdictDetail
+                    size: 12
+                }
             }
         }
     }
