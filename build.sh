@@ -81,6 +81,8 @@ testPackages=(
   dbus-daemon
   fontmake
   grim
+  jackd2
+  libasound2-plugins
   libatspi2.0-dev
   libclang-rt-14-dev
   libebur128-dev
@@ -89,12 +91,15 @@ testPackages=(
   libxcb-xtest0-dev
   libxcb1-dev
   locales
+  pipewire
+  pipewire-pulse
   pkg-config
   python3-fonttools
   python3-ufolib2
   qt6-wayland
   sway
   valgrind
+  wireplumber
   wtype
 )
 

@@ -132,6 +132,7 @@ void AppDelegate::limitSize() {
 }
 
 void AppDelegate::installLifecycle() {
+  windowLoss_.emplace(*window_, [] { QCoreApplication::quit(); });
   connect(window_.get(), &QWindow::activeChanged, this, [this] {
     if (window_->isActive())
       resume();

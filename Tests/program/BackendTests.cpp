@@ -1,0 +1,364 @@
+// The program on every sound system that it can meet, and what it does when one hangs. Run on a
+// private desk with a display, but without a sound server; each test starts servers of its own.
+#include "kit/ChildProcess.h"
+#include "kit/Desktop.h"
+#include "kit/Eventually.h"
+#include "kit/Files.h"
+#include "kit/JackEar.h"
+#include "kit/ProgramRunner.h"
+#include "kit/Recorder.h"
+#include "kit/SoundServer.h"
+
+#include "DSP.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace velto::kit {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+using Variables = std::map<std::string, std::string>;
+
+const std::string nowhere = "unix:/dev/null";
+
+// Writes a configuration of ALSA whose default device is `definition`; returns its path.
+std::string alsaConfiguration(const std::string& definition) {
+  const std::string file = deskFolder() + "/alsa-" + std::to_string(definition.size()) + ".conf";
+  put(file, "pcm.!default { " + definition + " }\nctl.!default { type hw card 0 }\n");
+  return file;
+}
+
+// ALSA's bridge to a PulseAudio server, whose clock and whose sound it has.
+std::string alsaOnPulse() {
+  return alsaConfiguration("type pulse server \"unix:" + deskFolder() + "/pulse/native\"");
+}
+
+// True if the newest 100 ms at the sink hold sound.
+bool sinkSounds() {
+  Recorder recorder;
+  recorder.waitForMore(9600);
+  const Recording sound = recorder.stop();
+  const std::size_t begin = sound.frames() - 4800;
+  return Measure::rmsDB(std::span(sound.l).subspan(begin)) > -60;
+}
+
+// A sound system, as the program finds it.
+struct System {
+  std::string name;
+  Variables environment;         // leads the program there
+  std::shared_ptr<void> servers; // what runs meanwhile
+  std::function<bool()> sounds;  // whether it plays sound; empty if nobody can tell
+};
+
+System pulseAudio() {
+  return {.name = "PulseAudio",
+          .environment = {},
+          .servers = std::make_shared<SoundServer>(),
+          .sounds = sinkSounds};
+}
+
+System pipeWire() {
+  return {.name = "PipeWire",
+          .environment = {},
+          .servers = std::make_shared<PipeWireServer>(),
+          .sounds = sinkSounds};
+}
+
+System alsa() {
+  return {.name = "ALSA",
+          .environment = {{"PULSE_SERVER", nowhere}, {"ALSA_CONFIG_PATH", alsaOnPulse()}},
+          .servers = std::make_shared<SoundServer>(),
+          .sounds = sinkSounds};
+}
+
+// Without a clock: it takes all frames at once.
+System alsaNull() {
+  return {.name = "ALSA without a device",
+          .environment = {{"PULSE_SERVER", nowhere},
+                          {"ALSA_CONFIG_PATH", alsaConfiguration("type null")}},
+          .servers = {},
+          .sounds = {}};
+}
+
+System jack() {
+  auto server = std::make_shared<JackServerProcess>();
+  const std::string name = server->name();
+  return {.name = "JACK",
+          .environment = {{"PULSE_SERVER", nowhere}, {"JACK_DEFAULT_SERVER", name}},
+          .servers = server,
+          .sounds = [name] { return jackSounds(name, "Velto"); }};
+}
+
+ProgramRunner::Environment changesOf(const Variables& variables) {
+  return {variables.begin(), variables.end()};
+}
+
+class Backend : public ::testing::TestWithParam<System (*)()> {
+protected:
+  const System system = GetParam()();
+};
+
+TEST_P(Backend, PlaysSuspendsResumesAndEnds) {
+  Desktop desktop;
+  ProgramRunner program(VELTO_PROGRAM, {"--drill", "level"}, changesOf(system.environment));
+  const WindowId window = desktop.waitForWindow("MORLA Velto", program.pid());
+  desktop.waitForActive(window);
+  for (int round = 0; round < 3; ++round) {
+    if (system.sounds) {
+      EXPECT_TRUE(eventually(system.sounds)) << round << program.errors();
+    }
+    std::this_thread::sleep_for(500ms);
+    desktop.minimise(window);
+    if (system.sounds) {
+      EXPECT_TRUE(eventually([this] { return !system.sounds(); })) << round;
+    }
+    std::this_thread::sleep_for(500ms);
+    desktop.activate(window);
+    desktop.waitForActive(window);
+  }
+  if (system.sounds) {
+    EXPECT_TRUE(eventually(system.sounds)) << program.errors();
+  }
+  desktop.close(window);
+  EXPECT_EQ(program.waitForExit(), 0);
+  EXPECT_EQ(program.errors(), "");
+}
+
+TEST_P(Backend, TakesAPicture) {
+  ProgramRunner program(VELTO_PROGRAM, {"--shot", deskFolder() + "/tmp/shot.png"},
+                        changesOf(system.environment));
+  EXPECT_EQ(program.waitForExit(), 0);
+  EXPECT_EQ(program.errors(), "wrote " + deskFolder() + "/tmp/shot.png\n");
+}
+
+TEST_P(Backend, PassesTheSelfTest) {
+  ProgramRunner program(VELTO_PROGRAM, {"--audio-selftest"}, changesOf(system.environment));
+  EXPECT_EQ(program.waitForExit(), 0);
+  EXPECT_EQ(program.errors(), "");
+  EXPECT_NE(program.output().find("PASS"), std::string::npos) << program.output();
+}
+
+TEST_P(Backend, RunsThePlaybackBenchUntilASignalEndsIt) {
+  ProgramRunner program(VELTO_PROGRAM, {"--bench-audio", "on"}, changesOf(system.environment));
+  if (system.sounds) {
+    EXPECT_TRUE(eventually(system.sounds));
+  }
+  std::this_thread::sleep_for(500ms);
+  ::kill(program.pid(), SIGTERM);
+  EXPECT_EQ(program.waitForExit(), 128 + SIGTERM);
+  EXPECT_EQ(program.errors() + program.output(), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Systems, Backend, ::testing::Values(pulseAudio, pipeWire, alsa, alsaNull, jack),
+    [](const auto& system) {
+      const std::array<const char*, 5> names{"PulseAudio", "PipeWire", "ALSA", "ALSANull", "JACK"};
+      return names.at(system.index);
+    });
+
+// --- Servers that come, go and hang ---
+
+// The program in the level drill, with its window in front.
+struct Practice {
+  explicit Practice(const Variables& environment)
+      : program(VELTO_PROGRAM, {"--drill", "level"}, changesOf(environment)),
+        window(desktop.waitForWindow("MORLA Velto", program.pid())) {
+    desktop.waitForActive(window);
+  }
+
+  // True if the program exits with 0 when its window is closed.
+  [[nodiscard]] bool ends() {
+    desktop.close(window);
+    return program.waitForExit() == 0;
+  }
+
+  Desktop desktop;
+  ProgramRunner program;
+  WindowId window;
+};
+
+bool hasStream() {
+  return !pactl("list short sink-inputs").empty();
+}
+
+// The seconds until `condition` holds; prints them.
+template <typename Condition>
+double secondsUntil(Condition condition, const char* what) {
+  const auto begin = Clock::now();
+  EXPECT_TRUE(eventually(condition)) << what;
+  const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+  std::cout << "  " << what << ": " << seconds << " s\n";
+  return seconds;
+}
+
+// A server that accepts connections and never answers, at the address of the desk's.
+class DeafServer {
+public:
+  DeafServer() : socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string file = deskFolder() + "/pulse/native";
+    ::unlink(file.c_str());
+    file.copy(address.sun_path, sizeof address.sun_path - 1);
+    if (::bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
+        ::listen(socket_, 100) != 0)
+      throw std::runtime_error("the deaf server cannot listen");
+  }
+  ~DeafServer() { ::close(socket_); }
+  DeafServer(const DeafServer&) = delete;
+  DeafServer& operator=(const DeafServer&) = delete;
+
+private:
+  int socket_;
+};
+
+// What the sound system does while a mode without a window runs.
+struct Trouble {
+  std::string name;
+  std::function<std::shared_ptr<void>()> begin; // as long as the result exists
+  Variables environment;
+};
+
+std::shared_ptr<void> frozenServer() {
+  auto server = std::make_shared<SoundServer>();
+  server->freeze();
+  return server;
+}
+
+std::vector<Trouble> troubles() {
+  return {{"no server", [] { return std::shared_ptr<void>(); }, {}},
+          {"a frozen server", frozenServer, {}},
+          {"a frozen server behind ALSA too", frozenServer, {{"ALSA_CONFIG_PATH", alsaOnPulse()}}},
+          {"a server that never answers", [] { return std::make_shared<DeafServer>(); }, {}},
+          {"a server that never answers, behind ALSA too",
+           [] { return std::make_shared<DeafServer>(); },
+           {{"ALSA_CONFIG_PATH", alsaOnPulse()}}}};
+}
+
+TEST(Trouble, EndsTheSelfTestWithin15Seconds) {
+  for (const Trouble& trouble : troubles()) {
+    const auto server = trouble.begin();
+    const auto begin = Clock::now();
+    ProgramRunner program(VELTO_PROGRAM, {"--audio-selftest"}, changesOf(trouble.environment));
+    EXPECT_EQ(program.waitForExit(), 1) << trouble.name;
+    const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+    std::cout << "  self-test with " << trouble.name << ": " << seconds << " s\n";
+    EXPECT_LT(seconds, 15) << trouble.name;
+    EXPECT_EQ(program.output(), "FAIL  engine did not start\n") << trouble.name;
+  }
+}
+
+TEST(TroubleLong, EndsThePlaybackBenchWithin27Seconds) {
+  for (const Trouble& trouble : troubles()) {
+    const auto server = trouble.begin();
+    const auto begin = Clock::now();
+    ProgramRunner program(VELTO_PROGRAM, {"--bench-audio", "on"}, changesOf(trouble.environment));
+    EXPECT_TRUE(eventually([&] { return !program.isRunning(); }, 40s)) << trouble.name;
+    const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+    std::cout << "  playback bench with " << trouble.name << ": " << seconds << " s\n";
+    EXPECT_EQ(program.waitForExit(), 0) << trouble.name;
+    EXPECT_GE(seconds, 25) << trouble.name;
+    EXPECT_LT(seconds, 27) << trouble.name;
+  }
+}
+
+TEST(Trouble, AServerThatStopsDuringTheSelfTestDoesNotHoldItUp) {
+  SoundServer server;
+  ProgramRunner program(VELTO_PROGRAM, {"--audio-selftest"});
+  ASSERT_TRUE(eventually(hasStream));
+  server.freeze();
+  const auto begin = Clock::now();
+  EXPECT_TRUE(program.waitForExit().has_value());
+  EXPECT_LT(Clock::now() - begin, 14s);
+}
+
+// ALSA plays by a server of its own while PulseAudio is away.
+TEST(Return, FromALSAWhenAServerAnswers) {
+  const SoundServer behindALSA;
+  const std::string address = deskFolder() + "/pulse/second";
+  for (int round = 0; round < 3; ++round) {
+    Practice practice({{"PULSE_SERVER", "unix:" + address}, {"ALSA_CONFIG_PATH", alsaOnPulse()}});
+    ASSERT_TRUE(eventually(hasStream)) << practice.program.errors();
+    std::this_thread::sleep_for(1s + round * 170ms);
+    const auto asked = [&](const std::string& what) {
+      return pactl("--server=unix:" + address + " " + what);
+    };
+    ::unlink(address.c_str());
+    const Daemon server({"pulseaudio", "--daemonize=no", "--log-target=stderr", "-n",
+                         "--use-pid-file=no", "-L",
+                         "module-native-protocol-unix socket=" + address + " auth-anonymous=1",
+                         "-L", "module-null-sink sink_name=second norewinds=1 format=float32le"},
+                        {{"PULSE_RUNTIME_PATH", deskFolder() + "/tmp"}});
+    ASSERT_TRUE(
+        eventually([&] { return asked("list short sinks").find("second") != std::string::npos; }));
+    EXPECT_LT(secondsUntil([&] { return !asked("list short sink-inputs").empty(); },
+                           "from ALSA to the server that answers"),
+              2);
+    EXPECT_TRUE(eventually([] { return !hasStream(); })) << "ALSA's stream has ended";
+    EXPECT_EQ(practice.program.errors(), "");
+    EXPECT_TRUE(practice.ends());
+  }
+}
+
+TEST(Return, OfAServerThatWasStoppedWhileItPlayed) {
+  SoundServer server;
+  for (const auto stopped : {3s, 13s}) {
+    Practice practice({});
+    ASSERT_TRUE(eventually(sinkSounds));
+    server.freeze();
+    std::this_thread::sleep_for(stopped);
+    EXPECT_EQ(practice.program.errors(),
+              "Velto: engine start failed - the sound server does not answer\n");
+    server.thaw();
+    EXPECT_LT(secondsUntil(sinkSounds, "until a stopped server plays again"), 2.4);
+    EXPECT_TRUE(practice.ends());
+  }
+}
+
+TEST(Return, OfAServerThatWasStoppedBehindALSAToo) {
+  SoundServer server;
+  Practice practice({{"ALSA_CONFIG_PATH", alsaOnPulse()}});
+  ASSERT_TRUE(eventually(sinkSounds));
+  server.freeze();
+  std::this_thread::sleep_for(25s); // two openings hang
+  server.thaw();
+  EXPECT_LT(secondsUntil(sinkSounds, "until two hanging openings end"), 2.4);
+  EXPECT_TRUE(practice.ends());
+}
+
+TEST(Return, OfAJackServerThatWasStoppedOrKilled) {
+  std::optional<JackServerProcess> server(std::in_place);
+  const std::string name = server->name();
+  const auto sounds = [&] { return jackSounds(name, "Velto"); };
+  Practice practice({{"PULSE_SERVER", nowhere}, {"JACK_DEFAULT_SERVER", name}});
+  ASSERT_TRUE(eventually(sounds)) << practice.program.errors();
+  server->freeze();
+  std::this_thread::sleep_for(4s);
+  server->thaw();
+  EXPECT_LT(secondsUntil(sounds, "until a stopped JACK server plays again"), 2.4);
+  server.reset();
+  EXPECT_TRUE(eventually([&] { return !practice.program.errors().empty(); }));
+  server.emplace();
+  EXPECT_LT(secondsUntil(sounds, "until a new JACK server plays"), 2.4);
+  EXPECT_TRUE(practice.ends()) << practice.program.errors();
+}
+
+} // namespace
+} // namespace velto::kit
