@@ -57,9 +57,16 @@ JackServerProcess::JackServerProcess() : name_("velto-" + std::to_string(::getpi
 
 JackServerProcess::~JackServerProcess() {
   daemon_.reset();
-  // A killed server leaves its socket behind.
+  // A killed server leaves its socket and its semaphores behind.
+  namespace fs = std::filesystem;
   std::error_code ignored;
-  std::filesystem::remove(jackSocket(name_), ignored);
+  std::vector<fs::path> left;
+  for (const fs::directory_entry& entry : fs::directory_iterator("/dev/shm", ignored))
+    if (entry.path().filename().native().starts_with("jack_") &&
+        entry.path().native().find("_" + name_ + "_") != std::string::npos)
+      left.push_back(entry.path());
+  for (const fs::path& file : left)
+    fs::remove(file, ignored);
 }
 
 std::string pactl(const std::string& arguments) {

@@ -208,24 +208,28 @@ double secondsUntil(Condition condition, const char* what) {
   return seconds;
 }
 
-// A server that accepts connections and never answers, at the address of the desk's.
+// A server that accepts connections and never answers; a PulseAudio server unless told otherwise.
 class DeafServer {
 public:
-  DeafServer() : socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  explicit DeafServer(std::string file = deskFolder() + "/pulse/native")
+      : file_(std::move(file)), socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    const std::string file = deskFolder() + "/pulse/native";
-    ::unlink(file.c_str());
-    file.copy(address.sun_path, sizeof address.sun_path - 1);
+    ::unlink(file_.c_str());
+    file_.copy(address.sun_path, sizeof address.sun_path - 1);
     if (::bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
         ::listen(socket_, 100) != 0)
       throw std::runtime_error("the deaf server cannot listen");
   }
-  ~DeafServer() { ::close(socket_); }
+  ~DeafServer() {
+    ::close(socket_);
+    ::unlink(file_.c_str());
+  }
   DeafServer(const DeafServer&) = delete;
   DeafServer& operator=(const DeafServer&) = delete;
 
 private:
+  const std::string file_;
   int socket_;
 };
 
@@ -243,10 +247,16 @@ std::shared_ptr<void> frozenServer() {
 }
 
 std::vector<Trouble> troubles() {
+  const std::string jackName = "deaf-" + std::to_string(::getpid());
+  const std::string jackSocket =
+      "/dev/shm/jack_" + jackName + "_" + std::to_string(::getuid()) + "_0";
   return {{"no server", [] { return std::shared_ptr<void>(); }, {}},
           {"a frozen server", frozenServer, {}},
           {"a frozen server behind ALSA too", frozenServer, {{"ALSA_CONFIG_PATH", alsaOnPulse()}}},
           {"a server that never answers", [] { return std::make_shared<DeafServer>(); }, {}},
+          {"a JACK server that never answers",
+           [jackSocket] { return std::make_shared<DeafServer>(jackSocket); },
+           {{"PULSE_SERVER", nowhere}, {"JACK_DEFAULT_SERVER", jackName}}},
           {"a server that never answers, behind ALSA too",
            [] { return std::make_shared<DeafServer>(); },
            {{"ALSA_CONFIG_PATH", alsaOnPulse()}}}};
