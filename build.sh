@@ -18,7 +18,7 @@ Usage: ./build.sh [COMMAND]
       --matrix      the tests across compilers and architectures
       --asan        built with the address and undefined-behaviour sanitizers
       --tsan        the tests of threaded code, built with the thread sanitizer
-      --coverage    measure the line coverage; fails below 95 % in the core
+      --coverage    measure the line coverage; fails below 95 % in training and synthesis
   lint              run the formatters and checkers over the sources
       --fix         let the formatters rewrite the sources
       --quick       no clang-tidy for tests and benchmarks that the last commit did not change
@@ -370,14 +370,14 @@ sanitizerOptions() {
   export TSAN_OPTIONS="suppressions=$files/threads.supp:$strict:${TSAN_OPTIONS-}"
 }
 
-# coverage BUILD: prints the line coverage per file, then fails if the core's is too low.
+# coverage BUILD: prints the line coverage per file, then fails if that of training and synthesis is too low.
 coverage() {
   local -a report=(gcovr --root "$root/Sources/Velto" --object-directory "$1/Sources/Velto"
     --exclude-throw-branches)
   say 'Line coverage'
   "${report[@]}" --sort-percentage
-  say 'Line coverage of the core'
-  "${report[@]}" --fail-under-line 95 "$1/Sources/Velto/core"
+  say 'Line coverage of training and synthesis'
+  "${report[@]}" --fail-under-line 95 "$1"/Sources/Velto/{training,synthesis}
 }
 
 # --- Lint -----------------------------------------------------------------------------------------

@@ -1,6 +1,6 @@
 #include "Floors.h"
 
-#include "Signals.h"
+#include "Xorshift64.h"
 
 namespace velto::benchmarks {
 

@@ -4,6 +4,7 @@
 #include "AudioEngine.h"
 #include "Mixer.h"
 #include "ReferenceTrial.h"
+#include "Rendering.h"
 
 #include <benchmark/benchmark.h>
 

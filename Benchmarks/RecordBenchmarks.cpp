@@ -1,8 +1,9 @@
 // Statistics, encoding and decoding of a full record, compared with a pass over its rows or bytes.
 
+#include "Bands.h"
 #include "Coding.h"
-#include "Signals.h"
 #include "Statistics.h"
+#include "Xorshift64.h"
 
 #include <benchmark/benchmark.h>
 

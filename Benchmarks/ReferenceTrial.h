@@ -1,7 +1,8 @@
 // The measured trials, for the program and for the reference model.
 #pragma once
 
-#include "Drills.h"
+#include "Drill.h"
+#include "Trial.h"
 #include "reference/ReferenceModel.h"
 
 namespace velto::benchmarks {

@@ -1,6 +1,7 @@
 // A whole trial of each drill, compared with the reference model.
 
 #include "ReferenceTrial.h"
+#include "Rendering.h"
 
 #include <benchmark/benchmark.h>
 

@@ -3,6 +3,7 @@
 //   velto_render_once <drill> [reference]
 
 #include "ReferenceTrial.h"
+#include "Rendering.h"
 
 #include <cstdio>
 #include <string_view>

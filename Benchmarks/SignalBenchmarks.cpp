@@ -1,6 +1,7 @@
 // Materials, filters and measurements over the length of one trial, compared with the reference
 // model and the floors.
 
+#include "Compressor.h"
 #include "Floors.h"
 #include "ReferenceTrial.h"
 #include "Signals.h"

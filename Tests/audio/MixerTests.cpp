@@ -1,4 +1,8 @@
+#include "Drill.h"
 #include "Mixer.h"
+#include "Rendering.h"
+#include "Signals.h"
+#include "Trial.h"
 
 #include "kit/Recording.h"
 #include "kit/Slots.h"

@@ -1,6 +1,10 @@
 #include "OutputDevice.h"
 
-#include "Drills.h"
+#include "DSP.h"
+#include "Drill.h"
+#include "Rendering.h"
+#include "Slot.h"
+#include "Trial.h"
 
 #include <gtest/gtest.h>
 

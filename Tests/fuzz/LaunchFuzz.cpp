@@ -1,9 +1,11 @@
 // Parses any command line, one argument per line, without harm. Any number that it gives can be
 // graded.
 #include "FatalError.h"
+#include "Grading.h"
 #include "LaunchOptions.h"
 #include "NumberArgument.h"
 #include "Numbers.h"
+#include "Trial.h"
 
 #include <cmath>
 #include <cstdint>

@@ -1,5 +1,6 @@
 // Reads any bytes as a profile file: they are refused, or they are a record that the program can
 // work with.
+#include "Bands.h"
 #include "Coding.h"
 #include "FatalError.h"
 #include "Progress.h"

@@ -1,8 +1,8 @@
 // Locates rendered loops in a recording, to the frame and to the bit.
 #pragma once
 
-#include "Drills.h"
 #include "Recording.h"
+#include "Slot.h"
 
 #include <cstddef>
 #include <optional>

@@ -1,7 +1,8 @@
 // Correct and wrong answers.
 #pragma once
 
-#include "Drills.h"
+#include "Drill.h"
+#include "Trial.h"
 
 namespace velto::kit {
 

@@ -1,7 +1,10 @@
 // Probability of correct answers without listening.
 #pragma once
 
-#include "Drills.h"
+#include "Bands.h"
+#include "Drill.h"
+#include "Grading.h"
+#include "Trial.h"
 
 #include <cmath>
 #include <cstddef>

@@ -1,7 +1,8 @@
 // The trials that the program makes, as far as known from outside.
 #pragma once
 
-#include "Drills.h"
+#include "Drill.h"
+#include "Trial.h"
 
 #include <chrono>
 #include <cstdint>

@@ -1,3 +1,5 @@
+#include "Bands.h"
+
 #include "kit/Listener.h"
 
 #include "kit/Highpass.h"

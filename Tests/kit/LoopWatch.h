@@ -1,7 +1,7 @@
 // Verifies playback frame by frame, for any length of time in constant memory.
 #pragma once
 
-#include "Drills.h"
+#include "Slot.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,8 @@
 // Renders any material with the program's generators.
 #pragma once
 
-#include "Drills.h"
+#include "DSP.h"
+#include "Drill.h"
 #include "Signals.h"
 
 #include <cstdint>

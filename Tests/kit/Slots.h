@@ -1,7 +1,8 @@
 // Slots for playback tests.
 #pragma once
 
-#include "Drills.h"
+#include "DSP.h"
+#include "Slot.h"
 
 #include <cmath>
 #include <cstdint>

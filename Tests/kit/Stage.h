@@ -7,7 +7,8 @@
 #include "ManualQueues.h"
 #include "ScratchProfile.h"
 
-#include "Drills.h"
+#include "Drill.h"
+#include "Grading.h"
 #include "PracticeModel.h"
 #include "ProgressModel.h"
 #include "Session.h"

@@ -5,8 +5,13 @@
 //   velto_render_hashes libm      one line: a hash of raw results of the elementary functions, to
 //                                 tell whether two runs really used different versions
 
-#include "Drills.h"
+#include "DSP.h"
+#include "Drill.h"
+#include "Rendering.h"
 #include "Signals.h"
+#include "Slot.h"
+#include "Trial.h"
+#include "Xorshift64.h"
 #include "kit/Materials.h"
 
 #include <bit>

@@ -6,7 +6,10 @@
 #include "kit/ProgramRunner.h"
 #include "kit/ScreenReader.h"
 
-#include "Drills.h"
+#include "Drill.h"
+#include "Grading.h"
+#include "Slot.h"
+#include "Trial.h"
 #include "Wording.h"
 
 #include <gtest/gtest.h>

@@ -21,7 +21,7 @@
 #include "kit/Recorder.h"
 #include "kit/TrialMode.h"
 
-#include "Drills.h"
+#include "Drill.h"
 #include "Numbers.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,11 @@
 // Measures the levels of fair trials at a real sink. Run on a private desk. Besides its checks, it
 // prints a table with the loudness by ITU-R BS.1770.
-#include "Drills.h"
+#include "Bands.h"
+#include "Drill.h"
 #include "Player.h"
+#include "Rendering.h"
+#include "Slot.h"
+#include "Trial.h"
 #include "kit/Alignment.h"
 #include "kit/PlaybackBuffer.h"
 #include "kit/Recorder.h"

@@ -1,7 +1,10 @@
 // Plays targets across their whole range and judges the sound of a real sink. Run on a private
 // desk.
-#include "Drills.h"
+#include "Drill.h"
 #include "Player.h"
+#include "Rendering.h"
+#include "Slot.h"
+#include "Trial.h"
 #include "kit/Alignment.h"
 #include "kit/Listener.h"
 #include "kit/Recorder.h"

@@ -10,7 +10,10 @@
 #include "kit/Recorder.h"
 #include "kit/SoundServer.h"
 
-#include "Drills.h"
+#include "DSP.h"
+#include "Drill.h"
+#include "Rendering.h"
+#include "Trial.h"
 
 #include <gtest/gtest.h>
 

@@ -13,7 +13,7 @@
 #include "kit/SoundServer.h"
 #include "kit/TrialMode.h"
 
-#include "Drills.h"
+#include "Drill.h"
 #include "Numbers.h"
 
 #include <gtest/gtest.h>

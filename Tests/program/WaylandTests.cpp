@@ -9,7 +9,9 @@
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
 
-#include "Drills.h"
+#include "Drill.h"
+#include "Grading.h"
+#include "Trial.h"
 
 #include <nlohmann/json.hpp>
 

@@ -9,7 +9,10 @@
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
 
-#include "Drills.h"
+#include "Drill.h"
+#include "Rendering.h"
+#include "Slot.h"
+#include "Trial.h"
 
 #include <gtest/gtest.h>
 

@@ -2,6 +2,7 @@
 // and answered. Nothing but the record may remain of them.
 #include "Session.h"
 
+#include "Bands.h"
 #include "Numbers.h"
 #include "kit/Answers.h"
 #include "kit/FakeOutput.h"

@@ -1,4 +1,6 @@
+#include "Rendering.h"
 #include "Session.h"
+#include "Signals.h"
 
 #include "kit/FakeOutput.h"
 #include "kit/ManualQueues.h"

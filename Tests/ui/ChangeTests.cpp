@@ -2,6 +2,7 @@
 
 #include "kit/Snippet.h"
 
+#include "Bands.h"
 #include "ScaleModel.h"
 
 #include <QMetaMethod>

@@ -2,7 +2,7 @@
 
 #include "kit/Snippet.h"
 
-#include "Drills.h"
+#include "Bands.h"
 
 using namespace velto;
 using namespace velto::kit;

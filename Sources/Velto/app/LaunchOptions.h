@@ -1,7 +1,7 @@
 // Command-line options.
 #pragma once
 
-#include "Drills.h"
+#include "Drill.h"
 
 #include <optional>
 #include <span>

@@ -1,6 +1,8 @@
 #include "Session.h"
 
 #include "FatalError.h"
+#include "Rendering.h"
+#include "Signals.h"
 
 #include <chrono>
 #include <utility>

@@ -4,11 +4,14 @@
 // Main thread only. Trials are rendered on the background queue, from a copy.
 #pragma once
 
-#include "Drills.h"
+#include "Drill.h"
+#include "Grading.h"
 #include "Player.h"
 #include "Profile.h"
 #include "Publisher.h"
+#include "Slot.h"
 #include "SoundRecovery.h"
+#include "Trial.h"
 
 #include <cstdint>
 #include <functional>

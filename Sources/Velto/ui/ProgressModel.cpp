@@ -1,5 +1,7 @@
 #include "ProgressModel.h"
 
+#include "Bands.h"
+
 namespace velto {
 
 namespace {

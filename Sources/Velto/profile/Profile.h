@@ -1,0 +1,88 @@
+// The practice record: answers, staircases, the roll-up of old answers, and the file that stores
+// them.
+#pragma once
+
+#include "Drill.h"
+#include "Grading.h"
+#include "ProfileLocation.h"
+#include "Publisher.h"
+#include "Record.h"
+#include "Staircase.h"
+#include "Statistics.h"
+#include "Trial.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace velto {
+
+// Main thread only. File errors are not reported: a missing, unreadable or malformed file is an
+// empty record. A failed save keeps the record in memory, and the next answer saves again.
+class Profile {
+public:
+  // Answers kept in detail; older ones are rolled up.
+  static constexpr std::size_t detailRows = 5000;
+
+  // Finds the file from the process's environment, moves an earlier version's file there, loads it
+  // and, if there was one to load, computes the statistics.
+  Profile();
+  explicit Profile(const ProfileLocation& location);
+
+  Profile(const Profile&) = delete;
+  Profile& operator=(const Profile&) = delete;
+
+  // Updates the drill's staircase, appends the answer, trims, recomputes and saves.
+  void record(const Trial& trial, const Drills::Grade& grade);
+
+  // The drill's staircase; a new one if the drill has none.
+  [[nodiscard]] Staircase staircase(Drill drill) const;
+
+  // Share of hits, 0 to 1, among the drill's newest Statistics::accuracyWindow answers; nullopt
+  // without answers.
+  [[nodiscard]] std::optional<double> accuracy(Drill drill) const;
+
+  // Difficulties of the drill's newest Statistics::curveLength answers, oldest first. Valid until
+  // the next recompute.
+  [[nodiscard]] std::span<const double> curve(Drill drill) const;
+
+  // Recomputes the statistics as of now.
+  void recompute();
+
+  // Rolls up and removes the oldest answers beyond `detailRows`.
+  void trim();
+
+  // Replaces attempts and staircases; the roll-up stays. Does not trim, recompute or save.
+  void replace(std::vector<Attempt> attempts, std::map<std::string, Staircase> staircases);
+
+  // Saves the file as SafeFile::write() does. Leaves the file unchanged if a number is not finite,
+  // or if the disk has no room for the backup.
+  void save() const;
+
+  [[nodiscard]] const std::vector<Attempt>& attempts() const { return stored_.attempts; }
+  [[nodiscard]] const Stats& stats() const { return stats_; }
+  [[nodiscard]] const std::map<std::int64_t, BandRoll>& lifetime() const {
+    return stored_.lifetime;
+  }
+  [[nodiscard]] const std::map<std::string, Staircase>& staircases() const {
+    return stored_.staircases;
+  }
+  [[nodiscard]] const std::filesystem::path& url() const { return url_; }
+
+  // Sent before each change of attempts or stats, while the old value can still be read.
+  Publisher<> objectWillChange;
+
+private:
+  void load();
+
+  Stored stored_;
+  Stats stats_;
+  std::filesystem::path url_;
+};
+
+} // namespace velto

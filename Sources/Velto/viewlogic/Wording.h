@@ -1,0 +1,28 @@
+// The practice window's words for drills, materials, slots and verdicts.
+#pragma once
+
+#include "Drill.h"
+#include "Grading.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace velto::Wording {
+
+// "Frequency"
+[[nodiscard]] std::string_view title(Drill drill);
+// "One band is boosted. Point at it."
+[[nodiscard]] std::string_view prompt(Drill drill);
+// "Pink", "Drums", "Pad"
+[[nodiscard]] std::string_view title(Material material);
+// "A" and "B", or "1", "2", "3" for the polarity drill; `index` from 0.
+[[nodiscard]] std::string slotTitle(Drill drill, std::int64_t index);
+// "HIT" or "MISS"
+[[nodiscard]] std::string_view verdict(bool correct);
+// "you 1k Hz   ·   actual 3.15k Hz   ·   1.66 oct off"
+[[nodiscard]] std::string verdictDetail(const Drills::Grade& grade);
+// "MISS, you 1k Hz, actual 3.15k Hz, 1.66 oct off": the whole verdict for screen readers.
+[[nodiscard]] std::string announcement(const Drills::Grade& grade);
+
+} // namespace velto::Wording

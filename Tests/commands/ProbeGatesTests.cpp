@@ -1,0 +1,839 @@
+// What each gate of the probe asks for, and where its limit lies. Doubles defined here take the
+// place of rendering, compressor, grading, staircase and record when this program is linked; the
+// measurements are the reference model's.
+
+#include "ProbeGates.h"
+
+#include "Bands.h"
+#include "Calendar.h"
+#include "Compressor.h"
+#include "DSP.h"
+#include "Drill.h"
+#include "Grading.h"
+#include "Probe.h"
+#include "Profile.h"
+#include "RandomBytes.h"
+#include "Rendering.h"
+#include "Signals.h"
+#include "Slot.h"
+#include "Staircase.h"
+#include "Trial.h"
+#include "kit/CapturedOutput.h"
+#include "reference/ReferenceModel.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <numbers>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace velto {
+
+namespace {
+
+struct Rendered {
+  Trial trial;
+  double seconds = 0;
+
+  bool operator==(const Rendered&) const = default;
+};
+
+// What the doubles do, and what they were asked for.
+struct Doubles {
+  std::function<std::vector<Slot>(const Trial&)> render;
+  std::vector<Rendered> rendered;
+  double peakOffDB = 0; // what a peaking design adds to its gain
+  double reductionDB = 0;
+  std::vector<std::pair<double, Samples>> compressed;
+  std::function<bool(double)> grade;
+  std::vector<std::pair<double, Trial>> graded;
+  std::function<void(Staircase&, bool)> move;
+  std::vector<std::vector<bool>> answers; // of each staircase
+  std::function<void(Stored&)> trim = [](Stored&) {};
+  std::function<Stats()> stats = [] { return Stats{}; };
+  std::vector<std::vector<Attempt>> histories;
+  std::vector<std::string> calls; // of the record
+  std::set<std::string> folders;
+};
+Doubles doubles;
+
+reference::Samples copyOf(std::span<const float> x) {
+  return {x.begin(), x.end()};
+}
+
+Biquad section(const reference::Biquad& design) {
+  return {design.b0, design.b1, design.b2, design.a1, design.a2};
+}
+
+} // namespace
+
+// ---- The doubles ----
+
+std::vector<Slot> Drills::render(const Trial& trial, double seconds, Noise) {
+  doubles.rendered.push_back({trial, seconds});
+  return doubles.render(trial);
+}
+
+Drills::Compressed Drills::compressorHitting(double targetGRdB, std::span<const float> x) {
+  doubles.compressed.emplace_back(targetGRdB, Samples(x.begin(), x.end()));
+  return {{}, doubles.reductionDB};
+}
+
+// Tells its arguments.
+Samples Signals::drums(double seconds, std::uint64_t seed) {
+  return {static_cast<float>(seconds), static_cast<float>(seed)};
+}
+
+Drills::Grade Drills::grade(double answer, const Trial& trial) {
+  doubles.graded.emplace_back(answer, trial);
+  return {doubles.grade(answer), 0, {}, {}, {}};
+}
+
+void Staircase::record(bool correct) {
+  if (*this == Staircase{})
+    doubles.answers.emplace_back();
+  doubles.answers.back().push_back(correct);
+  doubles.move(*this, correct);
+}
+
+Profile::Profile() {
+  doubles.folders.insert(std::getenv("VELTO_PROFILE_DIR"));
+}
+void Profile::replace(std::vector<Attempt> attempts, std::map<std::string, Staircase> staircases) {
+  doubles.calls.emplace_back("replace");
+  doubles.histories.push_back(attempts);
+  stored_ = {std::move(attempts), std::move(staircases), {}};
+}
+void Profile::trim() {
+  doubles.calls.emplace_back("trim");
+  doubles.trim(stored_);
+}
+void Profile::recompute() {
+  doubles.calls.emplace_back("recompute");
+  stats_ = doubles.stats();
+}
+void Profile::save() const {
+  doubles.calls.emplace_back("save");
+}
+
+// Identifiers need not be random here, and 6000 of them cost time.
+void fillRandomly(std::span<std::uint8_t> bytes) {
+  static std::uint64_t count = 0;
+  std::memcpy(bytes.data(), &++count, std::min(bytes.size(), sizeof count));
+}
+
+Biquad Biquad::peaking(double f0, double gainDB, double q, double sampleRate) {
+  return section(reference::peaking(f0, gainDB + doubles.peakOffDB, q, sampleRate));
+}
+Biquad Biquad::bandpass(double f0, double q, double sampleRate) {
+  return section(reference::bandpass(f0, q, sampleRate));
+}
+double Biquad::responseDB(double frequency, double sampleRate) const {
+  return reference::responseDB({b0, b1, b2, a1, a2}, frequency, sampleRate);
+}
+double Measure::rmsDB(std::span<const float> x) {
+  return reference::rmsDB(copyOf(x));
+}
+double Measure::peakDB(std::span<const float> x) {
+  return reference::peakDB(copyOf(x));
+}
+double Measure::magnitudeAt(std::span<const float> x, double freq, double sampleRate) {
+  return reference::magnitudeAt(copyOf(x), freq, sampleRate);
+}
+
+namespace {
+
+// ---- Running a gate ----
+
+struct Check {
+  bool passed = false;
+  std::string detail;
+};
+
+// The checks that a gate prints, by name.
+std::map<std::string, Check> checksOf(void (*gate)()) {
+  kit::CapturedOutput output;
+  gate();
+  std::map<std::string, Check> checks;
+  for (const std::string& line : kit::linesOf(output.text())) {
+    if (!line.starts_with("  PASS  ") && !line.starts_with("  FAIL  "))
+      continue;
+    const std::size_t end = line.find("  ", 8);
+    const std::size_t detail = line.find_first_not_of(' ', end);
+    checks[line.substr(8, end - 8)] = {line.starts_with("  PASS"), line.substr(detail)};
+  }
+  return checks;
+}
+
+std::string print(const char* format, double value) {
+  char text[64];
+  std::snprintf(text, sizeof text, format, value);
+  return text;
+}
+
+double factor(double dB) {
+  return std::pow(10, dB / 20);
+}
+
+class ProbeGate : public ::testing::Test {
+protected:
+  ProbeGate() { doubles = {}; }
+
+  // Sets a figure, runs the gate, and looks whether it passes `inside` the limit and fails
+  // `outside`, on both sides of `middle`.
+  static void expectLimit(void (*gate)(), const std::string& name, double middle, double inside,
+                          double outside, const std::function<void(double)>& set) {
+    for (const double sign : {-1.0, 1.0}) {
+      set(middle + sign * inside);
+      EXPECT_TRUE(checksOf(gate).at(name).passed) << name << " at " << middle + sign * inside;
+      set(middle + sign * outside);
+      EXPECT_FALSE(checksOf(gate).at(name).passed) << name << " at " << middle + sign * outside;
+    }
+  }
+};
+
+Slot mono(const Samples& x) {
+  const SharedSamples shared(x);
+  return {shared, shared};
+}
+
+Samples scaled(Samples x, double gain) {
+  for (float& sample : x)
+    sample = static_cast<float>(static_cast<double>(sample) * gain);
+  return x;
+}
+
+// ---- Frequency ----
+
+struct Tone {
+  double frequency, amplitude;
+};
+
+Samples tones(const std::vector<Tone>& parts) {
+  std::vector<double> sum(4800);
+  for (const auto& [frequency, amplitude] : parts)
+    for (std::size_t i = 0; i < sum.size(); ++i)
+      sum[i] += amplitude *
+                std::sin(2 * std::numbers::pi * frequency * static_cast<double>(i) / sampleRateHz);
+  return {sum.begin(), sum.end()};
+}
+
+// A tone at the target and one far below it; B's upper one is louder by `liftDB`.
+std::vector<Slot> lifted(double target, double below, double liftDB) {
+  return {mono(tones({{target, 0.1}, {below, 0.1}})),
+          mono(tones({{target, 0.1 * factor(liftDB)}, {below, 0.1}}))};
+}
+
+std::vector<Slot> liftedAsAsked(const Trial& trial) {
+  return lifted(trial.targetFreq, trial.targetFreq / 8, trial.boostDB);
+}
+
+class ProbeFrequencyGate : public ProbeGate {
+protected:
+  ProbeFrequencyGate() { doubles.render = liftedAsAsked; }
+
+  static void expectLift(const std::string& name, double boostDB, double target, double middle,
+                         double inside, double outside) {
+    expectLimit(ProbeGates::frequency, name, middle, inside, outside, [=](double liftDB) {
+      doubles.render = [=](const Trial& trial) {
+        if (trial.boostDB != boostDB || trial.targetFreq != target)
+          return liftedAsAsked(trial);
+        return lifted(target, target / 8, liftDB);
+      };
+    });
+  }
+};
+
+TEST_F(ProbeFrequencyGate, RendersSixTrials) {
+  checksOf(ProbeGates::frequency);
+  const auto trial = [](double targetFreq, double boostDB, Material material) {
+    return Rendered{{.drill = Drill::frequency,
+                     .seed = 4242,
+                     .material = material,
+                     .targetFreq = targetFreq,
+                     .boostDB = boostDB,
+                     .boostQ = 3},
+                    2.0};
+  };
+  EXPECT_EQ(doubles.rendered,
+            (std::vector<Rendered>{
+                trial(1000, 9, Material::pinkNoise), trial(1000, 0, Material::pinkNoise),
+                trial(3150, 9, Material::pinkNoise), trial(2000, 10, Material::pinkNoise),
+                trial(2000, 10, Material::drums), trial(2000, 10, Material::pad)}));
+}
+
+TEST_F(ProbeFrequencyGate, ComparesTheLiftWithTheDesignWithinAQuarterDecibel) {
+  const std::string name = "rendered audio matches the filter's designed response";
+  const reference::Biquad design = reference::peaking(1000, 9, 3, sampleRateHz);
+  const double designed = reference::responseDB(design, 1000, sampleRateHz) -
+                          reference::responseDB(design, 125, sampleRateHz);
+  expectLift(name, 9, 1000, designed, 0.245, 0.255);
+  EXPECT_EQ(checksOf(ProbeGates::frequency).at(name).detail,
+            "measured " + print("%.2f", designed + 0.255) + " dB, designed " +
+                print("%.2f", designed) + " dB");
+}
+
+TEST_F(ProbeFrequencyGate, TakesADesignWithin0_3DecibelsOfItsPeak) {
+  expectLimit(ProbeGates::frequency, "that design really is a +9 dB peak", 0, 0.295, 0.305,
+              [](double off) { doubles.peakOffDB = off; });
+}
+
+TEST_F(ProbeFrequencyGate, TakesALiftBelowATenthForFlat) {
+  expectLift("0 dB boost measures flat (negative control)", 0, 1000, 0, 0.095, 0.105);
+}
+
+TEST_F(ProbeFrequencyGate, TakesALiftWithinHalfADecibelForSurvival) {
+  for (const char* material : {"Pink", "Drums", "Pad"})
+    expectLift(material + std::string(": +10 dB at 2 kHz survives"), 10, 2000, 10, 0.49, 0.51);
+}
+
+// Every centre sounds; B has one louder by 6 dB, and all of B is louder by `overallDB`.
+std::vector<Slot> oneBandLouder(double centre, double overallDB) {
+  std::vector<Tone> even, uneven;
+  for (const double band : Bands::centres) {
+    even.push_back({band, 0.01});
+    uneven.push_back({band, band == centre ? 0.01 * factor(6) : 0.01});
+  }
+  const Samples a = tones(even), b = tones(uneven);
+  const double differenceDB = reference::rmsDB(b) - reference::rmsDB(a);
+  return {mono(a), mono(scaled(b, factor(overallDB - differenceDB)))};
+}
+
+void loudenBand(double centre, double overallDB) {
+  doubles.render = [=](const Trial& trial) {
+    return trial.targetFreq == 3150 ? oneBandLouder(centre, overallDB) : liftedAsAsked(trial);
+  };
+}
+
+TEST_F(ProbeFrequencyGate, LooksForTheLoudestBandThroughFiltersOfQ4) {
+  const std::string name = "peak lands on the target band (3.15k)";
+  for (const double centre : {2500.0, 3150.0, 4000.0}) {
+    loudenBand(centre, 0);
+    const Check check = checksOf(ProbeGates::frequency).at(name);
+    EXPECT_EQ(check.passed, centre == 3150) << centre;
+    const auto slots = oneBandLouder(centre, 0);
+    const auto bandDB = [centre](std::span<const float> x) {
+      reference::Biquad band = reference::bandpass(centre, 4, sampleRateHz);
+      reference::Samples out;
+      for (const float sample : x)
+        out.push_back(band.process(sample));
+      return reference::rmsDB(out);
+    };
+    EXPECT_EQ(check.detail, "peak at " + print("%.0f", centre) + " Hz, +" +
+                                print("%.1f", bandDB(*slots[1].l) - bandDB(*slots[0].l)));
+  }
+}
+
+TEST_F(ProbeFrequencyGate, TakesALevelWithin0_15DecibelsForMatched) {
+  expectLimit(ProbeGates::frequency, "boosted version is loudness-matched", 0, 0.149, 0.151,
+              [](double overallDB) { loudenBand(3150, overallDB); });
+}
+
+// ---- Level ----
+
+TEST_F(ProbeGate, LevelHoldsThreeRequestsToTheirLimits) {
+  const struct {
+    const char* name;
+    double request, inside, outside;
+  } rows[] = {{"3.00 dB request produces 3.00 dB", 3.0, 0.0199, 0.0201},
+              {"0.40 dB request survives at the hard end", 0.4, 0.0199, 0.0201},
+              {"0 dB request is silent-identical (negative control)", 0, 0.00099, 0.00101}};
+  const Samples a = tones({{440, 0.5}});
+  for (const auto& row : rows)
+    expectLimit(ProbeGates::level, row.name, row.request, row.inside, row.outside,
+                [&](double levelDB) {
+                  doubles.render = [=](const Trial& trial) -> std::vector<Slot> {
+                    const bool asked = trial.targetLevelDB == row.request;
+                    return {mono(a), mono(scaled(a, factor(asked ? levelDB : 0)))};
+                  };
+                });
+
+  doubles.rendered.clear();
+  checksOf(ProbeGates::level);
+  std::vector<Rendered> expected;
+  for (const auto& row : rows)
+    expected.push_back({{.drill = Drill::level,
+                         .seed = 7,
+                         .material = Material::drums,
+                         .difficulty = 50,
+                         .targetLevelDB = row.request},
+                        2.0});
+  EXPECT_EQ(doubles.rendered, expected);
+}
+
+// ---- Dynamics ----
+
+// Square waves of 20 ms at `topDB` and `bottomDB` by turns: their spread is half the difference.
+Samples turns(double topDB, double bottomDB) {
+  Samples x;
+  for (std::size_t i = 0; i < 19200; ++i)
+    x.push_back(
+        static_cast<float>(factor(i / 960 % 2 == 0 ? topDB : bottomDB) * (i % 2 == 0 ? 1 : -1)));
+  return x;
+}
+
+class ProbeDynamicsGate : public ProbeGate {
+protected:
+  ProbeDynamicsGate() { renderB(turns(-10, -14)); }
+
+  // What B is of a trial that asks for 8 dB, and of one that asks for none. A's spread is 3 dB.
+  static void renderB(const Samples& compressed, const Samples& untouched = turns(-10, -16)) {
+    doubles.render = [=](const Trial& trial) -> std::vector<Slot> {
+      return {mono(turns(-10, -16)), mono(trial.targetGRdB == 8 ? compressed : untouched)};
+    };
+  }
+};
+
+TEST_F(ProbeDynamicsGate, RendersTwoTrialsAndCompressesOneLoop) {
+  checksOf(ProbeGates::dynamics);
+  Trial trial{.drill = Drill::dynamics,
+              .seed = 11,
+              .material = Material::drums,
+              .difficulty = 30,
+              .targetGRdB = 8};
+  const Rendered compressed{trial, 3.0};
+  trial.targetGRdB = 0;
+  EXPECT_EQ(doubles.rendered, (std::vector<Rendered>{compressed, {trial, 3.0}}));
+  EXPECT_EQ(doubles.compressed,
+            (std::vector<std::pair<double, Samples>>{{8, Signals::drums(3.0, 11)}}));
+}
+
+TEST_F(ProbeDynamicsGate, TakesAReductionWithinOneDecibel) {
+  const std::string name = "compressor lands on the requested 8 dB GR";
+  expectLimit(ProbeGates::dynamics, name, 8, 0.99, 1.01,
+              [](double reduction) { doubles.reductionDB = reduction; });
+  EXPECT_EQ(checksOf(ProbeGates::dynamics).at(name).detail, "9.01 dB GR");
+}
+
+TEST_F(ProbeDynamicsGate, TakesALevelWithinATenthForMatched) {
+  expectLimit(ProbeGates::dynamics, "compressed version is loudness-matched", 0, 0.099, 0.101,
+              [](double levelDB) { renderB(scaled(turns(-10, -16), factor(levelDB))); });
+}
+
+TEST_F(ProbeDynamicsGate, WantsTheSpreadMoreThanOneDecibelSmaller) {
+  const std::string name = "short-term loudness spread shrinks";
+  renderB(turns(-10, -13.98)); // 1.01 dB
+  EXPECT_TRUE(checksOf(ProbeGates::dynamics).at(name).passed);
+  renderB(turns(-10, -14.02));
+  EXPECT_FALSE(checksOf(ProbeGates::dynamics).at(name).passed);
+  EXPECT_EQ(checksOf(ProbeGates::dynamics).at(name).detail, "3.00 dB -> 2.01 dB");
+}
+
+TEST_F(ProbeDynamicsGate, TakesASpreadWithinAFifthForUntouched) {
+  const std::string name = "0 dB GR leaves the envelope untouched (negative control)";
+  expectLimit(ProbeGates::dynamics, name, 3, 0.195, 0.205,
+              [](double spread) { renderB(turns(-10, -14), turns(-10, -10 - 2 * spread)); });
+}
+
+TEST_F(ProbeDynamicsGate, WantsALargerCrest) {
+  const std::string name = "transients survive the 5 ms attack (documented)";
+  Samples b = turns(-10, -16);
+  renderB(b);
+  EXPECT_FALSE(checksOf(ProbeGates::dynamics).at(name).passed);
+  b[0] *= 1.01f;
+  renderB(b);
+  EXPECT_TRUE(checksOf(ProbeGates::dynamics).at(name).passed);
+  b[0] *= 0.5f;
+  renderB(b);
+  EXPECT_TRUE(checksOf(ProbeGates::dynamics).at(name).passed); // the level falls, the peak stays
+}
+
+// ---- Polarity ----
+
+// Two patterns of ±1 that are orthogonal.
+Samples firstPattern() {
+  Samples x;
+  for (std::size_t i = 0; i < 4000; ++i)
+    x.push_back(i % 4 < 2 ? 0.5f : -0.5f);
+  return x;
+}
+Samples secondPattern() {
+  Samples x;
+  for (std::size_t i = 0; i < 4000; ++i)
+    x.push_back(i % 4 == 1 || i % 4 == 2 ? 0.5f : -0.5f);
+  return x;
+}
+
+// Right channels of three slots as factors of one pattern, and the correlation of the hard trial.
+void renderPolarity(double first, double second, double third, double correlation = 0.5) {
+  doubles.render = [=](const Trial& trial) -> std::vector<Slot> {
+    const Samples x = firstPattern();
+    std::vector<Slot> slots;
+    for (const double gain : {first, second, third})
+      slots.push_back({SharedSamples(x), SharedSamples(scaled(x, gain))});
+    if (trial.correlation != 1) {
+      Samples r = scaled(x, correlation);
+      const Samples other = scaled(secondPattern(), std::sqrt(1 - correlation * correlation));
+      for (std::size_t i = 0; i < r.size(); ++i)
+        r[i] += other[i];
+      slots[0].r = SharedSamples(r);
+    }
+    return slots;
+  };
+}
+
+TEST_F(ProbeGate, PolarityRendersTwoTrials) {
+  renderPolarity(1, -1, 1);
+  checksOf(ProbeGates::polarity);
+  Trial trial{.drill = Drill::polarity,
+              .seed = 21,
+              .material = Material::drums,
+              .slots = 3,
+              .oddSlot = 1,
+              .correlation = 1};
+  const Rendered easy{trial, 2.0};
+  trial.correlation = 0.35;
+  EXPECT_EQ(doubles.rendered, (std::vector<Rendered>{easy, {trial, 2.0}}));
+}
+
+TEST_F(ProbeGate, PolarityWantsAResidualBelowMinus80Decibels) {
+  const auto check = [](double residualDB) {
+    renderPolarity(1, -1 + factor(residualDB), 1);
+    return checksOf(ProbeGates::polarity).at("flipped channel nulls against the normal one");
+  };
+  EXPECT_TRUE(check(-80.1).passed);
+  EXPECT_FALSE(check(-79.9).passed);
+  EXPECT_EQ(check(-79.9).detail, "-79.9 dB residual");
+}
+
+TEST_F(ProbeGate, PolarityTakesASumWithin0_05Decibels) {
+  expectLimit(ProbeGates::polarity, "two in-phase slots sum to +6 dB (negative control)", 6.02,
+              0.049, 0.051, [](double sumDB) { renderPolarity(1, -1, factor(sumDB) - 1); });
+}
+
+TEST_F(ProbeGate, PolarityComparesEveryLeftSampleOfAllSlots) {
+  const std::string name = "left channel is identical across all three slots";
+  renderPolarity(1, -1, 1);
+  EXPECT_TRUE(checksOf(ProbeGates::polarity).at(name).passed);
+  const auto plain = doubles.render;
+  for (const std::size_t slot : {0U, 1U, 2U}) {
+    doubles.render = [=](const Trial& trial) {
+      auto slots = plain(trial);
+      Samples l(slots[slot].l->begin(), slots[slot].l->end());
+      l.back() = std::nextafter(l.back(), 1.0f);
+      slots[slot].l = SharedSamples(l);
+      return slots;
+    };
+    EXPECT_FALSE(checksOf(ProbeGates::polarity).at(name).passed) << slot;
+  }
+}
+
+TEST_F(ProbeGate, PolarityWantsACorrelationBelow0_6) {
+  const auto check = [](double correlation) {
+    renderPolarity(1, -1, 1, correlation);
+    return checksOf(ProbeGates::polarity).at("hard setting really decorrelates L/R");
+  };
+  EXPECT_TRUE(check(0.599).passed);
+  EXPECT_FALSE(check(0.601).passed);
+  EXPECT_EQ(check(0.599).detail, "r = 0.599");
+}
+
+// ---- Staircase ----
+
+const std::vector<std::string> staircaseChecks{
+    "one correct answer does not move it yet", "two in a row make it harder",
+    "one wrong answer makes it easier", "difficulty is clamped at 0",
+    "difficulty is clamped at 100"};
+
+// The verdicts of the checks in their order, for a staircase that moves so.
+std::vector<bool> verdicts(const std::function<void(Staircase&, bool)>& move) {
+  doubles.move = move;
+  const auto checks = checksOf(ProbeGates::staircase);
+  std::vector<bool> result;
+  for (const std::string& name : staircaseChecks)
+    result.push_back(checks.at(name).passed);
+  return result;
+}
+
+TEST_F(ProbeGate, StaircaseTellsStandingStillFromMoving) {
+  EXPECT_EQ(verdicts([](Staircase&, bool) {}),
+            (std::vector<bool>{true, false, false, false, false}));
+  EXPECT_EQ(verdicts([](Staircase& s, bool) { s.difficulty += 0.5; }),
+            (std::vector<bool>{false, true, false, false, false}));
+  EXPECT_EQ(verdicts([](Staircase& s, bool) { s.difficulty -= 0.5; }),
+            (std::vector<bool>{false, false, true, false, false}));
+}
+
+TEST_F(ProbeGate, StaircaseWantsExactlyTheEnds) {
+  for (const double off : {-0.5, 0.0, 0.5})
+    EXPECT_EQ(
+        verdicts([off](Staircase& s, bool correct) { s.difficulty = (correct ? 100 : 0) + off; }),
+        (std::vector<bool>{false, true, true, off == 0, off == 0}));
+}
+
+TEST_F(ProbeGate, StaircaseGivesItsAnswersInTheirOrder) {
+  verdicts([](Staircase& s, bool) { ++s.reversals; });
+  ASSERT_EQ(doubles.answers.size(), 5U);
+  EXPECT_EQ(doubles.answers[0], std::vector<bool>(1, true));
+  EXPECT_EQ(doubles.answers[1], std::vector<bool>(2, true));
+  EXPECT_EQ(doubles.answers[2], std::vector<bool>(1, false));
+  // As many as the range takes at the smallest step, and more.
+  EXPECT_GT(doubles.answers[3].size(), 34U);
+  EXPECT_EQ(doubles.answers[3], std::vector<bool>(doubles.answers[3].size(), false));
+  EXPECT_GT(doubles.answers[4].size(), 68U);
+  EXPECT_EQ(doubles.answers[4], std::vector<bool>(doubles.answers[4].size(), true));
+}
+
+// ---- Record ----
+
+// The history that the gate replaces the record's with is rolled up as it should be.
+void rollUp(Stored& stored) {
+  if (stored.attempts.size() != 6000)
+    return;
+  stored.attempts.erase(stored.attempts.begin(), stored.attempts.begin() + 1000);
+  stored.lifetime = {{5, {500, 0, 500}}, {6, {500, 500, 50}}};
+}
+
+Stats rolledUpStats() {
+  Stats stats;
+  for (std::int64_t band = 0; band < 27; ++band)
+    stats.bands.push_back({.index = band});
+  stats.bands[5] = {.index = 5, .attempts = 3000, .hits = 0, .meanErrorOct = 1};
+  stats.bands[6] = {.index = 6, .attempts = 3000, .hits = 3000, .meanErrorOct = 0.1};
+  stats.weakest = stats.bands[5];
+  return stats;
+}
+
+class ProbeRecordGate : public ProbeGate {
+protected:
+  ProbeRecordGate() {
+    doubles.trim = rollUp;
+    doubles.stats = rolledUpStats;
+  }
+
+  static Check check(const std::string& name) { return checksOf(ProbeGates::record).at(name); }
+
+  // The check with the record changed after its trim, or with other statistics.
+  static bool passesWithStored(const std::string& name, const std::function<void(Stored&)>& spoil) {
+    doubles.trim = [=](Stored& stored) {
+      rollUp(stored);
+      spoil(stored);
+    };
+    return check(name).passed;
+  }
+  static bool passesWithStats(const std::string& name, const std::function<void(Stats&)>& spoil) {
+    doubles.stats = [=] {
+      Stats stats = rolledUpStats();
+      spoil(stats);
+      return stats;
+    };
+    return check(name).passed;
+  }
+};
+
+TEST_F(ProbeRecordGate, RollsUp6000AnswersThatTakeTurns) {
+  const Date before = Date::now();
+  checksOf(ProbeGates::record);
+  const Date after = Date::now();
+  const std::vector<Attempt>& history = doubles.histories.at(0);
+  ASSERT_EQ(history.size(), 6000U);
+  for (std::size_t i = 0; i < history.size(); ++i) {
+    const bool miss = i % 2 == 0;
+    const Attempt expected{.id = history[i].id,
+                           .date = history[i].date,
+                           .drill = Drill::frequency,
+                           .material = Material::pinkNoise,
+                           .difficulty = 50,
+                           .correct = !miss,
+                           .error = miss ? 1.0 : 0.1,
+                           .bandIndex = miss ? 5 : 6};
+    ASSERT_EQ(history[i], expected) << i;
+    ASSERT_GE(history[i].date.secondsSinceReferenceDate, before.secondsSinceReferenceDate);
+    ASSERT_LE(history[i].date.secondsSinceReferenceDate, after.secondsSinceReferenceDate);
+  }
+  EXPECT_EQ(doubles.histories.at(1).size(), 100U);
+}
+
+TEST_F(ProbeRecordGate, SavesOnceAndInAFolderOfItsOwnForEachRecord) {
+  ASSERT_EQ(std::getenv("VELTO_PROFILE_DIR"), nullptr);
+  checksOf(ProbeGates::record);
+  const std::vector<std::string> start(doubles.calls.begin(), doubles.calls.begin() + 4);
+  EXPECT_EQ(start, (std::vector<std::string>{"replace", "trim", "recompute", "save"}));
+  EXPECT_EQ(std::count(doubles.calls.begin(), doubles.calls.end(), "save"), 1);
+  EXPECT_EQ(doubles.folders.size(), 6U);
+  EXPECT_EQ(std::getenv("VELTO_PROFILE_DIR"), nullptr);
+}
+
+TEST_F(ProbeRecordGate, WantsExactly5000Rows) {
+  const std::string name = "detail rows are capped";
+  EXPECT_TRUE(check(name).passed);
+  EXPECT_EQ(check(name).detail, "5000 kept of 6000");
+  EXPECT_FALSE(passesWithStored(name, [](Stored& s) { s.attempts.pop_back(); }));
+  EXPECT_FALSE(passesWithStored(name, [](Stored& s) { s.attempts.push_back(s.attempts.front()); }));
+}
+
+TEST_F(ProbeRecordGate, CountsRowsAndRollUpOfBothBands) {
+  const std::string name = "no attempt is lost to the roll-up";
+  EXPECT_TRUE(check(name).passed);
+  EXPECT_EQ(check(name).detail, "6000 in all");
+  for (const std::int64_t off : {-1, 1})
+    for (const std::int64_t band : {5, 6})
+      EXPECT_FALSE(passesWithStored(name, [=](Stored& s) { s.lifetime[band].attempts += off; }));
+  EXPECT_FALSE(passesWithStored(name, [](Stored& s) { s.lifetime.erase(6); }));
+  EXPECT_FALSE(passesWithStored(name, [](Stored& s) { s.attempts[0].bandIndex = 7; }));
+  EXPECT_TRUE(passesWithStored(name, [](Stored& s) { s.lifetime[7].attempts = 3; }));
+}
+
+TEST_F(ProbeRecordGate, TakesAMeanWithinABillionth) {
+  const std::string name = "rolled-up mean error is exact";
+  for (const double sign : {-1.0, 1.0}) {
+    EXPECT_TRUE(passesWithStats(name, [=](Stats& s) { s.bands[5].meanErrorOct += sign * 0.9e-9; }));
+    EXPECT_FALSE(
+        passesWithStats(name, [=](Stats& s) { s.bands[5].meanErrorOct += sign * 1.1e-9; }));
+  }
+}
+
+TEST_F(ProbeRecordGate, WantsOneBandNeverHitAndTheOtherAlways) {
+  const std::string name = "rolled-up accuracy is exact";
+  EXPECT_TRUE(check(name).passed);
+  EXPECT_EQ(check(name).detail, "band 5: 0 of 3000, band 6: 3000 of 3000");
+  EXPECT_FALSE(passesWithStats(name, [](Stats& s) { s.bands[5].hits = 1; }));
+  EXPECT_FALSE(passesWithStats(name, [](Stats& s) { s.bands[6].hits = 2999; }));
+  EXPECT_FALSE(passesWithStats(name, [](Stats& s) { s.bands[5].attempts = 0; }));
+  EXPECT_FALSE(passesWithStats(name, [](Stats& s) { s.bands[6].attempts = s.bands[6].hits = 0; }));
+}
+
+TEST_F(ProbeRecordGate, WantsTheMissedBandNamed) {
+  const std::string name = "the weak band is the one that was always wrong";
+  EXPECT_TRUE(check(name).passed);
+  EXPECT_FALSE(passesWithStats(name, [](Stats& s) { s.weakest = s.bands[6]; }));
+  EXPECT_FALSE(passesWithStats(name, [](Stats& s) { s.weakest.reset(); }));
+}
+
+TEST_F(ProbeRecordGate, WantsAllOf100RowsAndNoRollUp) {
+  const std::string name = "under the cap nothing is rolled up (negative control)";
+  EXPECT_TRUE(check(name).passed);
+  EXPECT_FALSE(passesWithStored(name, [](Stored& s) { s.attempts.pop_back(); }));
+  EXPECT_FALSE(passesWithStored(name, [](Stored& s) { s.lifetime[0].attempts = 1; }));
+}
+
+TEST_F(ProbeRecordGate, WantsEachStreakExactly) {
+  const struct {
+    const char* name;
+    std::int64_t streak;
+  } rows[] = {{"streak counts consecutive days", 3},
+              {"streak stops at a gap", 2},
+              {"streak survives not having practised yet today", 2},
+              {"streak is zero after missing two days (negative control)", 0}};
+  for (const auto& row : rows)
+    for (const std::int64_t off : {-1, 0, 1})
+      EXPECT_EQ(passesWithStats(row.name, [&](Stats& s) { s.streak = row.streak + off; }), off == 0)
+          << row.name << ", " << row.streak + off;
+}
+
+TEST_F(ProbeRecordGate, PractisesOnTheDaysOfEachStreak) {
+  Calendar calendar;
+  const auto today = calendar.day(Date::now()).value();
+  checksOf(ProbeGates::record);
+  if (calendar.day(Date::now()) != today)
+    GTEST_SKIP() << "midnight came in between";
+  std::vector<std::vector<std::int64_t>> daysAgo;
+  for (std::size_t i = 2; i < doubles.histories.size(); ++i) {
+    daysAgo.emplace_back();
+    for (const Attempt& attempt : doubles.histories[i])
+      daysAgo.back().push_back(today - calendar.day(attempt.date).value());
+  }
+  EXPECT_EQ(daysAgo,
+            (std::vector<std::vector<std::int64_t>>{{2, 1, 0}, {3, 1, 0}, {2, 1}, {4, 3, 2}}));
+}
+
+// ---- Grading ----
+
+TEST_F(ProbeGate, GradingAsksForThreeHitsAndThreeMisses) {
+  const std::vector<std::string> hits{"one band off is a hit (0.32 oct < 1/3)",
+                                      "0.5 dB error is a hit", "picking the flipped slot is a hit"};
+  const std::vector<std::string> misses{"two bands off is a miss", "1.0 dB error is a miss",
+                                        "picking another slot is a miss"};
+  for (const bool verdict : {true, false}) {
+    doubles.grade = [=](double) { return verdict; };
+    const auto checks = checksOf(ProbeGates::grading);
+    for (const std::string& name : hits)
+      EXPECT_EQ(checks.at(name).passed, verdict) << name;
+    for (const std::string& name : misses)
+      EXPECT_EQ(checks.at(name).passed, !verdict) << name;
+  }
+
+  doubles.graded.clear();
+  checksOf(ProbeGates::grading);
+  const Trial frequency{.drill = Drill::frequency, .targetFreq = 1000};
+  const Trial level{.drill = Drill::level, .targetLevelDB = 3.0};
+  const Trial polarity{.drill = Drill::polarity, .slots = 3, .oddSlot = 2};
+  EXPECT_EQ(doubles.graded, (std::vector<std::pair<double, Trial>>{{1250, frequency},
+                                                                   {1600, frequency},
+                                                                   {3.5, level},
+                                                                   {4.0, level},
+                                                                   {2, polarity},
+                                                                   {0, polarity}}));
+}
+
+// ---- Determinism ----
+
+TEST_F(ProbeGate, DeterminismComparesEverySampleOfTwoSeeds) {
+  const std::string same = "same seed renders bit-identical audio";
+  const std::string different = "a different seed renders different audio (negative control)";
+  const auto run =
+      [](const std::function<void(std::vector<Slot>&, std::size_t, const Trial&)>& spoil) {
+        doubles.rendered.clear();
+        doubles.render = [=](const Trial& trial) {
+          std::vector<Slot> slots{mono(Samples(10, 0.5f)), mono(Samples(10, 0.25f))};
+          spoil(slots, doubles.rendered.size(), trial);
+          return slots;
+        };
+        return checksOf(ProbeGates::determinism);
+      };
+  const auto nothing = run([](auto&, std::size_t, const Trial&) {});
+  EXPECT_TRUE(nothing.at(same).passed);
+  EXPECT_FALSE(nothing.at(different).passed);
+
+  const Trial trial{.drill = Drill::frequency,
+                    .seed = 5150,
+                    .material = Material::drums,
+                    .difficulty = 40,
+                    .boostQ = 3.2};
+  Trial other = trial;
+  other.seed = 5151;
+  EXPECT_EQ(doubles.rendered, (std::vector<Rendered>{{trial, 1.0}, {trial, 1.0}, {other, 1.0}}));
+
+  Samples changed(10, 0.25f);
+  changed[9] = std::nextafter(0.25f, 1.0f);
+  const auto second = run([&](auto& slots, std::size_t render, const Trial&) {
+    if (render == 2)
+      slots[1].r = SharedSamples(changed);
+  });
+  EXPECT_FALSE(second.at(same).passed);
+  const auto bySeed = run([&](auto& slots, std::size_t, const Trial& seeded) {
+    if (seeded.seed == 5151)
+      slots[1].r = SharedSamples(changed);
+  });
+  EXPECT_TRUE(bySeed.at(same).passed);
+  EXPECT_TRUE(bySeed.at(different).passed);
+}
+
+// ---- The run ----
+
+TEST(ProbeRun, EndsWithFalseAndTheNumberOfFailures) {
+  doubles = {};
+  doubles.render = [](const Trial&) { return std::vector<Slot>(3, mono(firstPattern())); };
+  doubles.move = [](Staircase&, bool) {};
+  doubles.grade = [](double) { return true; };
+  kit::CapturedOutput output;
+  EXPECT_FALSE(Probe::run());
+  const auto lines = kit::linesOf(output.text());
+  const auto failed = std::count_if(lines.begin(), lines.end(), [](const std::string& line) {
+    return line.starts_with("  FAIL  ");
+  });
+  EXPECT_GT(failed, 20);
+  EXPECT_EQ(lines.back(), "43 checks, " + std::to_string(failed) + " FAILURES");
+}
+
+} // namespace
+} // namespace velto
