@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -166,12 +167,13 @@ TEST_P(Backend, RunsThePlaybackBenchUntilASignalEndsIt) {
   EXPECT_EQ(program.errors() + program.output(), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Systems, Backend, ::testing::Values(pulseAudio, pipeWire, alsa, alsaNull, jack),
-    [](const auto& system) {
-      const std::array<const char*, 5> names{"PulseAudio", "PipeWire", "ALSA", "ALSANull", "JACK"};
-      return names.at(system.index);
-    });
+std::string nameOf(const ::testing::TestParamInfo<System (*)()>& info) {
+  const std::array names{"PulseAudio", "PipeWire", "ALSA", "ALSANull", "JACK"};
+  return names.at(info.index);
+}
+
+INSTANTIATE_TEST_SUITE_P(Systems, Backend,
+                         ::testing::Values(pulseAudio, pipeWire, alsa, alsaNull, jack), nameOf);
 
 // --- Servers that come, go and hang ---
 

@@ -67,10 +67,9 @@ public:
   // The JACK library waits forever for a server that hangs, or for a lock that a client left when
   // it died. So another process looks for the server. If it has to be killed, it may leave such a
   // lock itself.
-  [[nodiscard]] bool jackAnswers() const {
-    return !jackFinder_.empty() && jack_.mayRun() &&
-           Subprocess::run({jackFinder_, jackFinderSwitch}, jackPatience) == 0;
-  }
+  [[nodiscard]] bool jackAnswers() const { return jack_.mayRun() && findsJack(); }
+  // The same, more cheaply: not where only PipeWire may replace the server.
+  [[nodiscard]] bool jackHasCome() const { return JackServer::hasTraces() && findsJack(); }
 
   // An output that is slow to start gets more time at its next start.
   [[nodiscard]] std::chrono::milliseconds startPatience() const {
@@ -82,6 +81,11 @@ public:
   }
 
 private:
+  [[nodiscard]] bool findsJack() const {
+    return !jackFinder_.empty() &&
+           Subprocess::run({jackFinder_, jackFinderSwitch}, jackPatience) == 0;
+  }
+
   const PulseServer pulse_;
   const JackServer jack_;
   const std::string jackFinder_;
@@ -135,7 +139,7 @@ public:
       return false;
     const bool knew =
         std::exchange(knowsServer_, system_->askPulse(lookingPatience) == ServerAnswer::answers ||
-                                        system_->jackAnswers());
+                                        system_->jackHasCome());
     return knowsServer_ && !knew;
   }
 

@@ -249,7 +249,7 @@ JackServer::JackServer(const Environment& environment) {
     pipeWire_ = *runtime / "pipewire-0";
 }
 
-bool JackServer::mayRun() const {
+bool JackServer::hasTraces() {
   // A server's sockets and shared memory. The data base and the registry remain for good.
   std::error_code error;
   for (fs::directory_iterator file("/dev/shm", error), end; !error && file != end;
@@ -258,7 +258,11 @@ bool JackServer::mayRun() const {
     if (name.starts_with("jack") && !name.starts_with("jack_db") && name != "jack-shm-registry")
       return true;
   }
-  return pipeWire_ && Folders::exists(*pipeWire_);
+  return false;
+}
+
+bool JackServer::mayRun() const {
+  return hasTraces() || (pipeWire_ && Folders::exists(*pipeWire_));
 }
 
 } // namespace velto

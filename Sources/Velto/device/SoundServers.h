@@ -44,8 +44,9 @@ class JackServer {
 public:
   explicit JackServer(const Environment& environment);
 
-  // False only if there is no server. Cheap: looks for what a server leaves in the system, and for
-  // PipeWire, which can replace it. Any thread.
+  // True if a server runs, or something of one is left in the system. Cheap. Any thread.
+  [[nodiscard]] static bool hasTraces();
+  // True also if PipeWire runs, which can replace a server. False only if there is none.
   [[nodiscard]] bool mayRun() const;
 
 private:
