@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -24,6 +25,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <thread>
@@ -214,7 +216,8 @@ double secondsUntil(Condition condition, const char* what) {
 class DeafServer {
 public:
   explicit DeafServer(std::string file = deskFolder() + "/pulse/native")
-      : file_(std::move(file)), socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+      : file_(std::move(file)),
+        socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     ::unlink(file_.c_str());
@@ -230,9 +233,59 @@ public:
   DeafServer(const DeafServer&) = delete;
   DeafServer& operator=(const DeafServer&) = delete;
 
+  [[nodiscard]] int socket() const { return socket_; }
+
 private:
   const std::string file_;
   int socket_;
+};
+
+// A PulseAudio server that lets clients in, then hangs up or answers no more.
+class HalfServer {
+public:
+  enum class Then { hangsUp, hangs };
+
+  explicit HalfServer(Then then) : then_(then), thread_([this] { serve(); }) {}
+  ~HalfServer() {
+    ends_ = true;
+    thread_.join();
+    for (const int client : clients_)
+      ::close(client);
+  }
+  HalfServer(const HalfServer&) = delete;
+  HalfServer& operator=(const HalfServer&) = delete;
+
+  [[nodiscard]] int clients() const { return served_; }
+
+private:
+  void serve() {
+    while (!ends_) {
+      const int client =
+          ::accept4(server_.socket(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+      if (client < 0) {
+        std::this_thread::sleep_for(5ms);
+        continue;
+      }
+      clients_.push_back(client);
+      // The head of the packet, "reply", its number, and the version of the protocol.
+      constexpr std::string_view reply("\0\0\0\x0f\xff\xff\xff\xff\0\0\0\0\0\0\0\0\0\0\0\0"
+                                       "L\0\0\0\x02L\0\0\0\0L\0\0\0\x23",
+                                       35);
+      static_cast<void>(::send(client, reply.data(), reply.size(), MSG_NOSIGNAL));
+      ++served_;
+      if (then_ == Then::hangsUp) {
+        std::this_thread::sleep_for(50ms);
+        ::shutdown(client, SHUT_RDWR);
+      }
+    }
+  }
+
+  const Then then_;
+  DeafServer server_;
+  std::vector<int> clients_;
+  std::atomic<bool> ends_{false};
+  std::atomic<int> served_{0};
+  std::thread thread_;
 };
 
 // What the sound system does while a mode without a window runs.
@@ -256,6 +309,12 @@ std::vector<Trouble> troubles() {
           {"a frozen server", frozenServer, {}},
           {"a frozen server behind ALSA too", frozenServer, {{"ALSA_CONFIG_PATH", alsaOnPulse()}}},
           {"a server that never answers", [] { return std::make_shared<DeafServer>(); }, {}},
+          {"a server that lets in and never answers again",
+           [] { return std::make_shared<HalfServer>(HalfServer::Then::hangs); },
+           {}},
+          {"a server that lets in and hangs up",
+           [] { return std::make_shared<HalfServer>(HalfServer::Then::hangsUp); },
+           {}},
           {"a JACK server that never answers",
            [jackSocket] { return std::make_shared<DeafServer>(jackSocket); },
            {{"PULSE_SERVER", nowhere}, {"JACK_DEFAULT_SERVER", jackName}}},
@@ -352,6 +411,41 @@ TEST(Return, OfAServerThatWasStoppedBehindALSAToo) {
   std::this_thread::sleep_for(25s); // two openings hang
   server.thaw();
   EXPECT_LT(secondsUntil(sinkSounds, "until two hanging openings end"), 2.4);
+  EXPECT_TRUE(practice.ends());
+}
+
+TEST(Return, OfAServerThatHungAfterItHadLetTheProgramIn) {
+  std::optional<HalfServer> half(std::in_place, HalfServer::Then::hangs);
+  Practice practice({});
+  std::this_thread::sleep_for(23s); // two openings hang
+  EXPECT_EQ(practice.program.errors(),
+            "Velto: engine start failed - the sound server does not answer\n");
+  std::cout << "  connections in 23 s: " << half->clients() << "\n";
+  EXPECT_LE(half->clients(), 4) << "two openings, each after a question";
+  half.reset();
+  const SoundServer server;
+  EXPECT_LT(secondsUntil(sinkSounds, "until a new server plays"), 2.4);
+  EXPECT_TRUE(practice.ends());
+}
+
+// The library would go on with ALSA in the place of PulseAudio, and the program would not notice.
+TEST(Return, NotToAServerThatLetsInAndHangsUp) {
+  const std::string address = deskFolder() + "/pulse/second";
+  const SoundServer behindALSA;
+  const std::string alsa = alsaOnPulse();
+  ::rename((deskFolder() + "/pulse/native").c_str(), address.c_str());
+  put(alsa, "pcm.!default { type pulse server \"unix:" + address + "\" }\n");
+  const HalfServer half(HalfServer::Then::hangsUp);
+  Practice practice({{"ALSA_CONFIG_PATH", alsa}});
+  const auto streams = [&] {
+    return pactl("--server=unix:" + address + " list short sink-inputs").substr(0, 4);
+  };
+  ASSERT_TRUE(eventually([&] { return !streams().empty(); })) << practice.program.errors();
+  std::this_thread::sleep_for(500ms);
+  const std::string stream = streams();
+  std::this_thread::sleep_for(3s);
+  EXPECT_EQ(streams(), stream) << "the same stream plays on";
+  EXPECT_EQ(practice.program.errors(), "");
   EXPECT_TRUE(practice.ends());
 }
 
