@@ -26,7 +26,7 @@ namespace velto {
 namespace {
 
 constexpr QSize initialSize(1180, 386);
-constexpr std::chrono::milliseconds soundInterval{500};
+constexpr std::chrono::milliseconds soundInterval{250};
 
 double secondsSince1970() {
   return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
