@@ -130,10 +130,12 @@ void DeviceThread::Worker::open(Lock& lock) {
 
 // Waits for something to do with the open device, or for the next look for a better output.
 void DeviceThread::Worker::attend(Lock& lock) {
-  if (closeAt || isRequested || isOutdone || !follows) {
-    closeAt ? void(wake.wait_until(lock, *closeAt)) : wake.wait(lock);
+  if (const auto due = closeAt) {
+    wake.wait_until(lock, *due);
     return;
   }
+  if (isRequested || isOutdone || !follows)
+    return wake.wait(lock);
   if (Clock::now() < lookAt_) {
     wake.wait_until(lock, lookAt_);
     return;
