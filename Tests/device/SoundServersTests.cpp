@@ -184,7 +184,10 @@ TEST_F(PulseServerTest, IsTheFirstOfTheListThatAnswers) {
   const FakeServer good(folder.path() / "good", Manner::answers);
   const std::string both = "/there/is/none {0123abc}unix:" + (folder.path() / "good").string();
   EXPECT_EQ(at(both).ask(20s), ServerAnswer::answers);
+  EXPECT_EQ(at((folder.path() / "good").string() + " " + file.string()).ask(20s),
+            ServerAnswer::answers);
   EXPECT_EQ(at("/there/is/none " + file.string()).ask(100ms), ServerAnswer::silent);
+  EXPECT_EQ(at(file.string() + " /there/is/none").ask(100ms), ServerAnswer::silent);
 }
 
 TEST_F(PulseServerTest, AnswersOverTheNetworkToo) {

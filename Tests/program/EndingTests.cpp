@@ -24,9 +24,9 @@ using namespace std::chrono_literals;
 
 constexpr std::size_t silentFrames = 4800;
 
-// The program, once it plays.
+// The program, once it plays noise, whose level is the same at all times.
 struct Playing {
-  explicit Playing(std::vector<std::string> arguments = {"--drill", "dynamics"})
+  explicit Playing(std::vector<std::string> arguments = {"--fair", "--drill", "level"})
       : program(VELTO_PROGRAM, std::move(arguments)),
         window(desktop.waitForWindow("MORLA Velto", program.pid())) {
     desktop.waitForActive(window);
