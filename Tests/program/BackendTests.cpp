@@ -360,26 +360,60 @@ TEST(Trouble, AServerThatStopsDuringTheSelfTestDoesNotHoldItUp) {
   EXPECT_LT(Clock::now() - begin, 14s);
 }
 
+// Another PulseAudio server on the desk, at an address of its own.
+class SecondServer {
+public:
+  static std::string address() { return deskFolder() + "/pulse/second"; }
+
+  explicit SecondServer(const std::string& file = address()) : file_(file) {
+    ::unlink(file_.c_str());
+    daemon_.emplace(
+        std::vector<std::string>{
+            "pulseaudio", "--daemonize=no", "--log-target=stderr", "-n", "--use-pid-file=no", "-L",
+            "module-native-protocol-unix socket=" + file_ + " auth-anonymous=1", "-L",
+            "module-null-sink sink_name=second norewinds=1 format=float32le"},
+        std::map<std::string, std::string>{{"PULSE_RUNTIME_PATH", deskFolder() + "/tmp"}});
+    waitUntil([this] { return asked("list short sinks").find("second") != std::string::npos; },
+              "the second server answers");
+  }
+
+  [[nodiscard]] std::string asked(const std::string& what) const {
+    return pactl("--server=unix:" + file_ + " " + what);
+  }
+  // The number of the stream that it plays; empty if there is none.
+  [[nodiscard]] std::string stream() const {
+    const std::string list = asked("list short sink-inputs");
+    return list.substr(0, list.find('\t'));
+  }
+
+private:
+  const std::string file_;
+  std::optional<Daemon> daemon_;
+};
+
+std::string alsaOnSecond() {
+  return alsaConfiguration("type pulse server \"unix:" + SecondServer::address() + "\"");
+}
+
+TEST(Trouble, AServerThatDoesNotAnswerLeavesALSAToPlay) {
+  SoundServer frozen;
+  const SecondServer behindALSA;
+  frozen.freeze();
+  ProgramRunner program(VELTO_PROGRAM, {"--audio-selftest"},
+                        {{"ALSA_CONFIG_PATH", alsaOnSecond()}});
+  EXPECT_EQ(program.waitForExit(), 0) << program.errors();
+}
+
 // ALSA plays by a server of its own while PulseAudio is away.
 TEST(Return, FromALSAWhenAServerAnswers) {
   const SoundServer behindALSA;
-  const std::string address = deskFolder() + "/pulse/second";
   for (int round = 0; round < 3; ++round) {
-    Practice practice({{"PULSE_SERVER", "unix:" + address}, {"ALSA_CONFIG_PATH", alsaOnPulse()}});
+    Practice practice(
+        {{"PULSE_SERVER", "unix:" + SecondServer::address()}, {"ALSA_CONFIG_PATH", alsaOnPulse()}});
     ASSERT_TRUE(eventually(hasStream)) << practice.program.errors();
     std::this_thread::sleep_for(1s + round * 170ms);
-    const auto asked = [&](const std::string& what) {
-      return pactl("--server=unix:" + address + " " + what);
-    };
-    ::unlink(address.c_str());
-    const Daemon server({"pulseaudio", "--daemonize=no", "--log-target=stderr", "-n",
-                         "--use-pid-file=no", "-L",
-                         "module-native-protocol-unix socket=" + address + " auth-anonymous=1",
-                         "-L", "module-null-sink sink_name=second norewinds=1 format=float32le"},
-                        {{"PULSE_RUNTIME_PATH", deskFolder() + "/tmp"}});
-    ASSERT_TRUE(
-        eventually([&] { return asked("list short sinks").find("second") != std::string::npos; }));
-    EXPECT_LT(secondsUntil([&] { return !asked("list short sink-inputs").empty(); },
+    const SecondServer server;
+    EXPECT_LT(secondsUntil([&] { return !server.stream().empty(); },
                            "from ALSA to the server that answers"),
               2);
     EXPECT_TRUE(eventually([] { return !hasStream(); })) << "ALSA's stream has ended";
@@ -430,23 +464,22 @@ TEST(Return, OfAServerThatHungAfterItHadLetTheProgramIn) {
   EXPECT_TRUE(practice.ends());
 }
 
-// The library would go on with ALSA in the place of PulseAudio, and the program would not notice.
-TEST(Return, NotToAServerThatLetsInAndHangsUp) {
-  const std::string address = deskFolder() + "/pulse/second";
-  const SoundServer behindALSA;
-  const std::string alsa = alsaOnPulse();
-  ::rename((deskFolder() + "/pulse/native").c_str(), address.c_str());
-  put(alsa, "pcm.!default { type pulse server \"unix:" + address + "\" }\n");
-  const HalfServer half(HalfServer::Then::hangsUp);
-  Practice practice({{"ALSA_CONFIG_PATH", alsa}});
-  const auto streams = [&] {
-    return pactl("--server=unix:" + address + " list short sink-inputs").substr(0, 4);
-  };
-  ASSERT_TRUE(eventually([&] { return !streams().empty(); })) << practice.program.errors();
+// The library goes on with ALSA in the place of PulseAudio. The program notices, and neither tries
+// again and again nor takes ALSA for PulseAudio.
+TEST(Return, FromALSAToAServerThatHungUpAtFirst) {
+  const SecondServer behindALSA;
+  std::optional<HalfServer> half(std::in_place, HalfServer::Then::hangsUp);
+  Practice practice({{"ALSA_CONFIG_PATH", alsaOnSecond()}});
+  ASSERT_TRUE(eventually([&] { return !behindALSA.stream().empty(); }))
+      << practice.program.errors();
   std::this_thread::sleep_for(500ms);
-  const std::string stream = streams();
+  const std::string stream = behindALSA.stream();
   std::this_thread::sleep_for(3s);
-  EXPECT_EQ(streams(), stream) << "the same stream plays on";
+  EXPECT_EQ(behindALSA.stream(), stream) << "the same stream plays on";
+  half.reset();
+  std::this_thread::sleep_for(1s);
+  const SoundServer server;
+  EXPECT_LT(secondsUntil(hasStream, "from ALSA to a server that had hung up"), 2);
   EXPECT_EQ(practice.program.errors(), "");
   EXPECT_TRUE(practice.ends());
 }
