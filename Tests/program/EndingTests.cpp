@@ -77,6 +77,7 @@ TEST_P(EndingSignal, EndsTheProgramAsClosingDoes) {
   playing.desktop.press(Keys::n);
   std::this_thread::sleep_for(1s);
   ::kill(playing.program.pid(), GetParam());
+  std::this_thread::sleep_for(20ms);
   ::kill(playing.program.pid(), GetParam()); // a terminal and its shell both hang up
   EXPECT_EQ(playing.program.waitForExit(), 128 + GetParam());
   EXPECT_EQ(playing.program.errors() + playing.program.output(), "");
