@@ -10,10 +10,10 @@ usage() {
   cat <<'END'
 Usage: ./build.sh [COMMAND]
 
-  build, or none    install missing packages, configure and build (release, in build/)
-  run [SWITCHES]    build, then run build/bin/velto with the switches; without a display, run a
-                    trial on a private desk and print the path of its screenshot
-  test [OPTIONS]    build and run the tests; further arguments go to ctest, for example -R Signals
+  build             install missing packages, configure and build (release, in build/); the default
+  run [SWITCHES]    build, then run build/bin/velto with the switches; without a display, play a
+                    trial on a private desktop and print the path of a screenshot
+  test [OPTIONS]    build and run the tests; other arguments go to ctest, for example -R Signals
       --long        the long tests instead of the default ones
       --matrix      the tests across compilers and architectures
       --asan        built with the address and undefined-behaviour sanitizers
@@ -21,13 +21,13 @@ Usage: ./build.sh [COMMAND]
       --coverage    measure the line coverage; fails below 95 % in training and synthesis
   lint              run the formatters and checkers over the sources
       --fix         let the formatters rewrite the sources
-      --quick       no clang-tidy for tests and benchmarks that the last commit did not change
+      --quick       skip clang-tidy for tests and benchmarks that the last commit did not change
   docs              generate the API reference, build/docs/html/index.html
   package           build a Debian package, in build-package/
       --check       and check it: linters, and an installation in a bare Debian 12 (as root)
   bench [OPTIONS]   build and run the benchmarks, and count the instructions of a render; options
                     go to the benchmarks, for example --benchmark_filter=render
-  help              this text
+  help              print this text
 END
 }
 
@@ -40,7 +40,7 @@ fail() {
   exit "${2:-1}"
 }
 
-# --- Packages (Debian names), one a line ----------------------------------------------------------
+# --- Packages (Debian names), one per line --------------------------------------------------------
 
 buildPackages=(
   cmake
@@ -150,8 +150,8 @@ checkPackages=(
   mandoc
 )
 
-# Installs missing packages. Without apt-get, or without the rights to use it, prints what is needed
-# and goes on; the build then reports what it cannot find.
+# Installs missing packages. Without apt-get, or without the rights to use it, prints the packages
+# and continues; the build then reports what it cannot find.
 provide() {
   if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
     say "No apt-get. Required packages, by their Debian names: $*"
@@ -171,7 +171,7 @@ provide() {
   local -a as=(env DEBIAN_FRONTEND=noninteractive)
   if ((EUID != 0)); then
     if ! command -v sudo >/dev/null; then
-      say "No root rights and no sudo. Run as root: apt-get install ${missing[*]}"
+      say "Neither root nor sudo. Run as root: apt-get install ${missing[*]}"
       return
     fi
     # Without a terminal, sudo cannot ask for a password.
@@ -227,8 +227,8 @@ hasDisplay() {
   [[ $x =~ ^([^:]*):([0-9]+)(\.[0-9]+)?$ ]] || return 1
   local host=${BASH_REMATCH[1]} number=${BASH_REMATCH[2]}
   if [[ -z $host || $host == unix ]]; then
-    # A socket file counts even if no server is known to listen: one that was lent to a container is
-    # not listed in this network namespace.
+    # The socket file suffices: that of a server outside this container is not listed in
+    # /proc/net/unix, which shows this network namespace only.
     [[ -S /tmp/.X11-unix/X$number ]] || grep -q " @/tmp/.X11-unix/X$number\$" /proc/net/unix
   else
     timeout 5 bash -c "exec 3<>/dev/tcp/$host/$((6000 + number))" 2>/dev/null
@@ -280,7 +280,7 @@ run() {
   trial "$program" "$@"
 }
 
-# trial PROGRAM [SWITCH...]: runs a scripted trial on a private desk.
+# trial PROGRAM [SWITCH...]: runs a scripted trial on a private desktop.
 trial() {
   local program=$1 folder=$root/build/trial
   shift
@@ -291,7 +291,7 @@ trial() {
   [[ -n $picture ]] || fail '--shot needs a path' 2
 
   provide "${deskPackages[@]}"
-  say 'No display: running a trial on a private desk with its own screen and sound server'
+  say 'No display: playing a trial on a private desktop with its own X server and sound server'
   say "velto $*"
   rm -rf "$folder"
   mkdir -p "$folder/profile"
@@ -299,21 +299,21 @@ trial() {
   local status=0
   "$root/Tests/desk/desk" -- env VELTO_PROFILE_DIR="$folder/profile" timeout -k 5 60 \
     "$program" "$@" || status=$?
-  ((status == 0)) || fail "velto ended with status $status" "$status"
-  [[ -s $picture ]] || fail "no picture at $picture"
+  ((status == 0)) || fail "velto exited with status $status" "$status"
+  [[ -s $picture ]] || fail "no screenshot at $picture"
 
   local row='"drill":"([a-z]+)".*"correct":(true|false),"error":([^,}]+)' record=$folder/profile/profile.json
   if [[ -s $record && $(<"$record") =~ $row ]]; then
     local verdict='a miss'
     [[ ${BASH_REMATCH[2]} == false ]] || verdict='a hit'
-    say "The trial was played and answered, drill ${BASH_REMATCH[1]}: $verdict, error ${BASH_REMATCH[3]}"
-    say "The record: $record"
+    say "Played and answered a trial, drill ${BASH_REMATCH[1]}: $verdict, error ${BASH_REMATCH[3]}"
+    say "Record: $record"
   elif given --answer -- "$@"; then
     fail "the answer was not recorded in $record"
   else
-    say 'The trial was played; no answer was asked for'
+    say 'Played a trial without answering it'
   fi
-  say "The picture: $picture"
+  say "Screenshot: $picture"
 }
 
 # --- Test -----------------------------------------------------------------------------------------
@@ -343,7 +343,7 @@ runTests() {
   case $preset in
     asan-ubsan | tsan)
       sanitizerOptions
-      # Their shadow memory collides with the address randomisation of newer kernels.
+      # The sanitizers' shadow memory collides with the address randomisation of newer kernels.
       if setarch -R true 2>/dev/null; then wrapper=(setarch -R); fi
       ;;
     coverage) find "$folder" -name '*.gcda' -delete ;;
@@ -359,7 +359,7 @@ runTests() {
 }
 
 # Each suppression file names libraries that are built without the sanitizer, with the reason. The
-# caller's options come last and win.
+# caller's options come last and take precedence.
 sanitizerOptions() {
   local files=$root/Tests/sanitizers
   local strict=strict_string_checks=1:detect_stack_use_after_return=1
@@ -388,7 +388,7 @@ lint() {
     case $option in
       --fix) ;;
       --quick) quick=true ;;
-      *) fail "lint takes no '$option'; try ./build.sh help" 2 ;;
+      *) fail "lint: unknown option '$option'; try ./build.sh help" 2 ;;
     esac
   done
   provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
@@ -409,7 +409,7 @@ docs() {
   provide "${docsPackages[@]}"
   mkdir -p "$root/build/docs"
   (cd "$root" && doxygen Documentation/Doxyfile)
-  say 'The API reference: build/docs/html/index.html'
+  say 'API reference: build/docs/html/index.html'
 }
 
 # --- Package --------------------------------------------------------------------------------------
@@ -417,7 +417,7 @@ docs() {
 package() {
   local folder=$root/build-package check=false
   if [[ ${1-} == --check ]]; then check=true; shift; fi
-  (($# == 0)) || fail "package takes no '$1'; try ./build.sh help" 2
+  (($# == 0)) || fail "package: unknown option '$1'; try ./build.sh help" 2
   provide "${buildPackages[@]}" "${packagePackages[@]}"
   configure release "$folder" VELTO_BUILD_TESTS=OFF \
     CMAKE_CXX_FLAGS='-fstack-protector-strong -D_FORTIFY_SOURCE=2' \
@@ -427,7 +427,7 @@ package() {
   (cd "$folder" && cpack -G DEB)
   local package
   package=$(compgen -G "$folder/velto_*.deb")
-  say "The package: $package"
+  say "Package: $package"
   $check || return 0
   provide "${checkPackages[@]}" "${deskPackages[@]}"
   "$root/Tests/package/check-package" "$package" "$folder/velto.png"
@@ -455,11 +455,11 @@ bench() {
 command=${1-build}
 (($# == 0)) || shift
 case $command in
-  build) (($# == 0)) || fail "build takes no '$1'; try ./build.sh help" 2; build ;;
+  build) (($# == 0)) || fail "build: unexpected argument '$1'; try ./build.sh help" 2; build ;;
   run) run "$@" ;;
   test) runTests "$@" ;;
   lint) lint "$@" ;;
-  docs) (($# == 0)) || fail "docs takes no '$1'; try ./build.sh help" 2; docs ;;
+  docs) (($# == 0)) || fail "docs: unexpected argument '$1'; try ./build.sh help" 2; docs ;;
   package) package "$@" ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;

@@ -1,5 +1,5 @@
-// Lower bounds for the cost of a material or a filter: nothing but its chain of dependent
-// operations, over the samples of one trial.
+// Lower bounds for the cost of a material or a filter: only its chain of dependent operations, over
+// the samples of one trial.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// One block of the device callback, from the engine's clock to the headroom, compared with a plain
+// One block of the device callback, including underrun counting and headroom, compared with a plain
 // copy of as many samples.
 
 #include "AudioEngine.h"
@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t blockFrames = 480; // PulseAudio's request, 10 ms
 
-// An output that renders when the benchmark says so.
+// An output device whose renderer the benchmark calls itself.
 class PulledDevice final : public OutputDevice {
 public:
   explicit PulledDevice(Renderer*& renderer) : renderer_(renderer) {}
@@ -76,8 +76,8 @@ void crossfading(benchmark::State& state) {
 }
 BENCHMARK(crossfading)->Name("callback/480 frames, crossfading");
 
-// Limited to the blocks for which the tap's ring has room: the benchmark renders faster than the
-// tap is read.
+// Limited to the number of blocks that fit into the tap's ring: the benchmark renders faster than
+// the ring is read.
 void tapped(benchmark::State& state) {
   PlayingEngine playing;
   playing.engine().installTap(4096, [](const TapBuffer&) {});

@@ -1,4 +1,4 @@
-// Renders one trial twice: first to build the shared tables, then to be counted.
+// Renders one trial twice: first to build the shared tables, then in the counted function.
 //
 //   velto_render_once <drill> [reference]
 

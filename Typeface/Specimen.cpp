@@ -2,9 +2,9 @@
 //
 //     specimen FACE.otf FOLDER
 //
-// writes sheet.png (wordmark, figures, alphabet, spacing words, waterfall), wordmark.png (the sizes
-// in use, on both grounds, and magnified) and large.png (every glyph). specimen.py compiles this
-// program and runs it without a display.
+// writes sheet.png (wordmark, figures, alphabet, spacing words, waterfall), wordmark.png and
+// wordmark-magnified.png (the sizes in use, on both backgrounds) and large.png (every glyph).
+// specimen.py compiles this program and runs it without a display.
 
 #include <QFontDatabase>
 #include <QGuiApplication>

@@ -4,8 +4,8 @@
     build.py [FILE]     the default is Resources/MORLADisplay-Regular.otf beside this folder
 
 fontmake compiles the UFO. This program then writes the glyphs' stem hints into the charstrings and
-sets the fields of the CFF table that fontmake fills differently. The same sources give the same
-bytes with the same fontmake and fontTools.
+corrects some fields of the CFF table. The same sources give the same bytes with the same versions
+of fontmake and fontTools.
 
 Needs fontmake, fontTools and ufoLib2.
 """
@@ -24,7 +24,7 @@ SOURCE = os.path.join(HERE, "MORLADisplay-Regular.ufo")
 TARGET = os.path.join(HERE, "..", "Resources", "MORLADisplay-Regular.otf")
 
 HINTS = "public.postscript.hints"
-PRIVATE = "com.morla.Velto.privateDict"  # entries without a field in fontinfo.plist
+PRIVATE = "com.morla.Velto.privateDict"  # for entries that fontinfo.plist has no field for
 
 
 def outline_id(glyph):
@@ -40,7 +40,7 @@ def stem_program(glyph):
     """Converts the stem hints of a glyph, lines such as "hstem 288 93", to a Type 2 program."""
     sets = glyph.lib[HINTS]["hintSetList"]
     if len(sets) != 1:
-        sys.exit(f"{glyph.name}: {len(sets)} sets of hints; one holds for the whole glyph")
+        sys.exit(f"{glyph.name}: {len(sets)} sets of hints; each glyph must have exactly one")
     stems = [stem.split() for stem in sets[0]["stems"]]
     program = []
     for operator in ("hstem", "vstem"):
@@ -59,7 +59,7 @@ def build(source=SOURCE):
     """The font as a fontTools TTFont, and (name, id) of each glyph whose hints are stale."""
     ufo, stale = ufoLib2.Font.open(source), []
     if ufo.kerning:
-        sys.exit("kerning.plist is not compiled: the kerning lies in features.fea")
+        sys.exit("kerning.plist is not supported: put the kerning into features.fea")
     with tempfile.TemporaryDirectory() as folder:
         path = os.path.join(folder, "face.otf")
         subprocess.check_call(
@@ -94,7 +94,7 @@ def main():
     font, stale = build()
     font.save(sys.argv[1] if len(sys.argv) > 1 else TARGET)
     for name, identity in stale:
-        print(f"{name}: left without hints, for the outline has changed; its id is {identity}")
+        print(f"{name}: hints omitted, because the outline has changed; its new id is {identity}")
     return 0
 
 

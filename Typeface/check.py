@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""Proofreads the built font file.
+"""Checks the built font file.
 
     check.py [FILE]     the default is Resources/MORLADisplay-Regular.otf beside this folder
 
-Reads only this file. Prints one line per check, and what is wrong below it; exits with 1 if a check
+Reads only this file. Prints one line per check, with its findings below it; exits with 1 if a check
 fails.
 """
 
@@ -51,7 +51,7 @@ def outline(font, name):
     return contours
 
 
-# Each check yields what is wrong, in words.
+# Each check yields its findings as text.
 
 
 def missing_glyphs(font):
@@ -62,10 +62,10 @@ def missing_glyphs(font):
         elif not outline(font, cmap[ord(character)]) and character not in " \u00a0":
             yield f"U+{ord(character):04X} is empty"
     if font.getGlyphOrder()[0] != ".notdef" or not outline(font, ".notdef"):
-        yield "there is no .notdef to see"
+        yield "there is no visible .notdef"
     unreachable = set(font.getGlyphOrder()) - set(cmap.values()) - {".notdef"}
     for name in sorted(unreachable):
-        yield f"{name} cannot be reached"
+        yield f"{name} is in no character map"
 
 
 def contours_of(font):
@@ -82,13 +82,13 @@ def wrong_windings(font):
             x, y = point_at(contour[0], 0.5)
             depth = sum(abs(winding([p], x, y)) for p in others)
             if (area(contour) > 0) != (depth % 2 == 0):
-                yield f"{name}: contour {i} runs the wrong way"
+                yield f"{name}: contour {i} has the wrong direction"
             if abs(area(contour)) < 100:
-                yield f"{name}: contour {i} is a speck"
+                yield f"{name}: contour {i} is tiny"
 
 
 def overlaps(font):
-    """No segment crosses or touches another but its neighbours, and those only at their joint."""
+    """Segments neither cross nor touch, except neighbours at their joint."""
     for name, contours in contours_of(font):
         segments = []
         for i, contour in enumerate(contours):
@@ -105,7 +105,7 @@ def overlaps(font):
 
 
 def rough_curves(font):
-    """Extrema lie on points, joints are smooth or clear corners, no edge leans by a unit."""
+    """Extrema have points, joints are smooth or clear corners, no edge is tilted by one unit."""
     for name, contours in contours_of(font):
         for contour in contours:
             for before, segment in zip(contour[-1:] + contour[:-1], contour):
@@ -121,7 +121,7 @@ def rough_curves(font):
                     (x0, y0), (x1, y1) = segment
                     dx, dy = abs(x1 - x0), abs(y1 - y0)
                     if 0 < min(dx, dy) <= 1 and max(dx, dy) > 20:
-                        yield f"{name}: an edge leans by one unit at {segment[0]}"
+                        yield f"{name}: an edge is tilted by one unit at {segment[0]}"
                     if max(dx, dy) < 4:
                         yield f"{name}: a tiny edge at {segment[0]}"
                 if len(before) == 4 or len(segment) == 4:
@@ -132,7 +132,7 @@ def rough_curves(font):
 
 
 def wrong_heights(font):
-    """Flat edges lie on their lines; rounds overshoot them by ten units each."""
+    """Flat glyphs reach exactly to their lines; round ones overshoot them by ten units."""
     glyphs = {n: outline(font, n) for n in font.getGlyphOrder()}
     cmap = font.getBestCmap()
 
@@ -140,7 +140,7 @@ def wrong_heights(font):
         for character in characters:
             _, low, _, high = contour_bounds(glyphs[cmap[ord(character)]])
             if (bottom is not None and low != bottom) or (top is not None and high != top):
-                yield f"{character}: stands from {low:.0f} to {high:.0f}"
+                yield f"{character}: reaches from {low:.0f} to {high:.0f}"
 
     yield from expect("AEFHIKLMNTVWXYZBDPR", 0, CAP)
     yield from expect("COGS", -10, CAP + 10)
@@ -168,9 +168,9 @@ def wrong_metrics(font):
     if len(heights) != 1 or hhea.lineGap or os2.sTypoLineGap:
         yield f"the three line heights differ: {sorted(heights)}"
     if not os2.fsSelection & 0x80 or not os2.fsSelection & 0x40:
-        yield "fsSelection does not say regular, typographic metrics"
+        yield "fsSelection lacks the bits for regular and typographic metrics"
     if head.yMax > hhea.ascent or head.yMin < hhea.descent:
-        yield f"glyphs reach from {head.yMin} to {head.yMax}, out of the line"
+        yield f"glyphs reach from {head.yMin} to {head.yMax}, beyond the line height"
     if os2.fsType != 0:
         yield f"embedding is restricted: fsType {os2.fsType}"
     if (os2.sxHeight, os2.sCapHeight) != (XHEIGHT, CAP):
@@ -184,8 +184,8 @@ def wrong_metrics(font):
             yield f"{name}: left side bearing {bearing}"
 
 
-def dancing_figures(font):
-    """Figures and the signs between them have one width; figures are never kerned."""
+def uneven_figures(font):
+    """Figures and mathematical signs have the same width; figures are never kerned."""
     cmap = font.getBestCmap()
     widths = {c: font["hmtx"][cmap[ord(c)]][0] for c in FIGURES + "+−±×=<>"}
     if len(set(widths.values())) != 1:
@@ -242,17 +242,17 @@ def wrong_kerning(font):
     pairs = kerning(font)
     for pair in ("AV", "VA", "LT", "LV", "LY", "TA", "To", "Ve", "AT", "OA", "PA", "RV", "Yo"):
         if pairs.get(tuple(pair), 0) >= 0:
-            yield f"{pair} is not drawn together"
+            yield f"{pair} is not kerned closer together"
     for pair in ("MO", "LA", "Ve"):
         if tuple(pair) not in pairs:
             yield f"the wordmark's pair {pair} is not kerned"
 
 
 def stems_off_the_grid(font):
-    """At 22 pixels every stem of the wordmark begins on a whole column, give or take a tenth."""
+    """At 22 pixels every stem of the wordmark begins on a whole column, within a tenth."""
     cmap, pairs = font.getBestCmap(), kerning(font)
     text, x = [cmap[ord(c)] for c in "MORLA Velto"], 0
-    stems = {"M": 0, "R": 0, "L": 0, "l": 0, "t": 82}  # from the left of the drawing to the stem
+    stems = {"M": 0, "R": 0, "L": 0, "l": 0, "t": 82}  # from the outline's left edge to the stem
     for name, following in zip(text, text[1:] + [None]):
         if name in stems:
             column = (x + font["hmtx"][name][1] + stems[name]) * 22 / 1000
@@ -295,7 +295,7 @@ def missing_hints(font):
         program = charstrings[cmap[ord(character)]]
         program.decompile()
         if "hstem" not in program.program and "hstemhm" not in program.program:
-            yield f"{character} has no level hint"
+            yield f"{character} has no horizontal stem hint"
 
 
 CHECKS = [
@@ -303,10 +303,10 @@ CHECKS = [
     ("ink is on the left of every contour", wrong_windings),
     ("no outline overlaps itself or another", overlaps),
     ("extrema, joints and edges are clean", rough_curves),
-    ("letters stand on their lines", wrong_heights),
+    ("glyphs reach exactly to their lines", wrong_heights),
     ("metrics", wrong_metrics),
     ("sides are even", uneven_sides),
-    ("figures do not dance", dancing_figures),
+    ("figures have one width", uneven_figures),
     ("kerning", wrong_kerning),
     ("the wordmark's stems at 22 pixels", stems_off_the_grid),
     ("names and licence", wrong_names),

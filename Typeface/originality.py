@@ -9,10 +9,10 @@ outlines are equal if they have the same number of contours, these have the same
 of segments, and all points, handles included, agree within two thousandths of the height. Installed
 faces of this family are skipped.
 
-A plain upright rectangle (I, hyphen, the dashes, ...) has only a proportion, which any font may
-share by chance: bars are compared within half a thousandth of their proportion, and a match is
-reported but is no failure. Exits with 1 if any other outline is found elsewhere, with 2 if there
-was nothing to compare with.
+A plain upright rectangle (I, hyphen, the dashes, ...) has only its proportions, which another font
+may share by chance: such bars are compared within half a thousandth of their proportions, and a
+match is reported but does not fail. Exits with 1 if any other outline is found elsewhere, with 2 if
+there was nothing to compare with.
 """
 
 import os
@@ -39,7 +39,7 @@ def contours(glyphs, name):
             if at != start:
                 result[-1].append(("lineTo", (start,)))
         else:
-            if points[-1] is None:  # a contour of handles only; this face has none
+            if points[-1] is None:  # a contour without on-curve points; this face has none
                 return []
             if not result:
                 result.append([])
@@ -66,7 +66,7 @@ def normalised(shape):
 
 
 def signature(shape):
-    """A quick test before points are compared: the kinds of segments per contour."""
+    """The kinds of segments per contour: a cheap test before points are compared."""
     return tuple(tuple(sorted(k for k, _ in contour)) for contour in shape)
 
 
@@ -101,7 +101,7 @@ def same_segment(one, other):
 
 
 def same_shape(one, other):
-    """Whether each contour of one has an equal in the other."""
+    """Whether the shapes consist of equal contours."""
     left = list(other)
     for contour in one:
         match = next((c for c in left if len(c) == len(contour) and same_contour(contour, c)), None)
@@ -132,7 +132,7 @@ def fonts_below(folder):
                     with TTFont(full, lazy=True) as font:
                         yield full, font
             except TTLibError:
-                print(f"  not a font after all: {full}", file=sys.stderr)
+                print(f"  not a font: {full}", file=sys.stderr)
 
 
 def drawings(font):
@@ -159,9 +159,9 @@ def compare(face, folder):
             for our_name, our_ratio, our_shape in ours.get(signature(shape), []):
                 if is_bar(our_shape) and is_bar(shape):
                     if abs(ratio / our_ratio - 1) <= BAR_TOLERANCE:
-                        bars.append(f"{our_name} has the proportion of {name} of {path}")
+                        bars.append(f"{our_name} has the proportions of {name} of {path}")
                 elif abs(ratio - our_ratio) <= 2 * TOLERANCE and same_shape(our_shape, shape):
-                    found.append(f"{our_name} is {name} of {path}")
+                    found.append(f"{our_name} equals {name} of {path}")
     return count, fonts, found, bars
 
 
@@ -173,7 +173,7 @@ def main():
         print(f"  FAIL  {line}")
     for line in bars:
         print(f"  note  {line}")
-    print(f"  {len(found)} equal drawings among {count} of {fonts} fonts below {folder}")
+    print(f"  {len(found)} equal outlines among {count} in {fonts} fonts below {folder}")
     return 2 if count == 0 else 1 if found else 0
 
 

@@ -1,4 +1,4 @@
-"""The geometry of closed outlines that the checks need.
+"""Geometry of closed outlines, for the checks.
 
 A segment is a tuple of points: two for a line, four for a cubic. A contour is a list of segments,
 each starting where the one before ends. Outer contours run counter-clockwise, holes clockwise, so
@@ -8,8 +8,8 @@ that the filled side is always on the left.
 import math
 
 _NEAR = 1e-6  # two parameters or lengths closer than this are the same
-_TRIM = 0.02  # the part of a curve, next to a smooth joint, that is not searched for crossings
-_FLATTEN = 96  # lines that stand for a cubic when a point is tested
+_TRIM = 0.02  # the part of a curve next to a smooth joint that is not searched for crossings
+_FLATTEN = 96  # lines per cubic when a contour is flattened
 
 
 # Segments
@@ -40,7 +40,7 @@ def tangent_at(segment, t):
         p, q, r, w = segment
         dx = a * (q[0] - p[0]) + b * (r[0] - q[0]) + c * (w[0] - r[0])
         dy = a * (q[1] - p[1]) + b * (r[1] - q[1]) + c * (w[1] - r[1])
-        if math.hypot(dx, dy) < _NEAR:  # a handle of length zero: look a little further in
+        if math.hypot(dx, dy) < _NEAR:  # a handle of length zero: evaluate slightly further in
             return tangent_at(segment, t + 1e-4 if t < 0.5 else t - 1e-4)
     length = math.hypot(dx, dy)
     return (dx / length, dy / length)
@@ -78,7 +78,7 @@ def bounds(points):
 
 
 def extrema(segment):
-    """The parameters inside 0..1 at which a cubic turns in x or y."""
+    """The parameters inside 0..1 at which a cubic has an extremum in x or y."""
     if len(segment) == 2:
         return []
     found = []
@@ -151,8 +151,8 @@ def _line_crossings(one, other):
         inside = -_NEAR <= t <= 1 + _NEAR and -_NEAR <= u <= 1 + _NEAR
         return [(t, u)] if inside else []
     if abs((cx - ax) * ry - (cy - ay) * rx) > 1e-6 * math.hypot(rx, ry):
-        return []  # parallel, apart
-    found = []  # on one line: where the ends of each lie on the other
+        return []  # parallel, but not collinear
+    found = []  # collinear: the ends of each that lie on the other
     rr, ss = rx * rx + ry * ry, sx * sx + sy * sy
     for u, (x, y) in ((0.0, (cx, cy)), (1.0, (dx, dy))):
         t = ((x - ax) * rx + (y - ay) * ry) / rr
@@ -177,7 +177,7 @@ def _search(one, t0, t1, other, u0, u1, found):
             found.append((t, u))
         return
     if len(found) > 12:
-        raise ValueError("two curves run along each other")
+        raise ValueError("two curves coincide over a stretch")
     if size_a >= size_b:
         tm = (t0 + t1) / 2
         left, right = split(one, 0.5)

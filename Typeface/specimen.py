@@ -4,7 +4,7 @@
     specimen.py FOLDER [FILE]
 
 compiles Specimen.cpp into FOLDER and runs it without a display. Needs a C++ compiler, pkg-config
-and Qt 6 Quick. FILE is the face; the default is the committed one.
+and Qt 6 Quick. FILE is the font file; the default is the committed one.
 """
 
 import os

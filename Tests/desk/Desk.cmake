@@ -6,12 +6,12 @@
 #   DISPLAY  with an X server and a window manager
 #   SOUND    with a sound server. Such tests never run in parallel (resource lock "sound"). Playback
 #            is buffered by 250 ms, because a virtual machine can stall for 100 ms.
-#   PROMPT   with no more buffering than the program asks for
+#   PROMPT   with no more buffering than the program requests
 #   LOCALE   registers name.comma too: the same test under a locale with a decimal comma
 #   LONG     label "long" instead of "default"
-#   SERIAL   nothing else runs meanwhile
+#   SERIAL   no other test runs at the same time
 #   TIMEOUT  60 s by default, 900 s with LONG
-# A target used as the command must be defined before.
+# A target used as the command must already be defined.
 
 set(VELTO_DESK ${CMAKE_CURRENT_LIST_DIR}/desk CACHE INTERNAL "Runs a command on a private desk")
 set(VELTO_DESK_LOCALES ${PROJECT_BINARY_DIR}/locales CACHE INTERNAL "Locales compiled for tests")
@@ -52,7 +52,7 @@ function(velto_desk_test)
     list(REMOVE_AT command 0)
     list(PREPEND command $<TARGET_FILE:${program}>)
   endif()
-  # The desk unsets desktop variables, so set the test's own inside it.
+  # The desk unsets variables of the desktop, so set those of the test inside it.
   if(arg_ENVIRONMENT)
     list(PREPEND command env ${arg_ENVIRONMENT})
   endif()
@@ -76,8 +76,8 @@ function(velto_desk_test)
   endif()
 endfunction()
 
-# Compiles the comma locale once for all tests that need it; takes more than a second. A test name
-# is visible only in its own directory, hence one test per directory.
+# Compiles the comma locale once for all tests that need it, which takes more than a second. A test
+# name is visible only in its own directory, so each directory has such a test.
 function(velto_comma_locale)
   file(RELATIVE_PATH place ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
   set(name commaLocale:${place})

@@ -1,5 +1,4 @@
-// Parses any command line, one argument per line, without harm. Any number that it gives can be
-// graded.
+// Parses any command line, one argument per line. Every number accepted as an answer can be graded.
 #include "FatalError.h"
 #include "Grading.h"
 #include "LaunchOptions.h"
@@ -17,9 +16,9 @@ namespace {
 
 using namespace velto;
 
-void require(bool law, const char* name) {
-  if (!law)
-    fatalError(name);
+void require(bool holds, const char* message) {
+  if (!holds)
+    fatalError(message);
 }
 
 std::vector<std::string> linesOf(std::string_view text) {
@@ -38,18 +37,18 @@ void requireValue(const std::vector<std::string>& list, const Arguments& argumen
   for (std::size_t i = 0; i < list.size(); ++i) {
     if (list[i] != name)
       continue;
-    require(arguments.has(name), "a switch was overlooked");
+    require(arguments.has(name), "a switch was not found");
     const auto value = arguments.valueOf(name);
-    require(value.has_value() == (i + 1 < list.size()), "a value is there or not, wrongly");
-    require(!value || *value == list[i + 1], "another argument was taken for the value");
+    require(value.has_value() == (i + 1 < list.size()), "a value is missing or unexpected");
+    require(!value || *value == list[i + 1], "the value is not the next argument");
     return;
   }
-  require(!arguments.has(name) && !arguments.valueOf(name), "a switch was made up");
+  require(!arguments.has(name) && !arguments.valueOf(name), "an absent switch was found");
 }
 
 void gradeAnswer(double answer) {
   if (std::isfinite(answer))
-    require(numberArgument(Numbers::shortest(answer)) == answer, "a number reads differently");
+    require(numberArgument(Numbers::shortest(answer)) == answer, "a number changes as text");
   for (const Drill drill : {Drill::frequency, Drill::level, Drill::dynamics})
     static_cast<void>(Drills::grade(answer, Drills::makeTrial(20, Material::pad, 5, Drill(drill))));
   if (answer >= -0x1p63 && answer < 0x1p63)
@@ -67,10 +66,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         "--audio-selftest", "--seed-demo", "--shot", "--drill", "--answer", "--appearance"})
     requireValue(list, arguments, name);
   const LaunchOptions options = launchOptions(arguments);
-  require(options.fair == arguments.has("--fair"), "fair trials out of nothing");
-  require(options.shotPath == arguments.valueOf("--shot"), "another path for the snapshot");
+  require(options.fair == arguments.has("--fair"), "wrong choice of trials");
+  require(options.shotPath == arguments.valueOf("--shot"), "wrong path of the snapshot");
   require(options.fixedDark.has_value() == arguments.valueOf("--appearance").has_value(),
-          "an appearance out of nothing");
+          "an appearance is missing or unexpected");
   if (options.scriptedAnswer)
     gradeAnswer(*options.scriptedAnswer);
   return 0;

@@ -1,5 +1,5 @@
-// Reads any bytes as a profile file: they are refused, or they are a record that the program can
-// work with.
+// Reads any bytes as a profile file: they are either rejected, or decoded to a record that the rest
+// of the program can handle.
 #include "Bands.h"
 #include "Coding.h"
 #include "FatalError.h"
@@ -14,19 +14,19 @@ namespace {
 
 using namespace velto;
 
-void require(bool law, const char* name) {
-  if (!law)
-    fatalError(name);
+void require(bool holds, const char* message) {
+  if (!holds)
+    fatalError(message);
 }
 
-void showFigures(const Stored& stored) {
+void computeFigures(const Stored& stored) {
   const Stats stats = Statistics::compute(stored.attempts, stored.lifetime, Date{801234567});
   require(stats.bands.size() == Bands::centres.size(), "a band is missing");
   static_cast<void>(Progress::weakest(stats.weakest));
   static_cast<void>(Progress::streak(stats.streak));
   for (const BandStat& band : stats.bands) {
     const auto bar = Progress::bar(band);
-    require(bar.height >= 0 && bar.height <= 34, "a bar leaves the map");
+    require(bar.height >= 0 && bar.height <= 34, "a bar is taller than the map");
   }
   for (const auto& [drill, difficulties] : stats.curves)
     static_cast<void>(Progress::curve(difficulties, 100, 50));
@@ -36,7 +36,7 @@ void showFigures(const Stored& stored) {
   }
 }
 
-void goOn(Staircase staircase) {
+void practise(Staircase staircase) {
   for (const Drill drill : Drill::allCases) {
     const Trial trial = Drills::makeTrial(staircase.difficulty, Material::pad, 5, drill);
     require(trial.boostDB >= 0 && trial.boostDB <= 12, "a boost out of range");
@@ -46,8 +46,8 @@ void goOn(Staircase staircase) {
   for (const bool correct : {true, false, true, true}) {
     const bool isSecond = staircase.consecutiveCorrect >= 1;
     staircase.record(correct);
-    require(correct || staircase.difficulty >= 0, "a move down left the scale");
-    require(!correct || !isSecond || staircase.difficulty <= 100, "a move up left the scale");
+    require(correct || staircase.difficulty >= 0, "a move down went below 0");
+    require(!correct || !isSecond || staircase.difficulty <= 100, "a move up went above 100");
   }
 }
 
@@ -59,11 +59,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!stored)
     return 0;
   const auto written = Coding::encode(*stored);
-  require(written.has_value(), "what was read cannot be written");
-  require(Coding::decodeStored(*written) == stored, "what was written reads differently");
-  showFigures(*stored);
+  require(written.has_value(), "a decoded record cannot be encoded");
+  require(Coding::decodeStored(*written) == stored, "an encoded record decodes differently");
+  computeFigures(*stored);
   for (const auto& [drill, staircase] : stored->staircases)
-    goOn(staircase);
+    practise(staircase);
   BandRoll sum;
   for (const auto& attempt : stored->attempts)
     sum.add(attempt);

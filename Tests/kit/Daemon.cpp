@@ -1,25 +1,16 @@
 #include "Daemon.h"
 
-#include <cerrno>
+#include "Processes.h"
+
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <spawn.h>
 #include <stdexcept>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace velto::kit {
 
 namespace {
-
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-  std::vector<char*> list;
-  for (std::string& text : texts)
-    list.push_back(text.data());
-  list.push_back(nullptr);
-  return list;
-}
 
 std::vector<std::string> environmentWith(const std::map<std::string, std::string>& changes) {
   std::vector<std::string> entries;
@@ -44,26 +35,23 @@ std::string deskFolder() {
 
 Daemon::Daemon(const std::vector<std::string>& arguments,
                const std::map<std::string, std::string>& changes) {
-  std::vector<std::string> words = arguments, variables = environmentWith(changes);
-  const std::string log = deskFolder() + "/logs/" + words.at(0);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  for (const int stream : {STDOUT_FILENO, STDERR_FILENO})
-    posix_spawn_file_actions_addopen(&actions, stream, log.c_str(), O_WRONLY | O_CREAT | O_APPEND,
-                                     0600);
-  const int error = posix_spawnp(&pid_, words[0].c_str(), &actions, nullptr, pointers(words).data(),
-                                 pointers(variables).data());
-  posix_spawn_file_actions_destroy(&actions);
-  if (error != 0)
-    throw std::runtime_error(words[0] + " cannot be started");
+  const std::string log = deskFolder() + "/logs/" + arguments.at(0);
+  std::vector<std::string> variables = environmentWith(changes);
+  pid_ = spawn(
+      arguments,
+      [&log](auto& actions) {
+        for (const int stream : {STDOUT_FILENO, STDERR_FILENO})
+          posix_spawn_file_actions_addopen(&actions, stream, log.c_str(),
+                                           O_WRONLY | O_CREAT | O_APPEND, 0600);
+      },
+      pointersTo(variables).data());
 }
 
 void Daemon::kill() {
   if (pid_ < 0)
     return;
   ::kill(pid_, SIGKILL);
-  while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
-  }
+  waitForEnd(pid_);
   pid_ = -1;
 }
 

@@ -1,9 +1,9 @@
-// Prints a hash of all samples of each of many renders, one per line. Two builds compute the same
-// samples if and only if they print the same lines.
+// Prints the hashes of many renders, one per line. Two builds that print the same lines compute the
+// same samples.
 //
-//   velto_render_hashes [short]   the renders; with "short" only brief ones
-//   velto_render_hashes libm      one line: a hash of raw results of the elementary functions, to
-//                                 tell whether two runs really used different versions
+//   velto_render_hashes [short]   the renders; with "short", only brief ones
+//   velto_render_hashes libm      one line: a hash of results of the elementary functions, to tell
+//                                 whether two runs really used different implementations
 
 #include "DSP.h"
 #include "Drill.h"
@@ -49,7 +49,7 @@ private:
 
 constexpr int seedCount = 20;
 
-// 0 first, then seeds with well-spread bits.
+// 0, then seeds with well-distributed bits.
 std::uint64_t seedNumber(int index) {
   return static_cast<std::uint64_t>(index) * 0x9E3779B97F4A7C15;
 }

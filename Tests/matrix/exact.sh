@@ -6,7 +6,7 @@
 # The flags that exactness depends on, from the project's own CMakeLists.txt.
 mapfile -t flags < <(grep -oE -- '-ffp-contract=off|-fno-tree-slp-vectorize' "$root/CMakeLists.txt")
 if ((${#flags[@]} != 2)); then
-  echo "CMakeLists.txt does not state the two flags."
+  echo "CMakeLists.txt does not contain exactly the two expected flags."
   exit 1
 fi
 

@@ -1,4 +1,4 @@
-// The probe alone, to be linked with a faulty source.
+// Runs the probe. Linked with a faulty source.
 #include "Probe.h"
 
 int main() {

@@ -32,7 +32,7 @@ import build  # noqa: E402
 import check  # noqa: E402
 import originality  # noqa: E402
 
-# Those of Debian 12, with which the committed file was written.
+# The versions of Debian 12, which wrote the committed file.
 REFERENCE = ("2.4.1", "4.38")
 INSTALLED = (fontmake.__version__, fontTools.version)
 
@@ -81,7 +81,7 @@ class Rebuild(unittest.TestCase):
         cls.scratch = tempfile.TemporaryDirectory()
         cls.paths = [os.path.join(cls.scratch.name, f"{i}.otf") for i in (0, 1)]
         cls.told = []
-        for seed, path in zip(("1", "2"), cls.paths):  # the order of hashing must not matter
+        for seed, path in zip(("1", "2"), cls.paths):  # the hash seed must not matter
             told = subprocess.check_output(
                 [sys.executable, "-B", os.path.join(TYPEFACE, "build.py"), path],
                 env=dict(os.environ, PYTHONHASHSEED=seed),
@@ -173,7 +173,7 @@ class Sources(unittest.TestCase):
         font, stale = self.build()
         self.assertEqual([name for name, _ in stale], ["A", "B"])
         self.assertEqual([n for n in "ABC" if stems(font, n)], ["C"])
-        self.assertIn(("hints", "A has no level hint"), check.findings(font))
+        self.assertIn(("hints", "A has no horizontal stem hint"), check.findings(font))
 
     def test_the_reported_id_makes_the_hints_valid_again(self):
         self.ufo["A"].contours[0][0].x -= 1
@@ -244,7 +244,7 @@ class ProofReading(unittest.TestCase):
 
     def test_a_letter_without_hints_is_found(self):
         font = self.broken("I", *check.outline(committed(self), "I"))
-        self.assertEqual(check.findings(font), [("hints", "I has no level hint")])
+        self.assertEqual(check.findings(font), [("hints", "I has no horizontal stem hint")])
 
     def test_a_missing_glyph_is_found(self):
         font = committed(self)
@@ -256,7 +256,7 @@ class ProofReading(unittest.TestCase):
         font = committed(self)
         width, bearing = font["hmtx"]["seven"]
         font["hmtx"]["seven"] = (width - 1, bearing)
-        self.assertIn("figures do not dance", self.titles(font))
+        self.assertIn("figures have one width", self.titles(font))
 
     def test_restricted_embedding_and_a_wrong_name_are_found(self):
         font = committed(self)

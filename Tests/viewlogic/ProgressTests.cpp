@@ -48,7 +48,7 @@ TEST(ProgressWeakest, NamesTheBandItsErrorAndItsCount) {
             "weakest · 315 Hz — 1.25 oct mean error over 12");
 }
 
-TEST(ProgressWeakest, StatesTheConditionWithoutOne) {
+TEST(ProgressWeakest, StatesWhatIsNeededWithoutOne) {
   EXPECT_EQ(Progress::weakest(std::nullopt),
             "needs 3 answers in a band before it names a weak spot");
 }
@@ -86,8 +86,8 @@ TEST(ProgressWords, DescribeTheMapBandByBand) {
 }
 
 TEST(ProgressWords, DescribeTheCurveByItsEndsAndExtremes) {
-  EXPECT_EQ(Progress::curveDescription({}), "too few answers to draw it");
-  EXPECT_EQ(Progress::curveDescription(std::vector{20.0}), "too few answers to draw it");
+  EXPECT_EQ(Progress::curveDescription({}), "too few answers for a curve");
+  EXPECT_EQ(Progress::curveDescription(std::vector{20.0}), "too few answers for a curve");
   EXPECT_EQ(Progress::curveDescription(std::vector{20.0, 14.0, 26.4, 23.4}),
             "difficulty over 4 answers: from 20 to 23, lowest 14, highest 26");
 }

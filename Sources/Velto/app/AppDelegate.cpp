@@ -118,9 +118,9 @@ void AppDelegate::followDesktop() {
 }
 
 void AppDelegate::limitSize() {
-  // Window managers resize from the minimum in steps of whole points that are also whole pixels.
-  // The initial size is a multiple of 4 points above the minimum, which is such a step at every
-  // common scale.
+  // Window managers resize in steps, counted from the minimum, that are whole points and whole
+  // pixels. To make the initial size reachable, raise the minimum to a multiple of 4 points below
+  // it; 4 points are such a step at every common scale.
   const auto smallest = [root = window_->rootObject()](const char* property, int initial) {
     constexpr double step = 4; // points
     const double spare = initial - root->property(property).toDouble();
@@ -237,7 +237,7 @@ void AppDelegate::scheduleShot(const QString& path) {
 }
 
 bool AppDelegate::submitScripted(double answer) {
-  // Reject a slot that fits no integer before anything is recorded.
+  // Grading aborts if a slot does not fit an integer: reject it before anything is recorded.
   if (session_.drill() == Drill::polarity && !(std::abs(answer) < 0x1p63)) {
     std::fputs("Velto: --answer is not a slot\n", stderr);
     return false;

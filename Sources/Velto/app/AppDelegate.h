@@ -1,5 +1,5 @@
-// The window, and what drives the session from outside: keys, focus, visibility, and the scripted
-// run that ends in a snapshot.
+// The window, and the events that control the session: keys, focus, visibility, and the scripted
+// run that ends with a snapshot.
 #pragma once
 
 #include "LaunchOptions.h"
@@ -28,7 +28,7 @@ class AppDelegate : public QObject {
   Q_OBJECT
 
 public:
-  // Creates the session, which starts the first trial and plays on devices from `makeDevice`.
+  // Creates the session, which starts the first trial and plays through devices from `makeDevice`.
   explicit AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice = systemOutput());
   ~AppDelegate() override;
 

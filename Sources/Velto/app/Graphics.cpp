@@ -7,7 +7,7 @@ namespace velto {
 void Graphics::prepare() {
   if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND"))
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-  // Qt darkens the stems of CFF fonts; light text on a dark background would look a weight bolder.
+  // Stem darkening of CFF fonts makes light text on a dark background look a weight bolder.
   constexpr const char* freetypeProperties = "FREETYPE_PROPERTIES";
   if (!qEnvironmentVariableIsSet(freetypeProperties))
     qputenv(freetypeProperties, "cff:no-stem-darkening=1");

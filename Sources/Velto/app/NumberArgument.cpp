@@ -27,7 +27,7 @@ bool isPlain(const Spelling& spelling) {
 }
 
 // True if an out-of-range literal underflowed rather than overflowed, which from_chars does not
-// distinguish. It underflowed if its first non-zero digit, shifted by the exponent, is behind the
+// distinguish. It underflowed if its first non-zero digit, shifted by the exponent, comes after the
 // point.
 bool isBelowOne(const Spelling& spelling) {
   const auto [text, format] = spelling;

@@ -32,7 +32,8 @@ namespace {
 
 using namespace velto;
 
-// Without a display, Qt aborts with a long message: exit with one line instead.
+// Qt's only expected fatal message is that there is no display: exit with one line instead of Qt's
+// long text and abort.
 void reportMessages(QtMsgType type, const QMessageLogContext&, const QString& text) {
   if (type == QtFatalMsg) {
     std::fputs("Velto: there is no display to open a window on\n", stderr);
@@ -74,9 +75,9 @@ int runWindow(int argc, char** argv, const LaunchOptions& options) {
   return QGuiApplication::exec();
 }
 
-// Fonts need a QGuiApplication, but no display. On construction it looks for a Wayland socket; in a
-// session without a runtime folder, Qt would create one in the temporary folder. An invalid TMPDIR
-// prevents that, because the check must change nothing on disk.
+// Fonts need a QGuiApplication, but no display. Its constructor looks for a Wayland socket in the
+// session's runtime folder; if there is none, Qt creates that folder in the temporary one. An
+// invalid TMPDIR prevents this, because the check must change nothing on disk.
 bool runBrandCheck(int argc, char** argv) {
   qInstallMessageHandler(reportMessages);
   qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -94,8 +95,8 @@ int statusOf(bool passed) {
 
 } // namespace
 
-// The first of the switches below that was given wins, wherever it is on the command line. Modes
-// without a window need no display, and only the brand check creates an application.
+// Of several switches, the first in the order below wins, regardless of their order on the command
+// line. Modes without a window need no display, and only the brand check creates an application.
 int main(int argc, char** argv) {
   StandardStreams::prepare();
   // This program as its own helper.

@@ -72,7 +72,7 @@ private:
     std::size_t length = 0; // frames of the loop; 0: nothing plays
     Line line;              // the course of the gain
 
-    // Before the frame riseEnd the gain follows another line, which joins `line` there.
+    // Until frame riseEnd, the gain follows a separate ramp that meets `line` there.
     std::uint64_t riseBegin = 0, riseEnd = 0;
     double riseFrom = 0, riseTo = 0;
   };
@@ -105,7 +105,7 @@ private:
   TripleBuffer<const Published*> latest_; // publisher writes, audio thread reads
 
   // Main thread only, or while nobody publishes.
-  std::vector<std::unique_ptr<const Published>> kept_; // all that may still be played, oldest first
+  std::vector<std::unique_ptr<const Published>> kept_; // those that may still play, oldest first
   std::uint64_t published_ = 0;                        // the number of the latest scene
 
   // Audio thread only.
@@ -120,7 +120,7 @@ private:
   std::array<double, tailFrames> tailFade_{}; // never written after construction
 
   // Audio thread writes, any thread reads.
-  std::atomic<std::uint64_t> adopted_{0}; // the number of `scene_`: no older scene is read again
+  std::atomic<std::uint64_t> adopted_{0}; // number of `scene_`; older scenes are no longer read
   std::atomic<std::uint64_t> publishedClock_{0};
   std::array<std::atomic<std::uint64_t>, Scene::maxSlots> publishedVolumes_{};
   static_assert(std::atomic<std::uint64_t>::is_always_lock_free);

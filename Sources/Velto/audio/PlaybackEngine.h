@@ -1,4 +1,4 @@
-// The interface through which a player uses the sound output.
+// The sound output as a player uses it.
 #pragma once
 
 #include "Scene.h"
@@ -31,13 +31,12 @@ public:
   [[nodiscard]] virtual std::optional<std::string> start() = 0;
 
   // Non-blocking start(). Returns true if the output is already open; otherwise requests opening
-  // and returns false, still stopped. When the opening ends, the callback of whenOpeningEnds()
-  // runs; the next start then finds the output open, or error() says why it is not. stop() cancels
-  // the request.
+  // and returns false, still stopped. Once the output is open or has failed to open, the callback
+  // of whenOpeningEnds() runs; call start() again, or see error(). stop() cancels the request.
   [[nodiscard]] virtual bool startAtOnce() = 0;
 
-  // Sets the callback for the end of an opening that startAtOnce() requested. It runs on another
-  // thread and must not call the engine.
+  // Sets the callback that runs when an opening requested by startAtOnce() has succeeded or failed.
+  // It runs on another thread and must not call the engine.
   virtual void whenOpeningEnds(std::function<void()> call) = 0;
 
   // State of the output; `opening` from the request on.
@@ -51,8 +50,8 @@ public:
   [[nodiscard]] virtual bool isRunning() const = 0;
 
   // Plays `slots` (at most Scene::maxSlots) as loops that start together and become audible
-  // `secondsToSound` from now. Fades in the slot `chosen`; none if out of range. Replaces what was
-  // playing. Call only while started.
+  // `secondsToSound` from now. Fades in the slot `chosen`; none if out of range. Replaces the slots
+  // that were playing. Call only while started.
   virtual void play(std::vector<Slot> slots, std::int64_t chosen, double secondsToSound,
                     Switching switching) = 0;
 
@@ -68,7 +67,7 @@ public:
 
   [[nodiscard]] virtual BusFormat outputFormat() const = 0;
 
-  // Waits for `duration` and returns the left channel of the output in that time.
+  // Blocks for `duration` and returns the left channel that the output played in that time.
   [[nodiscard]] virtual Samples captureLeft(std::chrono::milliseconds duration) = 0;
 };
 

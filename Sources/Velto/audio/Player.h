@@ -56,11 +56,11 @@ public:
   [[nodiscard]] std::optional<std::string> error() const { return engine_->error(); }
   void whenOpeningEnds(std::function<void()> call) { engine_->whenOpeningEnds(std::move(call)); }
 
-  // Writes a line to standard error that says why there is no sound.
+  // Writes the reason why there is no sound to standard error, in one line.
   static void reportFailure(const std::string& reason);
 
-  // Plays a fixed trial aloud for 1.2 s and checks that it leaves the engine's mixer at the
-  // expected level. Passes the lines of its report to `print`. True if it passed.
+  // Plays a fixed trial for 1.2 s and checks that the engine's mixer outputs it at the expected
+  // level. Passes the lines of its report to `print`. True if it passed.
   [[nodiscard]] static bool selfTest(std::unique_ptr<PlaybackEngine> engine,
                                      const SelfTest::Print& print);
 

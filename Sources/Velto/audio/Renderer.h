@@ -1,4 +1,4 @@
-// Interface of what computes the sound.
+// Interface of an audio source.
 #pragma once
 
 #include <cstddef>

@@ -11,10 +11,10 @@
 
 namespace velto {
 
-// How a switch gets from one slot to another, in 150 ms.
+// How a switch moves from one slot to another. Takes 150 ms.
 enum class Switching : std::uint8_t {
-  crossfade,     // both slots are heard meanwhile
-  throughSilence // down to silence, then up again: the level changes alike for any two slots
+  crossfade,     // both slots are audible during the switch
+  throughSilence // fades out, then in: the level dips in the same way for any two slots
 };
 
 // One state of playback and everything needed to render it. Immutable once published: each change
@@ -23,7 +23,7 @@ struct Scene {
   // How many slots can play at once.
   static constexpr std::size_t maxSlots = 3;
 
-  std::array<Slot, maxSlots> slots;   // no buffers where nothing plays
+  std::array<Slot, maxSlots> slots;   // without buffers if unused
   std::uint64_t startDelayFrames = 0; // from adoption to the first frame of all slots
   Switching switching = Switching::crossfade;
   std::int64_t chosen = 0; // the slot audible after the switch; none if out of range

@@ -12,7 +12,7 @@ namespace velto::Bench {
 // several sizes. Uses a temporary record. Main thread only.
 void run();
 
-// `count` answers dated now; ids and dates apart, the same on every call.
+// `count` answers dated now. Identical on every call, except for ids and dates.
 [[nodiscard]] std::vector<Attempt> syntheticAttempts(std::int64_t count);
 
 } // namespace velto::Bench

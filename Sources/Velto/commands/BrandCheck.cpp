@@ -25,7 +25,7 @@ namespace {
 constexpr int pointSize = 22;
 const QString wordmark = QStringLiteral("MORLA Velto");
 
-// Empty if no home is known.
+// Empty if there is no home directory.
 QString masterFile() {
   const auto home = Environment::ofProcess().home();
   if (!home)
@@ -59,7 +59,7 @@ std::optional<QFont> brandFont() {
   return font(family, QFont::Normal);
 }
 
-// Name record 6 of the face that is actually drawn. Records of the Windows platform are UTF-16.
+// Name record 6 of the face that Qt actually uses. Records of the Windows platform are UTF-16.
 std::string postScriptName(const QFont& font) {
   constexpr quint16 windowsPlatform = 3;
   constexpr quint16 postScriptNameId = 6;

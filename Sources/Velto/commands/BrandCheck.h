@@ -3,9 +3,9 @@
 
 namespace velto::BrandCheck {
 
-// Prints a line for each gate and the verdict. True if all gates passed. Every gate runs, except
-// that the last one needs the face. Changes nothing on disk. Needs a QGuiApplication. Main thread
-// only.
+// Prints a line for each gate and the verdict. True if all gates passed. A failed gate does not
+// stop the others, but the last one is skipped without the face. Changes nothing on disk. Needs a
+// QGuiApplication. Main thread only.
 [[nodiscard]] bool run();
 
 } // namespace velto::BrandCheck

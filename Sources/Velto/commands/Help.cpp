@@ -11,21 +11,19 @@ namespace velto {
 namespace {
 
 constexpr std::array allSwitches{
-    Help::Switch{"--fair", "", "only listening helps, and pink noise can be heard", true},
+    Help::Switch{"--fair", "", "fair trials without shortcuts, and audible pink noise", true},
     Help::Switch{"--drill", "DRILL", "start with frequency, level, dynamics or polarity", true},
-    Help::Switch{"--appearance", "LOOK", "light or dark, whatever the desktop prefers", true},
-    Help::Switch{"--shot", "FILE", "take a picture of the window (PNG) and end", true},
-    Help::Switch{"--answer", "NUMBER", "before --shot, answer: Hz, dB, or a slot from 0", true},
+    Help::Switch{"--appearance", "LOOK", "light or dark, regardless of the desktop", true},
+    Help::Switch{"--shot", "FILE", "save a screenshot of the window (PNG) and exit", true},
+    Help::Switch{"--answer", "NUMBER", "with --shot, answer first: Hz, dB or a slot from 0", true},
     Help::Switch{"--help", "", "print this text", false},
     Help::Switch{"--version", "", "print the version", false},
-    Help::Switch{"--probe", "", "measure the rendered sound against its design", false},
-    Help::Switch{"--bench-audio", "on|off",
-                 "play 25 s with or without a trial, to measure the load", false},
+    Help::Switch{"--probe", "", "compare the rendered sound with its design", false},
+    Help::Switch{"--bench-audio", "on|off", "run the player for 25 s, with a trial or idle", false},
     Help::Switch{"--brand-check", "", "check that the wordmark is drawn in its own face", false},
     Help::Switch{"--bench", "", "time the rendering and the statistics", false},
-    Help::Switch{"--audio-selftest", "", "check that what is played reaches the output", false},
-    Help::Switch{"--seed-demo", "", "fill the folder VELTO_PROFILE_DIR with made-up answers",
-                 false},
+    Help::Switch{"--audio-selftest", "", "check that sound reaches the mixer's output", false},
+    Help::Switch{"--seed-demo", "", "store demonstration answers in VELTO_PROFILE_DIR", false},
 };
 
 std::string lineOf(const Help::Switch& one) {
@@ -47,7 +45,7 @@ std::string linesOf(bool startsWindow) {
 std::string recordLine(const Environment& environment) {
   const auto location = ProfileLocation::find(environment);
   if (!location)
-    return std::string("nowhere: ") + ProfileLocation::noDirectory;
+    return std::string("unknown: ") + ProfileLocation::noDirectory;
   return Folders::absolute(location->file()).string();
 }
 
@@ -60,22 +58,23 @@ std::span<const Help::Switch> Help::switches() {
 std::string Help::text(const Environment& environment) {
   return "Usage: velto [SWITCH]...\n"
          "\n"
-         "Trains your ears: which band is boosted, how much louder, how much compressed,\n"
-         "in which version a channel is flipped. Without a switch it opens its window.\n"
+         "An ear trainer: find the boosted band, the level difference, the amount of\n"
+         "compression, or the version with a flipped channel. Opens a window, unless one\n"
+         "of the modes below is given.\n"
          "\n"
-         "The window:\n" +
+         "Window:\n" +
          linesOf(true) +
          "\n"
-         "Instead of the window, whichever comes first in this list:\n" +
+         "Modes without a window (of several, the first in this list runs):\n" +
          linesOf(false) +
          "\n"
-         "A switch that it does not know, or that lacks its value, is ignored. The status\n"
-         "is 0 for done or passed, 1 for a failure.\n"
+         "Unknown switches, and switches without their value, are ignored. The exit status\n"
+         "is 0 on success and 1 on failure.\n"
          "\n"
-         "The record of your answers is profile.json in the folder \"MORLA Velto\" of\n" +
+         "Your answers are stored in profile.json in the folder \"MORLA Velto\" of\n" +
          ProfileLocation::dataDirectoryInWords +
          ", or in the folder that\n"
-         "VELTO_PROFILE_DIR names. With the present environment that is\n"
+         "VELTO_PROFILE_DIR names. In the current environment that is\n"
          "  " +
          recordLine(environment);
 }

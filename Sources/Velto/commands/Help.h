@@ -20,7 +20,7 @@ struct Switch {
 [[nodiscard]] std::span<const Switch> switches();
 
 // The text of --help, without the last line feed. Lines fit 80 columns, except the path of the
-// record. It is looked up in `environment`, and there may be none.
+// record, which depends on `environment` and may be unknown.
 [[nodiscard]] std::string text(const Environment& environment);
 
 // "velto 1.2.3".

@@ -1,4 +1,4 @@
-// Runs the player, to be measured by other tools.
+// Runs the player, so that other tools can measure its load.
 #pragma once
 
 #include "OutputDevice.h"

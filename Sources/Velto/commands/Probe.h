@@ -8,8 +8,8 @@
 
 namespace velto::Probe {
 
-// Runs all gates and prints a line for each check and a summary. True if no check failed. Every
-// check runs. Uses a temporary record.
+// Runs all gates, even after a failure, and prints a line for each check and a summary. True if no
+// check failed. Uses a temporary record.
 [[nodiscard]] bool run();
 
 // Counts and prints one check.
@@ -24,7 +24,7 @@ void line(std::string_view text);
 [[nodiscard]] double envelopeSpreadDB(std::span<const float> x, double windowMS);
 
 // Correlation of two channels without removing their means: 1 for identical channels, -1 for
-// opposite ones, 0 for silence. Only frames that both channels have count.
+// opposite ones, 0 for silence. Frames beyond the shorter channel are ignored.
 [[nodiscard]] double correlation(std::span<const float> l, std::span<const float> r);
 
 } // namespace velto::Probe

@@ -8,10 +8,10 @@
 
 namespace velto {
 
-// While it exists, profiles are created in a new folder in the system's temporary directory; the
-// destructor removes the folder. Sets VELTO_PROFILE_DIR and restores it: of several objects the
-// latest wins, and no other thread may use the environment meanwhile. If the folder cannot be
-// written, profiles have no file. Main thread only.
+// While it exists, new profiles use a folder of their own in the system's temporary directory; the
+// destructor removes the folder. Sets VELTO_PROFILE_DIR and restores it, so the latest of several
+// objects wins, and no other thread may use the environment during construction and destruction. If
+// the folder cannot be written, profiles are not saved. Main thread only.
 class TemporaryRecord {
 public:
   // The folder's name is `prefix` followed by a UUID.

@@ -25,7 +25,7 @@ public:
     mixer.releaseAllButLatest();
   }
 
-  // Reads the clock without a system call.
+  // Reading the steady clock is not a system call: the vDSO does it in user space.
   void render(float* interleaved, std::size_t frames) noexcept override {
     const auto begin = std::chrono::steady_clock::now();
     mixer.render(interleaved, frames);

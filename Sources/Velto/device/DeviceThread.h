@@ -15,8 +15,8 @@
 
 namespace velto {
 
-// A renderer with callbacks for the begin and the end of a stream. Both run while nobody renders,
-// on any thread, and must not call the DeviceThread.
+// A renderer with callbacks for the begin and the end of a stream. Both run on any thread,
+// never concurrently with render(), and must not call the DeviceThread.
 class StreamRenderer : public Renderer {
 public:
   // `latencyFrames` is the length of the stream's buffer.
@@ -34,7 +34,7 @@ public:
 // Main thread only.
 class DeviceThread {
 public:
-  // Time limits, apart from tests always these.
+  // Time limits. Only tests change them.
   struct Limits {
     std::chrono::milliseconds opening{10'000}; // then the opening has failed
     std::chrono::milliseconds closing{2000};   // then the next opening does not wait for it
@@ -46,7 +46,7 @@ public:
   // open() or openAndWait().
   DeviceThread(OutputDeviceFactory makeDevice, std::shared_ptr<StreamRenderer> renderer,
                std::chrono::milliseconds closeDelay, const Limits& limits);
-  // Closes the device and waits for that. If it does not close in time, gives its thread up.
+  // Closes the device and waits until it is closed. If that takes too long, gives its thread up.
   ~DeviceThread();
 
   DeviceThread(const DeviceThread&) = delete;
@@ -70,7 +70,8 @@ public:
   // runs on the device thread and must not call this object.
   void whenOpeningEnds(std::function<void()> call);
 
-  // True from the request for an opening to its end, even while an earlier device still closes.
+  // True from the request for an opening until it has succeeded or failed, even while an earlier
+  // device is still closing.
   [[nodiscard]] bool isOpening() const;
   [[nodiscard]] bool isOpen() const; // as keepOpen() says
 

@@ -143,7 +143,7 @@ public:
     return knowsServer_ && !knew;
   }
 
-  // Not queried from the library, which aborts if queried after an error.
+  // cubeb aborts if the latency is queried after an error, so return the requested one.
   [[nodiscard]] std::size_t latencyFrames() const override { return outputLatencyFrames; }
 
 private:
@@ -203,7 +203,7 @@ private:
       static_cast<CubebDevice*>(device)->failed_.store(true);
   }
 
-  static constexpr const char* noOutput = "no sound server and no sound card answers";
+  static constexpr const char* noOutput = "no sound server or sound card is available";
 
   const std::shared_ptr<System> system_;
   Renderer* renderer_ = nullptr;

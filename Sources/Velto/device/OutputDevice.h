@@ -11,13 +11,13 @@
 
 namespace velto {
 
-// Factor applied to every rendered sample: -6.02 dB, exactly. Every material has an RMS level of
-// -20 dB, but drum hits reach up to 6 dB above full scale where a drill makes them louder, and a
+// Factor applied to every rendered sample: -6.02 dB; halving is exact. Every material has an RMS
+// level of -20 dB, but in the level drill drum hits peak about 6 dB above full scale, and the
 // converter would clip them.
 inline constexpr float outputHeadroom = 0.5F;
 
-// Requested output latency: 60 ms. On two busy cores, the longest gap between callbacks was 40 ms
-// in a minute.
+// Requested output latency: 60 ms. On two busy cores, the longest gap between callbacks within a
+// minute was 40 ms.
 inline constexpr std::size_t outputLatencyFrames = 2880;
 
 // The body of the device's callback: `renderer` fills the block, then the headroom is applied.

@@ -21,11 +21,11 @@ struct CallbackCounts {
 //
 // A callback fills the output's buffer: the requested latency (`outputLatencyFrames`, 60 ms), or
 // the largest block requested so far if that is longer. The next callback must end before the
-// buffer is empty. From the beginning of one callback to the end of the next,
-// - more than three quarters of the buffer (45 ms) count as late: PulseAudio keeps the last quarter
-//   in the sink, so the stream itself has run dry. This is audible only if the previous callback
-//   was delayed as well;
-// - more than the whole buffer (60 ms) count as missed: a dropout.
+// buffer is empty. The time from the beginning of one callback to the end of the next decides:
+// - more than three quarters of the buffer (45 ms): late. PulseAudio keeps the last quarter in the
+//   sink, so the stream itself has run dry; this is audible only if the previous callback was
+//   delayed as well;
+// - more than the whole buffer (60 ms): missed. A dropout.
 //
 // The first interval of a stream is ignored, because the output starts to play some time after its
 // first block.

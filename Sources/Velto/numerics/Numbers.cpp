@@ -19,7 +19,7 @@ void appendText(std::string& text, Number value, Format... format) {
   std::array<char, longestNumber> buffer; // NOLINT(*-member-init): to_chars writes it first
   const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, format...);
   if (result.ec != std::errc{})
-    fatalError("a number does not fit into its text");
+    fatalError("a formatted number exceeds its buffer");
   text.append(buffer.data(), result.ptr);
 }
 

@@ -5,7 +5,7 @@
 
 namespace velto {
 
-// Runs `work` in the C locale on the calling thread, whatever the process's locale. Any thread.
+// Runs `work` on the calling thread in the C locale, regardless of the process's. Any thread.
 void runInCLocale(const std::function<void()>& work);
 
 } // namespace velto

@@ -25,7 +25,7 @@ struct Environment {
   [[nodiscard]] std::optional<std::filesystem::path> absolutePath(const char* name) const;
 
   // Sets a variable of this process, or removes it if `value` is nullopt. No other thread may use
-  // the environment meanwhile.
+  // the environment during the call.
   static void setVariable(const char* name, const std::optional<std::string>& value);
 };
 

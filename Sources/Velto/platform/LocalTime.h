@@ -7,7 +7,7 @@
 namespace velto::LocalTime {
 
 // Reads the time zone again: the variable TZ, else the system's. No other thread may change the
-// environment meanwhile.
+// environment during the call.
 void readTimeZone();
 
 // Local calendar date and time of day at `time`; nullopt if the year does not fit. Any thread.

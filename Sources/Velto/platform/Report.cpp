@@ -19,7 +19,7 @@ std::string spaces(std::string_view text, std::size_t width) {
 
 void Report::line(std::string_view text) {
   const int error = StandardStreams::writeToOutput(std::string(text) + '\n');
-  // A reader that closed the pipe has read what it wanted.
+  // A closed pipe is not an error: the reader has all that it wanted.
   if (error == 0 || error == EPIPE || hasFailed)
     return;
   hasFailed = true;

@@ -11,7 +11,7 @@ namespace velto::Report {
 
 // Writes `text` and a line feed to standard output, unbuffered, to keep the order with other
 // output. Reports the first failure on standard error; later lines are still tried. A closed pipe
-// is no failure.
+// does not count as a failure.
 void line(std::string_view text);
 
 // True unless a line could not be written.

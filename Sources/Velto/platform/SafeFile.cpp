@@ -51,7 +51,7 @@ bool diskFailed() {
   return errno == ENOSPC || errno == EDQUOT || errno == EIO;
 }
 
-// True to go on saving: with a complete backup, or without one if the folder takes no new file.
+// True if the save may proceed: the backup is complete, or no file can be created in the folder.
 bool makeBackup(const fs::path& file, std::string_view bytes) {
   const fs::path part = SafeFile::backupPart(file);
   ::unlink(part.c_str()); // left by an interrupted save
@@ -69,7 +69,8 @@ bool makeBackup(const fs::path& file, std::string_view bytes) {
   return goesOn;
 }
 
-// Truncates first: an interrupted write then never leaves a mixture that might parse.
+// Truncates first: otherwise an interrupted write could leave a mixture of old and new bytes that
+// still parses.
 bool writePlainly(const fs::path& file, std::string_view bytes) {
   constexpr mode_t everyone = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
   // O_NONBLOCK: fail on a pipe without a reader instead of waiting for one.

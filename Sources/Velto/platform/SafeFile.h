@@ -4,8 +4,8 @@
 //   1. writes the new bytes to a partial backup and renames it: a backup is always complete,
 //   2. overwrites the file itself,
 //   3. removes the backup.
-// At any time the file or its backup is complete, unless the folder takes no new files. A backup
-// left by an interrupted save is removed by the next successful one.
+// At any time the file or its backup is complete, unless no file can be created in the folder. A
+// backup left by an interrupted save is removed by the next successful one.
 //
 // There is no fsync: this protects against a crash, a full disk and write errors, not against a
 // loss of power.
@@ -31,8 +31,9 @@ inline constexpr std::uintmax_t mostBytes = std::uintmax_t{1} << 30;
 [[nodiscard]] std::filesystem::path backupPart(const std::filesystem::path& file);
 
 // Saves `bytes`. Returns false on failure; load() then finds the previous bytes or the new ones. If
-// the folder takes no new files there is no backup, and an interrupted or failed write can lose the
-// file. Waits up to 250 ms for other programs that lock the folder, then fails. Any thread.
+// no file can be created in the folder, there is no backup, and an interrupted or failed write can
+// lose the file. Waits up to 250 ms for other programs that lock the folder, then fails. Any
+// thread.
 bool write(const std::filesystem::path& file, std::string_view bytes);
 
 // The bytes of a regular file; nullopt if it cannot be read. Any thread.

@@ -48,8 +48,8 @@ std::optional<WallClock> wallClockAt(std::int64_t moment) {
   return WallClock{day, day * secondsInDay + secondOfDay - moment};
 }
 
-// The last moment from `inside` towards `limit`, at most a day away, with the day and offset of
-// `inside`: `limit` itself unless the offset changes on the way.
+// Extends a day from `inside` towards `limit`, at most a day away: returns the farthest moment that
+// has the same day and UTC offset. That is `limit` unless the offset changes on the way.
 std::int64_t reach(std::int64_t inside, std::int64_t limit, const WallClock& local) {
   if (wallClockAt(limit) == local)
     return limit;
@@ -76,7 +76,7 @@ std::optional<Calendar::Day> Calendar::day(Date date) {
   const auto local = wallClockAt(moment);
   if (!local)
     return std::nullopt;
-  // So far from now a double holds neither every second nor a day's bounds: cache nothing.
+  // Beyond this, a double may not hold a day's bounds exactly: cache nothing.
   if (std::abs(moment) > std::int64_t{1} << 52) {
     begin_ = end_ = 0;
     return local->day;

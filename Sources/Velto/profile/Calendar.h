@@ -13,8 +13,8 @@ namespace velto {
 // morning, or be missing where a country crossed the date line. No date lies on a missing day.
 //
 // Reads the process's time zone at construction. Caches the bounds of the last day found, so that
-// successive dates on one day cost a comparison. One object belongs to one thread; no other thread
-// may change the environment meanwhile.
+// successive dates on one day cost only a comparison each. One object belongs to one thread; no
+// other thread may change the environment during a call.
 class Calendar {
 public:
   using Day = std::int64_t; // since 1970-01-01
@@ -24,7 +24,7 @@ public:
   // nullopt if `date` is not finite, or too far away for the system's calendar.
   [[nodiscard]] std::optional<Day> day(Date date);
 
-  // True if `date` is known to lie on the day that day() last found. May be false even if it does.
+  // True if `date` is known to be on the day that day() last found. May be false even if it is.
   [[nodiscard]] bool isOnSameDay(Date date) const {
     const double seconds = date.secondsSinceReferenceDate + Date::referenceSince1970;
     return seconds >= begin_ && seconds < end_;

@@ -22,7 +22,7 @@ namespace velto::Coding {
 [[nodiscard]] std::optional<std::string> encode(const BandRoll& roll);
 [[nodiscard]] std::optional<std::string> encode(const Stored& stored);
 
-// The value in `text`; nullopt if the whole of `text` is not such a value.
+// Decodes `text`; nullopt unless all of it is one value of that type.
 [[nodiscard]] std::optional<Trial> decodeTrial(std::string_view text);
 [[nodiscard]] std::optional<Staircase> decodeStaircase(std::string_view text);
 [[nodiscard]] std::optional<Attempt> decodeAttempt(std::string_view text);

@@ -3,7 +3,7 @@
 
 namespace velto {
 
-// A date is any number of seconds, including fractions. Dates beyond the calendar belong to no day.
+// Any number of seconds, including fractions. Dates out of the calendar's range have no day.
 struct Date {
   double secondsSinceReferenceDate = 0; // since 2001-01-01 00:00:00 UTC, without leap seconds
 

@@ -6,8 +6,8 @@
 //
 // Writing follows the order of the table and omits an empty std::optional. Reading takes members in
 // any order, skips unknown ones, and fails if a required member is missing or a value has the wrong
-// type. An optional member may be missing or null. Of duplicate members
-// the last one wins, but each must be valid.
+// type. An optional member may be missing or null. Of duplicate members the last one wins, but each
+// must be valid.
 #pragma once
 
 #include "Date.h"

@@ -29,8 +29,8 @@ public:
   // Answers kept in detail; older ones are rolled up.
   static constexpr std::size_t detailRows = 5000;
 
-  // Finds the file from the process's environment, moves an earlier version's file there, loads it
-  // and, if there was one to load, computes the statistics.
+  // Locates the file from the process's environment, moves an earlier version's file there, and
+  // loads it. Computes the statistics if it could be loaded.
   Profile();
   explicit Profile(const ProfileLocation& location);
 

@@ -33,8 +33,8 @@ struct Attempt {
   bool operator==(const Attempt&) const = default;
 };
 
-// Totals of old `frequency` answers in one band. They are sums and counts, so that mean error and
-// share of hits over roll-up and rows equal those over all answers ever given.
+// Totals of old `frequency` answers in one band. Sums and counts rather than averages, so that the
+// mean error and the share of hits over roll-up and rows are those of all answers ever given.
 struct BandRoll {
   std::int64_t attempts = 0;
   std::int64_t hits = 0; // of those

@@ -27,7 +27,8 @@ void addTo(BandTable& table, const Attempt& attempt) {
     table[static_cast<std::size_t>(*attempt.bandIndex)].add(attempt);
 }
 
-// Days with practice, and today's number of answers. Successive dates on one day cost a comparison.
+// Days with practice, and today's number of answers. A date on the same day as the one before it
+// costs only a comparison.
 class PracticeDays {
 public:
   explicit PracticeDays(Date now) : today_(calendar_.day(now)), isToday_(today_.has_value()) {}
@@ -47,7 +48,7 @@ public:
   }
 
 private:
-  // False if `date` lies on no day.
+  // False if the calendar has no day for `date`.
   bool enterDayOf(Date date) {
     const auto day = calendar_.day(date);
     if (!day)

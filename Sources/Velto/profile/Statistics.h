@@ -43,10 +43,10 @@ inline constexpr std::int64_t answersToNameABand = 3; // answers a band needs to
 inline constexpr std::size_t accuracyWindow = 30;     // newest answers of a drill
 inline constexpr std::size_t curveLength = 60;        // newest answers of a drill
 
-// The statistics at the moment `now`, in one pass over `attempts`, oldest first. A date that lies
-// on no day counts neither for the streak nor for today. Days are local: the time zone (the
+// The statistics at the moment `now`, in one pass over `attempts`, oldest first. Dates out of the
+// calendar's range count neither for the streak nor for today. Days are local: the time zone (the
 // variable TZ, else the system's) is read again on each call. Any thread; no other thread may
-// change the environment meanwhile.
+// change the environment during the call.
 [[nodiscard]] Stats compute(std::span<const Attempt> attempts,
                             const std::map<std::int64_t, BandRoll>& lifetime, Date now);
 

@@ -24,13 +24,13 @@ double defaultAnswer(Drill drill) {
   case Drill::polarity:
     return -1.0; // no slot chosen yet
   }
-  fatalError("an unknown drill");
+  fatalError("unknown drill");
 }
 
 std::uint64_t wholeSeconds(double secondsSince1970) {
   // 2^64 is the first double above the range.
   if (!(secondsSince1970 >= 0 && secondsSince1970 < 0x1p64))
-    fatalError("the clock shows a time that no trial can be made from");
+    fatalError("the system time is out of range");
   return static_cast<std::uint64_t>(secondsSince1970);
 }
 

@@ -28,29 +28,29 @@ struct WorkQueues {
   std::function<void(Work)> main;       // runs work on the main thread, in the order of the calls
 };
 
-// Failures of the record's file are not reported. Failures of playback are reported by the player,
-// or by followSound() if the player opens its output in the background.
+// Errors of the profile file are not reported. Errors of playback are reported by the player, or by
+// followSound() if the player opens its output in the background.
 class Session {
 public:
   // How trials are made and played.
   enum class Trials : std::uint8_t {
     standard,
-    fair // only listening passes: seeds are mixed, so that targets take their whole range; noise is
-         // audible; slots of a polarity trial are switched through silence
+    fair // can only be passed by listening: seeds are mixed, so that targets take their whole
+         // range; noise is audible; polarity trials switch slots through silence
   };
 
   // The length of a rendered trial.
   static constexpr double trialSeconds = 3.2;
 
-  // Starts two trials of `drill`, one after the other; the audio of the first is dropped when it
-  // arrives. `secondsSince1970` seeds them. Aborts unless it is at least 0 and below 2^64.
+  // Starts two trials of `drill` in succession; the second replaces the first, whose audio is
+  // discarded. `secondsSince1970` seeds them. Aborts unless it is at least 0 and below 2^64.
   Session(Drill drill, WorkQueues queues, std::unique_ptr<Player> player, double secondsSince1970,
           Trials trials = Trials::standard);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  // What a notification is about: a published field, or the practice record.
+  // The subject of a notification: a published field, or the practice record.
   enum class Field : std::uint8_t {
     drill,
     material,
@@ -100,8 +100,8 @@ public:
   [[nodiscard]] bool canSubmit() const;
   // Grades the pending answer and records it. A no-op unless canSubmit().
   void submit();
-  // Stops playback until resume(); a trial that is rendered meanwhile stays silent. A no-op while
-  // suspended.
+  // Stops playback until resume(). Until then, newly rendered trials do not play either. A no-op
+  // while suspended.
   void suspend();
   // Ends a suspension and plays the slots again, with the current one audible.
   void resume();

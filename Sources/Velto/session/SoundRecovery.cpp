@@ -19,7 +19,7 @@ SoundRecovery::Step SoundRecovery::next(Sound sound, Time now) {
   case Sound::ready:
     return {.load = true, .report = false};
   case Sound::refused: {
-    // The failed opening was the first try, whoever requested it.
+    // The failed opening counts as the first try, no matter who requested it.
     if (!nextTry_)
       nextTry_ = now + wait_;
     const bool load = tryAgain(now);

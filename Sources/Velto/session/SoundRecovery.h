@@ -6,8 +6,8 @@
 
 namespace velto {
 
-// An outage begins when sound that is due stops or does not start, and ends when it plays. It is
-// reported once, as soon as an opening has failed or has taken `openingPatience`. Lost sound is
+// An outage begins when sound that should play stops or does not start, and ends when it plays. It
+// is reported once, as soon as an opening has failed or has taken `openingPatience`. Lost sound is
 // retried at once, then after 0.5 s, and every second.
 //
 // The caller supplies the time. Main thread only.
@@ -25,7 +25,7 @@ public:
     ready,   // the output is open, but nothing has been loaded into it
     opening, // the output is being opened
     refused, // the last opening failed
-    lost,    // the output broke, or has not been requested
+    lost,    // the output has failed, or has not been requested
   };
 
   struct Step {
@@ -35,10 +35,10 @@ public:
     bool operator==(const Step&) const = default;
   };
 
-  // What to do now. Call while sound is due.
+  // What to do now. Call while sound should play.
   [[nodiscard]] Step next(Sound sound, Time now);
 
-  // Call while no sound is due. Does not end an outage.
+  // Call while no sound should play. Does not end an outage.
   void rest() { openingSince_.reset(); }
 
 private:

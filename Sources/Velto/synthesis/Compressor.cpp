@@ -37,13 +37,13 @@ public:
   }
 
 private:
-  static constexpr double unknown = 0; // also the level of full scale, then recomputed
+  static constexpr double unknown = 0; // full scale has this level too and is never cached
   std::span<const float> x_;
   std::vector<double> levelsDB_;
 };
 
-// An amplitude below which no sample is reduced at `thresholdDB`. It lies below the knee by far
-// more than the rounding errors of log10 and pow; 0 if the knee is near the detector's floor.
+// Samples below this amplitude are not reduced at `thresholdDB`. The margin to the knee is far
+// larger than the rounding errors of log10 and pow. 0 if the knee is near the detector's floor.
 float idleBelow(double thresholdDB) {
   const double knee = std::pow(10.0, (thresholdDB - halfKneeDB) / 20);
   return knee > 2 * detectorFloor ? static_cast<float>(knee * (1 - 1e-6)) : 0.0f;

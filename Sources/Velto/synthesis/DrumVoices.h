@@ -1,5 +1,5 @@
-// Tables of the drum voices, shared by all loops: the complete kick; tone and envelope of the
-// snare, and envelopes of the hi-hat, without their noise.
+// Precomputed tables of the drum voices, shared by all loops. The kick is complete. Snare and
+// hi-hat lack their noise, which differs for each hit.
 #pragma once
 
 #include <vector>

@@ -47,7 +47,7 @@ float fillSource(std::span<float> out, const Trial& trial, Noise noise) {
   case Material::pad:
     return Signals::fillPad(out, trial.seed);
   }
-  fatalError("an unknown material");
+  fatalError("unknown material");
 }
 
 // Fills `out` with the trial's material at its output level. Returns that level in dB.
@@ -130,7 +130,7 @@ std::vector<Slot> Drills::render(const Trial& trial, double seconds, Noise noise
   case Drill::polarity:
     return polaritySlots(trial, seconds, noise);
   }
-  fatalError("an unknown drill");
+  fatalError("unknown drill");
 }
 
 } // namespace velto

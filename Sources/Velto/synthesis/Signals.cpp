@@ -129,8 +129,8 @@ public:
     return next([](std::size_t) {});
   }
 
-  // Same, and calls `meanwhile` with 0 to blockFrames / 2 - 1 on the way. Interleaving hides the
-  // latency of dependent operations such as a filter's.
+  // Same, and calls `meanwhile` with 0 to blockFrames / 2 - 1 between oscillators. Interleaving
+  // hides the latency of dependent operations such as a filter's.
   template <typename Meanwhile>
   Block next(Meanwhile meanwhile) {
     Block sums{};
@@ -187,7 +187,7 @@ float gainToOutputLevel(std::span<const float> x) {
   return Measure::gainFrom(Measure::rmsDB(x), outputLevelDB);
 }
 
-// A material at its output level: what `fill` renders, times the gain that it returns.
+// Renders a material with `fill`, and applies the gain that it returns.
 template <typename Fill>
 Samples leveled(double seconds, std::uint64_t seed, Fill fill) {
   Samples out(Signals::frameCount(seconds));

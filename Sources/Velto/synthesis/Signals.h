@@ -2,7 +2,7 @@
 //
 // Materials are computed from a duration and a 64-bit seed, bit-identical on every call. Their RMS
 // level is -20 dB; peaks may exceed full scale. Pure functions. Any thread but the audio thread:
-// functions that return samples allocate, and the first drums build tables (DrumVoices).
+// functions that return samples allocate, and the first drum loop builds tables (DrumVoices).
 #pragma once
 
 #include "DSP.h"
@@ -41,26 +41,26 @@ namespace Signals {
 [[nodiscard]] Samples pad(double seconds, std::uint64_t seed);
 
 // A stereo pair (left, right) from `mono`: left is `mono`, right is c * mono + (1 - c) * noise,
-// brought to the level of `mono`. The noise is low-passed at 6 kHz and has the level of `mono`. c
-// is `correlation`, from 0 to 1; with c = 1 both channels are equal up to rounding. Drums and pad
-// then measure a correlation of c / sqrt(c^2 + (1 - c)^2); pink noise as drawn measures more,
-// because it shares its mean with the noise.
+// normalised to the level of `mono`. The noise is low-passed at 6 kHz and has the level of `mono`.
+// c is `correlation`, from 0 to 1; with c = 1 both channels are equal up to rounding. The measured
+// correlation of drums and pad is c / sqrt(c^2 + (1 - c)^2); that of pink noise as drawn is higher,
+// because it has the same mean as the noise.
 [[nodiscard]] std::pair<Samples, Samples> stereoise(std::span<const float> mono, double correlation,
                                                     std::uint64_t seed,
                                                     Noise noise = Noise::asDrawn);
 
-// The same materials before they are brought to their level: fills all of `out` and returns the
-// gain to -20 dB RMS.
+// pink() without the final normalisation: fills all of `out` and returns the gain that brings it to
+// -20 dB RMS.
 [[nodiscard]] float fillPink(std::span<float> out, std::uint64_t seed,
                              Noise noise = Noise::asDrawn);
-// As fillPink().
+// Same for drums().
 [[nodiscard]] float fillDrums(std::span<float> out, std::uint64_t seed);
-// As fillPink().
+// Same for pad().
 [[nodiscard]] float fillPad(std::span<float> out, std::uint64_t seed);
 
-// The right channel of stereoise() before it is brought to its level: fills `out`, which must have
-// the length of `mono` and must not overlap it, and returns the gain to `levelDB`, the level of
-// `mono` in dB.
+// The right channel of stereoise() without the final normalisation: fills `out`, which must have
+// the length of `mono` and must not overlap it, and returns the gain that brings it to `levelDB`,
+// the level of `mono` in dB.
 [[nodiscard]] float fillDecorrelated(std::span<float> out, std::span<const float> mono,
                                      double levelDB, double correlation, std::uint64_t seed,
                                      Noise noise = Noise::asDrawn);

@@ -9,7 +9,7 @@
 
 namespace velto {
 
-// Shared ownership of immutable samples. Copies share the samples, and several buffers may lie in
+// Shared ownership of immutable samples. Copies share the samples, and several buffers may share
 // one allocation. As thread-safe as std::shared_ptr.
 class SharedSamples {
 public:

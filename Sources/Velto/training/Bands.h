@@ -1,4 +1,4 @@
-// The third-octave grid that target frequencies are drawn from and answers are given on.
+// The third-octave grid of target frequencies and answers.
 #pragma once
 
 #include <array>

@@ -29,12 +29,12 @@ namespace Drills {
 
 // Generates a trial; the same arguments give the same trial, bit for bit. A `difficulty` outside 0
 // to 100 is stored as passed, but clamped for the targets. From difficulty 0 to 100:
-// - frequency: the boost falls from 12 to 3 dB and its Q rises from 2 to 5, on any band;
+// - frequency: the boost falls from 12 to 3 dB and its Q rises from 2 to 5; any band;
 // - level: the largest target falls from 6 to 0.4 dB; targets are 45 to 100 % of it, in steps of
 //   0.05 dB;
 // - dynamics: the largest target falls from 12 to 2 dB; targets are 40 to 100 % of it, in steps of
 //   0.1 dB;
-// - polarity: the correlation falls from 1 to 0.35, for any of three slots.
+// - polarity: the correlation falls from 1 to 0.35; any of three slots is flipped.
 [[nodiscard]] Trial makeTrial(double difficulty, Material material, std::uint64_t seed,
                               Drill drill);
 

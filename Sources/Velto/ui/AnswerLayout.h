@@ -30,7 +30,7 @@ public:
   [[nodiscard]] static double markerWidth() { return StripLayout::markerWidth; }
   [[nodiscard]] static double chipHeight() { return ChipLayout::chipHeight; }
 
-  // The width of a tick in whole device pixels, so that all ticks look alike.
+  // The width of a tick, in points, rounded to whole device pixels so that all ticks look alike.
   [[nodiscard]] Q_INVOKABLE static double tickWidth(double devicePixelRatio) {
     return DevicePixels::wholeWidth(StripLayout::tickWidth, devicePixelRatio);
   }

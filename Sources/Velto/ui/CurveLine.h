@@ -8,8 +8,8 @@
 
 namespace velto {
 
-// Draws the difficulties (0 to 100) as Progress::curve places them. `overhang` is a margin inside
-// the item's edges, for the part of the line's width that lies beyond the outermost points.
+// Draws the points that Progress::curve computes for the difficulties (0 to 100). `overhang` is a
+// margin inside the item's edges, for the half of the line's width beyond the outermost points.
 class CurveLine : public QQuickPaintedItem {
   Q_OBJECT
   QML_ELEMENT

@@ -10,7 +10,7 @@ namespace velto {
 class FocusStop;
 
 // A ring around the FocusStop with the window's focus, on whole pixels at every scale. It appears
-// when a key moves the focus or a choice and disappears when a mouse button is pressed. It must lie
+// when a key moves the focus or a choice and disappears when a mouse button is pressed. It must be
 // above all other items, in a parent at the window's origin. Main thread only.
 class FocusRing : public QQuickPaintedItem {
   Q_OBJECT

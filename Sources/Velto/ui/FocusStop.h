@@ -1,4 +1,4 @@
-// An item that the Tab key stops at.
+// An item in the tab order.
 #pragma once
 
 #include "KeyMoves.h"
@@ -19,8 +19,8 @@ class FocusStop : public QQuickItem {
   Q_PROPERTY(double ringRadius MEMBER ringRadius_ NOTIFY ringRadiusChanged FINAL)
   // If true, assistive technology sees the item as a ButtonAccess.
   Q_PROPERTY(bool isButton MEMBER isButton_ NOTIFY isButtonChanged FINAL)
-  // True if pressing the item has an effect. Unlike `enabled`, turning this off keeps the focus
-  // here until the listener moves on.
+  // True if pressing the item has an effect. Unlike `enabled`, turning this off does not take the
+  // focus away.
   Q_PROPERTY(bool available MEMBER available_ NOTIFY availableChanged FINAL)
 
 public:

@@ -1,4 +1,4 @@
-// The session as the practice view sees it: properties to bind to and operations to call.
+// The session, for the practice view: properties to bind to and operations to call.
 #pragma once
 
 #include "Session.h"
@@ -11,12 +11,12 @@
 
 namespace velto {
 
-// Adapts a Session for QML. There is a signal for each field of the session that properties depend
-// on. Main thread only.
+// Adapts a Session for QML, with a signal for each session field that properties depend on. Main
+// thread only.
 class PracticeModel : public QObject {
   Q_OBJECT
   QML_ELEMENT
-  QML_UNCREATABLE("the application makes it")
+  QML_UNCREATABLE("created by the application")
 
   // Indices into Drill::allCases and Material::allCases, and their names there.
   Q_PROPERTY(int drill READ drill WRITE setDrill NOTIFY drillChanged FINAL)

@@ -1,4 +1,4 @@
-// The listener's progress as the side panel sees it.
+// The listener's progress, for the side panel.
 #pragma once
 
 #include "Progress.h"
@@ -16,7 +16,7 @@ namespace velto {
 class ProgressModel : public QObject {
   Q_OBJECT
   QML_ELEMENT
-  QML_UNCREATABLE("the application makes it")
+  QML_UNCREATABLE("created by the application")
 
   Q_PROPERTY(QString streak READ streak NOTIFY recordChanged FINAL)
   Q_PROPERTY(QString today READ today NOTIFY recordChanged FINAL)
@@ -57,7 +57,7 @@ public:
 Q_SIGNALS:
   void drillChanged();
   void recordChanged();
-  // The current drill's part of the record. Sent with either of the others.
+  // The current drill's part of the record has changed. Sent with either of the others.
   void drillRecordChanged();
 
 private:

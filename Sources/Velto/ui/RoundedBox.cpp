@@ -94,7 +94,7 @@ void RoundedBox::lay() {
 void RoundedBox::paint(QPainter& painter) const {
   painter.setRenderHint(QPainter::Antialiasing);
   QRectF bounds = bounds_;
-  if (insetTop_ > 0) // the rest keeps its exact height
+  if (insetTop_ > 0) // not snapped: the height below the inset stays exact
     bounds.setTop(std::max(bounds.top(), bounds.bottom() - (height() - insetTop_)));
   if (color_.alpha() > 0)
     painter.fillPath(roundedOutline(bounds, radius_, continuous_), color_);

@@ -1,4 +1,4 @@
-// The part of a scale that keyboard and assistive technology operate.
+// The part of a scale that handles the keyboard and assistive technology.
 #pragma once
 
 #include "FocusStop.h"
@@ -16,7 +16,7 @@ class ScaleHandle : public velto::FocusStop {
   Q_PROPERTY(double value READ value WRITE ask NOTIFY valueChanged FINAL)
   Q_PROPERTY(double minimumValue MEMBER minimumValue_ NOTIFY rangeChanged FINAL)
   Q_PROPERTY(double maximumValue MEMBER maximumValue_ NOTIFY rangeChanged FINAL)
-  Q_PROPERTY(double stepSize MEMBER stepSize_ NOTIFY rangeChanged FINAL) // 0: the steps differ
+  Q_PROPERTY(double stepSize MEMBER stepSize_ NOTIFY rangeChanged FINAL) // 0: the steps vary
 
 public:
   using FocusStop::FocusStop;

@@ -12,13 +12,13 @@ namespace velto {
 class ScaleModel : public QObject {
   Q_OBJECT
   QML_ELEMENT
-  QML_UNCREATABLE("Scales has them")
+  QML_UNCREATABLE("use the singleton Scales")
   // Objects with `value`, `height`, `major` and `label`.
   Q_PROPERTY(QVariantList ticks READ ticks CONSTANT FINAL)
   Q_PROPERTY(double labelOffset READ labelOffset CONSTANT FINAL)
   Q_PROPERTY(double lowest READ lowest CONSTANT FINAL)
   Q_PROPERTY(double highest READ highest CONSTANT FINAL)
-  Q_PROPERTY(double step READ step CONSTANT FINAL) // 0: the steps differ
+  Q_PROPERTY(double step READ step CONSTANT FINAL) // 0: the steps vary
 
 public:
   using QObject::QObject;

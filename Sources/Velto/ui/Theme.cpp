@@ -63,7 +63,7 @@ const Palette& Palette::light() {
 
 QColor mix(const QColor& from, const QColor& to, double t) {
   if (!from.isValid() || !to.isValid())
-    fatalError("a colour that is none cannot be mixed");
+    fatalError("cannot mix an invalid colour");
   const auto weight = static_cast<float>(t <= 0 ? 0 : std::min(t, 1.0));
   const auto blend = [weight](float a, float b) { return a + weight * (b - a); };
   return QColor::fromRgbF(blend(from.redF(), to.redF()), blend(from.greenF(), to.greenF()),

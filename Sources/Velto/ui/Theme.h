@@ -58,8 +58,8 @@ public:
   [[nodiscard]] static const Palette& light();
 };
 
-// Blends the red, green and blue of `from` toward `to` by `t`, clamped to 0...1. The result is
-// opaque whatever the opacities of the two. Aborts if a colour is invalid.
+// Blends the red, green and blue of `from` toward `to` by `t`, clamped to 0...1. Ignores opacity:
+// the result is opaque. Aborts if a colour is invalid.
 [[nodiscard]] QColor mix(const QColor& from, const QColor& to, double t);
 
 // The colour of a band in the weakness map: from `good` through `warn` to `bad` as `weakness` goes

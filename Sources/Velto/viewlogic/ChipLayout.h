@@ -1,5 +1,5 @@
-// Where the value chips of the markers stand on an answer strip. All lengths are in points, from
-// the strip's left and top edge.
+// Layout of the markers' value chips on an answer strip. All lengths are in points, from the
+// strip's left and top edge.
 #pragma once
 
 #include <optional>
@@ -30,10 +30,10 @@ struct Places {
   Place truth;
 };
 
-// Places the chips of up to two markers inside the strip: right of their bar, or left of it where
-// they would leave the strip. Chips never overlap each other or a bar: of two close bars the left
-// one gets its chip on the left and the right one on the right; where that does not fit, both chips
-// stack on the side that has room.
+// Places the chips of up to two markers: right of their bars, or left if they would leave the strip
+// on the right. Chips never overlap each other or a bar: if two bars are close, the left one gets
+// its chip on its left and the right one on its right; if that does not fit either, both chips are
+// stacked on the side that has room.
 [[nodiscard]] Places place(std::optional<Marker> answer, std::optional<Marker> truth,
                            double stripWidth);
 

@@ -11,8 +11,8 @@ enum class Move { left, right, up, down, pageUp, pageDown, toStart, toEnd };
 
 namespace KeyMoves {
 
-// The number of steps that `move` goes up an axis, negative for down; `page` is the number for Page
-// Up. toStart and toEnd give more steps than any axis has.
+// The steps of `move` along an axis, negative towards lower values. Page Up and Page Down move by
+// `page` steps; toStart and toEnd give more steps than any axis has.
 [[nodiscard]] std::int64_t steps(Move move, std::int64_t page);
 
 // The index of the choice that `move` leads to from `chosen`, among `count` choices. Left and up

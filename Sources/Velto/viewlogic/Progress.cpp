@@ -71,7 +71,7 @@ std::vector<Progress::CurvePoint> Progress::curve(std::span<const double> diffic
 
 std::string Progress::curveDescription(std::span<const double> difficulties) {
   if (difficulties.size() < 2)
-    return "too few answers to draw it";
+    return "too few answers for a curve";
   const auto [lowest, highest] = std::minmax_element(difficulties.begin(), difficulties.end());
   const auto rounded = [](double difficulty) { return Numbers::fixed(difficulty, 0); };
   return "difficulty over " + std::to_string(difficulties.size()) + " answers: from " +

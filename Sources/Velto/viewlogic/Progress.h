@@ -1,4 +1,4 @@
-// The side panel's texts, the bars of its weakness map, and its curve, from the statistics.
+// Computes the side panel's texts, the bars of its weakness map and its curve from the statistics.
 // Pure functions; lengths are in points.
 #pragma once
 
@@ -20,7 +20,7 @@ namespace velto::Progress {
 [[nodiscard]] std::string accuracy(std::optional<double> share);
 // "progress · frequency"
 [[nodiscard]] std::string curveTitle(Drill drill);
-// "weakest · 3.15k Hz — 0.42 oct mean error over 7", or what it takes to name a band.
+// "weakest · 3.15k Hz — 0.42 oct mean error over 7", or a hint for nullopt.
 [[nodiscard]] std::string weakest(const std::optional<BandStat>& band);
 
 // One bar of the weakness map.

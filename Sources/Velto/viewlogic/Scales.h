@@ -1,5 +1,5 @@
-// The axes of the answer scales: the positions of values, the answers that clicks and keys give,
-// ticks and texts. Positions are in points from the strip's left edge.
+// The axes of the answer scales: positions of values, answers selected by clicks and keys, ticks
+// and texts. Positions are in points from the strip's left edge.
 #pragma once
 
 #include "Bands.h"
@@ -43,9 +43,9 @@ struct FrequencyScale {
   // "3.15 kHz", for screen readers
   [[nodiscard]] static std::string spoken(double frequency);
 
-  // How many points left of its tick's position a label starts.
+  // Distance from a label's left edge to its tick's position, in points.
   static constexpr double labelOffset = 8;
-  static constexpr double step = 0; // the steps differ
+  static constexpr double step = 0; // the steps vary
 };
 
 // A linear axis in dB whose answers are multiples of `step`.

@@ -1,4 +1,4 @@
-// The lengths of the answer strips, and where ticks and markers stand on them. All lengths are in
+// Dimensions of the answer strips, and positions of ticks and markers on them. All lengths are in
 // points; horizontal positions count from the strip's left edge.
 #pragma once
 

@@ -26,7 +26,7 @@ std::string_view Wording::title(Drill drill) {
   case Drill::polarity:
     return "Polarity";
   }
-  fatalError("an unknown drill");
+  fatalError("unknown drill");
 }
 
 std::string_view Wording::prompt(Drill drill) {
@@ -40,7 +40,7 @@ std::string_view Wording::prompt(Drill drill) {
   case Drill::polarity:
     return "One of the three has a flipped channel. Which?";
   }
-  fatalError("an unknown drill");
+  fatalError("unknown drill");
 }
 
 std::string_view Wording::title(Material material) {

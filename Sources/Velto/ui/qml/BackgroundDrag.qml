@@ -15,7 +15,7 @@ MouseArea {
     }
     onPositionChanged: mouse => {
         const distance = Math.hypot(mouse.x - start.x, mouse.y - start.y);
-        // If the press itself started the move, the window manager would keep moving after a click.
+        // Wait for a drag: a move started by the press alone would continue after a mere click.
         if (reported || distance < Qt.styleHints.startDragDistance)
             return;
         reported = true;

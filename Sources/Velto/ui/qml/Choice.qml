@@ -13,7 +13,7 @@ Pressable {
     readonly property bool current: index === chosen
     readonly property bool checked: current
 
-    // The listener chooses `index`, which may be chosen already.
+    // The listener picks `index`, which may already be chosen.
     signal picked(int index)
 
     function pick(which: int) {

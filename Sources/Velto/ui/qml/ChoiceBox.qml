@@ -5,7 +5,7 @@ import Velto
 RoundedBox {
     property bool current: false
     property bool correct: false
-    property bool framed: true // visible also without highlight
+    property bool framed: true // visible even without a highlight
     readonly property bool marked: current || correct
 
     color: marked ? Theme.palette.selectedFill : framed ? Theme.palette.surface : "transparent"

@@ -24,7 +24,7 @@ Row {
             required property string modelData
 
             objectName: "drill" + index
-            // As wide as when chosen, so that a choice does not move the other chips.
+            // Sized for the bold text, so that choosing a drill does not move the other chips.
             implicitWidth: metrics.widthOf(modelData) + content.titleLeft + 24
             implicitHeight: content.implicitHeight + 12
             ringRadius: 6

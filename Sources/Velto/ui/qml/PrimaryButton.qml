@@ -6,7 +6,7 @@ Pressable {
     id: control
 
     property alias text: label.text
-    // All texts that the button may show; it has room for the widest.
+    // All texts that the button may show. The widest sets its width.
     property list<string> texts: [text]
 
     implicitWidth: metrics.widestOf(texts) + 40

@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Velto
 
-// The base of both scale pickers: a strip with ticks, labels below, markers, and dragging.
+// The base of both scale pickers: a strip with ticks, labels, markers and mouse dragging.
 Item {
     id: strip
 
@@ -13,7 +13,7 @@ Item {
     required property string name
     property bool answerable: true
 
-    // The listener points at a value.
+    // The listener picks a value.
     signal picked(real value)
 
     readonly property var valueX: value === undefined ? undefined : scaleModel.position(value, width)

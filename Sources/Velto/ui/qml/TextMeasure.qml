@@ -1,6 +1,6 @@
 import QtQuick
 
-// Measures texts. Bindings to the widths follow changes of the font.
+// Measures texts. Bindings that call its functions are re-evaluated when the font changes.
 FontMetrics {
     id: measure
 

@@ -7,7 +7,7 @@ Item {
     id: transport
 
     required property PracticeModel session
-    // Enough for three slot buttons, the most that a trial has.
+    // Room for three slot buttons, the maximum.
     readonly property real minimumWidth: slotRow.widthFor(3) + left.spacing + hint.implicitWidth + 20 + right.implicitWidth
 
     implicitHeight: 36

@@ -7,7 +7,7 @@ Item {
 
     required property PracticeModel session
     property bool reducedMotion: false
-    // Enough for the rows of every drill.
+    // Room for the widest row of any drill.
     readonly property real minimumWidth: 40 + Math.max(widestPrompt + 20 + pill.implicitWidth, transport.minimumWidth)
     readonly property real widestPrompt: metrics.widestOf(session.prompts)
 

@@ -24,7 +24,7 @@ Column {
 
             model: map.progress.barHeights.length
 
-            // Sides on whole points are sharp and keep the gaps 2 points wide.
+            // Left and right edges on whole points are sharp and keep the gaps 2 points wide.
             RoundedBox {
                 required property int index
                 readonly property real weakness: map.progress.weaknesses[index]
