@@ -83,6 +83,8 @@ testPackages=(
   fonts-cantarell
   fonts-dejavu-core
   grim
+  jackd2
+  libasound2-plugins
   libatspi2.0-dev
   libclang-rt-14-dev
   libebur128-dev
@@ -91,12 +93,15 @@ testPackages=(
   libxcb-xtest0-dev
   libxcb1-dev
   locales
+  pipewire
+  pipewire-pulse
   pkg-config
   python3-fonttools
   python3-ufolib2
   qt6-wayland
   sway
   valgrind
+  wireplumber
   wtype
 )
 

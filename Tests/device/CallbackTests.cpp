@@ -110,7 +110,7 @@ private:
 kit::CallbackOffences offencesOf(std::function<void()> offence) {
   kit::CallbackWatch::reset();
   Offending renderer(std::move(offence));
-  const auto device = makeDefaultOutputDevice();
+  const auto device = systemOutput()();
   EXPECT_FALSE(device->start(renderer));
   EXPECT_TRUE(kit::eventually([] { return kit::CallbackWatch::offences().callbacks >= 5; }));
   device->stop();

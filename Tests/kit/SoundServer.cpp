@@ -2,48 +2,71 @@
 
 #include "Command.h"
 #include "Eventually.h"
-#include "Processes.h"
 
-#include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
+#include <filesystem>
 #include <stdexcept>
 #include <unistd.h>
 
 namespace velto::kit {
 
-SoundServer::SoundServer() {
-  const char* desk = std::getenv("VELTO_DESK");
-  if (desk == nullptr)
-    throw std::runtime_error("run on a private desk");
-  const std::string folder = std::string(desk) + "/pulse";
-  const std::string script = folder + "/default.pa";
-  const std::string log = std::string(desk) + "/logs/pulseaudio";
-  ::setenv("PULSE_CONFIG", (folder + "/daemon.conf").c_str(), 1);
-  pid_ = spawn({"pulseaudio", "--daemonize=no", "--log-target=stderr", "-nF", script},
-               [&](auto& actions) {
-                 posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, log.c_str(),
-                                                  O_WRONLY | O_CREAT | O_APPEND, 0600);
-               });
-  ::unsetenv("PULSE_CONFIG");
+namespace {
+
+std::string pulseFolder() {
+  return deskFolder() + "/pulse";
+}
+
+void waitForSink() {
   if (!eventually([] { return pactl("list short sinks").find("velto_sink") != std::string::npos; }))
-    throw std::runtime_error("pulseaudio does not answer");
+    throw std::runtime_error("the sound server does not answer");
 }
 
-void SoundServer::kill() {
-  if (pid_ < 0)
-    return;
-  ::kill(pid_, SIGKILL);
-  waitForEnd(pid_);
-  pid_ = -1;
+// The socket at which a server accepts its clients.
+std::string jackSocket(const std::string& server) {
+  return "/dev/shm/jack_" + server + "_" + std::to_string(::getuid()) + "_0";
 }
 
-void SoundServer::freeze() {
-  ::kill(pid_, SIGSTOP);
+} // namespace
+
+SoundServer::SoundServer()
+    : Daemon({"pulseaudio", "--daemonize=no", "--log-target=stderr", "-nF",
+              pulseFolder() + "/default.pa"},
+             {{"PULSE_CONFIG", pulseFolder() + "/daemon.conf"}}) {
+  waitForSink();
 }
 
-void SoundServer::thaw() {
-  ::kill(pid_, SIGCONT);
+PipeWireServer::PipeWireServer() : core_({"pipewire"}) {
+  const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+  waitUntil([&] { return std::filesystem::exists(std::string(runtime) + "/pipewire-0"); },
+            "PipeWire answers");
+  manager_.emplace(std::vector<std::string>{"wireplumber"});
+  pulse_.emplace(std::vector<std::string>{"pipewire-pulse"});
+  waitUntil([] { return !pactl("info").empty(); }, "PipeWire's PulseAudio service answers");
+  pactl("load-module module-null-sink sink_name=velto_sink rate=48000 channels=2");
+  waitForSink();
+  waitUntil([] { return pactl("get-default-sink").starts_with("velto_sink"); },
+            "the sink is the default");
+}
+
+JackServerProcess::JackServerProcess() : name_("velto-" + std::to_string(::getpid())) {
+  daemon_.emplace(std::vector<std::string>{"jackd", "--name", name_, "--no-realtime", "-d", "dummy",
+                                           "--rate", "48000", "--period", "1024"},
+                  std::map<std::string, std::string>{{"JACK_NO_AUDIO_RESERVATION", "1"}});
+  waitUntil([this] { return std::filesystem::exists(jackSocket(name_)); }, "JACK answers");
+}
+
+JackServerProcess::~JackServerProcess() {
+  daemon_.reset();
+  // A killed server leaves its socket and its semaphores behind.
+  namespace fs = std::filesystem;
+  std::error_code ignored;
+  std::vector<fs::path> left;
+  for (const fs::directory_entry& entry : fs::directory_iterator("/dev/shm", ignored))
+    if (entry.path().filename().native().starts_with("jack_") &&
+        entry.path().native().find("_" + name_ + "_") != std::string::npos)
+      left.push_back(entry.path());
+  for (const fs::path& file : left)
+    fs::remove(file, ignored);
 }
 
 std::string pactl(const std::string& arguments) {

@@ -1,30 +1,52 @@
 // Sound servers for tests that start, freeze and end them, on a desk without a server of its own.
 #pragma once
 
+#include "Daemon.h"
+
+#include <optional>
 #include <string>
-#include <sys/types.h>
 
 namespace velto::kit {
 
-// The server that the desk would have started, at the same address. Failures throw
+// The PulseAudio server that the desk would have started, at the same address. Failures throw
 // std::runtime_error.
-class SoundServer {
+class SoundServer : public Daemon {
 public:
   // Returns once the server answers.
   SoundServer();
-  ~SoundServer() { kill(); }
-  SoundServer(const SoundServer&) = delete;
-  SoundServer& operator=(const SoundServer&) = delete;
+};
 
-  // Ends it with SIGKILL.
-  void kill();
-
-  // Stops the process until thaw(): connections stay open, but nothing answers.
-  void freeze();
-  void thaw();
+// PipeWire with its PulseAudio service at that address, and a sink `velto_sink`. Needs a session
+// bus.
+class PipeWireServer {
+public:
+  // Returns once the service answers.
+  PipeWireServer();
 
 private:
-  pid_t pid_ = -1;
+  Daemon core_;
+  std::optional<Daemon> manager_, pulse_;
+};
+
+// A JACK server with a driver that plays nowhere, under a name that no other server has.
+class JackServerProcess {
+public:
+  // Returns once it accepts clients.
+  JackServerProcess();
+  ~JackServerProcess();
+  JackServerProcess(const JackServerProcess&) = delete;
+  JackServerProcess& operator=(const JackServerProcess&) = delete;
+
+  // The value of JACK_DEFAULT_SERVER that leads to it.
+  [[nodiscard]] const std::string& name() const { return name_; }
+
+  void kill() { daemon_->kill(); }
+  void freeze() { daemon_->freeze(); }
+  void thaw() { daemon_->thaw(); }
+
+private:
+  std::string name_;
+  std::optional<Daemon> daemon_;
 };
 
 // Runs `pactl` with `arguments` and returns its output.

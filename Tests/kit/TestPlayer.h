@@ -12,7 +12,7 @@ namespace velto::kit {
 
 class TestPlayer : public Player {
 public:
-  explicit TestPlayer(OutputDeviceFactory makeDevice = makeDefaultOutputDevice,
+  explicit TestPlayer(OutputDeviceFactory makeDevice = systemOutput(),
                       std::chrono::milliseconds closeDelay = Engine::defaultCloseDelay,
                       Opening opening = Opening::awaited)
       : TestPlayer(new Engine(std::move(makeDevice), closeDelay), opening) {}

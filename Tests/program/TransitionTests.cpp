@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <csignal>
 #include <cstddef>
 #include <functional>
 #include <iostream>
@@ -265,10 +266,9 @@ private:
 class Practice {
 public:
   Practice(Drill drill, TrialMode mode)
-      : drill_(drill), server_(std::in_place), take_(std::make_unique<Take>()),
-        program_(VELTO_PROGRAM, arguments({"--drill", std::string(drill.rawValue())}, mode)),
-        window_(desktop_.waitForWindow("MORLA Velto", program_.pid())) {
-    desktop_.waitForActive(window_);
+      : drill_(drill), arguments_(arguments({"--drill", std::string(drill.rawValue())}, mode)),
+        server_(std::in_place), take_(std::make_unique<Take>()) {
+    startProgram();
   }
 
   [[nodiscard]] Findings run() {
@@ -294,11 +294,19 @@ public:
     else
       desktop_.close(window_);
     take_->waitForEnd("end of the program", from);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+      endBySignal(signal);
     take_->judge(findings_);
     return findings_;
   }
 
 private:
+  void startProgram() {
+    program_.emplace(VELTO_PROGRAM, arguments_);
+    window_ = desktop_.waitForWindow("MORLA Velto", program_->pid());
+    desktop_.waitForActive(window_);
+  }
+
   // The frequency and the level drill start with pink noise, the others with drums and the pad.
   [[nodiscard]] std::size_t material() const { return Drills::defaultMaterial(drill_); }
 
@@ -356,14 +364,25 @@ private:
     take_->waitForStart("sound server back", 0);
   }
 
+  void endBySignal(int signal) {
+    std::size_t from = take_->recorder.frames();
+    startProgram();
+    take_->waitForStart("start of the program", from);
+    from = take_->listen(place());
+    ::kill(program_->pid(), signal);
+    take_->waitForEnd("end by a signal", from);
+    EXPECT_EQ(program_->waitForExit(), 128 + signal);
+  }
+
   Drill drill_;
+  std::vector<std::string> arguments_;
   Findings findings_;
   std::size_t places_ = 0;
   std::optional<SoundServer> server_;
   std::unique_ptr<Take> take_;
   Desktop desktop_;
-  ProgramRunner program_;
-  WindowId window_;
+  std::optional<ProgramRunner> program_;
+  WindowId window_ = 0;
 };
 
 std::string cell(double dB) {

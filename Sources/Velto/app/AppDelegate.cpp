@@ -28,7 +28,7 @@ namespace velto {
 
 namespace {
 
-constexpr std::chrono::milliseconds soundInterval{500};
+constexpr std::chrono::milliseconds soundInterval{250};
 
 QUrl contentUrl() {
   return QUrl(QStringLiteral("qrc:/qt/qml/Velto/ContentView.qml"));
@@ -171,6 +171,7 @@ void AppDelegate::limitSize() {
 }
 
 void AppDelegate::installLifecycle() {
+  windowLoss_.emplace(*window_, [] { QCoreApplication::quit(); });
   connect(window_.get(), &QWindow::activeChanged, this, [this] {
     if (window_->isActive())
       resume();

@@ -8,6 +8,7 @@
 #include "ProgressModel.h"
 #include "Session.h"
 #include "desktop/Appearance.h"
+#include "desktop/WindowLoss.h"
 
 #include <QKeyEvent>
 #include <QObject>
@@ -32,8 +33,7 @@ class AppDelegate : public QObject {
 
 public:
   // Creates the session, which starts the first trial and plays through devices from `makeDevice`.
-  explicit AppDelegate(LaunchOptions options,
-                       OutputDeviceFactory makeDevice = makeDefaultOutputDevice);
+  explicit AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice = systemOutput());
   ~AppDelegate() override;
 
   // Registers the wordmark's face and opens the window. If the interface cannot be loaded, writes a
@@ -86,6 +86,7 @@ private:
   PracticeModel model_;
   ProgressModel progress_;
   std::unique_ptr<QQuickView> window_;
+  std::optional<WindowLoss> windowLoss_;
   QTimer soundTimer_; // runs while not suspended
   bool exposed_ = false;
   std::optional<quint64> returnReleased_; // timestamp of the last release of Return, ms

@@ -5,21 +5,26 @@
 #include "Bench.h"
 #include "BrandCheck.h"
 #include "DemoData.h"
+#include "EndSignals.h"
 #include "Graphics.h"
 #include "Help.h"
 #include "LaunchOptions.h"
+#include "OutputDevice.h"
 #include "PlaybackBench.h"
 #include "Player.h"
 #include "Probe.h"
 #include "Report.h"
 #include "StandardStreams.h"
+#include "Subprocess.h"
 
 #include <QGuiApplication>
 #include <QIcon>
+#include <QSocketNotifier>
 #include <QtQml/QQmlExtensionPlugin>
 
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 
 Q_IMPORT_QML_PLUGIN(VeltoPlugin)
 
@@ -46,20 +51,29 @@ QIcon windowIcon() {
   return icon;
 }
 
+OutputDeviceFactory output() {
+  return systemOutput(Subprocess::ownPath());
+}
+
 int runWindow(int argc, char** argv, const LaunchOptions& options) {
   qInstallMessageHandler(reportMessages);
+  const int signals = EndSignals::hold();
   Graphics::prepare();
   QGuiApplication application(argc, argv);
   QGuiApplication::setApplicationName(QStringLiteral("velto"));
   QGuiApplication::setApplicationDisplayName(QStringLiteral("MORLA Velto"));
   QGuiApplication::setDesktopFileName(QStringLiteral(VELTO_ID));
 
-  AppDelegate delegate(options);
+  AppDelegate delegate(options, output());
   // Decoding the icon and sending it to the display takes milliseconds.
   QObject::connect(&delegate, &AppDelegate::opened, &application,
                    [] { QGuiApplication::setWindowIcon(windowIcon()); });
   if (!delegate.applicationDidFinishLaunching())
     return EXIT_FAILURE;
+  // A signal ends the program as closing the window does.
+  QSocketNotifier signalled(signals, QSocketNotifier::Read);
+  QObject::connect(&signalled, &QSocketNotifier::activated,
+                   [] { QCoreApplication::exit(EndSignals::exitStatus(EndSignals::received())); });
   return QGuiApplication::exec();
 }
 
@@ -87,6 +101,9 @@ int statusOf(bool passed) {
 // line. Modes without a window need no display, and only the brand check creates an application.
 int main(int argc, char** argv) {
   StandardStreams::prepare();
+  // This program as its own helper.
+  if (argc == 2 && argv[1] == std::string_view(jackFinderSwitch))
+    return findJackServer();
   const Arguments arguments(std::vector<std::string>(argv, argv + argc));
   if (arguments.has("--help")) {
     Report::line(Help::text(Environment::ofProcess()));
@@ -99,7 +116,7 @@ int main(int argc, char** argv) {
   if (arguments.has("--probe"))
     return statusOf(Probe::run());
   if (const auto load = arguments.valueOf("--bench-audio"))
-    return PlaybackBench::run(*load == "on");
+    return PlaybackBench::run(*load == "on", output());
   if (arguments.has("--brand-check"))
     return statusOf(runBrandCheck(argc, argv));
   if (arguments.has("--bench")) {
@@ -107,7 +124,7 @@ int main(int argc, char** argv) {
     return EXIT_SUCCESS;
   }
   if (arguments.has("--audio-selftest"))
-    return statusOf(Player::selfTest(std::make_unique<Engine>(), Report::line));
+    return statusOf(Player::selfTest(std::make_unique<Engine>(output()), Report::line));
   if (arguments.has("--seed-demo")) {
     DemoData::seed();
     return EXIT_SUCCESS;

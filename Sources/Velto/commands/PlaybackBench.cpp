@@ -2,18 +2,24 @@
 
 #include "AudioEngine.h"
 #include "Drill.h"
+#include "EndSignals.h"
 #include "Player.h"
 #include "Rendering.h"
 #include "Session.h"
 #include "Trial.h"
 
+#include <algorithm>
 #include <chrono>
-#include <thread>
+#include <memory>
+#include <utility>
 
 namespace velto {
 
-int PlaybackBench::run(bool loaded) {
-  Player player(std::make_unique<Engine>());
+int PlaybackBench::run(bool loaded, OutputDeviceFactory makeDevice) {
+  using namespace std::chrono_literals;
+  EndSignals::hold();
+  const auto begin = std::chrono::steady_clock::now();
+  Player player(std::make_unique<Engine>(std::move(makeDevice)));
   if (loaded) {
     const Trial trial{.drill = Drill::frequency,
                       .seed = 9,
@@ -24,9 +30,11 @@ int PlaybackBench::run(bool loaded) {
                       .boostQ = 2};
     player.load(Drills::render(trial, Session::trialSeconds), 0);
   }
-  std::this_thread::sleep_for(std::chrono::seconds(25));
+  // The rest of the 27 s is for an output that does not close.
+  const int signal =
+      EndSignals::waitUntil(std::min(std::chrono::steady_clock::now() + 25s, begin + 25300ms));
   player.stop();
-  return 0;
+  return signal == 0 ? 0 : EndSignals::exitStatus(signal);
 }
 
 } // namespace velto

@@ -48,9 +48,10 @@ private:
   bool isStreaming_ = false;
 };
 
-Engine::Engine(OutputDeviceFactory makeDevice, std::chrono::milliseconds closeDelay)
+Engine::Engine(OutputDeviceFactory makeDevice, std::chrono::milliseconds closeDelay,
+               const DeviceThread::Limits& limits)
     : source_(std::make_shared<Source>()),
-      deviceThread_(std::move(makeDevice), source_, closeDelay) {}
+      deviceThread_(std::move(makeDevice), source_, closeDelay, limits) {}
 
 Engine::~Engine() {
   removeTap();

@@ -22,8 +22,9 @@ public:
   static constexpr std::chrono::milliseconds defaultCloseDelay{100};
 
   // No device is created before the first start.
-  explicit Engine(OutputDeviceFactory makeDevice = makeDefaultOutputDevice,
-                  std::chrono::milliseconds closeDelay = defaultCloseDelay);
+  explicit Engine(OutputDeviceFactory makeDevice = systemOutput(),
+                  std::chrono::milliseconds closeDelay = defaultCloseDelay,
+                  const DeviceThread::Limits& limits = {});
   // Stops, and waits for the device to close; see DeviceThread.
   ~Engine() override;
 

@@ -8,7 +8,7 @@ namespace velto {
 
 // An outage begins when sound that should play stops or does not start, and ends when it plays. It
 // is reported once, as soon as an opening has failed or has taken `openingPatience`. Lost sound is
-// retried at once, then after 0.5 s, 1 s, and every 2 s.
+// retried at once, then after 0.5 s, and every second.
 //
 // The caller supplies the time. Main thread only.
 class SoundRecovery {
@@ -16,7 +16,7 @@ public:
   using Time = std::chrono::steady_clock::time_point;
 
   static constexpr std::chrono::milliseconds shortestWait{500};
-  static constexpr std::chrono::milliseconds longestWait{2000};
+  static constexpr std::chrono::milliseconds longestWait{1000};
   // An opening that takes longer counts as an outage: the sound server does not answer.
   static constexpr std::chrono::milliseconds openingPatience{2000};
 
