@@ -269,12 +269,11 @@ TEST(Changes, OfTheRecordEvaluateEachFigureOnce) {
   stage.session.setMaterial(Material::pad);
   EXPECT_EQ(stage.figures.evaluations(), Counts());
   stage.session.setDrill(Drill::level);
-  EXPECT_EQ(stage.figures.evaluations(),
-            (Counts{{"accuracy", 1},
-                    {"spokenAccuracy", 1},
-                    {"curve", 1},
-                    {"curveDescription", 1},
-                    {"curveTitle", 1}}));
+  EXPECT_EQ(stage.figures.evaluations(), (Counts{{"accuracy", 1},
+                                                 {"spokenAccuracy", 1},
+                                                 {"curve", 1},
+                                                 {"curveDescription", 1},
+                                                 {"curveTitle", 1}}));
 }
 
 TEST(Changes, LeaveNoBindingStale) {
