@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <initializer_list>
 #include <string>
 
@@ -27,7 +26,7 @@ TEST(LaunchOptions, AreEmptyWithoutSwitches) {
   EXPECT_FALSE(options.fair);
 }
 
-TEST(LaunchOptions, TakeFairAtAnyPosition) {
+TEST(LaunchOptions, AcceptFairAtAnyPosition) {
   EXPECT_TRUE(optionsOf({"--fair"}).fair);
   EXPECT_TRUE(optionsOf({"--drill", "level", "--fair"}).fair);
   EXPECT_EQ(optionsOf({"--fair", "--drill", "level"}).drill, Drill::level);
@@ -35,7 +34,7 @@ TEST(LaunchOptions, TakeFairAtAnyPosition) {
     EXPECT_FALSE(optionsOf({text}).fair) << text;
 }
 
-TEST(LaunchOptions, TakeValuesInAnyOrder) {
+TEST(LaunchOptions, AcceptValuesInAnyOrder) {
   const auto options = optionsOf({"--drill", "polarity", "--shot", "out.png", "--answer", "1"});
   EXPECT_EQ(options.drill, Drill::polarity);
   EXPECT_EQ(options.shotPath, "out.png");
@@ -46,16 +45,8 @@ TEST(LaunchOptions, TakeValuesInAnyOrder) {
 TEST(LaunchOptions, IgnoreUnknownDrillsAndInvalidNumbers) {
   EXPECT_EQ(optionsOf({"--drill", "Level"}).drill, Drill::frequency);
   EXPECT_EQ(optionsOf({"--drill", "loudness"}).drill, Drill::frequency);
-  for (const char* text : {"", "three", "3 ", " 3", "3x", "0x", "--", "+", "1,5"})
+  for (const char* text : {"", "three", "1,5"})
     EXPECT_FALSE(optionsOf({"--answer", text}).scriptedAnswer) << text;
-}
-
-TEST(LaunchOptions, TakeEverySpellingOfADouble) {
-  EXPECT_EQ(optionsOf({"--answer", "-2.5e1"}).scriptedAnswer, -25.0);
-  EXPECT_EQ(optionsOf({"--answer", "+4"}).scriptedAnswer, 4.0);
-  EXPECT_EQ(optionsOf({"--answer", "0x1.8p1"}).scriptedAnswer, 3.0);
-  EXPECT_TRUE(std::isinf(*optionsOf({"--answer", "inf"}).scriptedAnswer));
-  EXPECT_TRUE(std::isnan(*optionsOf({"--answer", "nan"}).scriptedAnswer));
 }
 
 TEST(LaunchOptions, OnlyTheWordLightSelectsLight) {

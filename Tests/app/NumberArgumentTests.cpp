@@ -66,7 +66,7 @@ TEST(NumberArgument, ReadsEverySpelling) {
   EXPECT_TRUE(std::isnan(numberArgument("-NaN").value()));
 }
 
-TEST(NumberArgument, MagnitudesBeyondADoubleBecomeInfinityOrZero) {
+TEST(NumberArgument, RoundsValuesOutOfRangeToInfinityOrZero) {
   const std::string zeros(5000, '0');
   const struct {
     std::string text;

@@ -48,7 +48,7 @@ TEST(FrameRing, HoldsExactlyItsCapacity) {
   expectFrames(left, right, 0);
 }
 
-TEST(FrameRing, DropsABlockThatDoesNotFitAndTakesTheNextThatDoes) {
+TEST(FrameRing, DropsABlockThatDoesNotFitButAcceptsTheNext) {
   FrameRing ring(10);
   ring.write(block(0, 6).data(), 6);
   ring.write(block(6, 5).data(), 5);
@@ -63,8 +63,7 @@ TEST(FrameRing, DropsABlockThatDoesNotFitAndTakesTheNextThatDoes) {
   expectFrames(left, right, 11);
 }
 
-// For any lengths of blocks: each frame is read once and in order, unless its whole block was
-// dropped.
+// For any block lengths: each frame is read once and in order, unless its whole block was dropped.
 RC_GTEST_PROP(FrameRing, IsAQueueOfFrames, ()) {
   const auto capacity = *rc::gen::inRange<std::size_t>(1, 40);
   FrameRing ring(capacity);
@@ -96,7 +95,7 @@ RC_GTEST_PROP(FrameRing, IsAQueueOfFrames, ()) {
   }
 }
 
-TEST(FrameRing, LosesNothingBetweenTwoThreadsWhenTheReaderKeepsUp) {
+TEST(FrameRing, DeliversEveryAcceptedFrameInOrderAcrossThreads) {
   constexpr std::size_t total = 200'000, writeFrames = 48, readFrames = 100;
   FrameRing ring(1000);
   std::thread writer([&ring] {

@@ -23,7 +23,7 @@ std::vector<std::string> linesOfARun() {
   return kit::linesOf(output.text());
 }
 
-TEST(Bench, PrintsEveryDrillAndEverySizeInItsColumns) {
+TEST(Bench, PrintsEveryDrillAndProfileSizeInColumns) {
   const std::vector<std::string> expected{
       R"(per-trial render cost \(10 runs each, 3\.2 s of audio\))",
       R"(  frequency  mean [ 0-9]{5}\.[0-9] ms   best [ 0-9]{5}\.[0-9] ms)",
@@ -42,7 +42,7 @@ TEST(Bench, PrintsEveryDrillAndEverySizeInItsColumns) {
     EXPECT_TRUE(std::regex_match(lines[i], std::regex(expected[i]))) << lines[i];
 }
 
-TEST(Bench, TheBestOfTenRunsIsNoWorseThanTheirMeanAndNeitherIsNothing) {
+TEST(Bench, TheBestRunIsPositiveAndAtMostTheMean) {
   const std::regex figures(R"(.* mean +([0-9]+)\.([0-9]) ms   best +([0-9]+)\.([0-9]) ms)");
   const auto lines = linesOfARun();
   for (std::size_t i = 1; i <= 4; ++i) {
@@ -55,7 +55,7 @@ TEST(Bench, TheBestOfTenRunsIsNoWorseThanTheirMeanAndNeitherIsNothing) {
   }
 }
 
-TEST(Bench, LeavesNeitherFolderNorVariableBehind) {
+TEST(Bench, RemovesItsFolderAndRestoresTheVariable) {
   const ScratchFolder folder;
   const ScopedVariable temporary("TMPDIR", folder.path().string());
   const ScopedVariable record("VELTO_PROFILE_DIR", (folder.path() / "own").string());
@@ -64,7 +64,7 @@ TEST(Bench, LeavesNeitherFolderNorVariableBehind) {
   EXPECT_STREQ(std::getenv("VELTO_PROFILE_DIR"), (folder.path() / "own").c_str());
 }
 
-TEST(Bench, SyntheticAnswersTakeThreeDrawsEachAndCycleThroughDrillsAndMaterials) {
+TEST(Bench, SyntheticAnswersUseThreeDrawsEachAndCycleThroughDrillsAndMaterials) {
   const double before = Date::now().secondsSinceReferenceDate;
   const auto attempts = Bench::syntheticAttempts(2000);
   const double after = Date::now().secondsSinceReferenceDate;

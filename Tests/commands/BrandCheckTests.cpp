@@ -43,7 +43,7 @@ protected:
     fs::copy_file(face, master());
   }
 
-  // Without a display.
+  // Runs the check without a display.
   [[nodiscard]] velto::kit::CommandResult check() const { return check(folder() / "home"); }
   [[nodiscard]] velto::kit::CommandResult check(const fs::path& home) const {
     return velto::kit::runCommand("cd " + folder().string() +
@@ -74,7 +74,7 @@ const std::string unmodified = "bundled face is the brand repo's, unmodified  ";
 
 } // namespace
 
-TEST_F(BrandCheck, IsGreenWithTheFaceAndItsMaster) {
+TEST_F(BrandCheck, PassesWithTheFaceAndItsMaster) {
   shipFace();
   layMaster();
   const auto result = check();
@@ -94,14 +94,14 @@ TEST_F(BrandCheck, IsGreenWithTheFaceAndItsMaster) {
   EXPECT_EQ(result.status, 0);
 }
 
-// As the profile does: then the account's home counts, which has no master.
+// Like the profile, the check then uses the account's home, which has no master.
 TEST_F(BrandCheck, IgnoresARelativeHome) {
   shipFace();
   layMaster();
   EXPECT_EQ(lines(check("home").output)[2], "  FAIL  " + unmodified + "brand repo copy unreadable");
 }
 
-TEST_F(BrandCheck, ComparesTheWidthsThatItPrints) {
+TEST_F(BrandCheck, PrintsTheTwoWidthsThatItCompares) {
   shipFace();
   const auto result = check();
   double brand = 0;
@@ -115,7 +115,7 @@ TEST_F(BrandCheck, ComparesTheWidthsThatItPrints) {
   EXPECT_GT(std::abs(brand - system), 1);
 }
 
-TEST_F(BrandCheck, IsRedWithoutTheMasterThoughTheFaceWorks) {
+TEST_F(BrandCheck, FailsWithoutTheMasterEvenIfTheFaceWorks) {
   shipFace();
   const auto result = check();
   const auto text = lines(result.output);
@@ -128,7 +128,7 @@ TEST_F(BrandCheck, IsRedWithoutTheMasterThoughTheFaceWorks) {
   EXPECT_EQ(result.status, 1);
 }
 
-TEST_F(BrandCheck, IsRedWithAnotherMaster) {
+TEST_F(BrandCheck, FailsIfTheMasterDiffers) {
   shipFace();
   layMaster();
   std::ofstream(master(), std::ios::app) << '\n';
@@ -141,7 +141,7 @@ TEST_F(BrandCheck, IsRedWithAnotherMaster) {
   EXPECT_EQ(result.status, 1);
 }
 
-TEST_F(BrandCheck, IsRedWithoutTheFace) {
+TEST_F(BrandCheck, FailsWithoutTheFace) {
   layMaster();
   const auto result = check();
   const auto text = lines(result.output);
@@ -156,7 +156,7 @@ TEST_F(BrandCheck, IsRedWithoutTheFace) {
   EXPECT_EQ(result.status, 1);
 }
 
-TEST_F(BrandCheck, IsRedWithAFileThatIsNoFont) {
+TEST_F(BrandCheck, FailsIfTheFaceIsNotAFont) {
   shipFace();
   std::ofstream(shippedFace(), std::ios::trunc) << "not a font";
   const auto result = check();

@@ -1,6 +1,9 @@
 #include "DemoData.h"
 
+#include "Bands.h"
 #include "Profile.h"
+#include "Staircase.h"
+#include "Xorshift64.h"
 #include "kit/ScratchProfile.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +17,7 @@ using namespace velto;
 
 namespace {
 
-// One answer of the history, derived a second time and independently.
+// One answer of the expected history.
 struct Row {
   int drill;
   int band; // -1: none
@@ -23,57 +26,28 @@ struct Row {
   double difficulty;
 };
 
-struct Steps {
-  double difficulty = 20;
-  int run = 0, reversals = 0, direction = 0;
-
-  void answer(bool hit) {
-    const int sizes[] = {12, 12, 8, 8, 5, 5, 5, 3};
-    const int step = sizes[std::min(reversals, 7)];
-    if (hit && ++run < 2)
-      return;
-    run = 0;
-    const int next = hit ? 1 : -1;
-    difficulty = std::clamp(difficulty + next * step, 0.0, 100.0);
-    reversals += direction == -next ? 1 : 0;
-    direction = next;
-  }
-};
-
 struct History {
   std::vector<Row> rows;
-  Steps steps[4];
+  Staircase staircases[4];
 };
 
-History derivedHistory() {
-  // Upper limits of the bands' frequencies and how often they are heard there.
-  const double centres[] = {40,   50,   63,   80,   100,  125,  160,   200,   250,
-                            315,  400,  500,  630,  800,  1000, 1250,  1600,  2000,
-                            2500, 3150, 4000, 5000, 6300, 8000, 10000, 12500, 16000};
+History expectedHistory() {
+  // Lower limits of frequency (Hz), and the probability of a hit from there up.
   const auto skill = [](double f) {
     return f >= 10000 ? 0.35 : f >= 4000 ? 0.55 : f >= 400 ? 0.8 : f >= 160 ? 0.3 : 0.45;
   };
-  std::uint64_t x = 20260918;
-  const auto draw = [&x] {
-    x ^= x << 13;
-    x ^= x >> 7;
-    x ^= x << 17;
-    return x;
-  };
-  const auto fraction = [](std::uint64_t value) {
-    return static_cast<double>(value >> 11) / 9007199254740992.0;
-  };
+  Xorshift64 generator(20260918);
   History history;
   for (int i = 0; i < 160; ++i) {
-    const auto drill = static_cast<int>(draw() % 4);
-    const auto band = static_cast<int>(draw() % 27);
-    const bool hit = fraction(draw()) < (drill == 0 ? skill(centres[band]) : 0.68);
-    const double v = fraction(draw());
+    const auto drill = static_cast<int>(generator.next() % 4);
+    const auto band = static_cast<std::size_t>(generator.next() % 27);
+    const bool hit = generator.nextUnit() < (drill == 0 ? skill(Bands::centres[band]) : 0.68);
+    const double v = generator.nextUnit();
     const double missError = drill == 0 ? 1.1 * v + 0.4 : 2 * v + 0.8;
     const double hitError = drill == 0 ? 0.3 * v : 0.6 * v;
-    history.rows.push_back({drill, drill == 0 ? band : -1, hit, hit ? hitError : missError,
-                            history.steps[drill].difficulty});
-    history.steps[drill].answer(hit);
+    history.rows.push_back({drill, drill == 0 ? static_cast<int>(band) : -1, hit,
+                            hit ? hitError : missError, history.staircases[drill].difficulty});
+    history.staircases[drill].record(hit);
   }
   return history;
 }
@@ -82,9 +56,9 @@ const char* const drillNames[] = {"frequency", "level", "dynamics", "polarity"};
 
 } // namespace
 
-// Against figures computed elsewhere.
-TEST(DemoData, TheDerivationAgreesWithKnownFigures) {
-  const History history = derivedHistory();
+// Figures computed elsewhere.
+TEST(DemoData, TheExpectedHistoryMatchesKnownFigures) {
+  const History history = expectedHistory();
   EXPECT_EQ(history.rows.front().drill, 2);
   EXPECT_FALSE(history.rows.front().hit);
   EXPECT_DOUBLE_EQ(history.rows.front().error, 2.694540975451396);
@@ -93,7 +67,7 @@ TEST(DemoData, TheDerivationAgreesWithKnownFigures) {
   const double final[] = {11, 58, 3, 20};
   const int counts[] = {40, 50, 40, 30};
   for (int drill = 0; drill < 4; ++drill) {
-    EXPECT_EQ(history.steps[drill].difficulty, final[drill]);
+    EXPECT_EQ(history.staircases[drill].difficulty, final[drill]);
     EXPECT_EQ(std::count_if(history.rows.begin(), history.rows.end(),
                             [drill](const Row& row) { return row.drill == drill; }),
               counts[drill]);
@@ -102,7 +76,7 @@ TEST(DemoData, TheDerivationAgreesWithKnownFigures) {
 
 TEST(DemoData, WritesTheSame160AnswersEachTime) {
   const kit::ScratchProfile scratch;
-  const History expected = derivedHistory();
+  const History expected = expectedHistory();
   std::vector<UUID> ids;
   for (int run = 0; run < 2; ++run) {
     DemoData::seed();
@@ -123,19 +97,14 @@ TEST(DemoData, WritesTheSame160AnswersEachTime) {
   EXPECT_NE(ids[0], ids[1]);
 }
 
-TEST(DemoData, LeavesTheStaircasesWhereTheAnswersMovedThem) {
+TEST(DemoData, TheStaircasesFollowFromTheAnswers) {
   const kit::ScratchProfile scratch;
   DemoData::seed();
   const Profile profile;
-  const History expected = derivedHistory();
+  const History expected = expectedHistory();
   ASSERT_EQ(profile.staircases().size(), 4U);
-  for (int drill = 0; drill < 4; ++drill) {
-    const Staircase staircase = profile.staircases().at(drillNames[drill]);
-    EXPECT_EQ(staircase.difficulty, expected.steps[drill].difficulty);
-    EXPECT_EQ(staircase.consecutiveCorrect, expected.steps[drill].run);
-    EXPECT_EQ(staircase.reversals, expected.steps[drill].reversals);
-    EXPECT_EQ(staircase.lastDirection, expected.steps[drill].direction);
-  }
+  for (int drill = 0; drill < 4; ++drill)
+    EXPECT_EQ(profile.staircases().at(drillNames[drill]), expected.staircases[drill]);
 }
 
 TEST(DemoData, SpacesTheAnswers260SecondsApartUpToNow) {
@@ -172,7 +141,7 @@ TEST(DemoData, ReplacesAnEarlierHistoryButKeepsItsRollUp) {
   EXPECT_EQ(profile.lifetime().at(5).attempts, 1);
 }
 
-TEST(DemoData, RefusesWithoutAFolderOfItsOwn) {
+TEST(DemoData, RefusesWithoutAnExplicitFolder) {
   const kit::ScratchProfile scratch;
   ::unsetenv("VELTO_PROFILE_DIR");
   ::setenv("XDG_DATA_HOME", scratch.folder().c_str(), 1);
@@ -184,7 +153,7 @@ TEST(DemoData, RefusesWithoutAFolderOfItsOwn) {
   ::unsetenv("XDG_DATA_HOME");
 }
 
-TEST(DemoData, TellsHowManyAnswersItWrote) {
+TEST(DemoData, ReportsTheNumberOfAnswers) {
   const kit::ScratchProfile scratch;
   testing::internal::CaptureStderr();
   DemoData::seed();

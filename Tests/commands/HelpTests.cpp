@@ -51,7 +51,7 @@ Names tableNames() {
   return names;
 }
 
-// What bash offers for the last of the words.
+// What bash offers to complete the last word.
 Words offered(const Words& words) {
   const ScratchFolder folder;
   for (const char* file : {"one.png", "one more.png", "two.png"})
@@ -71,13 +71,13 @@ Words offered(const Words& words) {
   return lines;
 }
 
-TEST(Help, KnowsTheSwitchesThatTheProgramLooksFor) {
+TEST(Help, ListsExactlyTheSwitchesThatTheProgramParses) {
   const std::string sources = contentOf(root / "Sources/Velto/app/main.cpp") +
                               contentOf(root / "Sources/Velto/app/LaunchOptions.cpp");
   EXPECT_EQ(found(sources, "(?:has|valueOf)\\(\"(--[a-z-]+)\"\\)"), tableNames());
 }
 
-TEST(Help, AndItsTextGivesEachALineWithItsValue) {
+TEST(Help, PrintsALineWithTheValueOfEachSwitch) {
   const std::string text = help();
   EXPECT_EQ(found(text, "^  (--[a-z-]+) "), tableNames());
   for (const Help::Switch& one : Help::switches()) {
@@ -88,7 +88,7 @@ TEST(Help, AndItsTextGivesEachALineWithItsValue) {
   }
 }
 
-TEST(Help, ListsTheModesInTheOrderInWhichTheyDecide) {
+TEST(Help, ListsTheModesInOrderOfPrecedence) {
   const std::string source = contentOf(root / "Sources/Velto/app/main.cpp");
   std::size_t before = 0;
   for (const Help::Switch& one : Help::switches()) {
@@ -106,7 +106,7 @@ TEST(Help, FitsEightyColumns) {
     EXPECT_LE(line.size(), 80U) << line;
 }
 
-TEST(Help, EndsWithWhereTheRecordLies) {
+TEST(Help, EndsWithThePathOfTheRecord) {
   EXPECT_TRUE(help().ends_with("\n  /home/someone/.local/share/MORLA Velto/profile.json"));
   EXPECT_TRUE(help({{"XDG_DATA_HOME", "/data"}, {"HOME", "/home/someone"}})
                   .ends_with("\n  /data/MORLA Velto/profile.json"));
@@ -116,20 +116,20 @@ TEST(Help, EndsWithWhereTheRecordLies) {
   EXPECT_TRUE(help({}).ends_with("\n  unknown: no usable XDG_DATA_HOME and no home directory"));
 }
 
-TEST(Help, AgreesWithTheManualPage) {
+TEST(Help, MatchesTheManualPage) {
   Names names;
   for (const std::string& name : found(contentOf(root / "Packaging/velto.1"), "^\\.It Fl (-\\S+)"))
     names.insert(std::string(1, '-').append(name));
   EXPECT_EQ(names, tableNames());
 }
 
-TEST(Help, AgreesWithTheCompletion) {
+TEST(Help, MatchesTheCompletion) {
   const Words words = offered({"velto", ""});
   EXPECT_EQ(Names(words.begin(), words.end()), tableNames());
   EXPECT_EQ(words.size(), Help::switches().size());
 }
 
-TEST(Completion, OffersWhatBeginsAsTyped) {
+TEST(Completion, OffersSwitchesWithTheTypedPrefix) {
   EXPECT_EQ(offered({"velto", "--b"}), (Words{"--bench", "--bench-audio", "--brand-check"}));
   EXPECT_EQ(offered({"velto", "--drill", "level", "--an"}), (Words{"--answer"}));
   EXPECT_EQ(offered({"velto", "--xyz"}), Words{});

@@ -32,7 +32,7 @@ ProbeRun runProbe() {
 
 struct Expected {
   std::string name;   // of a check, or a whole line
-  std::string detail; // regular expression; none for a line that is no check
+  std::string detail; // regular expression; empty for a line that is not a check
 };
 
 const std::string number = "-?[0-9]+\\.";
@@ -99,7 +99,7 @@ const std::vector<Expected> battery{
     {"43 checks, 0 failures", ""},
 };
 
-TEST(Probe, PrintsItsWholeBatteryInOrderAndPasses) {
+TEST(Probe, PrintsAllItsChecksInOrderAndPasses) {
   const ProbeRun run = runProbe();
   EXPECT_TRUE(run.passed);
   ASSERT_EQ(run.lines.size(), battery.size());
@@ -124,7 +124,7 @@ TEST(Probe, PrintsTheSameEveryTime) {
   EXPECT_EQ(runProbe().lines, runProbe().lines);
 }
 
-// "Today" differs between them, and some have clock changes.
+// The current date differs between them, and some have clock changes.
 TEST(Probe, PassesInEveryTimeZone) {
   for (const char* zone : {"UTC", "Pacific/Kiritimati", "Pacific/Niue", "America/New_York",
                            "Europe/Berlin", "Asia/Kathmandu", "Australia/Lord_Howe"}) {
@@ -135,7 +135,7 @@ TEST(Probe, PassesInEveryTimeZone) {
   }
 }
 
-TEST(Probe, LeavesNeitherFolderNorVariableBehind) {
+TEST(Probe, RemovesItsFolderAndRestoresTheVariable) {
   const ScratchFolder folder;
   const ScopedVariable temporary("TMPDIR", folder.path().string());
   const ScopedVariable record("VELTO_PROFILE_DIR", (folder.path() / "own").string());
@@ -149,7 +149,7 @@ TEST(Probe, PassesWithoutATemporaryDirectory) {
   EXPECT_TRUE(runProbe().passed);
 }
 
-TEST(Probe, ACheckLineIsPaddedTo48CharactersAndNeverCut) {
+TEST(Probe, PadsNamesTo48CharactersAndNeverTruncatesThem) {
   kit::CapturedOutput output;
   Probe::check("short", true, "detail");
   Probe::check(std::string(47, 'n'), false, "detail");
@@ -162,7 +162,7 @@ TEST(Probe, ACheckLineIsPaddedTo48CharactersAndNeverCut) {
                                std::string(49, 'n') + "  detail\na line\n");
 }
 
-TEST(Probe, CountsAnewInEachRun) {
+TEST(Probe, CountsOnlyTheFailuresOfTheCurrentRun) {
   {
     kit::CapturedOutput output;
     Probe::check("one that fails before the run", false, "");
@@ -190,7 +190,7 @@ TEST(EnvelopeSpread, IsTheStandardDeviationOfTheWindowsLevels) {
   EXPECT_NEAR(Probe::envelopeSpreadDB(windows({-10, -16, -22}), 20), std::sqrt(24), 1e-5);
 }
 
-TEST(EnvelopeSpread, LeavesSilenceAndQuietWindowsOut) {
+TEST(EnvelopeSpread, ExcludesWindowsBelowMinus60Decibels) {
   Samples x = windows({-10, -16});
   const double spread = Probe::envelopeSpreadDB(x, 20);
   x.insert(x.begin(), 960, 0.0F);
@@ -211,7 +211,7 @@ TEST(EnvelopeSpread, IsZeroWithFewerThanTwoWindows) {
   EXPECT_EQ(Probe::envelopeSpreadDB(windows({-10, -70}), 20), 0);
 }
 
-TEST(EnvelopeSpread, TakesWindowsOfTheGivenLength) {
+TEST(EnvelopeSpread, UsesWindowsOfTheGivenLength) {
   // Levels that alternate every 20 ms are even over 40 ms.
   const Samples x = windows({-10, -16, -10, -16});
   EXPECT_NEAR(Probe::envelopeSpreadDB(x, 20), 3, 1e-5);
@@ -219,7 +219,7 @@ TEST(EnvelopeSpread, TakesWindowsOfTheGivenLength) {
   EXPECT_NEAR(Probe::envelopeSpreadDB(x, 10), 3, 1e-5);
 }
 
-TEST(Correlation, IsOneForTheSameAndMinusOneForTheOppositeChannel) {
+TEST(Correlation, IsOneForEqualAndMinusOneForInvertedChannels) {
   const Samples x{0.25F, -0.5F, 0.75F, 0.1F};
   Samples opposite;
   for (const float sample : x)
@@ -234,12 +234,12 @@ TEST(Correlation, IsZeroForOrthogonalSilentAndEmptyChannels) {
   EXPECT_EQ(Probe::correlation({}, {}), 0);
 }
 
-TEST(Correlation, RemovesNoMean) {
+TEST(Correlation, DoesNotSubtractTheMean) {
   EXPECT_NEAR(Probe::correlation(Samples{1, 1, 1}, Samples{2, 2, 2}), 1, 1e-12);
   EXPECT_NEAR(Probe::correlation(Samples{1, 0}, Samples{1, 1}), std::sqrt(0.5), 1e-12);
 }
 
-TEST(Correlation, CountsOnlyWhatBothHave) {
+TEST(Correlation, UsesTheShorterLength) {
   EXPECT_NEAR(Probe::correlation(Samples{1, 1, -9}, Samples{1, 1}), 1, 1e-12);
   EXPECT_NEAR(Probe::correlation(Samples{1, 1}, Samples{1, 1, -9}), 1, 1e-12);
 }

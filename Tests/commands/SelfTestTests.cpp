@@ -59,7 +59,7 @@ TEST(SelfTestVerdict, PassesBetweenMinus32AndMinus12) {
   EXPECT_EQ(judged(square(30'000, -20)).lines[0], "level     : -20.00 dB RMS, -20.00 dB peak");
 }
 
-TEST(SelfTestVerdict, FailsOutsideOfThat) {
+TEST(SelfTestVerdict, FailsOutsideMinus32ToMinus12) {
   for (const double level : {-300.0, -32.01, -11.99, 0.0}) {
     const Verdict verdict = judged(square(30'000, level));
     EXPECT_FALSE(verdict.passed);
@@ -68,7 +68,7 @@ TEST(SelfTestVerdict, FailsOutsideOfThat) {
   }
 }
 
-TEST(SelfTestVerdict, FailsOnOneClippedSampleAndOnWhatIsNoNumber) {
+TEST(SelfTestVerdict, FailsOnAClippedSampleOrNaN) {
   Samples x = square(30'000, -20);
   x[100] = 1;
   EXPECT_EQ(judged(x).lines[1], levelOff);
@@ -86,7 +86,7 @@ TEST(SelfTestVerdict, NeedsMoreThan20000Frames) {
   EXPECT_EQ(judged({}).lines, std::vector<std::string>{nothing});
 }
 
-// Renders on its own thread, at real time or a given fraction of it.
+// Renders a given number of blocks on its own thread, in real time.
 class PacedDevice final : public OutputDevice {
 public:
   explicit PacedDevice(int blocks) : blocks_(blocks) {}
@@ -137,7 +137,7 @@ TEST(SelfTest, PassesOnAnOutputThatPlays) {
   EXPECT_EQ(verdict.lines[3], pass);
 }
 
-TEST(SelfTest, FailsOnAnOutputThatFallsSilent) {
+TEST(SelfTest, FailsIfTheOutputStops) {
   const Verdict verdict = verdictOf([] {
     return Player::selfTest(
         std::make_unique<Engine>([] { return std::make_unique<PacedDevice>(35); }), Report::line);
@@ -148,7 +148,7 @@ TEST(SelfTest, FailsOnAnOutputThatFallsSilent) {
   EXPECT_EQ(verdict.lines[2], nothing);
 }
 
-TEST(SelfTest, FailsWithItsOwnLineWhereNoEngineStarts) {
+TEST(SelfTest, PrintsOneLineIfNoEngineStarts) {
   kit::FakeOutput output;
   output.refuse("no sound here");
   const Verdict verdict = verdictOf([&output] {

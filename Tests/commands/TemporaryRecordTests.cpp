@@ -18,7 +18,7 @@ const char* profileFolder() {
   return std::getenv("VELTO_PROFILE_DIR");
 }
 
-TEST(TemporaryRecord, LiesInTheTemporaryDirectoryUnderItsPrefixAndAUUID) {
+TEST(TemporaryRecord, UsesAFolderNamedByPrefixAndUUIDInTheTemporaryDirectory) {
   const ScratchFolder folder;
   const ScopedVariable temporary("TMPDIR", folder.path().string());
   const TemporaryRecord record("velto-bench-");
@@ -32,7 +32,7 @@ TEST(TemporaryRecord, LiesInTheTemporaryDirectoryUnderItsPrefixAndAUUID) {
       << path;
 }
 
-TEST(TemporaryRecord, TakesWhatItHoldsAlongAtItsEnd) {
+TEST(TemporaryRecord, RemovesItsContentsOnDestruction) {
   const ScratchFolder folder;
   const ScopedVariable temporary("TMPDIR", folder.path().string());
   {
@@ -44,7 +44,7 @@ TEST(TemporaryRecord, TakesWhatItHoldsAlongAtItsEnd) {
   EXPECT_TRUE(fs::is_empty(folder.path()));
 }
 
-TEST(TemporaryRecord, PutsTheVariableBack) {
+TEST(TemporaryRecord, RestoresTheVariable) {
   {
     const ScopedVariable variable("VELTO_PROFILE_DIR", "elsewhere");
     { const TemporaryRecord record("velto-test-"); }
@@ -55,7 +55,7 @@ TEST(TemporaryRecord, PutsTheVariableBack) {
   EXPECT_EQ(profileFolder(), nullptr);
 }
 
-TEST(TemporaryRecord, OneAfterTheOtherKnowNothingOfEachOther) {
+TEST(TemporaryRecord, RecordsShareNoAnswers) {
   const ScratchFolder folder;
   const ScopedVariable temporary("TMPDIR", folder.path().string());
   const TemporaryRecord first("velto-test-");

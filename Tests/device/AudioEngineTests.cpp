@@ -45,14 +45,6 @@ TEST(Engine, RunsBetweenStartAndStop) {
   EXPECT_FALSE(engine.isRunning());
 }
 
-TEST(Engine, ClosesItsDeviceAfterStop) {
-  FakeOutput output;
-  Engine engine(output.factory(), 20ms);
-  EXPECT_FALSE(engine.start());
-  engine.stop();
-  EXPECT_TRUE(output.waitUntilClosed());
-}
-
 TEST(Engine, OpensANewDeviceOnceTheLastOneIsClosed) {
   FakeOutput output;
   Engine engine(output.factory(), atOnce);
@@ -101,15 +93,6 @@ TEST(Engine, AStartCancelsTheClosing) {
   EXPECT_TRUE(output.isOpen());
   EXPECT_TRUE(engine.isRunning());
   EXPECT_EQ(output.opened(), 1);
-}
-
-TEST(Engine, ItsDestructorClosesTheDevice) {
-  FakeOutput output;
-  {
-    Engine engine(output.factory(), atOnce);
-    EXPECT_FALSE(engine.start());
-  }
-  EXPECT_FALSE(output.isOpen());
 }
 
 TEST(Engine, ADeviceThatDoesNotStartIsReportedAndLeavesTheEngineStopped) {

@@ -1,6 +1,6 @@
-// Watches what the device callback does at a real sound server. Run on a private desk. In sanitizer
-// builds, where the sanitizer intercepts the allocators and locks itself, the same calls run
-// unwatched.
+// Checks what the device callback does at a real sound server. Run on a private desk. Sanitizers
+// intercept allocators and locks themselves: in their builds, the same calls run without the
+// checks.
 #include "Player.h"
 
 #ifdef VELTO_WATCHES_CALLBACKS
@@ -37,8 +37,8 @@ std::chrono::seconds duration() {
   return std::chrono::seconds(text == nullptr ? 4 : std::atoi(text));
 }
 
-// Does what the main thread can do while callbacks run: a switch every 20 ms, mostly during a
-// crossfade, new slots, a tap, and now and then a stop.
+// Makes every call that the main thread can make while callbacks run: a switch every 20 ms, mostly
+// during a crossfade, new slots, a tap, and sometimes a stop.
 void practise(kit::TestPlayer& player, Clock::time_point end) {
   std::vector<std::vector<Slot>> trials;
   for (std::uint32_t i = 0; i < 6; ++i)
@@ -117,12 +117,12 @@ kit::CallbackOffences offencesOf(std::function<void()> offence) {
   return kit::CallbackWatch::offences();
 }
 
-TEST(CallbackWatch, SeesNothingInARendererThatBehaves) {
+TEST(CallbackWatch, CountsNothingForACleanRenderer) {
   EXPECT_TRUE(offencesOf([] {}).none());
   EXPECT_TRUE(offencesOf([] { (void)Clock::now(); }).none());
 }
 
-TEST(CallbackWatch, SeesAllocations) {
+TEST(CallbackWatch, CountsAllocations) {
   static void* volatile memory;
   const auto plain = offencesOf([] {
     memory = std::malloc(1);
@@ -141,7 +141,7 @@ TEST(CallbackWatch, SeesAllocations) {
   EXPECT_GE(aligned.allocations, 2 * aligned.callbacks);
 }
 
-TEST(CallbackWatch, SeesLocks) {
+TEST(CallbackWatch, CountsLocks) {
   static std::mutex mutex;
   const auto locking = offencesOf([] { const std::lock_guard lock(mutex); });
   EXPECT_GE(locking.locks, 2 * locking.callbacks);
@@ -150,7 +150,7 @@ TEST(CallbackWatch, SeesLocks) {
   EXPECT_GE(waking.locks, waking.callbacks);
 }
 
-TEST(CallbackWatch, SeesSystemCalls) {
+TEST(CallbackWatch, CountsSystemCalls) {
   const auto logging = offencesOf([] { (void)!::write(STDERR_FILENO, "", 0); });
   EXPECT_GE(logging.systemCalls, logging.callbacks);
   const auto sleeping = offencesOf([] { std::this_thread::sleep_for(1us); });

@@ -109,7 +109,7 @@ TEST_F(OutputTapTest, BuffersHave4096FramesAndTheFormatOfTheBus) {
   }
 }
 
-TEST_F(OutputTapTest, TheBlockRunsOnAThreadOfItsOwn) {
+TEST_F(OutputTapTest, CallsItsBlockOnASeparateThread) {
   std::thread::id device;
   engine.installTap(bufferFrames, listener.block());
   std::thread([&] {

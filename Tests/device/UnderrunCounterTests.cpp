@@ -40,7 +40,7 @@ CallbackCounts counts(std::uint64_t all, std::uint64_t late, std::uint64_t misse
 
 } // namespace
 
-TEST(UnderrunCounter, CallbacksInTimeAreNeitherLateNorMissed) {
+TEST(UnderrunCounter, CallbacksOnTimeAreNeitherLateNorMissed) {
   Stream stream;
   stream.settle();
   for (int i = 0; i < 100; ++i)

@@ -45,8 +45,8 @@ constinit thread_local volatile char dispatch = allow;
 
 constexpr int setSyscallUserDispatch = 59; // PR_SET_SYSCALL_USER_DISPATCH
 
-// Counts and makes the system call, then lets the callback make more unseen: returning from the
-// handler is a system call itself.
+// Counts and performs the system call. Further calls of the same callback are not counted, because
+// returning from this handler is a system call itself.
 void takeSystemCall(int, siginfo_t*, void* context) {
   dispatch = allow;
   systemCalls.fetch_add(1, std::memory_order_relaxed);
@@ -109,7 +109,7 @@ void watchedState(cubeb_stream* stream, void* user, cubeb_state state) {
   watched->state(stream, watched->user, state);
 }
 
-// The function that the program would have under this name without this file.
+// The function of this name that this file replaces.
 void* next(const char* name, std::atomic<void*>& known) {
   void* function = known.load(std::memory_order_relaxed);
   if (function == nullptr) {

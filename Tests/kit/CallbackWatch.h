@@ -1,14 +1,13 @@
-// Watches the program's device callback for what it must never do. A test program that links
-// CallbackWatch.cpp gets its own cubeb_stream_init, which runs each stream's callback under watch,
-// and its own allocation, lock and system call functions, which pass through to the C library and
-// count only the calls of a watched callback. What the sound library does around the callback does
-// not count.
+// Counts what the program's device callback must never do. CallbackWatch.cpp replaces
+// cubeb_stream_init, to wrap each stream's callback, and the functions for allocation, locks and
+// system calls, which pass through to the C library and count calls made inside a wrapped callback.
+// The sound library's own calls around the callback do not count.
 //
 // - Allocations: malloc, calloc, realloc, free and the aligned ones, and so new and delete.
 // - Locks: mutexes, read-write and spin locks, condition variables, semaphores.
-// - System calls: all, whoever makes them, if the kernel can dispatch a thread's system calls to
-//   the thread itself (x86-64, Linux 5.11 and later). Otherwise only the usual functions of the C
-//   library; see `seesEverySystemCall`.
+// - System calls: all of them, if the kernel can dispatch a thread's system calls to the thread
+//   itself (x86-64, Linux 5.11 and later). Otherwise only common functions of the C library; see
+//   `seesEverySystemCall`.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Probability of correct answers without listening.
+// Targets of fair trials, and the probability of correct answers without listening.
 #pragma once
 
 #include "Bands.h"
@@ -6,6 +6,8 @@
 #include "Grading.h"
 #include "Trial.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -75,6 +77,23 @@ struct BlindAnswer {
   return trials;
 }
 
+// Two fair trials: with the smallest and the largest target, or with the first and the last slot
+// flipped.
+[[nodiscard]] inline std::array<Trial, 2> extremeTrials(Drill drill, Material material,
+                                                        double difficulty) {
+  std::vector<Trial> trials;
+  for (std::uint64_t i = 0; i < 4000; ++i)
+    trials.push_back(Drills::makeTrial(difficulty, material, Drills::mixedSeed(i), drill));
+  const auto target = [](const Trial& trial) {
+    return trial.targetFreq + trial.targetLevelDB + trial.targetGRdB +
+           static_cast<double>(trial.oddSlot);
+  };
+  const auto [lowest, highest] =
+      std::minmax_element(trials.begin(), trials.end(),
+                          [&](const Trial& a, const Trial& b) { return target(a) < target(b); });
+  return {*lowest, *highest};
+}
+
 // The answer that is correct for most of the targets at a difficulty.
 [[nodiscard]] inline BlindAnswer bestBlindAnswer(Drill drill, double difficulty) {
   const std::vector<Trial> trials = equallyLikelyTrials(drill, difficulty);
@@ -89,8 +108,8 @@ struct BlindAnswer {
   return best;
 }
 
-// The number of hits in `trials` trials that a listener with `chance` exceeds with a probability
-// below 1 - `confidence`.
+// The smallest number of hits in `trials` trials that a listener with this `chance` exceeds with a
+// probability of at most 1 - `confidence`.
 [[nodiscard]] inline int mostHitsByChance(double chance, int trials, double confidence = 0.99) {
   double probability = std::pow(1 - chance, trials), sum = probability;
   int hits = 0;

@@ -1,6 +1,8 @@
 // Runs the program as a user would, with given arguments, environment and standard streams.
 #pragma once
 
+#include "Processes.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -11,7 +13,6 @@
 #include <poll.h>
 #include <stdexcept>
 #include <string>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -103,16 +104,10 @@ private:
 // Runs `arguments` (program first) to the end. Kills the child after a minute.
 [[nodiscard]] inline ChildResult runChild(const std::vector<std::string>& arguments,
                                           const ChildOptions& options = {}) {
-  std::vector<char*> words, variables;
-  std::vector<std::string> storage;
+  std::vector<std::string> words = arguments, variables;
   for (const auto& [name, value] : options.environment)
-    storage.push_back(name + "=" + value);
-  for (std::string& variable : storage)
-    variables.push_back(variable.data());
-  for (const std::string& argument : arguments)
-    words.push_back(const_cast<char*>(argument.c_str()));
-  words.push_back(nullptr);
-  variables.push_back(nullptr);
+    variables.push_back(name + "=" + value);
+  const auto argumentList = pointersTo(words), environment = pointersTo(variables);
 
   ChildStream out(options.out), error(options.error);
   const pid_t child = ::fork();
@@ -123,7 +118,7 @@ private:
     out.takeTheirPlace(STDOUT_FILENO);
     error.takeTheirPlace(STDERR_FILENO);
     if (::chdir(options.folder.c_str()) == 0)
-      ::execve(words[0], words.data(), variables.data());
+      ::execve(words[0].c_str(), argumentList.data(), environment.data());
     ::_exit(126);
   }
   out.leaveToChild();
@@ -145,10 +140,7 @@ private:
     if (streams[1].revents != 0)
       error.read(result.error);
   }
-  int status = 0;
-  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
-  result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  result.status = waitForEnd(child);
   return result;
 }
 

@@ -1,10 +1,11 @@
 // Runs a command line and captures its output.
 #pragma once
 
+#include "Processes.h"
+
 #include <array>
 #include <cstdio>
 #include <string>
-#include <sys/wait.h>
 
 namespace velto::kit {
 
@@ -23,8 +24,7 @@ struct CommandResult {
   std::array<char, 4096> block{};
   while (const std::size_t count = std::fread(block.data(), 1, block.size(), pipe))
     result.output.append(block.data(), count);
-  const int status = ::pclose(pipe);
-  result.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+  result.status = shellStatus(::pclose(pipe));
   return result;
 }
 

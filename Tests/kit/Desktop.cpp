@@ -83,8 +83,8 @@ struct Desktop::Connection {
     sync();
   }
 
-  // Returns when the window manager has handled all events so far. It holds a press back until it
-  // has looked at it, and a key pressed meanwhile would overtake the press.
+  // Returns once the window manager has handled all events so far. It delays button presses until
+  // it has examined them; a key pressed meanwhile would arrive first.
   void waitForManager(Desktop& desktop) const {
     const xcb_window_t asker = xcb_generate_id(xcb);
     xcb_create_window(xcb, 0, asker, root, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,

@@ -59,7 +59,7 @@ public:
   void press(std::uint32_t key, std::initializer_list<std::uint32_t> held = {});
   void keyDown(std::uint32_t key);
   void keyUp(std::uint32_t key);
-  // Sets a lock, whatever its state.
+  // Turn a lock on or off.
   void setCapsLock(bool on);
   void setNumLock(bool on);
 

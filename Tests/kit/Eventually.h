@@ -21,11 +21,12 @@ template <typename Condition>
   return true;
 }
 
-// Waits until `condition` holds. Throws std::runtime_error, naming `what`, on a timeout.
+// Waits until `condition` holds. Throws std::runtime_error on a timeout; `what` names the
+// condition.
 template <typename Condition>
 void waitUntil(Condition condition, const std::string& what) {
   if (!eventually(condition))
-    throw std::runtime_error("waited in vain until " + what);
+    throw std::runtime_error("timed out before " + what);
 }
 
 } // namespace velto::kit

@@ -160,8 +160,8 @@ private:
   int opened_ = 0;
 };
 
-// A device whose own thread renders without a pause and shares no lock with any other thread: only
-// the code under test orders its accesses.
+// A device whose thread renders continuously and shares no lock with other threads, so that only
+// the code under test synchronises the accesses.
 class RacingDevice final : public OutputDevice {
 public:
   // A `pause` between blocks leaves the processor to others.
@@ -175,7 +175,7 @@ public:
         renderer.render(block.data(), 64);
         for (const float sample : block)
           if (!(sample >= -limit && sample <= limit))
-            wild_.store(true, std::memory_order_relaxed);
+            exceededLimits_.store(true, std::memory_order_relaxed);
         if (pause_.count() > 0)
           std::this_thread::sleep_for(pause_);
       }
@@ -195,11 +195,11 @@ public:
   }
 
   // True if any device ever rendered a sample beyond ±2, or NaN.
-  [[nodiscard]] static bool wasWild() { return wild_.load(); }
+  [[nodiscard]] static bool exceededLimits() { return exceededLimits_.load(); }
 
 private:
   static constexpr float limit = 2.0F;
-  static inline std::atomic<bool> wild_{false};
+  static inline std::atomic<bool> exceededLimits_{false};
 
   const std::chrono::microseconds pause_;
   std::thread thread_;

@@ -1,15 +1,15 @@
-// Runs part of a test in a process of its own.
+// Runs part of a test in a separate process.
 #pragma once
+
+#include "Processes.h"
 
 #include <gtest/gtest.h>
 
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/types.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -36,11 +36,8 @@ public:
   int ended() {
     if (process_ <= 0)
       return status_;
-    int status = 0;
-    while (::waitpid(process_, &status, 0) < 0 && errno == EINTR) {
-    }
+    status_ = waitForEnd(process_);
     process_ = -1;
-    status_ = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
     return status_;
   }
 

@@ -1,4 +1,4 @@
-// A high-pass filter, to judge the audible part of a recording, or its upper treble.
+// A high-pass filter, to measure the audible part of a recording, or its treble.
 #pragma once
 
 #include "Recording.h"

@@ -1,4 +1,4 @@
-// The trials that the program makes, as far as known from outside.
+// Predicts the trials of the program from its start time.
 #pragma once
 
 #include "Drill.h"
@@ -12,21 +12,7 @@ namespace velto::kit {
 
 inline constexpr std::uint64_t seedStep = 40503; // between the seeds of successive trials
 
-// The default material of a drill.
-[[nodiscard]] inline Material usualMaterial(Drill drill) {
-  switch (drill) {
-  case Drill::frequency:
-  case Drill::level:
-    break;
-  case Drill::dynamics:
-    return Material::drums;
-  case Drill::polarity:
-    return Material::pad;
-  }
-  return Material::pinkNoise;
-}
-
-// Trials follow from the second in which the program started. Create just before the start.
+// The second in which the program starts determines its trials. Create just before the start.
 class Launch {
 public:
   // Call once the program has made its first trial.
@@ -44,7 +30,7 @@ public:
     return trials;
   }
   [[nodiscard]] std::vector<Trial> trials(Drill drill, std::size_t number = 0) const {
-    return trials(drill, usualMaterial(drill), number);
+    return trials(drill, Drills::defaultMaterial(drill), number);
   }
 
 private:

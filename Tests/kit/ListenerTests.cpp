@@ -53,7 +53,7 @@ Recording lifted(const Recording& noise, double hz, double gainDB, double q) {
   return result;
 }
 
-TEST(Listener, FindsTheLongestStretchThatTwoPartsHaveInCommon) {
+TEST(Listener, FindsTheLongestCommonStretchOfTwoParts) {
   const Slot slot = noiseSlot(loopFrames, 1);
   const auto a = part(slot, 0, 1000, 5000), b = part(slot, 1, 2 * loopFrames + 4000, 9000);
   const auto [x, y] = Listener::samePlace(a, b, loopFrames);
@@ -72,7 +72,7 @@ TEST(Listener, FindsTheLongestStretchThatTwoPartsHaveInCommon) {
   EXPECT_EQ(Listener::samePlace(a, far, loopFrames).first.frames(), 0U);
 }
 
-TEST(Listener, NamesTheLiftedBandWhateverTheOverallLevel) {
+TEST(Listener, FindsTheBoostedBandAtAnyOverallLevel) {
   const Recording a = part(noiseSlot(loopFrames, 1), 0, 0, Listener::spectrumFrames).sound;
   for (std::size_t band = 0; band < Bands::centres.size(); ++band) {
     const double hz = Bands::centres[band];
@@ -81,13 +81,13 @@ TEST(Listener, NamesTheLiftedBandWhateverTheOverallLevel) {
   }
 }
 
-TEST(Listener, HearsTheLevelDifference) {
+TEST(Listener, MeasuresTheLevelDifference) {
   const Recording a = part(noiseSlot(loopFrames, 1), 0, 0, 30000).sound;
   EXPECT_NEAR(Listener::levelDifferenceDB(a, scaled(a, std::pow(10, 0.0125))), 0.25, 1e-5);
   EXPECT_NEAR(Listener::levelDifferenceDB(a, scaled(a, 0.5)), -6.0206, 1e-4);
 }
 
-TEST(Listener, HearsTheRangeOfAGainCurveDespiteMakeUpGain) {
+TEST(Listener, MeasuresTheRangeOfAGainCurveDespiteMakeUpGain) {
   const Recording a = part(noiseSlot(loopFrames, 1), 0, 0, 48000).sound;
   Recording b = a;
   for (std::size_t i = 0; i < b.frames(); ++i) {
@@ -101,7 +101,7 @@ TEST(Listener, HearsTheRangeOfAGainCurveDespiteMakeUpGain) {
 }
 
 // The gain curve of a compressor: attack of 5 ms at each of many hits, release of 120 ms.
-TEST(Listener, HearsTheRangeOfAGainCurveAbove20Hz) {
+TEST(Listener, MeasuresTheRangeOfAGainCurveAbove20Hz) {
   const Slot slot = noiseSlot(loopFrames, 1);
   for (const double deepest : {1.0, 4.0, 12.0}) {
     Recording a = part(slot, 0, 0, loopFrames).sound, b = a;
@@ -120,7 +120,7 @@ TEST(Listener, HearsTheRangeOfAGainCurveAbove20Hz) {
   }
 }
 
-TEST(Highpass, AttenuatesWhatLiesBelow) {
+TEST(Highpass, AttenuatesBelowItsCorner) {
   const auto levelAfter = [](double hz, double corner) {
     std::vector<float> tone(96000);
     for (std::size_t i = 0; i < tone.size(); ++i)
@@ -137,7 +137,7 @@ TEST(Highpass, AttenuatesWhatLiesBelow) {
   EXPECT_LT(Measure::rmsDB(std::span(rest).last(48000)), -200);
 }
 
-TEST(Listener, NamesTheFlippedSlotFromPartsThatOverlapInPairs) {
+TEST(Listener, FindsTheFlippedSlotFromPairsOfOverlappingParts) {
   const Slot plain = noiseSlot(loopFrames, 1), odd = inverted(plain);
   for (std::size_t flipped = 0; flipped < 3; ++flipped) {
     const auto slot = [&](std::size_t number) { return number == flipped ? odd : plain; };
@@ -149,7 +149,7 @@ TEST(Listener, NamesTheFlippedSlotFromPartsThatOverlapInPairs) {
   }
 }
 
-TEST(Listener, HearsNothingWhereAllSlotsAreIdentical) {
+TEST(Listener, FindsNoDifferenceBetweenIdenticalSlots) {
   const Slot slot = noiseSlot(loopFrames, 1);
   const Recording a = part(slot, 0, 0, loopFrames).sound;
   EXPECT_EQ(Listener::boostedBand(a, a), std::nullopt);

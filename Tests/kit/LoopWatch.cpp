@@ -37,12 +37,12 @@ void LoopWatch::take(std::span<const float> interleaved) {
 
 void LoopWatch::takeFrame(Frame frame) {
   if (state_ == State::silence && !(frame == Frame{0, 0})) {
-    // The first frame of the loop came at gain 0.
+    // The first frame of the loop had gain 0.
     state_ = State::rise;
     position_ = rampFrame_ = 1;
   }
   if (state_ == State::lost)
-    searchThread(frame);
+    resynchronise(frame);
   else if (state_ != State::silence)
     follow(frame);
   ++frame_;
@@ -80,23 +80,23 @@ void LoopWatch::follow(Frame frame) {
     }
   }
   if (!good)
-    breakOff(frame);
+    loseSync(frame);
   else
     position_ = (position_ + 1) % length_;
 }
 
-void LoopWatch::breakOff(Frame frame) {
+void LoopWatch::loseSync(Frame frame) {
   state_ = State::lost;
   lostAt_ = frame_;
   lostPosition_ = position_;
   silent_ = 0;
   if (breaks_.size() < mostBreaks)
-    breaks_.push_back("frame " + std::to_string(lostAt_) + ": the thread is lost");
+    breaks_.push_back("frame " + std::to_string(lostAt_) + ": out of sync");
   window_.clear();
-  searchThread(frame);
+  resynchronise(frame);
 }
 
-void LoopWatch::searchThread(Frame frame) {
+void LoopWatch::resynchronise(Frame frame) {
   if (frame == Frame{0, 0} && silent_ == frame_ - lostAt_)
     ++silent_;
   window_.push_back(frame);
@@ -124,27 +124,27 @@ const LoopWatch::Place* LoopWatch::placeOfWindow() const {
 }
 
 void LoopWatch::resumeAt(const Place& place) {
-  const std::uint64_t strange = frame_ + 1 - windowFrames - lostAt_;
-  const auto expected = static_cast<std::size_t>((lostPosition_ + strange) % length_);
+  const std::uint64_t unknown = frame_ + 1 - windowFrames - lostAt_;
+  const auto expected = static_cast<std::size_t>((lostPosition_ + unknown) % length_);
   const std::size_t ahead = (place.position + length_ - expected) % length_;
   std::string words;
   if (ahead == 0)
-    words = "the phase is kept";
+    words = "the phase is unchanged";
   else if (ahead <= length_ / 2)
     words = std::to_string(ahead) + " frames are missing";
   else
     words = std::to_string(length_ - ahead) + " frames are too many";
-  if (strange > 0 && silent_ == strange)
-    words += ", silence for " + std::to_string(strange);
-  else if (strange > 0)
-    words += ", strange ones for " + std::to_string(strange);
+  if (unknown > 0 && silent_ == unknown)
+    words += ", silence for " + std::to_string(unknown);
+  else if (unknown > 0)
+    words += ", unknown frames for " + std::to_string(unknown);
   while (!expected_.empty() && place.slot != current_) {
     current_ = expected_.front();
     expected_.pop_front();
     ++switches_;
   }
   if (place.slot != current_)
-    words += ", and slot " + std::to_string(place.slot) + " was not asked for";
+    words += ", and slot " + std::to_string(place.slot) + " was not requested";
   if (breaks_.size() < mostBreaks)
     breaks_.back() = "frame " + std::to_string(lostAt_) + ": " + words;
   current_ = place.slot;

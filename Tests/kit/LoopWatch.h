@@ -12,17 +12,17 @@
 
 namespace velto::kit {
 
-// Compares playback with what the player was told: the current slot, bit for bit and at the one
-// phase that all slots share, or a crossfade between two slots. Records a break where it is
-// neither, then synchronises again.
+// Compares playback with the requested slots: every frame must belong to the current slot, bit for
+// bit and at the common phase of all slots, or to a crossfade between two slots. Otherwise records
+// a break and resynchronises.
 //
 // The slots are noise of one length, in which no two frames are alike.
 class LoopWatch {
 public:
-  // Slot `startAt` fades in; its fade has run for `lead` frames when the voices begin.
+  // Slot `startAt` fades in; its fade has run for `lead` frames when the voices start.
   LoopWatch(std::vector<Slot> slots, std::size_t startAt, std::size_t lead);
 
-  // Announces a switch to `slot` at some frame not taken yet.
+  // Announces a switch to `slot` in frames still to come.
   void expectSwitch(std::size_t slot) { expected_.push_back(slot); }
 
   // The next frames, interleaved, at their rendered level.
@@ -35,9 +35,8 @@ public:
   // Announced but not heard yet.
   [[nodiscard]] std::size_t pendingSwitches() const { return expected_.size(); }
 
-  // The first hundred breaks in words, for example "frame 123: 480 frames are missing". Inserted
-  // silence between otherwise continuous frames is what a sound server plays when the player gets
-  // no processor time.
+  // Descriptions of the first hundred breaks, for example "frame 123: 480 frames are missing". A
+  // sound server inserts silence between continuous frames when the player gets no processor time.
   [[nodiscard]] const std::vector<std::string>& breaks() const { return breaks_; }
 
 private:
@@ -54,8 +53,8 @@ private:
 
   void takeFrame(Frame frame);
   void follow(Frame frame);
-  void breakOff(Frame frame);
-  void searchThread(Frame frame);
+  void loseSync(Frame frame);
+  void resynchronise(Frame frame);
   [[nodiscard]] static std::uint64_t bitsOf(Frame frame);
   [[nodiscard]] Frame at(std::size_t slot, std::size_t position) const;
   [[nodiscard]] const Place* placeOfWindow() const;

@@ -1,4 +1,4 @@
-// Work queues that run only when the test says so.
+// Work queues that the test runs.
 #pragma once
 
 #include "Session.h"

@@ -1,15 +1,14 @@
 #include "ProgramRunner.h"
 
-#include <cerrno>
+#include "Processes.h"
+
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <stdexcept>
 #include <sys/syscall.h>
-#include <sys/wait.h>
-#include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace velto::kit {
 
@@ -28,14 +27,6 @@ std::vector<std::string> environmentWith(const ProgramRunner::Environment& chang
   return entries;
 }
 
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-  std::vector<char*> list;
-  for (std::string& text : texts)
-    list.push_back(text.data());
-  list.push_back(nullptr);
-  return list;
-}
-
 } // namespace
 
 ProgramRunner::ProgramRunner(const std::string& program, std::vector<std::string> arguments,
@@ -45,17 +36,15 @@ ProgramRunner::ProgramRunner(const std::string& program, std::vector<std::string
   all.emplace("VELTO_PROFILE_DIR", (scratch() / "profile").string());
   auto environment = environmentWith(all);
 
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  for (const auto& [descriptor, name] : {std::pair{1, "output"}, std::pair{2, "errors"}})
-    posix_spawn_file_actions_addopen(&actions, descriptor, (scratch() / name).c_str(),
-                                     O_WRONLY | O_CREAT | O_APPEND, 0600);
   startTime_ = std::chrono::steady_clock::now();
-  const int error = posix_spawn(&pid_, program.c_str(), &actions, nullptr,
-                                pointers(arguments).data(), pointers(environment).data());
-  posix_spawn_file_actions_destroy(&actions);
-  if (error != 0)
-    throw std::runtime_error(program + ": " + std::generic_category().message(error));
+  pid_ = spawn(
+      std::move(arguments),
+      [&](auto& actions) {
+        for (const auto& [descriptor, name] : {std::pair{1, "output"}, std::pair{2, "errors"}})
+          posix_spawn_file_actions_addopen(&actions, descriptor, (scratch() / name).c_str(),
+                                           O_WRONLY | O_CREAT | O_APPEND, 0600);
+      },
+      pointersTo(environment).data());
   pidFd_ = static_cast<int>(syscall(SYS_pidfd_open, pid_, 0));
 }
 
@@ -108,7 +97,7 @@ bool ProgramRunner::reap(std::chrono::milliseconds patience) {
   int status = 0;
   if (waitpid(pid_, &status, 0) != pid_)
     throw std::runtime_error("the program cannot be waited for");
-  status_ = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+  status_ = shellStatus(status);
   return true;
 }
 

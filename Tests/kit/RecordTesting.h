@@ -1,4 +1,4 @@
-// Shared parts of the tests of the practice record: scoped environment, rows, generators.
+// Helpers for tests of the practice record: scoped environment variables, rows, generators.
 #pragma once
 
 #include "Record.h"
@@ -181,7 +181,7 @@ inline BandRoll anyBandRoll() {
   return {*anyInteger(), *anyInteger(), *finiteDouble()};
 }
 
-// UTF-8 names with every character that needs an escape.
+// UTF-8 names, including all kinds of characters that need an escape.
 inline std::string anyName() {
   std::string name;
   for (int i = *rc::gen::inRange(0, 6); i > 0; --i)

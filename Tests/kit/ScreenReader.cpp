@@ -101,7 +101,7 @@ struct ScreenReader::Bus {
   static void receive(AtspiEvent* event, void* self) {
     auto& bus = *static_cast<Bus*>(self);
     ++bus.events[event->type];
-    // Like a screen reader, which announces only notifications on its own.
+    // Like screen readers, which announce only notifications unprompted.
     if (std::string(event->type) == "object:state-changed:showing" && event->detail1 == 1 &&
         atspi_accessible_get_role(event->source, nullptr) == ATSPI_ROLE_NOTIFICATION)
       bus.announcements.push_back(taken(atspi_accessible_get_name(event->source, nullptr)));
@@ -133,7 +133,7 @@ struct ScreenReader::Bus {
                                             const std::string& name) const {
     auto found = find(role, name);
     if (!found)
-      throw std::runtime_error("no " + role + " shows by the name " + name);
+      throw std::runtime_error("no visible " + role + " is named " + name);
     return found;
   }
 };

@@ -1,5 +1,4 @@
-// An assistive technology for another program: what the accessibility bus reports of it, and what
-// can be done through the bus.
+// A screen reader: reads and operates another program over the accessibility bus.
 #pragma once
 
 #include <functional>
@@ -31,7 +30,7 @@ public:
   ScreenReader(const ScreenReader&) = delete;
   ScreenReader& operator=(const ScreenReader&) = delete;
 
-  // Selects the program of process `pid`, once it shows a window.
+  // Waits until process `pid` shows a window, and selects it.
   void read(pid_t pid);
 
   // All objects of the program, parents before children.

@@ -1,4 +1,4 @@
-// Reads pictures of the window, and compares them with what the window should look like.
+// Reads pictures of the window and compares them with the expected look.
 #pragma once
 
 #include "Stage.h"
@@ -176,7 +176,7 @@ inline void expectText(QQuickItem* item, const Picture& picture, const ExpectedT
   EXPECT_FALSE(item->property("truncated").toBool());
   EXPECT_LE(item->property("contentWidth").toDouble(), item->width() + 0.01) << "cut";
 
-  // Every pixel is a blend of ground and colour, and strokes reach most of the colour.
+  // Every pixel is a blend of background and colour, and strokes reach most of the colour.
   const QColor full = over(expected.color, expected.ground);
   const QRectF box = Stage::box(item);
   const double s = picture.scale();
@@ -196,7 +196,7 @@ inline void expectText(QQuickItem* item, const Picture& picture, const ExpectedT
     }
   EXPECT_GE(most, 0.6) << "not drawn in its colour";
   EXPECT_LE(most, 1.1) << "drawn in another colour";
-  EXPECT_EQ(strangers, 0) << "pixels that are no blend of text and ground";
+  EXPECT_EQ(strangers, 0) << "pixels that are not a blend of text and background";
 }
 
 // An outlined or filled box.

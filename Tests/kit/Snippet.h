@@ -1,4 +1,4 @@
-// A test's own piece of QML.
+// A piece of QML written in a test.
 #pragma once
 
 #include "Seen.h"
@@ -39,7 +39,7 @@ struct Snippet {
       return root;
     QQuickItem* found = Stage::find(root, name);
     if (found == nullptr)
-      throw std::runtime_error("nothing is shown by the name " + name.toStdString());
+      throw std::runtime_error("no visible item is named " + name.toStdString());
     return found;
   }
 };

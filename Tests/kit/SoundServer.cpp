@@ -2,15 +2,12 @@
 
 #include "Command.h"
 #include "Eventually.h"
+#include "Processes.h"
 
-#include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <spawn.h>
 #include <stdexcept>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace velto::kit {
@@ -23,18 +20,12 @@ SoundServer::SoundServer() {
   const std::string script = folder + "/default.pa";
   const std::string log = std::string(desk) + "/logs/pulseaudio";
   ::setenv("PULSE_CONFIG", (folder + "/daemon.conf").c_str(), 1);
-  std::array<const char*, 6> words{"pulseaudio", "--daemonize=no", "--log-target=stderr",
-                                   "-nF",        script.c_str(),   nullptr};
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, log.c_str(),
-                                   O_WRONLY | O_CREAT | O_APPEND, 0600);
-  const int error = posix_spawnp(&pid_, words[0], &actions, nullptr,
-                                 const_cast<char* const*>(words.data()), environ);
-  posix_spawn_file_actions_destroy(&actions);
+  pid_ = spawn({"pulseaudio", "--daemonize=no", "--log-target=stderr", "-nF", script},
+               [&](auto& actions) {
+                 posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, log.c_str(),
+                                                  O_WRONLY | O_CREAT | O_APPEND, 0600);
+               });
   ::unsetenv("PULSE_CONFIG");
-  if (error != 0)
-    throw std::runtime_error("pulseaudio cannot be started");
   if (!eventually([] { return pactl("list short sinks").find("velto_sink") != std::string::npos; }))
     throw std::runtime_error("pulseaudio does not answer");
 }
@@ -43,8 +34,7 @@ void SoundServer::kill() {
   if (pid_ < 0)
     return;
   ::kill(pid_, SIGKILL);
-  while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
-  }
+  waitForEnd(pid_);
   pid_ = -1;
 }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
-#include <limits>
 #include <numbers>
 #include <stdexcept>
 #include <utility>
@@ -109,17 +108,6 @@ double peakAboveDB(std::span<const float> x, double lowHz) {
   for (const Complex& sample : bins)
     peak = std::max(peak, std::abs(sample.real()));
   return 20 * std::log10(peak / static_cast<double>(bins.size()));
-}
-
-double residualDB(std::span<const float> a, std::span<const float> b) {
-  const std::size_t size = std::min(a.size(), b.size());
-  double sum = 0;
-  for (std::size_t i = 0; i < size; ++i) {
-    const double difference = static_cast<double>(a[i]) - static_cast<double>(b[i]);
-    sum += difference * difference;
-  }
-  return sum > 0 ? 10 * std::log10(sum / static_cast<double>(size))
-                 : -std::numeric_limits<double>::infinity();
 }
 
 } // namespace velto::kit

@@ -24,7 +24,4 @@ struct LoopLevel {
 // Peak level in dB of `x` (size and window as above) after removing everything below `lowHz`.
 [[nodiscard]] double peakAboveDB(std::span<const float> x, double lowHz);
 
-// RMS level of a - b over the shorter of both, in dB; -infinity if they are equal.
-[[nodiscard]] double residualDB(std::span<const float> a, std::span<const float> b);
-
 } // namespace velto::kit

@@ -1,5 +1,4 @@
-// The practice view with a real session, an inaudible output, and renders that arrive when the test
-// says so.
+// The practice view with a real session, a fake output, and renders that the test delivers.
 #pragma once
 
 #include "Answers.h"
@@ -34,7 +33,7 @@ class Stage {
 public:
   static constexpr double launchTime = 1'700'000'000;
 
-  // Writes the record that the session finds.
+  // Prepares the record that the session loads.
   using Earlier = std::function<void(Profile&)>;
 
   explicit Stage(Drill drill = Drill::frequency, bool dark = true, QSize size = {1180, 386},
@@ -93,7 +92,7 @@ public:
   [[nodiscard]] QQuickItem* item(const QString& name) const {
     QQuickItem* found = find(name);
     if (found == nullptr)
-      throw std::runtime_error("nothing is shown by the name " + name.toStdString());
+      throw std::runtime_error("no visible item is named " + name.toStdString());
     return found;
   }
 
@@ -108,7 +107,7 @@ public:
     const auto* veil = root()->findChild<QQuickItem*>(QStringLiteral("veil"));
     const double rest = session.rendering() ? 0.6 : 0;
     if (!QTest::qWaitFor([&] { return std::abs(veil->opacity() - rest) < 1e-9; }))
-      throw std::runtime_error("the answer area does not come to rest");
+      throw std::runtime_error("the animation of the answer area does not finish");
     QCoreApplication::processEvents();
     QImage image = view.grabWindow();
     image.setDevicePixelRatio(view.effectiveDevicePixelRatio());

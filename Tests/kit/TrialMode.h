@@ -1,4 +1,4 @@
-// Starting the program with fair trials and without.
+// Starts the program with fair trials or without.
 #pragma once
 
 #include "Session.h"

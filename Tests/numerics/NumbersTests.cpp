@@ -78,13 +78,13 @@ rc::Gen<double> anyFiniteDouble() {
   return rc::gen::suchThat(anyDouble(), [](double value) { return std::isfinite(value); });
 }
 
-RC_GTEST_PROP(Numbers, FixedIsPrintfsF, ()) {
+RC_GTEST_PROP(Numbers, FixedMatchesPrintfF, ()) {
   const double value = *anyDouble();
   const int decimals = *rc::gen::inRange(0, 12);
   RC_ASSERT(Numbers::fixed(value, decimals) == print("%.*f", decimals, value));
 }
 
-RC_GTEST_PROP(Numbers, GeneralIsPrintfsG, ()) {
+RC_GTEST_PROP(Numbers, GeneralMatchesPrintfG, ()) {
   const double value = *anyDouble();
   const int digits = *rc::gen::inRange(1, 18);
   RC_ASSERT(Numbers::general(value, digits) == print("%.*g", digits, value));
@@ -95,7 +95,7 @@ RC_GTEST_PROP(Numbers, ShortestReadsBackAsTheSameDouble, ()) {
   require(sameBits(std::strtod(Numbers::shortest(value).c_str(), nullptr), value));
 }
 
-RC_GTEST_PROP(Numbers, NoShorterTextReadsBackAsTheSameDouble, ()) {
+RC_GTEST_PROP(Numbers, ShortestIsNotLongerThanAnyTextThatReadsBack, ()) {
   const double value = *anyFiniteDouble();
   const std::string text = Numbers::shortest(value);
   for (int digits = 1; digits <= 17; ++digits) {
@@ -116,13 +116,13 @@ TEST(Numbers, FixedRoundsHalvesToEvenAsPrintfDoes) {
   EXPECT_EQ(Numbers::fixed(notANumber, 2), "nan");
 }
 
-TEST(Numbers, FixedWritesTheLargestDoubleWhole) {
+TEST(Numbers, FixedWritesEveryDigitOfTheLargestDouble) {
   const std::string text = Numbers::fixed(-std::numeric_limits<double>::max(), 2);
   EXPECT_EQ(text.size(), 313u);
   EXPECT_EQ(text.substr(0, 6), "-17976");
 }
 
-TEST(Numbers, ShortestHasKnownTexts) {
+TEST(Numbers, ShortestTextsOfKnownValues) {
   EXPECT_EQ(Numbers::shortest(0.1), "0.1");
   EXPECT_EQ(Numbers::shortest(1e21), "1e+21");
   EXPECT_EQ(Numbers::shortest(-0.0), "-0");
@@ -130,7 +130,7 @@ TEST(Numbers, ShortestHasKnownTexts) {
   EXPECT_EQ(Numbers::shortest(1.0 / 3), "0.3333333333333333");
 }
 
-TEST(Numbers, ACommaLocaleChangesNothing) {
+TEST(Numbers, IgnoreACommaLocale) {
   const CommaLocale locale;
   ASSERT_TRUE(locale.active());
   EXPECT_EQ(Numbers::fixed(1234.5, 2), "1234.50");
@@ -149,7 +149,7 @@ TEST(Numbers, TruncatedDropsTheFraction) {
   EXPECT_EQ(Numbers::truncated(0x1.fffffffffffffp62), 9223372036854774784);
 }
 
-TEST(NumbersDeathTest, TruncatedDiesOfWhatIsNoInteger) {
+TEST(NumbersDeathTest, TruncatedDiesIfTheResultExceedsAnInteger) {
   const char* message = "Velto: a number cannot be converted to an integer";
   EXPECT_DEATH((void)Numbers::truncated(notANumber), message);
   EXPECT_DEATH((void)Numbers::truncated(infinity), message);
@@ -158,7 +158,7 @@ TEST(NumbersDeathTest, TruncatedDiesOfWhatIsNoInteger) {
   EXPECT_DEATH((void)Numbers::truncated(-0x1.0000000000001p63), message);
 }
 
-TEST(Numbers, SaturatingIncrementStaysAtTheLargest) {
+TEST(Numbers, SaturatingIncrementStopsAtTheLargestInteger) {
   EXPECT_EQ(Numbers::saturatingIncrement(0), 1);
   EXPECT_EQ(Numbers::saturatingIncrement(smallest), smallest + 1);
   EXPECT_EQ(Numbers::saturatingIncrement(largest - 1), largest);

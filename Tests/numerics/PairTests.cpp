@@ -10,8 +10,8 @@ namespace {
 
 using namespace tests;
 
-// A compiler that fuses the two conversions would keep bits that the first one drops.
-RC_GTEST_PROP(PairLaw, EachHalfIsRoundedTo32BitsAsAloneThenWidened, ()) {
+// A compiler that merged the two conversions would keep bits that the first one drops.
+RC_GTEST_PROP(PairLaw, RoundsAndWidensLikeEachHalfAlone, ()) {
   const double a = *between(-4, 4), b = *between(-4, 4);
   const Pair there = widened(rounded(Pair{a, b}));
   require(sameBits(there[0], static_cast<double>(static_cast<float>(a))));

@@ -13,12 +13,12 @@
 namespace velto {
 namespace {
 
-TEST(Report, PadsNamesToTheirColumn) {
+TEST(Report, PadsNamesToTheColumnWidth) {
   EXPECT_EQ(Report::check(true, "short", 10, "detail"), "  PASS  short       detail");
   EXPECT_EQ(Report::check(false, "short", 10, ""), "  FAIL  short       ");
 }
 
-TEST(Report, KeepsLongNamesWhole) {
+TEST(Report, DoesNotTruncateLongNames) {
   EXPECT_EQ(Report::check(true, "exactly ten", 11, "d"), "  PASS  exactly ten  d");
   EXPECT_EQ(Report::check(false, "longer than that", 10, "d"), "  FAIL  longer than that  d");
 }
@@ -30,7 +30,7 @@ TEST(Report, AlignsLeftAndRightWithoutTruncating) {
   EXPECT_EQ(Report::leftAligned("123456", 5), "123456");
 }
 
-TEST(Report, LinesKeepTheirPlaceAmongOtherOutput) {
+TEST(Report, LinesKeepTheirOrderAmongOtherOutput) {
   kit::CapturedOutput output;
   std::cout << "first\n" << std::flush;
   Report::line("second");
@@ -42,7 +42,7 @@ TEST(Report, LinesKeepTheirPlaceAmongOtherOutput) {
   EXPECT_TRUE(Report::isComplete());
 }
 
-TEST(ReportDeathTest, AClosedStreamIsNotTakenByAFileAndWritingToItFails) {
+TEST(ReportDeathTest, AClosedStreamKeepsItsDescriptorAndFailsWrites) {
   EXPECT_EXIT(
       {
         ::close(STDIN_FILENO);

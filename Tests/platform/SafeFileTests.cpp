@@ -35,7 +35,7 @@ constexpr std::array allFaults{FileFault::inputOutputError,
                                FileFault::halfAndDeath,
                                FileFault::lateDeath};
 
-// Contents of successive saves. None can be mistaken for a part of another or for a mixture.
+// Contents of successive saves. No mixture or part of them is itself a version.
 const std::array<std::string, 4> versions{"<" + std::string(300, 'a') + ">",
                                           "<" + std::string(900, 'b') + ">",
                                           "<" + std::string(200, 'c') + ">", "<d>"};
@@ -110,7 +110,7 @@ protected:
   ScratchFolder scratch_;
 };
 
-// ---- What is loaded ----
+// ---- Loading ----
 
 TEST_F(SafeFileTest, LoadsWhatWasSavedAndLeavesNoOtherFile) {
   fs::create_directories(folder());
@@ -166,7 +166,7 @@ TEST_F(SafeFileTest, NeitherReadsNorWritesAPipe) {
   EXPECT_TRUE(fs::is_fifo(file()));
 }
 
-// The file remains the same file, with its links and its mode.
+// Keeps hard links and the mode.
 TEST_F(SafeFileTest, WritesTheFileInPlace) {
   put(file(), versions[0]);
   fs::permissions(file(), fs::perms::owner_read | fs::perms::owner_write);
@@ -255,13 +255,13 @@ TEST_F(SafeFileTest, AFaultyDiskLeavesTheFileUntouchedUntilTheBackupIsComplete) 
 
 // ---- Folders and disks ----
 
-void mayBeEnteredByAll(const fs::path& folder) {
+void letAllEnter(const fs::path& folder) {
   fs::permissions(folder, fs::perms::owner_all | fs::perms::group_exec | fs::perms::others_exec);
 }
 
 TEST_F(SafeFileTest, WritesWithoutABackupWhereTheFolderTakesNoNewFile) {
   restart();
-  mayBeEnteredByAll(scratch_.path());
+  letAllEnter(scratch_.path());
   fs::permissions(file(), fs::perms::all & ~fs::perms::owner_exec);
   fs::permissions(folder(), fs::perms::all & ~fs::perms::owner_write & ~fs::perms::group_write &
                                 ~fs::perms::others_write);
@@ -334,7 +334,7 @@ int heldFolder(const fs::path& folder) {
   return descriptor;
 }
 
-TEST_F(SafeFileTest, WhileAnotherHoldsTheLockASaveFailsAndALoadDoesNot) {
+TEST_F(SafeFileTest, LoadsButDoesNotSaveWhileAnotherHoldsTheLock) {
   restart();
   const int held = heldFolder(folder());
   EXPECT_FALSE(save(1));

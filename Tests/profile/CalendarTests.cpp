@@ -16,12 +16,12 @@ std::int64_t dayNumber(int year, int month, int day) {
   return utcSeconds(year, month, day) / 86400;
 }
 
-// Expects a day to reach from its first to its last second (UTC).
+// Expects the day `expected` to last from `first` to `last`, in whole seconds of UTC.
 void expectDay(std::int64_t expected, Date first, Date last) {
   Calendar calendar;
   const Date before{first.secondsSinceReferenceDate - 0.001};
   const Date after{last.secondsSinceReferenceDate + 1};
-  // From either end the bounds that are kept must not reach too far at the other.
+  // The calendar caches the bounds of a day: queries from either end must not extend the other.
   EXPECT_EQ(calendar.day(first), expected);
   EXPECT_NE(calendar.day(after), expected);
   EXPECT_EQ(calendar.day({last.secondsSinceReferenceDate + 0.999}), expected);
@@ -52,17 +52,17 @@ TEST(Calendar, ADayOfTwentyFiveHoursIsOneDay) {
   expectDay(dayNumber(2026, 10, 25), utc(2026, 10, 24, 22), utc(2026, 10, 25, 22, 59, 59));
 }
 
-TEST(Calendar, ADayMayBeginAtOneInTheMorning) {
+TEST(Calendar, ADayCanStartAtOneInTheMorning) {
   const ScopedTimeZone zone("America/Sao_Paulo");
   expectDay(dayNumber(2018, 11, 4), utc(2018, 11, 4, 3), utc(2018, 11, 5, 1, 59, 59));
 }
 
-TEST(Calendar, AnHourBeforeMidnightMayComeTwice) {
+TEST(Calendar, TheHourBeforeMidnightCanRepeat) {
   const ScopedTimeZone zone("America/Sao_Paulo");
   expectDay(dayNumber(2019, 2, 16), utc(2019, 2, 16, 2), utc(2019, 2, 17, 2, 59, 59));
 }
 
-TEST(Calendar, ADayMayNotExist) {
+TEST(Calendar, ADayCanBeMissing) {
   const ScopedTimeZone zone("Pacific/Apia");
   Calendar calendar;
   EXPECT_EQ(calendar.day(utc(2011, 12, 30, 9, 59, 59)), dayNumber(2011, 12, 29));
@@ -80,7 +80,7 @@ TEST(Calendar, AClockTurnedBackPastMidnightReturnsToTheDayBefore) {
   EXPECT_EQ(calendar.day(utc(2006, 10, 29, 3, 30, 0)), dayNumber(2006, 10, 29));
 }
 
-TEST(Calendar, FarOffsetsAndHalfHoursShiftTheDay) {
+TEST(Calendar, LargeAndHalfHourOffsetsShiftTheDay) {
   {
     const ScopedTimeZone zone("Pacific/Kiritimati"); // 14 hours ahead
     expectDay(dayNumber(2026, 7, 1), utc(2026, 6, 30, 10), utc(2026, 7, 1, 9, 59, 59));
@@ -91,7 +91,7 @@ TEST(Calendar, FarOffsetsAndHalfHoursShiftTheDay) {
   }
 }
 
-TEST(Calendar, ADateBeyondTheCalendarBelongsToNoDay) {
+TEST(Calendar, ADateOutOfRangeHasNoDay) {
   const ScopedTimeZone zone("Europe/Berlin");
   Calendar calendar;
   const Date inside = utc(2026, 6, 1, 12);
@@ -105,9 +105,9 @@ TEST(Calendar, ADateBeyondTheCalendarBelongsToNoDay) {
   }
 }
 
-TEST(Calendar, TheEdgesOfTheSystemsCalendarDoNotHurt) {
+TEST(Calendar, HandlesTheLimitsOfTheSystemCalendar) {
   const ScopedTimeZone zone("Europe/Berlin");
-  // Years that an int cannot hold begin near 6.77e16 seconds; walk over both edges.
+  // Near 6.77e16 seconds, the year exceeds an int. Search for both limits by bisection.
   int inside = 0;
   int outside = 0;
   for (const double sign : {-1.0, 1.0}) {
@@ -124,7 +124,7 @@ TEST(Calendar, TheEdgesOfTheSystemsCalendarDoNotHurt) {
   EXPECT_GT(outside, 0);
 }
 
-TEST(Calendar, EachOneTakesTheTimeZoneOfItsTime) {
+TEST(Calendar, ReadsTheTimeZoneAtConstruction) {
   const Date date = utc(2026, 6, 30, 23);
   const ScopedTimeZone zone("UTC");
   EXPECT_EQ(Calendar().day(date), dayNumber(2026, 6, 30));
@@ -132,7 +132,7 @@ TEST(Calendar, EachOneTakesTheTimeZoneOfItsTime) {
   EXPECT_EQ(Calendar().day(date), dayNumber(2026, 7, 1));
 }
 
-// The day number by localtime_r and timegm.
+// The day number computed with localtime_r and timegm.
 std::int64_t dayByTheLibrary(std::int64_t moment) {
   const std::time_t time = moment;
   std::tm fields{};
@@ -142,8 +142,8 @@ std::int64_t dayByTheLibrary(std::int64_t moment) {
   return (midnight - ((midnight % 86400) + 86400) % 86400) / 86400;
 }
 
-RC_GTEST_PROP(Calendar, AgreesWithTheWallClockInAnyOrderOfAsking, ()) {
-  // Time zones, each with a moment near an irregular change of its clocks.
+RC_GTEST_PROP(Calendar, MatchesTheCLibraryInAnyOrderOfQueries, ()) {
+  // Time zones, each with a moment near an unusual clock change.
   static const std::vector<std::pair<std::string, std::int64_t>> oddities{
       {"Europe/Berlin", utcSeconds(2026, 3, 29)},
       {"Europe/Berlin", utcSeconds(2026, 10, 25)},

@@ -10,7 +10,7 @@ namespace {
 
 using namespace testing;
 
-TEST(Date, TheReferenceIsTheStartOf2001) {
+TEST(Date, ReferenceIsTheStartOf2001) {
   EXPECT_EQ(Date::referenceSince1970, static_cast<double>(utcSeconds(2001, 1, 1)));
 }
 
@@ -26,7 +26,7 @@ TEST(Date, NowIsTheWallClock) {
   EXPECT_LE(now, after + 1e-6);
 }
 
-TEST(Date, NowHasFractionsOfASecond) {
+TEST(Date, NowHasAFractionOfASecond) {
   bool fraction = false;
   for (int i = 0; i < 10; ++i) {
     const double now = Date::now().secondsSinceReferenceDate;

@@ -28,8 +28,8 @@ protected:
   [[nodiscard]] ProfileLocation location() const { return {scratch_.path(), std::nullopt}; }
   [[nodiscard]] fs::path file() const { return scratch_.path() / "profile.json"; }
 
-  // Whatever the file holds: the record is empty, or it is whole, a trial of every drill can be
-  // made of it, and the next answers are kept.
+  // Expects the record to be empty if `content` is invalid. Otherwise expects it to be complete: a
+  // trial of every drill can be made from it, and the next answers are saved.
   void expectUsable(const std::string& content) const {
     put(file(), content);
     const bool isValid = Coding::decodeStored(content).has_value();
@@ -60,14 +60,6 @@ protected:
   ScratchFolder scratch_;
 };
 
-TEST_F(ProfileDamage, EveryTruncationIsAnEmptyRecord) {
-  for (std::size_t length = 0; length < smallFile.size(); ++length) {
-    put(file(), smallFile.substr(0, length));
-    const Profile profile(location());
-    ASSERT_TRUE(profile.attempts().empty() && profile.stats().bands.empty()) << length;
-  }
-}
-
 TEST_F(ProfileDamage, EveryFlippedBitGivesAnEmptyRecordOrAValidOne) {
   for (std::size_t position = 0; position < smallFile.size(); ++position) {
     for (unsigned bit = 0; bit < 8; ++bit) {
@@ -79,8 +71,8 @@ TEST_F(ProfileDamage, EveryFlippedBitGivesAnEmptyRecordOrAValidOne) {
   }
 }
 
-// In the place of every number of the file.
-TEST_F(ProfileDamage, NumbersOutOfAllRangeHurtNothing) {
+// Replaces every number of the file in turn.
+TEST_F(ProfileDamage, NumbersOutOfRangeLeaveTheRecordUsable) {
   const std::array<std::string, 10> numbers{"801234567.25", "20.5", "0.32", "14}", "44.25",
                                             ":1,",          ":6,",  "-1}",  "10,", "7.125"};
   for (const std::string& number : numbers) {
@@ -121,7 +113,7 @@ TEST_F(ProfileDamage, NumbersOutOfAllRangeHurtNothing) {
   }
 }
 
-TEST_F(ProfileDamage, StaircasesOutOfRangeComeBackIntoItByMovesTowardsIt) {
+TEST_F(ProfileDamage, StaircasesOutOfRangeAreClampedByTheNextMove) {
   for (const char* difficulty : {"-1e308", "-0.5", "100.5", "1e308"}) {
     for (const char* count : {"-9223372036854775808", "-1", "2", "9223372036854775807"}) {
       put(file(),
@@ -130,7 +122,7 @@ TEST_F(ProfileDamage, StaircasesOutOfRangeComeBackIntoItByMovesTowardsIt) {
       const Trial trial = Drills::makeTrial(50, Material::pad, 5, Drill::level);
       profile.record(trial, {false, 1, {}, {}, {}});
       EXPECT_GE(profile.staircase(Drill::level).difficulty, 0);
-      // Down first, then up beyond 100.
+      // First down, then up past 100.
       profile.record(trial, {true, 0, {}, {}, {}});
       profile.record(trial, {true, 0, {}, {}, {}});
       EXPECT_LE(profile.staircase(Drill::level).difficulty, 100);
@@ -139,7 +131,7 @@ TEST_F(ProfileDamage, StaircasesOutOfRangeComeBackIntoItByMovesTowardsIt) {
 }
 
 // An error sum that overflows cannot be encoded: the file stays as it was.
-TEST_F(ProfileDamage, ErrorsTooLargeToBeSummedStopTheSavingNotTheProgram) {
+TEST_F(ProfileDamage, AnOverflowingErrorSumOnlyStopsSaving) {
   Stored stored;
   for (int i = 0; i < 5000; ++i)
     stored.attempts.push_back(row(Drill::frequency, 3, false, 1e308));
@@ -168,11 +160,11 @@ std::string repeated(const std::string& text, std::size_t bytes) {
   return result;
 }
 
-// Files of a hundred megabytes, one a test so that each one's memory can be seen.
+// Files of a hundred megabytes, one per test, to measure the memory of each.
 class ProfileSize : public ProfileDamage {
 protected:
-  // Puts the file and says how many rows are loaded from it. A load takes at most five times the
-  // file's size: the bytes, the rows, and one token with the parser's copies of it.
+  // Writes the file, loads it and returns the number of rows. Loading may take at most five times
+  // the file's size: its bytes, the rows, and one token with the parser's copies of it.
   [[nodiscard]] std::size_t rowsOf(std::string content) const {
     constexpr double mostTimes = 5;
     put(file(), content);
@@ -228,7 +220,7 @@ TEST_F(ProfileSize, OfDeepNesting) {
   EXPECT_EQ(rowsOf(R"({"attempts":[],"x":)" + std::string(hundredMegabytes, '[')), 0U);
 }
 
-TEST_F(ProfileSize, OfForeignMembers) {
+TEST_F(ProfileSize, OfUnknownMembers) {
   EXPECT_EQ(rowsOf(changed(smallFile, R"("lifetime")",
                            repeated(R"("x":{"y":[1,2,3.5,"z",null]},)", hundredMegabytes) +
                                R"("lifetime")")),

@@ -26,14 +26,14 @@ ProfileLocation inData(const std::string& data) {
   return {data + "/MORLA Velto", data + "/Velto/profile.json"};
 }
 
-TEST(ProfileLocation, TheVariableNamesTheFolderAndNoEarlierFile) {
+TEST(ProfileLocation, TheVariableNamesTheFolderWithoutAnEarlierFile) {
   const auto location =
       resolve({{"VELTO_PROFILE_DIR", "/a/b"}, {"XDG_DATA_HOME", "/x"}, {"HOME", "/h"}}, "/acc");
   EXPECT_EQ(location, (ProfileLocation{"/a/b", std::nullopt}));
   EXPECT_EQ(location.file(), "/a/b/profile.json");
 }
 
-TEST(ProfileLocation, TheVariableIsTakenWhateverItsValue) {
+TEST(ProfileLocation, TheVariableMayBeRelativeOrEmpty) {
   EXPECT_EQ(resolve({{"VELTO_PROFILE_DIR", "rel/dir"}}).file(), "rel/dir/profile.json");
   EXPECT_EQ(resolve({{"VELTO_PROFILE_DIR", ""}, {"HOME", "/h"}}).file(), "profile.json");
 }
@@ -60,12 +60,12 @@ TEST(ProfileLocation, QueriesTheAccountOnlyAsALastResort) {
   EXPECT_EQ(ProfileLocation::resolve(asked), inData("/h/.local/share"));
 }
 
-TEST(ProfileLocationDeathTest, WithoutAnyDirectoryTheProcessStops) {
+TEST(ProfileLocationDeathTest, DiesWithoutAnyDataDirectory) {
   EXPECT_DEATH(static_cast<void>(resolve({})), "^Velto: no directory for the user's data");
   EXPECT_DEATH(static_cast<void>(resolve({{"HOME", ""}, {"XDG_DATA_HOME", "x"}}, "")), "^Velto: ");
 }
 
-TEST(ProfileLocation, ReadsVariablesAndAccountOfTheProcess) {
+TEST(ProfileLocation, ProcessEnvironmentReadsVariablesAndAccount) {
   const testing::ScopedVariable set("VELTO_PROFILE_DIR", "/somewhere/else");
   const testing::ScopedVariable unset("XDG_DATA_HOME", std::nullopt);
   const Environment process = Environment::ofProcess();

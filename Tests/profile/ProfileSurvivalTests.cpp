@@ -28,8 +28,8 @@ using kit::Forked;
 
 namespace fs = std::filesystem;
 
-// Answers are numbered by their difficulty. All are of the frequency drill, so that none goes
-// without a trace when it is rolled up.
+// Answers have their index as difficulty. All are of the frequency drill, so that the roll-up
+// counts each of them.
 std::vector<Attempt> numberedRows(std::int64_t count) {
   std::vector<Attempt> rows;
   for (std::int64_t i = 0; i < count; ++i) {
@@ -49,7 +49,7 @@ void recordNumbered(Profile& profile, std::int64_t number) {
                  {number % 2 == 0, 0.25, {}, {}, {}});
 }
 
-// The number of answers in the record, rolled-up ones included. They must be numbered without gaps.
+// The number of answers in the record, including rolled-up ones; -1 if an index is missing.
 std::int64_t answersIn(const Profile& profile) {
   std::int64_t count = 0;
   for (const auto& [band, roll] : profile.lifetime())
@@ -112,7 +112,7 @@ int killsAtEachSize() {
 
 class KilledAt : public ProfileSurvival, public ::testing::WithParamInterface<int> {
 protected:
-  // How long it takes here and now to record an answer, in microseconds.
+  // Measures how long recording an answer takes, in microseconds.
   int answerTime() {
     using std::chrono::steady_clock;
     Profile profile(location());
@@ -123,7 +123,8 @@ protected:
   }
 };
 
-// Each kill leaves its file to the next program; after some it starts anew from this size.
+// Every fifth process starts with a new file of the given size; the others continue with what the
+// killed one left.
 TEST_P(KilledAt, ARandomMomentLosesAtMostTheAnswerBeingSaved) {
   constexpr int killsInARow = 5;
   std::minstd_rand random(std::random_device{}());
@@ -161,7 +162,7 @@ INSTANTIATE_TEST_SUITE_P(AroundTheCap, KilledAt, ::testing::Values(4999, 5000, 5
 
 // ---- Disks ----
 
-TEST_F(ProfileSurvival, AnErrorOfTheDiskIsSilentAndTheNextAnswerTriesAgain) {
+TEST_F(ProfileSurvival, ADiskErrorIsSilentAndTheNextAnswerRetries) {
   for (std::size_t number = 0; number < 16; ++number) {
     for (const FileFault fault :
          {FileFault::inputOutputError, FileFault::halfAndError, FileFault::noSpace}) {
@@ -180,7 +181,7 @@ TEST_F(ProfileSurvival, AnErrorOfTheDiskIsSilentAndTheNextAnswerTriesAgain) {
   }
 }
 
-// Fills a small disk up to about so many free bytes.
+// Fills a small disk except for about `butFor` bytes.
 void fillUp(const fs::path& filler, std::size_t butFor) {
   std::ofstream(filler, std::ios::binary) << std::string(1 << 20, 'x');
   const auto size = fs::file_size(filler);
@@ -219,7 +220,7 @@ TEST_F(ProfileSurvival, AFullDiskLeavesTheFileUntouchedUntilThereIsRoom) {
     GTEST_SKIP() << "mounting is not permitted";
 }
 
-TEST_F(ProfileSurvival, AFolderThatVanishesTakesTheRecordAlongAndGetsItAgain) {
+TEST_F(ProfileSurvival, SavesAgainOnceAMissingFolderIsBack) {
   restart(3);
   Profile profile(location());
   const fs::path elsewhere = scratch_.path() / "elsewhere";
@@ -234,7 +235,7 @@ TEST_F(ProfileSurvival, AFolderThatVanishesTakesTheRecordAlongAndGetsItAgain) {
   expectNothingBesideTheFile();
 }
 
-// ---- What cannot be encoded ----
+// ---- Records that cannot be encoded ----
 
 // An infinite error cannot be written, so nothing is saved while it is in the record.
 TEST_F(ProfileSurvival, ARecordThatCanBeEncodedAgainIsSavedAgain) {

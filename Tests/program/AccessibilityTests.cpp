@@ -281,7 +281,7 @@ TEST(ScreenReaderAlone, PractisesATrialOfEachDrill) {
   EXPECT_EQ(practice.program.errors().find("qrc:"), std::string::npos);
 }
 
-TEST(ScreenReaderAlone, EveryShowingObjectHasANameAndARole) {
+TEST(ScreenReaderAlone, EveryVisibleObjectHasANameAndARole) {
   Practice practice;
   practice.reader.act("push button", "Submit", "Press");
   static_cast<void>(waitForAttempts(practice.program.profileFile(), 1));

@@ -1,16 +1,16 @@
-// Practises with the program without listening, with fair trials and without. Run on a private
-// desk. Each counted trial is the first of a launch whose record sets the difficulty.
+// Practises without listening, with fair trials and without. Run on a private desk. Each counted
+// trial is the first after a launch, with a record that sets its difficulty.
 //
-// Three listeners do not listen to what differs:
+// Three listeners ignore what differs between the versions:
 // - one always gives the answer that is correct for most of a difficulty's targets;
 // - one has seen a verdict at that difficulty and always gives the answer that was correct then (in
 //   level and dynamics; in the other drills nothing is better than the first listener's answer);
 // - one names the version at whose switches the right ear hears less than the left one (in
 //   polarity; in the other drills both ears hear the same).
 //
-// Each launch draws a new target, so hits by chance vary. The bound printed next to the hits holds
-// for 99 % of runs of 40 trials; of many runs, some exceed it. Fair trials are checked against a
-// wider bound, which all cells together keep in 99 % of cases.
+// Each launch draws a new target, so the number of hits varies by chance. The bound printed next to
+// the hits holds for 99 % of runs of 40 trials, so a few of many runs exceed it. Fair trials are
+// checked against a wider bound, which all cells together keep with a probability of 99 %.
 #include "kit/Alignment.h"
 #include "kit/Chance.h"
 #include "kit/Desktop.h"
@@ -121,7 +121,7 @@ private:
   ProgramRunner program_;
 };
 
-// A launch that answers its trial by itself and exits.
+// A launch with a scripted answer, which exits by itself.
 class ScriptedLaunch {
 public:
   ScriptedLaunch(const Cell& cell, double answer)
@@ -164,8 +164,8 @@ std::vector<Cell> cellsWithoutSound() {
   return cells;
 }
 
-// Launches overlap. Between two launches of a cell lie those of all other cells, more than a
-// second: the seed, taken from the second of the launch, differs.
+// Launches overlap. Launching all other cells between two launches of a cell takes more than a
+// second, so their seeds, taken from the time of launch in seconds, differ.
 void practise(std::vector<Cell>& cells) {
   constexpr std::size_t sideBySide = 6;
   std::deque<std::pair<Cell*, std::unique_ptr<ScriptedLaunch>>> running;
@@ -184,7 +184,7 @@ void practise(std::vector<Cell>& cells) {
     finishOne();
 }
 
-TEST(DeafListeners, WithARememberedAnswerBeatChanceUnlessTrialsAreFair) {
+TEST(DeafListeners, BeatChanceWithARememberedAnswerUnlessTrialsAreFair) {
   std::vector<Cell> cells = cellsWithoutSound();
   practise(cells);
   printHead();
@@ -256,7 +256,7 @@ bool hitsByRightEar(double difficulty, TrialMode mode) {
   return prepared.attempt().correct;
 }
 
-TEST(DeafListeners, WithTheRightEarBeatChanceUnlessTrialsAreFair) {
+TEST(DeafListeners, BeatChanceWithTheRightEarUnlessTrialsAreFair) {
   printHead();
   for (const TrialMode mode : {TrialMode::standard, TrialMode::fair})
     for (const double difficulty : difficulties) {

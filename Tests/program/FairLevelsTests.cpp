@@ -7,6 +7,7 @@
 #include "Slot.h"
 #include "Trial.h"
 #include "kit/Alignment.h"
+#include "kit/Chance.h"
 #include "kit/PlaybackBuffer.h"
 #include "kit/Recorder.h"
 #include "kit/Spectrum.h"
@@ -127,22 +128,6 @@ std::vector<Recording> loopsOf(const Trial& trial) {
   return loops;
 }
 
-// Two trials of a drill: with its smallest and its largest target, or with the first and the last
-// slot flipped.
-std::vector<Trial> extremes(Drill drill, Material material, double difficulty) {
-  std::vector<Trial> trials;
-  for (std::uint64_t i = 0; i < 4000; ++i)
-    trials.push_back(Drills::makeTrial(difficulty, material, Drills::mixedSeed(i), drill));
-  const auto target = [](const Trial& trial) {
-    return trial.targetFreq + trial.targetLevelDB + trial.targetGRdB +
-           static_cast<double>(trial.oddSlot);
-  };
-  const auto [lowest, highest] =
-      std::minmax_element(trials.begin(), trials.end(),
-                          [&](const Trial& a, const Trial& b) { return target(a) < target(b); });
-  return {*lowest, *highest};
-}
-
 std::string targetText(const Trial& trial) {
   switch (trial.drill) {
   case Drill::frequency:
@@ -206,7 +191,7 @@ class FairLevels
 TEST_P(FairLevels, MatchTheTrial) {
   const auto [drill, material, difficulty] = GetParam();
   printHead();
-  for (const Trial& trial : extremes(drill, material, difficulty))
+  for (const Trial& trial : extremeTrials(drill, material, difficulty))
     check(trial);
 }
 
@@ -228,7 +213,7 @@ INSTANTIATE_TEST_SUITE_P(Trials, FairLevels,
 // The quick check: a trial that is easy to get wrong.
 TEST(FairLevelsOfOneTrial, MatchTheTrial) {
   printHead();
-  check(extremes(Drill::level, Material::drums, 0)[1]);
+  check(extremeTrials(Drill::level, Material::drums, 0)[1]);
 }
 
 } // namespace

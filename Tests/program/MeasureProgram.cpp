@@ -1,5 +1,5 @@
-// Prints response times and resource use of the program. Checks nothing. Run on a private desk with
-// nothing else running.
+// Prints response times and resource use of the program, without checking them. Run on a private
+// desk on an otherwise idle machine.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
 #include "kit/Footprint.h"

@@ -128,7 +128,7 @@ TEST(Modes, ReportOutputThatCannotBeWrittenInOneLine) {
     }
 }
 
-TEST(Modes, KeepTheirStatusAndStaySilentWhenTheReaderIsGone) {
+TEST(Modes, KeepTheirStatusAndPrintNoErrorIfTheReaderIsGone) {
   for (const Mode& mode : {help, version, probe, bench, brandCheck}) {
     const ChildResult result = run(mode.switches, {.out = Stream::readerGone});
     EXPECT_EQ(result.status, mode.status) << mode.switches[0];
@@ -153,7 +153,7 @@ TEST(Modes, WaitForAReaderWhosePipeIsFull) {
 }
 
 // A file opened on the descriptor of a closed stream would receive the report's lines.
-TEST(Modes, NeverPrintIntoAFileThatTheyOpened) {
+TEST(Modes, NeverPrintIntoAFileThatReusesAClosedDescriptor) {
   const ScratchFolder folder;
   const ChildResult result =
       run({"--seed-demo"}, {.environment = {{"VELTO_PROFILE_DIR", folder.path().string()}},
@@ -188,17 +188,6 @@ TEST(Modes, RunWithoutATemporaryDirectory) {
   EXPECT_EQ(run({"--bench"}, {.environment = none}).status, 0);
 }
 
-TEST(SeedDemo, RefusesWithoutAFolderAndTouchesNothing) {
-  const ScratchFolder folder;
-  const ChildResult result = run(
-      {"--seed-demo"}, {.environment = {{"HOME", folder.path()}, {"XDG_DATA_HOME", folder.path()}},
-                        .folder = folder.path().string()});
-  EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(result.out, "");
-  EXPECT_EQ(result.error, refusal);
-  EXPECT_TRUE(fs::is_empty(folder.path()));
-}
-
 TEST(SeedDemo, FillsTheGivenFolder) {
   const ScratchFolder folder;
   const ChildResult result =
@@ -215,7 +204,7 @@ TEST(SeedDemo, FillsTheGivenFolder) {
 const std::vector<Mode> deciding{
     help, version, probe, brandCheck, bench, selfTest, {{"--seed-demo"}, "", 0}};
 
-TEST(Dispatch, TheFirstModeOfTheListRunsWhateverTheOrderOfTheSwitches) {
+TEST(Dispatch, ModesHaveAFixedPrecedenceInAnyOrderOfSwitches) {
   for (std::size_t first = 0; first < deciding.size(); ++first)
     for (std::size_t second = first + 1; second < deciding.size(); ++second)
       for (const bool swapped : {false, true}) {
@@ -234,7 +223,7 @@ TEST(Dispatch, ARepeatedSwitchRunsItsModeOnce) {
   EXPECT_EQ(run({"--seed-demo", "--seed-demo"}).error, refusal);
 }
 
-TEST(Dispatch, AModeIsFoundAmongOtherWords) {
+TEST(Dispatch, FindsAModeAmongOtherArguments) {
   EXPECT_EQ(run({"file.png", "--shot", "--seed-demo", "-x"}).error, refusal);
   EXPECT_EQ(run({"--drill", "polarity", "--answer", "1", "--seed-demo"}).error, refusal);
   EXPECT_EQ(run({"--probe", "--bench-audio", "on"}).out, run({"--probe"}).out);

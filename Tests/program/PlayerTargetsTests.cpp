@@ -1,5 +1,4 @@
-// Plays targets across their whole range and judges the sound of a real sink. Run on a private
-// desk.
+// Plays targets across their whole range and measures them at a real sink. Run on a private desk.
 #include "Drill.h"
 #include "Player.h"
 #include "Rendering.h"

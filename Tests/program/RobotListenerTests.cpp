@@ -1,6 +1,5 @@
-// A robot practises with the program and answers by ear, without and with --fair. It judges what
-// lies above 20 Hz. Run on a private desk. VELTO_PROGRAM names the program; the variable
-// VELTO_ROBOT_TRIALS sets the number of trials per drill.
+// A robot practises with the program and answers by analysing its sound above 20 Hz, with and
+// without --fair. Run on a private desk. VELTO_ROBOT_TRIALS sets the number of trials per drill.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
 #include "kit/Highpass.h"
@@ -13,6 +12,7 @@
 
 #include "Numbers.h"
 #include "Scales.h"
+#include "Staircase.h"
 
 #include <gtest/gtest.h>
 
@@ -46,7 +46,7 @@ std::size_t trialsPerDrill(std::size_t usual) {
   return text == nullptr ? usual : static_cast<std::size_t>(std::atoi(text));
 }
 
-// The strip's last pixel stands for its end.
+// The last pixel of the strip represents its end.
 int pixelAt(double share) {
   return stripLeft + std::min(static_cast<int>(std::lround(share * stripWidth)), stripWidth - 1);
 }
@@ -75,7 +75,7 @@ public:
     recorder_->waitForMore(settled_);
     constexpr std::size_t pause = 2400;
     if (firstSilence(recorder_->recording(), 0, pause) > settled_ - pause)
-      throw std::runtime_error("the next trial does not come");
+      throw std::runtime_error("the next trial does not start");
   }
 
   // Switches to a slot and waits for the crossfade.
@@ -140,28 +140,6 @@ std::pair<Recording, Recording> hearBoth(Robot& robot, std::size_t frames) {
   return Listener::samePlace(a, robot.listenUntil(a.begin + loopFrames + frames), loopFrames);
 }
 
-// A beginner's staircase after the answers so far.
-struct Beginner {
-  ReadStaircase state{.difficulty = 20};
-
-  void answer(bool correct) {
-    state.consecutiveCorrect = correct ? state.consecutiveCorrect + 1 : 0;
-    if (correct && state.consecutiveCorrect < 2)
-      return;
-    state.consecutiveCorrect = 0;
-    const std::int64_t direction = correct ? 1 : -1;
-    const double step = state.reversals < 2   ? 12
-                        : state.reversals < 4 ? 8
-                        : state.reversals < 7 ? 5
-                                              : 3;
-    state.difficulty =
-        std::clamp(state.difficulty + static_cast<double>(direction) * step, 0.0, 100.0);
-    if (state.lastDirection != 0 && state.lastDirection != direction)
-      ++state.reversals;
-    state.lastDirection = direction;
-  }
-};
-
 // A practice session, checked after each answer.
 class Practice {
 public:
@@ -172,19 +150,19 @@ public:
   // Submits the current answer. Checks that the profile has one more attempt, made at the
   // staircase's difficulty, and that the staircase has moved by its rule.
   ReadAttempt submit() {
-    const double difficulty = beginner_.state.difficulty;
+    const double difficulty = staircase_.difficulty;
     const ReadProfile profile = robot_.submit(++attempts_);
     EXPECT_EQ(profile.attempts.size(), attempts_);
     const ReadAttempt attempt = profile.attempts.back();
     EXPECT_EQ(attempt.drill, drill_);
     EXPECT_EQ(attempt.difficulty, difficulty);
-    beginner_.answer(attempt.correct);
+    staircase_.record(attempt.correct);
     EXPECT_EQ(profile.staircases.size(), 1U);
     const ReadStaircase staircase = profile.staircases.at(drill_);
-    EXPECT_EQ(staircase.difficulty, beginner_.state.difficulty);
-    EXPECT_EQ(staircase.consecutiveCorrect, beginner_.state.consecutiveCorrect);
-    EXPECT_EQ(staircase.reversals, beginner_.state.reversals);
-    EXPECT_EQ(staircase.lastDirection, beginner_.state.lastDirection);
+    EXPECT_EQ(staircase.difficulty, staircase_.difficulty);
+    EXPECT_EQ(staircase.consecutiveCorrect, staircase_.consecutiveCorrect);
+    EXPECT_EQ(staircase.reversals, staircase_.reversals);
+    EXPECT_EQ(staircase.lastDirection, staircase_.lastDirection);
     EXPECT_EQ(robot_.errors(), "");
     return attempt;
   }
@@ -192,7 +170,7 @@ public:
 private:
   std::string drill_;
   Robot robot_;
-  Beginner beginner_;
+  Staircase staircase_;
   std::size_t attempts_ = 0;
 };
 
@@ -202,7 +180,7 @@ void report(const std::string& drill, std::vector<double> misses) {
             << Numbers::fixed(worst, 4) << " dB\n";
 }
 
-// The target lies `error` above or below the answer, on the grid to which targets are rounded.
+// The target nearest to `heard` that is `error` above or below the answer, on the grid of targets.
 double truthNearest(double heard, double answer, double error, double grid) {
   double best = 1e9;
   for (const double candidate : {answer - error, answer + error})

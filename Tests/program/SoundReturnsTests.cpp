@@ -133,7 +133,7 @@ TEST(SoundReturns, EachTimeTheServerDiesAndComesBack) {
     Recorder recorder;
     EXPECT_TRUE(practice.hears(recorder, round == 0 ? 1 : 0));
   }
-  // A new trial does not wait for the next attempt.
+  // A new trial retries at once.
   server->kill();
   said += line(refused);
   ASSERT_TRUE(practice.says(said));
@@ -203,7 +203,7 @@ TEST(SoundReturns, OnSinksOfAnotherRateAndOfOneChannel) {
     const std::string name = "odd" + std::to_string(format.size());
     pactl("load-module module-null-sink norewinds=1 sink_name=" + name + " " + format);
     pactl("set-default-sink " + name);
-    if (!practice) // opens the first sink and is moved to the others
+    if (!practice) // it opens the first sink; the server moves it to the others
       practice.emplace();
     ASSERT_TRUE(eventually([] { return !streams().empty(); }));
     Recorder recorder(name + ".monitor");
@@ -239,7 +239,7 @@ TEST(SoundReturns, WithoutEverBlockingTheWindowWhileAServerIsFrozen) {
   EXPECT_TRUE(practice.reacts(1));
   practice.desktop.press(Keys::n);
   practice.desktop.minimise(practice.window);
-  std::this_thread::sleep_for(300ms); // the program tries in vain to close the output
+  std::this_thread::sleep_for(300ms); // the program tries to close the output and cannot
   practice.desktop.activate(practice.window);
   practice.desktop.waitForActive(practice.window);
   EXPECT_TRUE(practice.reacts(2));

@@ -1,9 +1,9 @@
-// Measures what is heard when the program changes what it plays, with fair trials and without. Run
-// on a private desk without a sound server; each test starts and ends servers of its own.
+// Measures the sound of transitions, with fair trials and without. Run on a private desk without a
+// sound server; each test starts and ends its own servers.
 //
 // Compares the loudest 5 ms around a transition with the loudest 5 ms of what plays before and
-// after it, above 20 Hz and above 5 kHz. The recording is filtered whole before it is cut, so that
-// the filter's response to a jump appears where it is heard.
+// after it, above 20 Hz and above 5 kHz. The whole recording is filtered before it is cut, so that
+// the filter's response to a step appears at its place.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
 #include "kit/Eventually.h"
@@ -38,11 +38,11 @@ namespace {
 constexpr std::size_t loopFrames = 153600; // 3.2 s
 constexpr std::size_t switchFrames = 7200; // 150 ms
 constexpr std::size_t piece = 240;         // 5 ms
-// Settling time of a filter at 20 Hz: e^-9 of a jump is left.
+// Settling time of a filter at 20 Hz: e^-9 of a step remains.
 constexpr std::size_t restFrames = 9600;
-// What is left of the filter's response changes a level by less than this.
+// The remainder of the filter's response changes a level by less than this.
 constexpr double accuracyDB = 0.01;
-// Repetitions of the transitions that can fall on a loud or on a quiet place of the loop.
+// Repetitions of transitions that can occur at a loud or a quiet point of the loop.
 constexpr int rounds = 3;
 constexpr const char* seamName = "seam of the loop";
 
@@ -183,7 +183,7 @@ public:
     waitUntil(change + piece + restFrames);
   }
 
-  // The recording ended with its server. Appends the silence that follows.
+  // Ends a recording whose server is gone, and appends silence.
   void breakOff(const std::string& name) {
     whole_ = recorder.stop();
     const std::size_t end = whole_.frames();
@@ -221,7 +221,7 @@ private:
         return frame;
       recorder.waitForMore(4800);
     }
-    throw std::runtime_error("waited in vain until " + what);
+    throw std::runtime_error("timed out before " + what);
   }
 
   // The first frame from `from` on that differs from the frame one loop earlier.
@@ -304,7 +304,7 @@ private:
 
   [[nodiscard]] std::size_t drill() const { return drill_; }
 
-  // A different offset each time, in thirds of an eighth note of the drums (14400 frames).
+  // A different offset in the loop each time, in thirds of a drum step (14400 frames).
   [[nodiscard]] std::size_t place() { return 14400 / 3 * (++places_ % 6); }
 
   void switchSlots() {
@@ -387,7 +387,7 @@ TEST_P(Transitions, AreNoLouderThanWhatSurroundsThemWithFairTrials) {
                  &fair = findings[TrialMode::fair].of(name);
     std::cout << "| " << name << " | " << cell(standard.above20Hz) << " | " << cell(fair.above20Hz)
               << " | " << cell(standard.above5kHz) << " | " << cell(fair.above5kHz) << " |\n";
-    // The drums' loop begins with a hit: what is heard at its seam is that hit.
+    // The drum loop begins with a hit, which is what is heard at its seam.
     if (name == seamName && Drills::defaultMaterial(GetParam()) == Material::drums)
       continue;
     EXPECT_LE(fair.above20Hz, accuracyDB) << name;

@@ -72,7 +72,7 @@ public:
     return QImage(QString::fromStdString(file)).convertToFormat(QImage::Format_RGB32);
   }
 
-  // Moves the window to the top left: a scaled output shows less of the desktop.
+  // Moves the window to the top left, because a scaled output shows less of the desktop.
   void moveIntoSight() const {
     run("swaymsg '[pid=" + std::to_string(program.pid()) + "] move absolute position 20 20'");
     waitUntil([this] { return node().value()["rect"]["x"] == 20; }, "the window moves");
@@ -141,7 +141,7 @@ bool isSilent(Recorder& recorder) {
 
 } // namespace
 
-TEST(Wayland, ShowsWhatXShows) {
+TEST(Wayland, MatchesThePictureUnderX) {
   Shot underX("xcb"), underWayland("wayland");
   const QImage wanted = underX.image();
   ASSERT_EQ(wanted.size(), QSize(1180, 386));

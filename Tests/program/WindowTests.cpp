@@ -1,6 +1,6 @@
-// Keyboard, mouse and lifecycle of the window, judged by the sink's sound. Run on a private desk.
-// The trials follow from the second in which the program started, so every recorded frame can be
-// compared bit for bit with the slot that must be heard.
+// Keyboard, mouse and lifecycle of the window, checked by the sound at the sink. Run on a private
+// desk. The second in which the program started determines its trials, so every recorded frame can
+// be compared bit for bit with the expected slot.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
 #include "kit/Files.h"
@@ -44,7 +44,7 @@ constexpr Point polarityChip{745, 40}, background{400, 365};
 class Stage {
 public:
   explicit Stage(Drill drill = Drill::level, std::vector<std::string> arguments = {})
-      : drill_(drill), material_(usualMaterial(drill)),
+      : drill_(drill), material_(Drills::defaultMaterial(drill)),
         program(VELTO_PROGRAM, withDrill(std::move(arguments))),
         window(desktop.waitForWindow("MORLA Velto", program.pid())) {
     desktop.waitForActive(window);
@@ -72,7 +72,7 @@ public:
     return Drills::render(trial(number), 3.2);
   }
 
-  // A known place of a loop: frame `begin` of the recording is frame `phase` of the slot.
+  // A position in a loop: frame `begin` of the recording is frame `phase` of the slot.
   struct Place {
     std::size_t begin = 0;
     std::size_t phase = 0;
@@ -164,7 +164,7 @@ private:
       if (sound.frames() > provenFrames && condition(sound, sound.frames() - provenFrames))
         return;
     }
-    throw std::runtime_error("what should be heard is not heard");
+    throw std::runtime_error("the expected sound is not heard");
   }
 
   Drill drill_;
@@ -311,7 +311,7 @@ TEST(Mouse, ClicksReachSlotsMaterialsDrillsStripAndButton) {
   EXPECT_EQ(next.attempts[1].correct, stage.trial(2).oddSlot == 1);
 }
 
-TEST(Lifecycle, LosingTheFocusSilencesAndGainingItResumesFromTheStart) {
+TEST(Lifecycle, LosingTheFocusSilencesAndRegainingItRestartsTheLoop) {
   Stage stage;
   stage.desktop.press(Keys::two);
   stage.waitFor(0, 1);
@@ -359,7 +359,7 @@ TEST(Lifecycle, BecomingVisibleResumesWithoutTheFocus) {
   stage.desktop.closeWindow(other);
 }
 
-TEST(Lifecycle, AWindowThatIsCoveredButKeepsTheFocusPlaysOn) {
+TEST(Lifecycle, ACoveredWindowWithTheFocusKeepsPlaying) {
   Stage stage;
   const auto place = stage.waitFor(0, 0);
   const WindowGeometry whole = stage.desktop.geometry(stage.window);
@@ -503,7 +503,7 @@ TEST(NoSoundServer, IsReportedOnceAndTrialsAreStillGraded) {
   ProgramRunner program(VELTO_PROGRAM, {"--drill", "level"});
   const WindowId window = desktop.waitForWindow("MORLA Velto", program.pid());
   desktop.waitForActive(window);
-  desktop.waitUntil([&] { return program.errors().ends_with("\n"); }, "it speaks");
+  desktop.waitUntil([&] { return program.errors().ends_with("\n"); }, "it reports the error");
   desktop.press(Keys::returnKey);
   EXPECT_EQ(waitForAttempts(program.profileFile(), 1).attempts.size(), 1U);
   const std::string line = program.errors();

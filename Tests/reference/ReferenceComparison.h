@@ -1,4 +1,4 @@
-// Comparison of the program with the reference model to the last bit, and generators for laws.
+// Bit-exact comparison of the program with the reference model, and RapidCheck generators.
 #pragma once
 
 #include "DSP.h"
@@ -26,13 +26,13 @@ std::ostream& operator<<(std::ostream& out, const Staircase& staircase);
 
 namespace tests {
 
-// Success where both hold the same 64 bits: tells 0 from -0 and takes two NaN of one kind as equal.
+// Success if both have the same 64 bits: distinguishes 0 from -0; identical NaNs are equal.
 ::testing::AssertionResult sameBits(double actual, double expected);
 
-// Success where both have the same length and the same 32 bits in every sample.
+// Success if both have the same length and every sample has the same 32 bits.
 ::testing::AssertionResult sameBits(std::span<const float> actual, std::span<const float> expected);
 
-// Success where every field is the same, to the last bit.
+// Success if every field has the same bits.
 ::testing::AssertionResult sameBits(const Trial& actual, const reference::Trial& expected);
 ::testing::AssertionResult sameBits(const std::vector<Slot>& actual,
                                     const std::vector<reference::Pair>& expected);
@@ -48,7 +48,7 @@ reference::Trial referenceTrial(const Trial& trial);
 reference::Samples referenceSource(Material material, double seconds, std::uint64_t seed);
 using kit::source;
 
-// Any seed, special cases included.
+// Any seed, including special cases.
 rc::Gen<std::uint64_t> anySeed();
 rc::Gen<Drill> anyDrill();
 rc::Gen<Material> anyMaterial();
@@ -56,17 +56,17 @@ rc::Gen<Material> anyMaterial();
 // Uniform over [low, high].
 rc::Gen<double> between(double low, double high);
 
-// A difficulty within 0 to 100, both ends often.
+// A difficulty from 0 to 100, often at either end.
 rc::Gen<double> nominalDifficulty();
-// A difficulty within 0 to 100 or outside, infinities included.
+// Any difficulty, including values outside 0 to 100 and infinities.
 rc::Gen<double> anyDifficulty();
 
 // A duration in seconds: often 0 or a few samples, at most maxSeconds().
 rc::Gen<double> anyDuration();
-// 0.4, or what VELTO_TEST_MAX_SECONDS says.
+// The value of VELTO_TEST_MAX_SECONDS; 0.4 by default.
 double maxSeconds();
 
-// A buffer of any samples between -1 and 1, silence and single samples among them.
+// A buffer of samples from -1 to 1; may be empty, silent or a single sample.
 rc::Gen<Samples> anyBuffer(int maxFrames);
 
 } // namespace tests

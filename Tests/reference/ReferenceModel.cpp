@@ -326,7 +326,7 @@ const std::array<double, 27>& bandCentres() {
 
 namespace {
 
-// printf of one double. The tests run in the C locale unless one of them says otherwise.
+// printf of one double. Tests that change the locale must not call this.
 std::string print(const char* format, double value) {
   char text[512];
   const int length = std::snprintf(text, sizeof text, format, value);
@@ -446,7 +446,7 @@ double gainReduction(double level, double threshold) {
   return 0;
 }
 
-// One pass over the buffer at a threshold: the smoothed gain reduction of every sample.
+// The smoothed gain reduction of every sample at a threshold.
 std::vector<double> smoothedReduction(const Samples& x, double threshold) {
   const double attack = std::exp(-1 / (0.005 * 48000));
   const double release = std::exp(-1 / (0.12 * 48000));

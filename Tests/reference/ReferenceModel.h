@@ -1,8 +1,8 @@
 // A slow, literal model of trials, grading, the staircase, synthesis, measurement and rendering.
 //
-// The program must match it bit for bit. It shares no code with the program and includes nothing of
-// Sources: each value is computed where it is needed, nothing is cached, reordered or skipped. When
-// the program is optimised, this file stays as it is.
+// The program must match it bit for bit. It shares no code with the program and includes nothing
+// from Sources. Each value is computed where it is needed; nothing is cached, reordered or skipped.
+// Optimising the program does not change this file.
 #pragma once
 
 #include <array>
@@ -36,15 +36,16 @@ double magnitudeAt(const Samples& x, double freq, double sampleRate);
 
 // Source materials
 
-// The generator's state after `state`, which must not be 0.
+// The generator's next state after `state`, which must not be 0.
 std::uint64_t step(std::uint64_t state);
-// The state that a generator starts with for a seed.
+// The generator's initial state for a seed.
 std::uint64_t startState(std::uint64_t seed);
-// The noise value, and the value in [0, 1), of a state.
+// The noise value of a state, in [-1, 3), and its unit value, in [0, 1).
 double noiseValue(std::uint64_t state);
 double unitValue(std::uint64_t state);
 
-// With `audible`, noise values lose 1 each, and pink noise passes two high-pass sections at 20 Hz.
+// `audible` subtracts 1 from each noise value and filters pink noise with two high-pass sections at
+// 20 Hz.
 Samples pink(double seconds, std::uint64_t seed, bool audible = false);
 Samples drums(double seconds, std::uint64_t seed);
 Samples pad(double seconds, std::uint64_t seed);
@@ -54,7 +55,7 @@ struct Pair {
 };
 Pair stereoise(const Samples& mono, double correlation, std::uint64_t seed, bool audible = false);
 
-// Where the drum steps of a loop start, in samples.
+// First sample of each drum step of a loop.
 std::vector<std::int64_t> stepStarts(double seconds);
 
 // Trials

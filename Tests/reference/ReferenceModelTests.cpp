@@ -1,4 +1,4 @@
-// The reference model against closed forms and figures worked out by hand.
+// Checks the reference model against closed forms and values worked out by hand.
 
 #include "ReferenceModel.h"
 
@@ -18,8 +18,8 @@ constexpr double rate = 48000;
 
 // Generator
 
-TEST(ReferenceGenerator, StepsAreThoseWorkedOutByHand) {
-  // Of the state 1, bit by bit: 1 ^ 1 << 13 = 0x2001; ^ >> 7 = 0x2041; ^ << 17 = 0x40822041.
+TEST(ReferenceGenerator, StepsMatchThoseWorkedOutByHand) {
+  // State 1, shift by shift: 1 ^ 1 << 13 = 0x2001; ^ >> 7 = 0x2041; ^ << 17 = 0x40822041.
   EXPECT_EQ(step(1), 0x40822041u);
   EXPECT_EQ(step(0x40822041), 0x100041060c011441u);
   EXPECT_EQ(step(0x100041060c011441), 0x9b1e842f6e862629u);
@@ -28,12 +28,12 @@ TEST(ReferenceGenerator, StepsAreThoseWorkedOutByHand) {
   EXPECT_EQ(step(0xFFFFFFFFFFFFFFFF), 0x3f801fc0u);
 }
 
-TEST(ReferenceGenerator, SeedsStartAsThemselvesButZero) {
+TEST(ReferenceGenerator, StartsAtTheSeedOrTheReplacementOfZero) {
   EXPECT_EQ(startState(0), 0x9E3779B97F4A7C15u);
   EXPECT_EQ(startState(1), 1u);
 }
 
-TEST(ReferenceGenerator, ValuesTakeTheTop53Bits) {
+TEST(ReferenceGenerator, ValuesUseTheTop53Bits) {
   EXPECT_EQ(unitValue(0x8100000000000000), 129.0 / 256);
   EXPECT_EQ(unitValue(0x7FF), 0);
   EXPECT_EQ(noiseValue(0x8100000000000000), 4 * 129.0 / 256 - 1);
@@ -51,7 +51,7 @@ void expectSection(const Biquad& f, double b0, double b1, double b2, double a1, 
   EXPECT_NEAR(f.a2, a2, 1e-14);
 }
 
-// There cos w0 is 0 and sin w0 is 1: a Q of 0.5 makes alpha 1, a Q of 0.25 makes it 2.
+// At f0 = 12 kHz, cos w0 is 0 and sin w0 is 1: alpha is 1 for a Q of 0.5, and 2 for a Q of 0.25.
 TEST(ReferenceFilters, HaveSimpleCoefficientsAtAQuarterOfTheRate) {
   expectSection(lowpass(12000, 0.5, rate), 0.25, 0.5, 0.25, 0, 0);
   expectSection(highpass(12000, 0.25, rate), 1.0 / 6, -1.0 / 3, 1.0 / 6, 0, -1.0 / 3);
@@ -59,7 +59,7 @@ TEST(ReferenceFilters, HaveSimpleCoefficientsAtAQuarterOfTheRate) {
   expectSection(peaking(12000, 40 * std::log10(2.0), 0.25, rate), 2.5, 0, -1.5, 0, 0); // A = 2
 }
 
-TEST(ReferenceFilters, HaveTheirGainsAtTheLandmarks) {
+TEST(ReferenceFilters, HaveKnownGainsAtZeroCentreAndNyquist) {
   for (const double f0 : {100.0, 1900.0, 7800.0})
     for (const double q : {0.6, 2.0, 5.0}) {
       const double peakDB = 20 * std::log10(q);
@@ -83,7 +83,7 @@ TEST(ReferenceFilters, FloorTheResponseAndItsDenominator) {
   EXPECT_NEAR(responseDB({1, 0, 0, -1, 0}, 0, rate), 360, 1e-9); // a pole at 0 Hz
 }
 
-TEST(ReferenceFilters, RingAsTheirClosedForm) {
+TEST(ReferenceFilters, ImpulseResponseMatchesItsClosedForm) {
   // h[n] = r^n sin((n + 1) theta) / sin theta for a1 = -2 r cos theta, a2 = r^2.
   const double r = 0.97, theta = 0.3;
   Biquad resonator{1, 0, 0, -2 * r * std::cos(theta), r * r};
@@ -93,7 +93,7 @@ TEST(ReferenceFilters, RingAsTheirClosedForm) {
         << n;
 }
 
-TEST(ReferenceFilters, DelayTheirInputByOneAndTwo) {
+TEST(ReferenceFilters, TapsDelayTheInputByOneAndTwo) {
   Biquad taps{1, 0.5, -0.25, 0, 0};
   Samples out;
   for (const float in : {1.0f, 0.0f, 0.0f, 4.0f, 0.0f})
@@ -101,8 +101,8 @@ TEST(ReferenceFilters, DelayTheirInputByOneAndTwo) {
   EXPECT_EQ(out, (Samples{1, 0.5f, -0.25f, 4, 2}));
 }
 
-TEST(ReferenceFilters, KeepTheirOutputsUnrounded) {
-  // y1 = 2^-30 + 1 would round to 1 as a float; the next output, y1 - 1, tells.
+TEST(ReferenceFilters, FeedBackUnroundedOutputs) {
+  // y1 = 1 + 2^-30 would round to 1 as a float. The next output, y1 - 1, shows whether it did.
   Biquad section{1 + 0x1p-30, 0, 0, -1, 0};
   EXPECT_EQ(section.process(1), 1.0f);
   section.b0 = -1;
@@ -140,7 +140,7 @@ TEST(ReferenceMeasure, NormalizeReachesItsTarget) {
   EXPECT_NEAR(rmsDB(normalizeRMS({0.3f, 0.1f, -0.7f}, -20)), -20, 1e-6);
 }
 
-TEST(ReferenceMeasure, NormalizeRoundsTheGainToAFloatFirst) {
+TEST(ReferenceMeasure, NormalizeMultipliesByAFloatGain) {
   Samples x;
   for (std::size_t i = 0; i < 100; i++)
     x.push_back(0.7f + 0.001f * static_cast<float>(i));
@@ -155,7 +155,7 @@ TEST(ReferenceMeasure, NormalizeRoundsTheGainToAFloatFirst) {
   EXPECT_GT(otherInDoubles, 0);
 }
 
-TEST(ReferenceMeasure, NormalizeLeavesABufferWithoutALevelAlone) {
+TEST(ReferenceMeasure, NormalizeKeepsABufferWithoutAFiniteLevel) {
   const float infinite = std::numeric_limits<float>::infinity();
   EXPECT_EQ(normalizeRMS({0.5f, infinite, -0.25f}, -20), (Samples{0.5f, infinite, -0.25f}));
 }
@@ -173,8 +173,8 @@ std::vector<double> draws(std::uint64_t seed, std::size_t count) {
   return values;
 }
 
-// Pink noise before its level is set: the convolution of `noise` with six one-pole responses g p^k,
-// the direct path at k = 0 and the delayed one at k = 1.
+// Pink noise before normalisation: `noise` convolved with six one-pole responses g p^k, the direct
+// path at k = 0 and the delayed one at k = 1.
 std::vector<double> pinkByConvolution(const std::vector<double>& noise) {
   const std::array<double, 6> gains{0.0555179, 0.0750759, 0.153852,
                                     0.3104856, 0.5329522, -0.016898};
@@ -190,7 +190,7 @@ std::vector<double> pinkByConvolution(const std::vector<double>& noise) {
   return pink;
 }
 
-// Another form of the same section: transposed direct form II, in doubles.
+// The same filter in another structure: transposed direct form II, in doubles.
 std::vector<double> filtered(const Biquad& f, const std::vector<double>& in) {
   std::vector<double> out;
   double s1 = 0, s2 = 0;
@@ -203,7 +203,7 @@ std::vector<double> filtered(const Biquad& f, const std::vector<double>& in) {
   return out;
 }
 
-// `actual` is `expected` times one factor that brings it to -20 dB.
+// Expects `actual` to be `expected` scaled to an RMS level of -20 dB.
 void expectAtLevel(const Samples& actual, const std::vector<double>& expected, double tolerance) {
   ASSERT_EQ(actual.size(), expected.size());
   double power = 0;
@@ -213,11 +213,11 @@ void expectAtLevel(const Samples& actual, const std::vector<double>& expected, d
     ASSERT_NEAR(actual[n], 0.1 * expected[n] / std::sqrt(power), tolerance) << n;
 }
 
-TEST(ReferencePink, IsTheConvolutionWithItsImpulseResponse) {
+TEST(ReferencePink, EqualsNoiseConvolvedWithItsImpulseResponse) {
   expectAtLevel(pink(200.5 / rate, 1), pinkByConvolution(draws(1, 200)), 1e-7);
 }
 
-TEST(ReferencePink, AudibleIsWithoutMeanThroughAButterworthHighPass) {
+TEST(ReferencePink, AudibleIsMeanFreeNoiseThroughAButterworthHighPass) {
   std::vector<double> noise = draws(1, 2000);
   for (double& value : noise)
     value -= 1;
@@ -231,7 +231,7 @@ TEST(ReferencePink, AudibleIsWithoutMeanThroughAButterworthHighPass) {
                 filtered(section(3), filtered(section(1), pinkByConvolution(noise))), 1e-6);
 }
 
-TEST(ReferenceDrums, StepsStartAtTheRunningSum) {
+TEST(ReferenceDrums, StepsStartAtTheTruncatedRunningSum) {
   EXPECT_EQ(stepStarts(3.2), (std::vector<std::int64_t>{0, 14400, 28800, 43199, 57600, 72000, 86400,
                                                         100800, 115200, 129599, 143999}));
   EXPECT_EQ(stepStarts(0), std::vector<std::int64_t>());
@@ -240,8 +240,8 @@ TEST(ReferenceDrums, StepsStartAtTheRunningSum) {
   EXPECT_EQ(stepStarts(0.31), (std::vector<std::int64_t>{0, 14400}));
 }
 
-// A bar and a half, each voice by its formula. Seed 11; the snare draws before its step's hat.
-TEST(ReferenceDrums, VoicesAreTheirFormulas) {
+// A bar and a half, seed 11. In a step with both, the snare draws its noise before the hat.
+TEST(ReferenceDrums, VoicesMatchTheirFormulas) {
   const std::vector<std::size_t> starts{0,     14400,  28800,  43199,  57600,  72000,
                                         86400, 100800, 115200, 129599, 143999, 158399};
   std::vector<double> expected(172000);
@@ -278,8 +278,8 @@ TEST(ReferenceDrums, VoicesAreTheirFormulas) {
   expectAtLevel(drums(172000.5 / rate, 11), expected, 1e-6);
 }
 
-TEST(ReferenceDrums, ACutVoiceDrawsNoMoreNoise) {
-  // The snare of step 4 is cut after 480 samples: the step's hat begins with draw 11041.
+TEST(ReferenceDrums, ATruncatedVoiceDrawsNoFurtherNoise) {
+  // The snare of step 4 ends after 480 samples, so the step's hat starts at draw 11041.
   const Samples cut = drums(58080.5 / rate, 11);
   const std::vector<double> noise = draws(11, 11041);
   const double snare = 0.55 * 0.8 * bandpass(1900, 0.7, rate).b0;
@@ -289,7 +289,7 @@ TEST(ReferenceDrums, ACutVoiceDrawsNoMoreNoise) {
               (snare * noise[10560] + hat * noise[11040]) / (hat * noise[2640]), 1e-5);
 }
 
-TEST(ReferencePad, IsItsClosedFormOverAFewSamples) {
+TEST(ReferencePad, MatchesTwelveKnownSamples) {
   const std::array<double, 12> expected{0,           -0.0094613495, -0.036087725, -0.077489551,
                                         -0.12066409, -0.14971396,   -0.15925991,  -0.15068484,
                                         -0.12762397, -0.093432376,  -0.05042132,  0};
@@ -299,23 +299,7 @@ TEST(ReferencePad, IsItsClosedFormOverAFewSamples) {
     EXPECT_NEAR(actual[i], expected[i], 1e-7) << i;
 }
 
-// The three tones of a root are equally strong, and their harmonics fall as their number through
-// the filter. The harmonics of the second root lie apart from those of the others.
-TEST(ReferencePad, HasFourRootsInThreeTunings) {
-  const Samples x = pad(6, 77);
-  const Biquad filter = lowpass(5200, 0.6, rate);
-  const double reference = magnitudeAt(x, 164.81, rate);
-  for (const double root : {110.0, 164.81, 277.18})
-    for (const double tuning : {0.994, 1.0, 1.007})
-      EXPECT_NEAR(20 * std::log10(magnitudeAt(x, root * tuning, rate) / reference), 0, 0.2)
-          << root * tuning;
-  EXPECT_GT(magnitudeAt(x, 220 * 1.007, rate), reference / 3);
-  for (const int harmonic : {3, 5})
-    EXPECT_NEAR(20 * std::log10(magnitudeAt(x, harmonic * 164.81, rate) / reference),
-                responseDB(filter, harmonic * 164.81, rate) - 20 * std::log10(harmonic), 0.1);
-}
-
-TEST(ReferencePad, IsItsFormulaWithFadesOf480Samples) {
+TEST(ReferencePad, MatchesItsFormulaWithFadesOf480Samples) {
   const std::array<double, 4> roots{110, 164.81, 220, 277.18};
   const std::array<double, 3> tunings{0.994, 1, 1.007};
   std::vector<double> means(1200);
@@ -336,19 +320,19 @@ TEST(ReferencePad, IsItsFormulaWithFadesOf480Samples) {
   expectAtLevel(pad(1200.5 / rate, 21), expected, 1e-6);
 }
 
-TEST(ReferenceStereoise, EndsOfTheCorrelation) {
+TEST(ReferenceStereoise, ACorrelationOf1OrMoreCopiesTheInput) {
   const Samples mono = drums(0.1, 3);
   const Pair identical = stereoise(mono, 1, 3);
   EXPECT_EQ(identical.l, mono);
   for (std::size_t i = 0; i < mono.size(); i++)
     ASSERT_NEAR(identical.r[i], mono[i], 2e-7 * std::fabs(static_cast<double>(mono[i])));
-  // Beyond 1 the noise has no weight; the normalisation takes the factor back.
+  // Above 1 the noise has no weight, and normalisation cancels the factor.
   const Pair beyond = stereoise(mono, 2, 3);
   for (std::size_t i = 0; i < mono.size(); i++)
     ASSERT_NEAR(beyond.r[i], mono[i], 2e-7 * std::fabs(static_cast<double>(mono[i])));
 }
 
-TEST(ReferenceStereoise, MixesLowPassedNoiseOfSeedPlus7717) {
+TEST(ReferenceStereoise, MixesLowPassNoiseSeededWithSeedPlus7717) {
   Samples mono = drums(0.05, 3);
   for (float& sample : mono)
     sample *= 0.5f; // -26 dB
@@ -376,7 +360,7 @@ TEST(ReferenceStereoise, MixesLowPassedNoiseOfSeedPlus7717) {
 
 // Trials
 
-// The states after one step, and what follows from them, were worked out with integers elsewhere:
+// States after one step, and values derived from them, computed elsewhere in exact integers:
 //   seed                  state               mod 27  mod 3  fraction
 //   0                     dc1b77ae0bf34dad    12      0      0.8597941
 //   1                     0000000040822041    6       0      5.9e-11
@@ -384,7 +368,7 @@ TEST(ReferenceStereoise, MixesLowPassedNoiseOfSeedPlus7717) {
 //   34                                        13      1
 //   8000000000000000      8100000000000000    3       0      0.50390625
 //   895ebbb1d038278b      ffffa2741368d504    12      0      0.9999944
-TEST(ReferenceTrial, HasTheTargetsWorkedOutByHand) {
+TEST(ReferenceTrial, TargetsMatchThoseWorkedOutByHand) {
   const struct {
     std::uint64_t seed;
     double difficulty, targetFreq, targetLevelDB, targetGRdB;
@@ -431,7 +415,7 @@ TEST(ReferenceTrial, GetsHarderBetween0And100) {
   }
 }
 
-TEST(ReferenceTrial, MixesSeedsAsSplitMix64) {
+TEST(ReferenceTrial, MixedSeedsAreSplitMix64) {
   // The first three outputs of the published generator from the state 0.
   constexpr std::uint64_t gamma = 0x9E3779B97F4A7C15;
   EXPECT_EQ(mixedSeed(0), 0xE220A8397B1DCDAFU);
@@ -439,14 +423,14 @@ TEST(ReferenceTrial, MixesSeedsAsSplitMix64) {
   EXPECT_EQ(mixedSeed(2 * gamma), 0x06C45D188009454FU);
 }
 
-// After this seed the generator is in state 1, a fraction of 0: targets lie at their lower ends.
+// The generator's first state after this seed is 1, a fraction of 0: targets are at their minimum.
 TEST(ReferenceTrial, RoundsHalvesAwayFromZero) {
   constexpr std::uint64_t seed = 13721891023265367629U;
   EXPECT_EQ(makeTrial(62.5, Material::pad, seed, Drill::level).targetLevelDB, 1.15); // 22.5 steps
   EXPECT_EQ(makeTrial(3.75, Material::pad, seed, Drill::dynamics).targetGRdB, 4.7);  // 46.5 steps
 }
 
-TEST(ReferenceGrade, HasTheTextsWorkedOutByHand) {
+TEST(ReferenceGrade, TextsMatchThoseWorkedOutByHand) {
   Trial trial = makeTrial(0, Material::pad, 0, Drill::frequency);
   trial.targetFreq = 1000;
   const Grade g = grade(1250, trial);
@@ -457,7 +441,7 @@ TEST(ReferenceGrade, HasTheTextsWorkedOutByHand) {
   EXPECT_FALSE(grade(1600, trial).correct);
 }
 
-TEST(ReferenceGrade, HitsAtItsThresholds) {
+TEST(ReferenceGrade, ThresholdsAreInclusive) {
   Trial trial = makeTrial(0, Material::pad, 0, Drill::frequency);
   trial.targetFreq = 500;
   EXPECT_FALSE(grade(630, trial).correct); // 0.3334 octaves
@@ -478,63 +462,84 @@ TEST(ReferenceGrade, HitsAtItsThresholds) {
   EXPECT_EQ(grade(2, trial).answerText, "slot 3");
 }
 
-TEST(ReferenceStaircase, WalksAsWorkedOutByHand) {
+// Records `correct` in a staircase and checks its fields afterwards.
+void expectStep(Staircase& staircase, bool correct, double difficulty, std::int64_t streak,
+                std::int64_t reversals, std::int64_t direction) {
+  staircase.record(correct);
+  EXPECT_EQ(staircase.difficulty, difficulty);
+  EXPECT_EQ(staircase.consecutiveCorrect, streak);
+  EXPECT_EQ(staircase.reversals, reversals);
+  EXPECT_EQ(staircase.lastDirection, direction);
+}
+
+TEST(ReferenceStaircase, MatchesTheFieldsWorkedOutByHand) {
   Staircase s;
-  std::vector<double> walk;
-  for (const bool correct : {true, false, true, true, false, true, true, false, true, true}) {
-    s.record(correct);
-    walk.push_back(s.difficulty);
-  }
-  EXPECT_EQ(walk, (std::vector<double>{20, 8, 8, 20, 8, 8, 16, 8, 8, 13}));
-  EXPECT_EQ(s.reversals, 5);
+  expectStep(s, true, 20, 1, 0, 0);  // one correct answer does not move it
+  expectStep(s, false, 8, 0, 0, -1); // the first move is not a reversal
+  expectStep(s, true, 8, 1, 0, -1);
+  expectStep(s, true, 20, 0, 1, 1);
+  expectStep(s, false, 8, 0, 2, -1); // this move still uses the larger step
+  expectStep(s, true, 8, 1, 2, -1);
+  expectStep(s, true, 16, 0, 3, 1);
+  expectStep(s, false, 8, 0, 4, -1);
+  expectStep(s, true, 8, 1, 4, -1);
+  expectStep(s, true, 13, 0, 5, 1);
+  expectStep(s, true, 13, 1, 5, 1);
+  expectStep(s, true, 18, 0, 5, 1); // a move in the same direction is not a reversal
+}
+
+TEST(ReferenceStaircase, ClampedMovesSetTheDirectionAndCountReversals) {
+  Staircase easiest{2, 0, 7, 1};
+  expectStep(easiest, false, 0, 0, 8, -1);
+  expectStep(easiest, false, 0, 0, 8, -1);
+  Staircase hardest{99, 1, 7, 0};
+  expectStep(hardest, true, 100, 0, 7, 1);
+  Staircase atTheTop{100, 1, 2, -1};
+  expectStep(atTheTop, true, 100, 0, 3, 1);
 }
 
 TEST(ReferenceStaircase, StepsShrinkWithTheReversals) {
   const std::array<double, 9> steps{12, 12, 8, 8, 5, 5, 5, 3, 3};
   for (std::size_t reversals = 0; reversals < steps.size(); reversals++) {
-    Staircase s;
-    s.difficulty = 50;
-    s.reversals = static_cast<std::int64_t>(reversals);
-    s.record(false);
-    EXPECT_EQ(s.difficulty, 50 - steps[reversals]) << reversals;
-    s.difficulty = 99;
-    s.consecutiveCorrect = 1;
-    s.record(true);
-    EXPECT_EQ(s.difficulty, 100);
+    const auto count = static_cast<std::int64_t>(reversals);
+    Staircase down{50, 0, count, 0}, up{50, 1, count, 0};
+    expectStep(down, false, 50 - steps[reversals], 0, count, -1);
+    expectStep(up, true, 50 + steps[reversals], 0, count, 1);
   }
 }
 
 // Rendering
 
-TEST(ReferenceCompressor, FollowsItsStaticCurve) {
+TEST(ReferenceCompressor, MatchesItsStaticCurve) {
   // A full-scale constant: 0.75 dB of reduction for each decibel of threshold below it.
   const Samples x(48000, 1);
   EXPECT_NEAR(compressorHitting(6, x).grDB, 0.75 * 7.998046875, 1e-9);
   EXPECT_NEAR(compressorHitting(1000, x).grDB, 0.75 * (40 - 40.0 / 4096), 1e-9);
-  // After one sample the smoothing has gone a fraction of 1 - 0.99584200184511 of the way.
+  // After one sample the smoothing has covered a fraction of 1 - 0.99584200184511.
   EXPECT_NEAR(compressorHitting(1000, {1}).grDB, 0.75 * (40 - 40.0 / 4096) * (1 - 0.99584200184511),
               1e-9);
   EXPECT_EQ(compressorHitting(8, {}).grDB, 0);
 }
 
-TEST(ReferenceCompressor, HasAKneeSixDecibelsWide) {
-  // A target of 0 raises the threshold twelve times, to 40 / 4096 dB below the peak: in the knee.
+TEST(ReferenceCompressor, KneeIsSixDecibelsWide) {
+  // A target of 0 raises the threshold twelve times, to 40 / 4096 dB below the peak, so the peak is
+  // within the knee.
   const double step = 40.0 / 4096;
   EXPECT_NEAR(compressorHitting(0, Samples(48000, 1)).grDB, 0.75 * (step + 3) * (step + 3) / 12,
               1e-9);
-  // 2.5 dB below the threshold a sample is still reduced.
+  // A sample 2.5 dB below the threshold is still reduced.
   Samples x(48000, static_cast<float>(std::pow(10, (-step - 2.5) / 20)));
   x[47999] = 1;
   EXPECT_NEAR(compressorHitting(0, x).out[47998] / x[47998],
               std::pow(10, -0.75 * 0.5 * 0.5 / 12 / 20), 1e-7);
 }
 
-TEST(ReferenceCompressor, MeasuresSilenceAtTheDetectorsFloor) {
+TEST(ReferenceCompressor, DetectsSilenceAtMinus180Decibels) {
   // The peak of silence is -240 dB, the detector's floor -180 dB: 60 dB above any threshold.
   EXPECT_NEAR(compressorHitting(8, Samples(48000)).grDB, 0.75 * (60 + 40.0 / 4096), 1e-9);
 }
 
-TEST(ReferenceCompressor, AttacksIn5AndReleasesIn120Milliseconds) {
+TEST(ReferenceCompressor, AttackIs5AndRelease120Milliseconds) {
   // 100 ms at full scale, then 100 ms far below the threshold.
   Samples x(9600, 1);
   for (std::size_t i = 4800; i < x.size(); i++)
@@ -553,8 +558,8 @@ TEST(ReferenceCompressor, AttacksIn5AndReleasesIn120Milliseconds) {
   }
 }
 
-TEST(ReferenceCompressor, AReductionThatEqualsTheTargetHitsIt) {
-  // At the first threshold, -20 dB, a full-scale sample is to be reduced by 15 dB.
+TEST(ReferenceCompressor, AReductionEqualToTheTargetReachesIt) {
+  // At the first threshold, -20 dB, the static reduction of a full-scale sample is 15 dB.
   const Samples x(1000, 1);
   double reached = 0;
   for (std::size_t i = 0; i < x.size(); i++)
@@ -564,7 +569,7 @@ TEST(ReferenceCompressor, AReductionThatEqualsTheTargetHitsIt) {
             compressorHitting(std::nextafter(reached, 100.0), x).grDB);
 }
 
-TEST(ReferenceRender, SlotsAreWhatTheDrillSays) {
+TEST(ReferenceRender, SlotsDifferAsTheDrillSays) {
   for (const Material material : {Material::pinkNoise, Material::drums, Material::pad}) {
     const auto level = render(makeTrial(0, material, 1, Drill::level), 0.1);
     ASSERT_EQ(level.size(), 2u);

@@ -1,5 +1,5 @@
 // A day of practice in one process: twenty thousand trials, each rendered, loaded, heard, switched
-// and answered. Nothing but the record may remain of them.
+// and answered. They may leave nothing behind but the record.
 #include "Session.h"
 
 #include "Bands.h"

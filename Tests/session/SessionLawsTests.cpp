@@ -26,7 +26,7 @@ namespace {
 constexpr double launchTime = 1'700'000'000;
 constexpr std::uint64_t seedStep = 40503;
 
-// A trial on its way: to be rendered in the background, then delivered to the main thread.
+// A pending trial: to be rendered in the background, then delivered to the main thread.
 struct Errand {
   std::uint64_t seed;
   std::size_t slots;
@@ -241,7 +241,7 @@ struct Resume final : Step {
   void show(std::ostream& out) const override { out << "resume"; }
 };
 
-// From here on no device starts, or every device does.
+// From now on, devices start or refuse to.
 struct Refuse final : Step {
   bool refused = *rc::gen::weightedElement<bool>({{1, true}, {2, false}});
 
@@ -264,7 +264,7 @@ struct Play final : Step {
   void show(std::ostream& out) const override { out << "sound"; }
 };
 
-// Favours steps that deliver a trial on its way, then steps that use it. With a uniform choice, the
+// Favours steps that deliver a pending trial, then steps that use it. With a uniform choice, the
 // next trial would usually start before either.
 auto anyStep() {
   using namespace rc::state::gen;

@@ -31,7 +31,7 @@ constexpr Step nothing{}, load{.load = true, .report = false},
 
 } // namespace
 
-// ---- When to try, and when to report ----
+// ---- When to retry, and when to report ----
 
 TEST(SoundRecovery, DoesNothingWhileSoundPlays) {
   SoundRecovery recovery;
@@ -49,14 +49,14 @@ TEST(SoundRecovery, RetriesLostSoundAtOnceAndThenAtGrowingIntervals) {
   SoundRecovery recovery;
   EXPECT_EQ(recovery.next(Sound::lost, start), load);
   EXPECT_EQ(recovery.next(Sound::refused, start + 10ms), report);
-  std::vector<int> tries;
+  std::vector<int> attempts;
   for (int time = 10; time < 10'000; time += 10)
     if (recovery.next(Sound::refused, start + time * 1ms).load)
-      tries.push_back(time);
-  EXPECT_EQ(tries, (std::vector{500, 1500, 3500, 5500, 7500, 9500}));
+      attempts.push_back(time);
+  EXPECT_EQ(attempts, (std::vector{500, 1500, 3500, 5500, 7500, 9500}));
 }
 
-TEST(SoundRecovery, AFirstFailureCountsAsATry) {
+TEST(SoundRecovery, TheFirstFailureCountsAsAnAttempt) {
   SoundRecovery recovery;
   EXPECT_EQ(recovery.next(Sound::refused, start), report);
   EXPECT_EQ(recovery.next(Sound::refused, start + 499ms), nothing);
@@ -84,7 +84,7 @@ TEST(SoundRecovery, AnOpeningThatTakesTwoSecondsIsAnOutage) {
   EXPECT_EQ(recovery.next(Sound::refused, start + 30s), nothing); // the same outage
 }
 
-TEST(SoundRecovery, RestingTimeIsNotOpeningTime) {
+TEST(SoundRecovery, TimeAtRestDoesNotCountAsOpening) {
   SoundRecovery recovery;
   EXPECT_EQ(recovery.next(Sound::opening, start), nothing);
   recovery.rest();
@@ -92,11 +92,11 @@ TEST(SoundRecovery, RestingTimeIsNotOpeningTime) {
   EXPECT_EQ(recovery.next(Sound::opening, start + 12s), report);
 }
 
-RC_GTEST_PROP(SoundRecoveryLaw, ReportsOncePerOutageAndPausesBetweenTries, ()) {
+RC_GTEST_PROP(SoundRecoveryLaw, ReportsOncePerOutageAndWaitsBetweenAttempts, ()) {
   SoundRecovery recovery;
   SoundRecovery::Time now = start;
   bool isReported = false;
-  std::optional<SoundRecovery::Time> lastTry;
+  std::optional<SoundRecovery::Time> lastAttempt;
   const auto count = *rc::gen::inRange(1, 200);
   for (int i = 0; i < count; ++i) {
     now += std::chrono::milliseconds(*rc::gen::inRange(0, 3000));
@@ -105,16 +105,16 @@ RC_GTEST_PROP(SoundRecoveryLaw, ReportsOncePerOutageAndPausesBetweenTries, ()) {
     if (sound == Sound::plays) {
       RC_ASSERT(step == nothing);
       isReported = false;
-      lastTry.reset();
+      lastAttempt.reset();
     }
     RC_ASSERT(!(step.report && isReported));
     isReported = isReported || step.report;
     RC_ASSERT(sound != Sound::refused || isReported);
     if (step.load) {
-      RC_ASSERT(!lastTry || now - *lastTry >= SoundRecovery::shortestWait);
-      lastTry = now;
-    } else if (lastTry && (sound == Sound::refused || sound == Sound::lost)) {
-      RC_ASSERT(now - *lastTry < SoundRecovery::longestWait);
+      RC_ASSERT(!lastAttempt || now - *lastAttempt >= SoundRecovery::shortestWait);
+      lastAttempt = now;
+    } else if (lastAttempt && (sound == Sound::refused || sound == Sound::lost)) {
+      RC_ASSERT(now - *lastAttempt < SoundRecovery::longestWait);
     }
   }
 }
@@ -200,7 +200,7 @@ TEST(SessionSound, PlaysAsSoonAsTheOutputIsOpen) {
   rig.settle();
   EXPECT_FALSE(rig.session.rendering());
   EXPECT_FALSE(rig.plays());
-  rig.session.select(1); // not lost, though nothing plays yet
+  rig.session.select(1); // kept, although nothing plays yet
   rig.output.letGo();
   ASSERT_TRUE(rig.eventually([&] { return rig.plays(); }));
   EXPECT_EQ(rig.session.player().current(), 1);
@@ -216,7 +216,7 @@ TEST(SessionSound, ReturnsAtTheCurrentSlotAndReportsEachOutageOnce) {
     rig.output.fail();
     rig.session.followSound(later(0ms));
     ASSERT_TRUE(rig.eventually([&] { return rig.session.player().error() == "gone"; }));
-    for (int i = 1; i <= 20; ++i) { // many tries
+    for (int i = 1; i <= 20; ++i) { // many attempts
       rig.session.followSound(later(i * 3s));
       ASSERT_TRUE(rig.eventually([&] { return rig.session.player().error() == "gone"; }));
     }
@@ -230,7 +230,7 @@ TEST(SessionSound, ReturnsAtTheCurrentSlotAndReportsEachOutageOnce) {
   }
 }
 
-TEST(SessionSound, ANewTrialTriesAtOnce) {
+TEST(SessionSound, ANewTrialRetriesAtOnce) {
   Rig rig;
   rig.output.refuse("gone");
   ::testing::internal::CaptureStderr();
@@ -242,7 +242,7 @@ TEST(SessionSound, ANewTrialTriesAtOnce) {
   EXPECT_EQ(::testing::internal::GetCapturedStderr(), line("gone"));
 }
 
-TEST(SessionSound, NothingIsTriedWhileSuspendedAndResumingPlays) {
+TEST(SessionSound, DoesNotRetryWhileSuspendedAndPlaysOnResume) {
   Rig rig;
   ASSERT_TRUE(rig.eventually([&] { return rig.plays(); }));
   rig.session.select(1);

@@ -27,7 +27,7 @@ Samples attenuated(std::span<const float> x, std::span<const double> reductionDB
   return out;
 }
 
-// A million samples, so that the approximated power leaves about a hundred roundings undecided.
+// In a million samples, the approximated power cannot decide about a hundred roundings.
 TEST(Attenuation, MatchesPowBitForBit) {
   constexpr std::size_t count = 1'000'000;
   for (const double most : {1.0, 30.0, 200.0}) {
@@ -42,7 +42,7 @@ TEST(Attenuation, MatchesPowBitForBit) {
   }
 }
 
-TEST(Attenuation, OfZeroDecibelsChangesNothing) {
+TEST(Attenuation, ZeroDecibelsLeaveSamplesUnchanged) {
   const Samples x{0.0f, -0.0f, 1e-45f, -1.0f, 0.1f, std::numeric_limits<float>::max()};
   EXPECT_TRUE(sameBits(attenuated(x, std::vector<double>(x.size())), x));
 }
@@ -67,7 +67,7 @@ TEST(Attenuation, AcceptsHugeAndTinySamplesAndReductions) {
 
 // Reductions that bring a sample next to the midpoint of two floats, from both sides and with both
 // signs, where the approximated power alone could round either way.
-TEST(Attenuation, RoundsLikePowNearTheMiddleOfTwoFloats) {
+TEST(Attenuation, RoundsLikePowHalfwayBetweenFloats) {
   Xorshift64 generator(11);
   Samples x;
   std::vector<double> reductionDB;
@@ -95,7 +95,7 @@ TEST(Attenuation, AcceptsAnyLength) {
   }
 }
 
-// Every sample of a block falls back to the exact power.
+// Makes every sample of a block fall back to the exact power.
 TEST(Attenuation, FallsBackToPowAnywhereInABlock) {
   const float sample = 1.25f;
   const float result = 0.5f;

@@ -1,4 +1,4 @@
-// The compile flags that make every compiler compute the same samples are in force.
+// Checks that the compile flags take effect that make all compilers compute the same samples.
 
 #include <gtest/gtest.h>
 
@@ -8,19 +8,19 @@
 namespace velto {
 namespace {
 
-// Read at run time, so that no compiler computes the results itself.
+// Volatile, so that no compiler folds the results at compile time.
 volatile double justAboveOne = 1 + 0x1p-30;
 volatile double justBelowOne = 1 - 0x1p-30;
 volatile double minusOne = -1;
 
-// Two neighbouring roundings to float: the shape that the vectoriser of basic blocks in GCC 12
-// breaks at -O2 and above.
+// Two adjacent roundings to float: the pattern that GCC 12's basic-block (SLP) vectoriser gets
+// wrong at -O2 and above.
 [[gnu::noinline]] void roundTwo(double a, double b, double* out) {
   out[0] = static_cast<double>(static_cast<float>(a));
   out[1] = static_cast<double>(static_cast<float>(b));
 }
 
-TEST(CompileFlags, TwoNeighbouringStoresAreBothRoundedToFloat) {
+TEST(CompileFlags, AdjacentStoresAreBothRoundedToFloat) {
   // 1 + 2^-30 and 1 - 2^-30 lie between 1 and the neighbouring floats.
   std::array<double, 2> out{};
   roundTwo(justAboveOne, justBelowOne, out.data());
@@ -28,8 +28,8 @@ TEST(CompileFlags, TwoNeighbouringStoresAreBothRoundedToFloat) {
   EXPECT_EQ(out[1], 1.0);
 }
 
-// (1 + 2^-30)(1 - 2^-30) = 1 - 2^-60, which rounds to 1: the sum with -1 is 0, unless the product
-// goes into the sum unrounded.
+// (1 + 2^-30)(1 - 2^-30) = 1 - 2^-60, which rounds to 1. Adding -1 then gives 0, unless multiply
+// and add are fused.
 #if defined(__x86_64__)
 [[gnu::noinline, gnu::target("fma")]]
 #else
@@ -40,7 +40,7 @@ productPlus(double a, double b, double c) {
   return a * b + c;
 }
 
-TEST(CompileFlags, AProductIsRoundedBeforeItIsAdded) {
+TEST(CompileFlags, ProductsAreRoundedBeforeAddition) {
 #if defined(__x86_64__)
   if (!__builtin_cpu_supports("fma"))
     GTEST_SKIP() << "this processor has no fused multiply-add";

@@ -20,7 +20,7 @@ constexpr double rate = sampleRateHz;
 
 // Biquad
 
-TEST(Biquad, IsAPlainValueOfNineDoublesAtRest) {
+TEST(Biquad, HoldsNineDoublesAndStartsWithZeroState) {
   static_assert(sizeof(Biquad) == 9 * sizeof(double));
   const auto [b0, b1, b2, a1, a2, x1, x2, y1, y2] = Biquad::lowpass(1000, 1, rate);
   EXPECT_NE(b0 * b1 * b2 * a1 * a2, 0);
@@ -30,18 +30,15 @@ TEST(Biquad, IsAPlainValueOfNineDoublesAtRest) {
   EXPECT_EQ(y2, 0);
 }
 
-TEST(Biquad, TwoPiIsTheNearestDouble) {
+TEST(DSP, ConstantsAreTwoPiAnd48Kilohertz) {
   EXPECT_EQ(twoPi, 2 * std::numbers::pi);
   EXPECT_EQ(sampleRateHz, 48000.0);
 }
 
-TEST(Biquad, ResponseIsFlooredAtMinus360) {
+TEST(Biquad, ResponseAndItsDenominatorAreFloored) {
   Biquad nothing;
   nothing.b0 = 0;
   EXPECT_NEAR(nothing.responseDB(1000, rate), -360, 1e-9);
-}
-
-TEST(Biquad, AVanishingDenominatorIsFlooredToo) {
   Biquad pole;
   pole.a1 = -1; // 1 / (1 - z^-1): a pole at 0 Hz
   EXPECT_NEAR(pole.responseDB(0, rate), 360, 1e-9);
@@ -100,7 +97,7 @@ RC_GTEST_PROP(BiquadLaw, MatchesTheModelBitForBit, ()) {
   require(sameBits(actualOut, expectedOut));
 }
 
-RC_GTEST_PROP(PairedBiquadLaw, MatchesTheSectionThatItContinues, ()) {
+RC_GTEST_PROP(PairedBiquadLaw, MatchesTwoStepsOfTheBiquad, ()) {
   Biquad section =
       design(*rc::gen::inRange(0, 4), *between(20, 23000), *between(-15, 15), *between(0.2, 8));
   for (const float sample : *anyBuffer(5))
@@ -144,7 +141,7 @@ RC_GTEST_PROP(MeasureLaw, LevelsMatchTheModelBitForBit, ()) {
   require(sameBits(Measure::normalizeRMS(x, target), reference::normalizeRMS(x, target)));
 }
 
-RC_GTEST_PROP(MeasureLaw, PairsAreMeasuredAsOneSampleAfterTheOther, ()) {
+RC_GTEST_PROP(MeasureLaw, AddingAPairEqualsAddingItsSamples, ()) {
   const Samples x = *anyBuffer(300);
   Measure::RunningRMS rms;
   for (std::size_t i = 0; i + 1 < x.size(); i += 2)

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <limits>
 
@@ -18,7 +17,7 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 
 // Durations
 
-TEST(FrameCount, IsTheTruncatedProduct) {
+TEST(FrameCount, TruncatesDurationTimesSampleRate) {
   EXPECT_EQ(Signals::frameCount(0), 0u);
   EXPECT_EQ(Signals::frameCount(-0.0), 0u);
   EXPECT_EQ(Signals::frameCount(3.2), 153600u);
@@ -27,14 +26,14 @@ TEST(FrameCount, IsTheTruncatedProduct) {
   EXPECT_EQ(Signals::frameCount(2.9 / 48000), 2u);
 }
 
-TEST(FrameCountDeathTest, DiesOfANegativeOrNonFiniteDuration) {
+TEST(FrameCountDeathTest, DiesIfTheDurationIsNegativeOrNotFinite) {
   const char* message = "Velto: a ";
   for (const double seconds :
        {-1.0, -1e-300, infinity, -infinity, std::numeric_limits<double>::quiet_NaN(), 1e300})
     EXPECT_DEATH((void)Signals::frameCount(seconds), message) << seconds;
 }
 
-TEST(SignalsDeathTest, EveryMaterialDiesOfANegativeDuration) {
+TEST(SignalsDeathTest, EveryMaterialDiesIfTheDurationIsNegative) {
   for (const Material material : Material::allCases)
     EXPECT_DEATH((void)source(material, -0.1, 1), "Velto: a duration is negative") << material;
 }
@@ -54,7 +53,7 @@ RC_GTEST_PROP(SignalsLaw, DrumsMatchTheModelOverWholeBars, ()) {
   require(sameBits(Signals::drums(seconds, seed), reference::drums(seconds, seed)));
 }
 
-TEST(Signals, MaterialsMatchTheModelOverATrialsLength) {
+TEST(Signals, MaterialsMatchTheModelForTheLengthOfATrial) {
   for (const Material material : Material::allCases)
     for (const std::uint64_t seed : {0ULL, 1ULL, 5150ULL, 40503ULL, ~0ULL})
       EXPECT_TRUE(sameBits(source(material, 3.2, seed), referenceSource(material, 3.2, seed)))

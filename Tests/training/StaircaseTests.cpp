@@ -29,69 +29,6 @@ TEST(Staircase, StartsAtTwenty) {
   EXPECT_EQ(Staircase(), (Staircase{20, 0, 0, 0}));
 }
 
-TEST(Staircase, TwoRightAnswersMakeItHarderOneDoesNot) {
-  EXPECT_EQ(after("R"), (Staircase{20, 1, 0, 0}));
-  EXPECT_EQ(after("RR"), (Staircase{32, 0, 0, 1}));
-  EXPECT_EQ(after("RRR"), (Staircase{32, 1, 0, 1}));
-  EXPECT_EQ(after("RRRR"), (Staircase{44, 0, 0, 1}));
-}
-
-TEST(Staircase, OneWrongAnswerMakesItEasier) {
-  EXPECT_EQ(after("W"), (Staircase{8, 0, 0, -1}));
-  EXPECT_EQ(after("WW"), (Staircase{0, 0, 0, -1}));
-}
-
-TEST(Staircase, AReversalStillUsesTheLargerStep) {
-  EXPECT_EQ(after("R"), (Staircase{20, 1, 0, 0}));
-  EXPECT_EQ(after("RW"), (Staircase{8, 0, 0, -1}));
-  EXPECT_EQ(after("RWR"), (Staircase{8, 1, 0, -1}));
-  EXPECT_EQ(after("RWRR"), (Staircase{20, 0, 1, 1}));
-  // The step is 8 after the second reversal; the move that reverses is still 12.
-  EXPECT_EQ(after("RWRRW"), (Staircase{8, 0, 2, -1}));
-  EXPECT_EQ(after("RWRRWRR"), (Staircase{16, 0, 3, 1}));
-  EXPECT_EQ(after("RWRRWRRW"), (Staircase{8, 0, 4, -1}));
-  EXPECT_EQ(after("RWRRWRRWRR"), (Staircase{13, 0, 5, 1}));
-}
-
-TEST(Staircase, AWrongAnswerForgetsTheRightOneBefore) {
-  EXPECT_EQ(after("RWR"), (Staircase{8, 1, 0, -1}));
-}
-
-TEST(Staircase, StepsShrinkWithTheReversals) {
-  const struct {
-    std::int64_t reversals;
-    double step;
-  } rows[] = {{0, 12}, {1, 12}, {2, 8}, {3, 8}, {4, 5}, {5, 5}, {6, 5}, {7, 3}, {8, 3}, {100, 3}};
-  for (const auto& row : rows) {
-    const Staircase start{50, 1, row.reversals, 0};
-    EXPECT_EQ(after("R", start).difficulty, 50 + row.step) << row.reversals;
-    EXPECT_EQ(after("W", start).difficulty, 50 - row.step) << row.reversals;
-    EXPECT_EQ(after("R", start).reversals, row.reversals);
-  }
-}
-
-TEST(Staircase, TheEndsClamp) {
-  EXPECT_EQ(after("RR", {99, 0, 7, 0}), (Staircase{100, 0, 7, 1}));
-  EXPECT_EQ(after("W", {2, 0, 7, 0}), (Staircase{0, 0, 7, -1}));
-  EXPECT_EQ(after("RR", {88, 0, 0, 0}), (Staircase{100, 0, 0, 1}));
-  EXPECT_EQ(after("W", {12, 0, 0, 0}), (Staircase{0, 0, 0, -1}));
-}
-
-TEST(Staircase, AClampedMoveIsAMove) {
-  EXPECT_EQ(after("RR", {100, 0, 2, -1}), (Staircase{100, 0, 3, 1}));
-  EXPECT_EQ(after("W", {0, 0, 2, 1}), (Staircase{0, 0, 3, -1}));
-  EXPECT_EQ(after("W", {0, 0, 0, 0}), (Staircase{0, 0, 0, -1}));
-}
-
-TEST(Staircase, TheFirstMoveIsNoReversal) {
-  EXPECT_EQ(after("RR").reversals, 0);
-  EXPECT_EQ(after("W").reversals, 0);
-  EXPECT_EQ(after("WRR").reversals, 1);
-  EXPECT_EQ(after("RRW").reversals, 1);
-  EXPECT_EQ(after("RRRR").reversals, 0);
-  EXPECT_EQ(after("WW").reversals, 0);
-}
-
 TEST(Staircase, CountersSaturate) {
   EXPECT_EQ(after("R", {50, largest, 0, 1}), (Staircase{62, 0, 0, 1}));
   EXPECT_EQ(after("R", {50, largest - 1, 0, 1}), (Staircase{62, 0, 0, 1}));
@@ -99,7 +36,7 @@ TEST(Staircase, CountersSaturate) {
   EXPECT_EQ(after("W", {50, 0, largest - 1, 1}), (Staircase{47, 0, largest, -1}));
 }
 
-TEST(Staircase, StoredCountersAreTakenAsTheyAre) {
+TEST(Staircase, AcceptsStoredFieldsOutOfRange) {
   EXPECT_EQ(after("R", {50, -3, 0, 1}), (Staircase{50, -2, 0, 1}));
   EXPECT_EQ(after("R", {50, smallest, 0, 1}), (Staircase{50, smallest + 1, 0, 1}));
   EXPECT_EQ(after("W", {50, 0, -4, 1}), (Staircase{38, 0, -3, -1}));

@@ -23,7 +23,7 @@ using namespace tests;
 
 // Drill, Material
 
-TEST(Drill, HasFourCasesInTheirOrder) {
+TEST(Drill, HasFourCasesInOrder) {
   std::vector<std::string> names;
   for (const Drill drill : Drill::allCases)
     names.emplace_back(drill.rawValue());
@@ -42,26 +42,26 @@ TEST(Drill, IsIdentifiedByItsRawValue) {
   }
 }
 
-TEST(Drill, NoOtherStringIsADrill) {
+TEST(Drill, RejectsOtherStrings) {
   for (const char* name : {"", "Frequency", "level ", " level", "dynamic", "polarity2", "0"})
     EXPECT_FALSE(Drill::fromRawValue(name).has_value()) << name;
 }
 
-TEST(Material, HasThreeCasesInTheirOrder) {
+TEST(Material, HasThreeCasesInOrder) {
   std::vector<std::string> names;
   for (const Material material : Material::allCases)
     names.emplace_back(material.rawValue());
   EXPECT_EQ(names, (std::vector<std::string>{"Pink noise", "Drum loop", "Synth pad"}));
 }
 
-TEST(Material, IsMadeFromItsExactNameOnly) {
+TEST(Material, IsParsedFromItsExactNameOnly) {
   for (const Material material : Material::allCases)
     EXPECT_EQ(Material::fromRawValue(material.rawValue()), material);
   for (const char* name : {"", "pink noise", "Pink Noise", "pinkNoise", "Drums", "Synth pad "})
     EXPECT_FALSE(Material::fromRawValue(name).has_value()) << name;
 }
 
-TEST(Material, HashesByCase) {
+TEST(Material, HashesDifferByCase) {
   std::set<std::size_t> hashes;
   for (const Material material : Material::allCases)
     hashes.insert(std::hash<Material>{}(material));
@@ -77,7 +77,7 @@ TEST(Bands, AreTheTwentySevenNominalCentres) {
   EXPECT_EQ(std::vector<double>(Bands::centres.begin(), Bands::centres.end()), expected);
 }
 
-TEST(Bands, LabelsAreShort) {
+TEST(Bands, LabelsOfKnownFrequencies) {
   const struct {
     double frequency;
     const char* label;
@@ -99,13 +99,13 @@ RC_GTEST_PROP(BandsLaw, LabelsMatchTheModel, ()) {
   RC_ASSERT(Bands::label(frequency) == reference::bandLabel(frequency));
 }
 
-TEST(Bands, TheNearestOfACentreIsItself) {
+TEST(Bands, ACentreIsNearestToItself) {
   for (std::size_t i = 0; i < Bands::centres.size(); ++i)
     EXPECT_EQ(Bands::nearestIndex(Bands::centres[i]), i);
 }
 
 TEST(Bands, NearestIsMeasuredInOctaves) {
-  // 44.8 is nearer to 40 than to 50 in hertz, and lies past their geometric mean, 44.72.
+  // 44.8 is nearer to 40 than to 50 in hertz but above their geometric mean, 44.72.
   EXPECT_EQ(Bands::nearestIndex(44.8), 1u);
   EXPECT_EQ(Bands::nearestIndex(44.7), 0u);
   EXPECT_EQ(Bands::nearestIndex(14200), 26u); // sqrt(12500 * 16000) = 14142
@@ -114,8 +114,8 @@ TEST(Bands, NearestIsMeasuredInOctaves) {
   EXPECT_EQ(Bands::nearestIndex(96000), 26u);
 }
 
-// Between two centres, the upper band needs to be strictly nearer, to the last bit.
-TEST(Bands, EquallyFarIsTheLower) {
+// Between two centres, the upper band must be strictly nearer, to the last bit.
+TEST(Bands, TiesGoToTheLowerBand) {
   for (std::size_t i = 0; i + 1 < Bands::centres.size(); ++i) {
     const double low = Bands::centres[i], high = Bands::centres[i + 1];
     double frequency = std::sqrt(low * high) * (1 - 1e-15);
@@ -125,14 +125,14 @@ TEST(Bands, EquallyFarIsTheLower) {
       EXPECT_EQ(Bands::nearestIndex(frequency), upper ? i + 1 : i) << frequency;
     }
   }
-  // Infinitely far from all of them.
+  // Infinitely far from every centre.
   EXPECT_EQ(Bands::nearestIndex(0), 0u);
   EXPECT_EQ(Bands::nearestIndex(std::numeric_limits<double>::infinity()), 0u);
 }
 
 // makeTrial
 
-// After this seed the generator is in state 1, a fraction of 0: targets lie at their lower ends.
+// The generator's first state after this seed is 1, a fraction of 0: targets are at their minimum.
 TEST(Trial, HalvesAreRoundedAwayFromZero) {
   constexpr std::uint64_t seed = 13721891023265367629U;
   const auto level = Drills::makeTrial(62.5, Material::pad, seed, Drill::level);

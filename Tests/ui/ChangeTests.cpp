@@ -1,4 +1,5 @@
-// Which bindings are evaluated when something changes: all that depend on it, and few others.
+// Which bindings are evaluated when something changes: all that depend on it, and hardly any
+// others.
 
 #include "kit/Snippet.h"
 
@@ -31,7 +32,7 @@ void forEachProperty(const QObject& object, Function visit) {
     visit(meta->property(i));
 }
 
-// A QML binding for each property of a model. It counts its evaluations and keeps what it read.
+// A QML binding for each property of a model, which counts its evaluations and keeps its value.
 class Bindings {
 public:
   explicit Bindings(QObject& model) : model_(model) {
@@ -75,7 +76,7 @@ public:
     return counts;
   }
 
-  // The properties whose binding holds another value than the model.
+  // The properties whose binding's value differs from the model's.
   [[nodiscard]] Names stale() const {
     Names names;
     forEachProperty(model_, [&](const QMetaProperty& property) {
@@ -94,7 +95,7 @@ private:
   std::unique_ptr<QObject> object_;
 };
 
-// The view, and bindings of the test to every property of its models.
+// The view, and the test's bindings to every property of its models.
 struct Watched : Stage {
   using Stage::Stage;
 
@@ -137,7 +138,7 @@ private:
   std::vector<std::pair<std::string, std::unique_ptr<QSignalSpy>>> spies_;
 };
 
-// Counts the calls of a strip.
+// Counts the calls that a strip makes.
 class CountingScale : public ScaleModel {
 public:
   [[nodiscard]] QVariantList ticks() const override { return counted("ticks").ticks(); }
@@ -179,7 +180,7 @@ constexpr QPoint onStrip(int x) {
 
 } // namespace
 
-TEST(Changes, OfTheSlotEvaluateOnlyTheSlotButtons) {
+TEST(BindingUpdates, ASlotChangeUpdatesOnlyTheSlotButtons) {
   for (const Drill drill : Drill::allCases) {
     Watched stage(drill);
     stage.settle();
@@ -196,7 +197,7 @@ TEST(Changes, OfTheSlotEvaluateOnlyTheSlotButtons) {
   }
 }
 
-TEST(Changes, OfADraggedAnswerEvaluateOnlyItsMarkerAndItsSpokenText) {
+TEST(BindingUpdates, ADraggedAnswerUpdatesOnlyItsMarkerAndSpokenText) {
   for (const Drill drill : {Drill::frequency, Drill::level, Drill::dynamics}) {
     Watched stage(drill);
     stage.settle();
@@ -214,7 +215,7 @@ TEST(Changes, OfADraggedAnswerEvaluateOnlyItsMarkerAndItsSpokenText) {
   }
 }
 
-TEST(Changes, OfAValueEvaluateItsPositionAndTextsOnce) {
+TEST(BindingUpdates, AValueComputesItsPositionAndTextsOnce) {
   CountingScale scale;
   const Snippet snippet(
       "ScaleStrip { width: 739; name: \"Test\"; minorOpacity: 1 }",
@@ -224,7 +225,7 @@ TEST(Changes, OfAValueEvaluateItsPositionAndTextsOnce) {
   EXPECT_EQ(scale.counts, (Counts{{"position", 1}, {"text", 1}, {"spoken", 1}}));
 }
 
-TEST(Changes, OfTheAnswerEvaluateCanSubmitOnlyIfItDiffers) {
+TEST(BindingUpdates, AnAnswerUpdatesCanSubmitOnlyIfThatChanges) {
   Watched stage(Drill::polarity);
   stage.settle();
   for (const int submittable : {1, 0}) {
@@ -238,7 +239,7 @@ TEST(Changes, OfTheAnswerEvaluateCanSubmitOnlyIfItDiffers) {
   }
 }
 
-TEST(Changes, OfTheRecordEvaluateEachFigureOnce) {
+TEST(BindingUpdates, ARecordedAnswerUpdatesEachFigureOnce) {
   Watched stage;
   stage.settle();
   const SceneWatch scene(stage.root());
@@ -276,7 +277,7 @@ TEST(Changes, OfTheRecordEvaluateEachFigureOnce) {
                                                  {"curveTitle", 1}}));
 }
 
-TEST(Changes, LeaveNoBindingStale) {
+TEST(BindingUpdates, LeaveNoBindingStale) {
   Watched stage;
   const auto expectFresh = [&](const char* after) {
     EXPECT_EQ(stage.practice.stale(), Names()) << after;

@@ -1,5 +1,5 @@
-// The contrast of the palettes' colours, and the window without colour. Holds the list of weak
-// pairs in Documentation/accessibility.md to the palettes.
+// The contrast of the palettes' colours, and the window without colour. Checks that the list of
+// weak pairs in Documentation/accessibility.md matches the palettes.
 
 #include "kit/Seen.h"
 
@@ -41,7 +41,7 @@ struct Pairing {
   QColor bottom; // opaque
 };
 
-// The window's texts on their grounds, and its meaningful graphics and outlines.
+// The window's texts on their backgrounds, and its meaningful graphics and outlines.
 std::vector<Pairing> pairings(const Palette& p) {
   const auto faded = [](QColor c, double opacity) { return at(c, opacity); };
   const QColor hit = over(faded(p.good, 0.1), p.surface);
@@ -104,7 +104,7 @@ QString weakRows() {
   return rows;
 }
 
-// The colour of most pixels of an item.
+// The most frequent colour of an item.
 QColor groundOf(const Picture& picture, const QQuickItem* item) {
   const QRectF box = Stage::box(item);
   const double s = picture.scale();
@@ -129,14 +129,14 @@ void forEachText(QQuickItem* from, const std::function<void(QQuickItem*)>& visit
 
 } // namespace
 
-TEST(Contrast, IsComputedAsItIsDefined) {
+TEST(Contrast, MatchesKnownRatios) {
   EXPECT_NEAR(contrast(Qt::black, Qt::white), 21, 1e-9);
   EXPECT_NEAR(contrast("#777777", "#FFFFFF"), 4.48, 0.005);
   EXPECT_NEAR(contrast("#0000FF", "#FFFFFF"), 8.59, 0.005);
   EXPECT_NEAR(contrast("#FF0000", "#FF0000"), 1, 1e-9);
 }
 
-TEST(Contrast, BelowFourAndAHalfIsListedInTheDocument) {
+TEST(Contrast, PairsBelow4_5AreListedInTheDocument) {
   QFile file(QStringLiteral(VELTO_DOCUMENTATION "/accessibility.md"));
   ASSERT_TRUE(file.open(QIODevice::ReadOnly));
   QString listed;
@@ -146,8 +146,8 @@ TEST(Contrast, BelowFourAndAHalfIsListedInTheDocument) {
   EXPECT_EQ(listed.toStdString(), weakRows().toStdString());
 }
 
-// Every drawn pair of text and ground is in the list above.
-TEST(Contrast, KnowsEveryTextOfTheWindow) {
+// Checks that every text of the window, on its background, is in the list above.
+TEST(Contrast, PairingsIncludeEveryTextOfTheWindow) {
   enum class State { ungraded, hit, miss };
   for (const bool dark : {true, false})
     for (const Drill drill : Drill::allCases) {
@@ -207,7 +207,7 @@ struct Uncoloured : Stage {
 
 } // namespace
 
-TEST(WithoutColour, ChoicesAreToldApart) {
+TEST(WithoutColour, ChoicesRemainDistinguishable) {
   Uncoloured stage(Drill::polarity);
   const QImage drill = stage.pictureOf("drill3"), other = stage.pictureOf("drill0");
   const QImage slot = stage.pictureOf("slot0"), material = stage.pictureOf("material2");
@@ -221,7 +221,7 @@ TEST(WithoutColour, ChoicesAreToldApart) {
   stage.session.setDrill(Drill::frequency);
   EXPECT_NE(stage.pictureOf("drill3"), drill);
   EXPECT_NE(stage.pictureOf("drill0"), other);
-  // By weight as well as by outline.
+  // Selected labels are also bolder.
   const auto bold = [&](const char* name) {
     return stage.item(QString::fromLatin1(name))->property("font").value<QFont>().weight();
   };
@@ -230,7 +230,7 @@ TEST(WithoutColour, ChoicesAreToldApart) {
   EXPECT_GT(bold("materialLabel0"), bold("materialLabel1"));
 }
 
-TEST(WithoutColour, AHitAMissAndAFlippedSlotAreToldApart) {
+TEST(WithoutColour, HitMissAndFlippedSlotRemainDistinguishable) {
   Uncoloured stage(Drill::polarity);
   stage.grade(true);
   const auto flipped = stage.session.trial()->oddSlot;
@@ -249,7 +249,7 @@ TEST(WithoutColour, AHitAMissAndAFlippedSlotAreToldApart) {
   EXPECT_EQ(stage.find(QStringLiteral("slotDot%1").arg(stage.session.trial()->oddSlot)), nullptr);
 }
 
-TEST(WithoutColour, MarkersAndDisabledButtonsAreToldApart) {
+TEST(WithoutColour, MarkersAndDisabledButtonsRemainDistinguishable) {
   Uncoloured stage(Drill::frequency);
   stage.grade(false);
   EXPECT_EQ(stage.find("answerMarkerActual"), nullptr);

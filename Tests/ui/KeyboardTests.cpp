@@ -38,7 +38,7 @@ struct Keyboard : Stage {
     ASSERT_EQ(focus(), name);
   }
 
-  // The stops of Tab from here until the first one comes again.
+  // The stops of Tab, from here until the first one is reached again.
   [[nodiscard]] std::vector<std::string> round() {
     std::vector<std::string> stops;
     do {
@@ -56,7 +56,7 @@ using Stops = std::vector<std::string>;
 
 } // namespace
 
-TEST(Tab, StopsInReadingOrderAtEachGroupOnce) {
+TEST(Tab, StopsOnceInEachGroupInReadingOrder) {
   const std::map<Drill, Stops> wanted{
       {Drill::frequency, {"drill0", "handle", "slot0", "material0", "primaryButton"}},
       {Drill::level, {"drill1", "handle", "slot0", "material0", "primaryButton"}},
@@ -89,7 +89,7 @@ TEST(Tab, SkipsADisabledButton) {
   EXPECT_EQ(keyboard.round(), (Stops{"drill3", "slotChoice0", "slot0", "material2"}));
 }
 
-TEST(Tab, LeavesAFocusedButtonThatBecomesDisabled) {
+TEST(Tab, AFocusedButtonThatBecomesDisabledKeepsTheFocusUntilTab) {
   Keyboard keyboard(Drill::polarity);
   keyboard.settle();
   keyboard.session.setAnswer(2);
@@ -98,7 +98,7 @@ TEST(Tab, LeavesAFocusedButtonThatBecomesDisabled) {
   keyboard.key(Qt::Key_Return);
   keyboard.settle();
   ASSERT_FALSE(keyboard.session.canSubmit());
-  EXPECT_EQ(keyboard.focus(), "primaryButton") << "the focus is nowhere else";
+  EXPECT_EQ(keyboard.focus(), "primaryButton") << "the focus stays";
   EXPECT_NE(keyboard.ring(), nullptr);
   const auto before = keyboard.session.counter();
   keyboard.key(Qt::Key_Return);
@@ -111,7 +111,7 @@ TEST(Tab, LeavesAFocusedButtonThatBecomesDisabled) {
   EXPECT_EQ(keyboard.focus(), "drill3") << "skipped";
 }
 
-TEST(Tab, StopsAtTheChosenItemOfEachGroup) {
+TEST(Tab, StopsAtTheSelectedItemOfEachGroup) {
   Keyboard keyboard(Drill::polarity);
   keyboard.settle();
   keyboard.session.select(2);
@@ -120,7 +120,7 @@ TEST(Tab, StopsAtTheChosenItemOfEachGroup) {
             (Stops{"drill3", "slotChoice1", "slot2", "material2", "primaryButton"}));
 }
 
-TEST(Tab, StopsOnceAtAGroupWhoseChoiceWasMoved) {
+TEST(Tab, StopsOnceInAGroupWhoseSelectionWasMoved) {
   Keyboard keyboard(Drill::polarity);
   keyboard.focusOn("drill3");
   for (const int key : {Qt::Key_Left, Qt::Key_Home, Qt::Key_End})
@@ -138,7 +138,7 @@ TEST(Tab, StopsOnceAtAGroupWhoseChoiceWasMoved) {
             (Stops{"material1", "primaryButton", "drill3", "slotChoice1", "slot1"}));
 }
 
-TEST(Arrows, ChooseAmongTheDrillsAndTheFocusFollows) {
+TEST(Arrows, SelectDrillsAndMoveTheFocus) {
   Keyboard keyboard;
   keyboard.tab();
   const struct {
@@ -159,13 +159,13 @@ TEST(Arrows, ChooseAmongTheDrillsAndTheFocusFollows) {
   EXPECT_EQ(keyboard.session.counter(), before) << "nothing changes, no new trial";
 }
 
-TEST(Arrows, ChooseAmongMaterialsAndSlots) {
+TEST(Arrows, SelectMaterialsAndSlots) {
   Keyboard keyboard(Drill::polarity);
   keyboard.settle();
   keyboard.focusOn("slot0");
   keyboard.key(Qt::Key_Right);
   EXPECT_EQ(keyboard.session.currentSlot(), 1);
-  EXPECT_EQ(keyboard.session.player().current(), 1) << "what is heard follows";
+  EXPECT_EQ(keyboard.session.player().current(), 1) << "playback follows";
   keyboard.key(Qt::Key_End);
   EXPECT_EQ(keyboard.session.currentSlot(), 2);
   keyboard.key(Qt::Key_Right);
@@ -180,7 +180,7 @@ TEST(Arrows, ChooseAmongMaterialsAndSlots) {
   EXPECT_EQ(keyboard.focus(), "material1");
 }
 
-TEST(Arrows, ChooseTheFlippedSlotFromNone) {
+TEST(Arrows, SelectAFlippedSlotWhenNoneIsSelected) {
   const struct {
     int key;
     int slot;
@@ -220,7 +220,7 @@ TEST(Arrows, MoveTheAnswerOnAScale) {
   }
 }
 
-TEST(Arrows, DoNothingWithAModifierOrWithoutAStop) {
+TEST(Arrows, DoNothingWithAModifierOrWithoutFocus) {
   Keyboard keyboard;
   keyboard.settle();
   keyboard.key(Qt::Key_Right);
@@ -254,7 +254,7 @@ TEST(Arrows, ChangeNeitherAnswerNorFocusAfterGrading) {
   }
 }
 
-TEST(ReturnKey, IsThePrimaryButtonWhereverTheFocusIs) {
+TEST(ReturnKey, ActivatesThePrimaryButtonFromEveryStop) {
   for (const std::string stop : {"drill0", "handle", "slot0", "material0", "primaryButton"}) {
     Keyboard keyboard;
     keyboard.settle();
@@ -269,7 +269,7 @@ TEST(ReturnKey, IsThePrimaryButtonWhereverTheFocusIs) {
   }
 }
 
-TEST(Focus, IsTakenByAClickWithoutARing) {
+TEST(Focus, MovesOnAClickWithoutARing) {
   Keyboard keyboard(Drill::polarity);
   keyboard.settle();
   const QImage untouched = keyboard.picture();
@@ -289,7 +289,7 @@ TEST(Focus, IsTakenByAClickWithoutARing) {
   EXPECT_EQ(other.ring(), nullptr) << "used by the mouse";
 }
 
-TEST(Focus, IsNotTakenByAClickOnADisabledButton) {
+TEST(Focus, StaysOnAClickOnADisabledButton) {
   Keyboard keyboard(Drill::polarity);
   keyboard.settle();
   keyboard.click("slot1");
@@ -300,7 +300,7 @@ TEST(Focus, IsNotTakenByAClickOnADisabledButton) {
   EXPECT_EQ(keyboard.focus(), "primaryButton");
 }
 
-TEST(FocusRing, LeavesThePictureOfAMouseUserAlone) {
+TEST(FocusRing, DisappearsOnAClick) {
   for (const Drill drill : Drill::allCases) {
     Keyboard before(drill);
     before.settle();
@@ -313,7 +313,7 @@ TEST(FocusRing, LeavesThePictureOfAMouseUserAlone) {
 }
 
 // One point away from the control, two points of ink, on whole pixels on all four sides.
-TEST(FocusRing, IsSharpRoundEveryStopInBothPalettes) {
+TEST(FocusRing, IsSharpAroundEveryStopInBothPalettes) {
   for (const bool dark : {true, false})
     for (const Drill drill : {Drill::frequency, Drill::polarity}) {
       Keyboard keyboard(drill, dark);

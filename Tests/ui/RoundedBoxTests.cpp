@@ -40,7 +40,7 @@ double largestStep(const std::vector<double>& values) {
 
 } // namespace
 
-TEST(Outline, OfContinuousCornersHasNoJumpOfCurvature) {
+TEST(Outline, ContinuousCornersHaveContinuousCurvature) {
   // A corner of radius 1000 at steps of 30: an arc's curvature jumps to 1/1000 within one step.
   const QRectF rect(0, 0, 6000, 4000);
   const auto arc = curvatures(roundedOutline(rect, 1000, false), 600);
@@ -50,7 +50,7 @@ TEST(Outline, OfContinuousCornersHasNoJumpOfCurvature) {
   EXPECT_GT(*std::max_element(smooth.begin(), smooth.end()), 0.8 / 1000);
 }
 
-TEST(Outline, CutsAsMuchOffTheCornerWithEitherKind) {
+TEST(Outline, BothKindsOfCornersCutTheSameDiagonal) {
   const QRectF rect(0, 0, 600, 400);
   for (const bool continuous : {false, true}) {
     const QPainterPath path = roundedOutline(rect, 100, continuous);

@@ -1,4 +1,4 @@
-// The markers of the scales, for every pair of answers.
+// The markers of the scales, for every pair of answer and truth.
 
 #include "kit/Snippet.h"
 
@@ -7,55 +7,50 @@
 using namespace velto;
 using namespace velto::kit;
 
-TEST(Markers, KeepTheirChipsInsideClearOfBarsAndApartForAllBands) {
-  for (const double width : {560.0, 739.0, 1559.0}) {
-    Snippet snippet("FrequencyPicker {}", {{"width", width}});
-    for (const double answer : Bands::centres)
-      for (const double truth : Bands::centres) {
-        snippet.root->setProperty("value", answer);
-        snippet.root->setProperty("truth", truth);
-        const QRectF a = Stage::box(snippet.item("answerMarkerChip"));
-        const QRectF t = Stage::box(snippet.item("truthMarkerChip"));
-        const QRectF aBar = Stage::box(snippet.item("answerMarkerBar"));
-        const QRectF tBar = Stage::box(snippet.item("truthMarkerBar"));
-        const QRectF strip(0, 0, width, 76);
-        // Half of a bar, and its shift to a whole pixel.
-        const double beyond = 1 + 0.5 / snippet.view.effectiveDevicePixelRatio();
-        const QRectF reach = strip.adjusted(-beyond, 0, beyond, 0);
-        ASSERT_TRUE(strip.contains(a) && strip.contains(t)) << answer << ' ' << truth;
-        ASSERT_FALSE(a.intersects(t)) << answer << ' ' << truth;
-        for (const QRectF& bar : {aBar, tBar}) {
-          ASSERT_FALSE(bar.intersects(a)) << answer << ' ' << truth;
-          ASSERT_FALSE(bar.intersects(t)) << answer << ' ' << truth;
-          ASSERT_TRUE(reach.contains(bar));
-        }
-      }
+namespace {
+
+// Expects both chips inside a strip `width` points wide, apart, and clear of both bars. Bars may
+// extend beyond the strip by half of their width and by their rounding to a whole pixel.
+void expectClearChips(const Snippet& snippet, double width, double answer, double truth) {
+  snippet.root->setProperty("value", answer);
+  snippet.root->setProperty("truth", truth);
+  SCOPED_TRACE(testing::Message() << answer << ' ' << truth);
+  const QRectF a = Stage::box(snippet.item("answerMarkerChip"));
+  const QRectF t = Stage::box(snippet.item("truthMarkerChip"));
+  const QRectF strip(0, 0, width, 76);
+  const double beyond = 1 + 0.5 / snippet.view.effectiveDevicePixelRatio();
+  ASSERT_TRUE(strip.contains(a) && strip.contains(t));
+  ASSERT_FALSE(a.intersects(t));
+  for (const char* name : {"answerMarkerBar", "truthMarkerBar"}) {
+    const QRectF bar = Stage::box(snippet.item(name));
+    ASSERT_FALSE(bar.intersects(a) || bar.intersects(t));
+    ASSERT_TRUE(strip.adjusted(-beyond, 0, beyond, 0).contains(bar));
   }
 }
 
-TEST(Markers, KeepTheirChipsInsideClearOfBarsAndApartForAllDecibels) {
+} // namespace
+
+TEST(Markers, ChipsStayInsideAndOverlapNothingForAllBands) {
+  for (const double width : {560.0, 739.0, 1559.0}) {
+    const Snippet snippet("FrequencyPicker {}", {{"width", width}});
+    for (const double answer : Bands::centres)
+      for (const double truth : Bands::centres)
+        ASSERT_NO_FATAL_FAILURE(expectClearChips(snippet, width, answer, truth));
+  }
+}
+
+TEST(Markers, ChipsStayInsideAndOverlapNothingForAllDecibels) {
   for (const bool level : {true, false}) {
     const double upper = level ? 7 : 14;
-    Snippet snippet(level ? "DecibelPicker { width: 739; scaleModel: Scales.level }"
-                          : "DecibelPicker { width: 739; scaleModel: Scales.dynamics }");
+    const Snippet snippet(level ? "DecibelPicker { width: 739; scaleModel: Scales.level }"
+                                : "DecibelPicker { width: 739; scaleModel: Scales.dynamics }");
     for (int i = 0; i <= 56; ++i)
-      for (int j = 1; j <= 56; ++j) {
-        snippet.root->setProperty("value", upper * i / 56);
-        snippet.root->setProperty("truth", upper * j / 56);
-        const QRectF a = Stage::box(snippet.item("answerMarkerChip"));
-        const QRectF t = Stage::box(snippet.item("truthMarkerChip"));
-        const QRectF strip(0, 0, 739, 76);
-        ASSERT_TRUE(strip.contains(a) && strip.contains(t)) << i << ' ' << j;
-        ASSERT_FALSE(a.intersects(t)) << i << ' ' << j;
-        for (const char* name : {"answerMarkerBar", "truthMarkerBar"}) {
-          const QRectF bar = Stage::box(snippet.item(name));
-          ASSERT_FALSE(bar.intersects(a) || bar.intersects(t)) << i << ' ' << j;
-        }
-      }
+      for (int j = 1; j <= 56; ++j)
+        ASSERT_NO_FATAL_FAILURE(expectClearChips(snippet, 739, upper * i / 56, upper * j / 56));
   }
 }
 
-// Also at the ends of the scale, where one half stands outside the strip.
+// Including the ends of the scale, where half of the marker extends beyond the strip.
 TEST(Markers, AreTwoPointsWideAndCentredOnTheirValueOnWholePixels) {
   const struct {
     const char* qml;

@@ -1,5 +1,5 @@
-// Geometry, colours, faces and texts of the live scene and its picture. All expected figures are
-// literals; none comes from the program.
+// Geometry, colours, fonts and texts of the scene and of its picture. All expected values are
+// literals, not computed by the program.
 
 #include "kit/Snippet.h"
 
@@ -154,7 +154,7 @@ QString markerText(Drill drill, double value) {
          QStringLiteral(" Hz");
 }
 
-// A tick covers whole pixels in its own colour, and nothing beside them.
+// Expects a tick to cover whole pixels in its own colour, and nothing beside them.
 void expectTick(const Picture& picture, const QRectF& box, const QColor& color,
                 const QColor& ground) {
   const double s = picture.scale();
@@ -265,7 +265,7 @@ void expectScale(Stage& stage, const Picture& picture, const Wanted& wanted) {
                  markerText(wanted.drill, stage.session.answer()), false, answerColor, hues, fade,
                  hues.soft, wanted.graded() && near);
   } else {
-    // Faded as one picture: the strip does not shine through the bar.
+    // The area fades as a whole: the strip does not show through the bar.
     const QRectF bar = stage.box("answerMarkerBar");
     expectColor(picture.colorAt({bar.center().x() - 0.5, 180}),
                 over(at(hues.signal, 0.4), hues.surface), "the faded bar");
@@ -468,7 +468,7 @@ void expectScene(Stage& stage, Drill drill, int index, State state, bool dark) {
   EXPECT_EQ(stage.find("slotChoice0") != nullptr, drill == Drill::polarity);
 }
 
-// All shown texts.
+// Collects all visible texts.
 void collectTexts(QQuickItem* from, std::vector<QQuickItem*>& texts) {
   for (QQuickItem* child : from->childItems())
     if (child->isVisible()) {
@@ -487,7 +487,7 @@ protected:
 
 } // namespace
 
-TEST_P(EveryDrill, LooksAsDrawnInEachStateAndPalette) {
+TEST_P(EveryDrill, MatchesItsDesignInEachStateAndPalette) {
   Stage stage(drill());
   const auto bothPalettes = [&](State state) {
     for (const bool dark : {true, false})
@@ -502,15 +502,15 @@ TEST_P(EveryDrill, LooksAsDrawnInEachStateAndPalette) {
   bothPalettes(State::miss);
 }
 
-TEST_P(EveryDrill, LooksAsDrawnAfterAHit) {
+TEST_P(EveryDrill, MatchesItsDesignAfterAHit) {
   Stage stage(drill());
   stage.grade(true);
   for (const bool dark : {true, false})
     expectScene(stage, drill(), GetParam(), State::hit, dark);
 }
 
-// In every width and state no text is cut or touches another, and all lie in their column.
-TEST_P(EveryDrill, KeepsItsTextsApartAndWhole) {
+// At every width and in every state: texts are not cut, do not overlap, and stay in their column.
+TEST_P(EveryDrill, TextsAreUncutAndDoNotOverlap) {
   Stage stage(drill());
   const auto check = [&] {
     (void)stage.picture(); // lays the scene out
@@ -556,7 +556,7 @@ TEST_P(EveryDrill, KeepsItsTextsApartAndWhole) {
   }
 }
 
-TEST_P(EveryDrill, NeedsTheSameRoomAsTheOthers) {
+TEST_P(EveryDrill, HasTheSameMinimumSizeAsTheOthers) {
   Stage stage(drill());
   const double width = stage.root()->property("minimumWidth").toDouble();
   EXPECT_GE(width, 640 + 361);
@@ -593,7 +593,7 @@ TEST(Layout, ChipsStayWhereTheyAreWhenTheDrillChanges) {
   }
 }
 
-TEST(Wordmark, IsSemiboldInTheSystemsFontWithoutItsFace) {
+TEST(Wordmark, UsesTheSemiboldSystemFontWithoutItsFace) {
   ASSERT_FALSE(BrandType::registered());
   Stage stage;
   const auto font = stage.item("wordmark")->property("font").value<QFont>();

@@ -84,7 +84,7 @@ void expectBar(const Stage& stage, const Picture& picture, const QColor& ground,
 
 } // namespace
 
-TEST(SidePanel, SaysWhatIsMissingFromAnEmptyRecord) {
+TEST(SidePanel, ExplainsAnEmptyRecord) {
   Stage stage;
   inBothPalettes(stage, [&](const Picture& picture, const Hues& hues) {
     expectStat(stage, picture, hues, "STREAK", "—", 840);
@@ -232,7 +232,7 @@ TEST(SidePanel, FollowsAnAnswerAtOnce) {
   EXPECT_EQ(stage.find("curveHint"), nullptr);
 }
 
-TEST(BrandType, WordmarkAndFiguresAreSetInTheFaceOnceItIsRegistered) {
+TEST(BrandType, WordmarkAndFiguresUseTheFaceOnceItIsRegistered) {
   BrandType::registerFace();
   ASSERT_TRUE(BrandType::registered());
   Stage stage;

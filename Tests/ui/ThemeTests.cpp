@@ -5,7 +5,7 @@
 using namespace velto;
 using namespace velto::kit;
 
-TEST(PaletteEnvironment, DrawsDarkWhereNoPaletteIsSet) {
+TEST(PaletteEnvironment, IsDarkByDefault) {
   Snippet snippet("Panel { width: 200; height: 80 }");
   expectColor(snippet.picture().colorAt({100, 60}), "#121318", "the panel");
 }
@@ -58,7 +58,7 @@ TEST(PaletteEnvironment, FollowsAnItemToItsNewParent) {
   expectColor(snippet.picture().colorAt({300, 60}), "#121318", "abroad");
 }
 
-TEST(Palettes, AreTheTwoConstants) {
+TEST(Palettes, HaveTheExpectedColours) {
   const auto same = [](const Palette& palette, const Hues& hues) {
     EXPECT_EQ(palette.bg, hues.bg);
     EXPECT_EQ(palette.surface, hues.surface);
@@ -83,7 +83,7 @@ TEST(Palettes, AreTheTwoConstants) {
   EXPECT_EQ(&Palette::dark(), &Palette::dark());
 }
 
-TEST(Mix, BlendsByAFractionHeldToItsRange) {
+TEST(Mix, BlendsByAFractionClampedToItsRange) {
   const QColor from("#204060");
   const QColor to("#E0A010");
   EXPECT_LE(difference(mix(from, to, -0.5), from), 0);
@@ -100,7 +100,7 @@ TEST(Mix, BlendsByAFractionHeldToItsRange) {
   EXPECT_NEAR(third.blueF() * 255, 0x60 + 0.25 * (0x10 - 0x60), 0.01);
 }
 
-TEST(Mix, IsOpaqueWhateverItsColoursAre) {
+TEST(Mix, IsOpaqueForAnyColours) {
   const QColor mixed = mix(QColor(10, 20, 30, 128), QColor(50, 60, 70, 128), 0.5);
   EXPECT_EQ(mixed.alpha(), 255);
   EXPECT_NEAR(mixed.redF() * 255, 30, 0.01);

@@ -63,7 +63,7 @@ TEST(SlotButtons, SelectTheirSlot) {
   }
 }
 
-TEST(SlotChoice, IsNoneAtFirstThenWhatIsPressed) {
+TEST(SlotChoice, StartsEmptyAndFollowsClicks) {
   Hands hands(Drill::polarity);
   hands.settle();
   EXPECT_EQ(hands.session.answer(), -1);
@@ -81,7 +81,7 @@ TEST(SlotChoice, IsNoneAtFirstThenWhatIsPressed) {
   }
 }
 
-TEST(Strip, AnswersAClick) {
+TEST(Strip, SetsTheAnswerOnAClick) {
   const struct {
     Drill drill;
     double share;
@@ -116,7 +116,7 @@ TEST(Strip, FollowsADragAndClampsItToTheEnds) {
   EXPECT_EQ(hands.session.answer(), 800);
 }
 
-TEST(Strip, OfDecibelsFollowsADragToo) {
+TEST(Strip, FollowsADragOnADecibelScale) {
   Hands hands(Drill::dynamics);
   hands.press(onStrip(100));
   EXPECT_EQ(hands.session.answer(), 2.0); // 1.89 dB
@@ -180,7 +180,7 @@ TEST(PrimaryButton, ShowsThatItIsPressedAndActsOnlyWhenReleasedInside) {
   }
 }
 
-TEST(Return, DoesWhatThePrimaryButtonDoesWhileThatIsEnabled) {
+TEST(Return, ActivatesThePrimaryButtonWhileEnabled) {
   Hands hands;
   hands.key(Qt::Key_Return);
   EXPECT_FALSE(hands.session.grade()) << "disabled while rendering";
@@ -193,7 +193,7 @@ TEST(Return, DoesWhatThePrimaryButtonDoesWhileThatIsEnabled) {
   EXPECT_NE(hands.trials(), before);
 }
 
-TEST(Return, DoesNothingBeforeASlotIsChosen) {
+TEST(Return, DoesNothingUntilASlotIsSelected) {
   Hands hands(Drill::polarity);
   hands.settle();
   hands.key(Qt::Key_Return);
@@ -203,7 +203,7 @@ TEST(Return, DoesNothingBeforeASlotIsChosen) {
   EXPECT_TRUE(hands.session.grade());
 }
 
-TEST(Return, CountsOnceWhileItIsHeldAndNotWithModifiers) {
+TEST(Return, IgnoresAutoRepeatAndModifiers) {
   Hands hands;
   hands.settle();
   for (const auto modifier : {Qt::ShiftModifier, Qt::ControlModifier, Qt::AltModifier})

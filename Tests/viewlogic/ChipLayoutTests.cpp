@@ -36,12 +36,12 @@ TEST(Chips, StandRightOfTheirBar) {
   EXPECT_EQ(places.answer, (ChipLayout::Place{306, 6}));
 }
 
-TEST(Chips, GoLeftWhereTheyWouldLeaveTheStrip) {
+TEST(Chips, StandLeftOfTheirBarAtTheRightEdge) {
   const auto places = ChipLayout::place(ChipLayout::Marker{700, 60}, std::nullopt, 739);
   EXPECT_EQ(places.answer, (ChipLayout::Place{634, 6}));
 }
 
-TEST(Chips, OfCloseMarkersStandOnOppositeSides) {
+TEST(Chips, StandOnOppositeSidesOfCloseMarkers) {
   const auto places =
       ChipLayout::place(ChipLayout::Marker{211, 60}, ChipLayout::Marker{280, 104}, 739);
   EXPECT_EQ(places.answer, (ChipLayout::Place{145, 6}));

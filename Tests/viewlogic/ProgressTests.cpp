@@ -59,7 +59,7 @@ TEST(ProgressWeakest, NamesTheBandItsErrorAndItsCount) {
             "weakest · 315 Hz — 1.25 oct mean error over 12");
 }
 
-TEST(ProgressWeakest, StatesTheConditionWithoutOne) {
+TEST(ProgressWeakest, StatesWhatIsNeededWithoutOne) {
   EXPECT_EQ(Progress::weakest(std::nullopt),
             "needs 3 answers in a band before it names a weak spot");
 }

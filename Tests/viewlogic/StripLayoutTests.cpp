@@ -28,7 +28,7 @@ RC_GTEST_PROP(TickLaws, StartOnAPixelNearTheirPosition, ()) {
   RC_ASSERT(std::abs(left + 0.5 - x) <= 1);
 }
 
-TEST(MarkerBars, StartAPointBeforeTheirPositionAtTheEndsToo) {
+TEST(MarkerBars, StartOnePointBeforeTheirPositionEvenAtTheEnds) {
   EXPECT_EQ(StripLayout::markerLeft(0, 1), -1);
   EXPECT_EQ(StripLayout::markerLeft(739, 1), 738);
   EXPECT_EQ(StripLayout::markerLeft(100.3, 1), 99);

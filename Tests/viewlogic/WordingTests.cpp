@@ -4,7 +4,7 @@
 
 using namespace velto;
 
-TEST(Wording, NamesDrillsAndAsksTheirQuestions) {
+TEST(Wording, HasATitleAndAPromptForEachDrill) {
   const struct {
     Drill drill;
     const char* title;
@@ -26,7 +26,7 @@ TEST(Wording, HasShortNamesOfMaterials) {
   EXPECT_EQ(Wording::title(Material(Material::pad)), "Pad");
 }
 
-TEST(Wording, LettersSlotsExceptForPolarity) {
+TEST(Wording, SlotsHaveLettersExceptInPolarity) {
   for (const Drill drill : {Drill::frequency, Drill::level, Drill::dynamics}) {
     EXPECT_EQ(Wording::slotTitle(drill, 0), "A");
     EXPECT_EQ(Wording::slotTitle(drill, 1), "B");
