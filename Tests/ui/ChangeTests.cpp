@@ -270,12 +270,11 @@ TEST(BindingUpdates, ARecordedAnswerUpdatesEachFigureOnce) {
   stage.session.setMaterial(Material::pad);
   EXPECT_EQ(stage.figures.evaluations(), Counts());
   stage.session.setDrill(Drill::level);
-  EXPECT_EQ(stage.figures.evaluations(),
-            (Counts{{"accuracy", 1},
-                    {"spokenAccuracy", 1},
-                    {"curve", 1},
-                    {"curveDescription", 1},
-                    {"curveTitle", 1}}));
+  EXPECT_EQ(stage.figures.evaluations(), (Counts{{"accuracy", 1},
+                                                 {"spokenAccuracy", 1},
+                                                 {"curve", 1},
+                                                 {"curveDescription", 1},
+                                                 {"curveTitle", 1}}));
 }
 
 TEST(BindingUpdates, LeaveNoBindingStale) {

@@ -1,7 +1,8 @@
 import QtQuick
 import Velto
 
-// Answers with a value in dB on a linear axis. Its name is what the drill asks for.
+// Answers with a value in dB on a linear axis.
 ScaleStrip {
+    name: "Decibels" // unless the drill asks for something more precise
     minorOpacity: 0.5
 }
