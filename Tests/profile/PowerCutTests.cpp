@@ -70,7 +70,7 @@ void PrintTo(const FileSystem& system, std::ostream* out) {
 
 // How a session begins.
 struct Start {
-  const char* name;
+  const char* name = "";
   std::optional<std::int64_t> rows; // nullopt: the disk after the last cut
   bool earlier = false;             // the record is at its earlier location
 };
