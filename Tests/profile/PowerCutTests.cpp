@@ -457,6 +457,7 @@ TEST_P(PowerCut, LosesAtMostTheLastSecondAndOneFlush) {
               "longest loss was %.2f s; the longest flush %.2f s\n",
               GetParam().name, cuts_, failed_, lostEarlier_, inSeconds(longestLoss_),
               inSeconds(longestFlush_));
+  std::fflush(stdout);
 }
 
 INSTANTIATE_TEST_SUITE_P(
