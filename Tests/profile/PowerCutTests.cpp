@@ -70,7 +70,7 @@ void PrintTo(const FileSystem& system, std::ostream* out) {
 
 // How a session begins.
 struct Start {
-  const char* name;
+  const char* name = "";
   std::optional<std::int64_t> rows; // nullopt: the disk after the last cut
   bool earlier = false;             // the record is at its earlier location
 };
@@ -457,6 +457,7 @@ TEST_P(PowerCut, LosesAtMostTheLastSecondAndOneFlush) {
               "longest loss was %.2f s; the longest flush %.2f s\n",
               GetParam().name, cuts_, failed_, lostEarlier_, inSeconds(longestLoss_),
               inSeconds(longestFlush_));
+  std::fflush(stdout);
 }
 
 INSTANTIATE_TEST_SUITE_P(
