@@ -1,14 +1,23 @@
-// Statistics, encoding and decoding of a full record, compared with a pass over its rows or bytes.
+// Statistics, encoding and decoding of a full record, compared with a pass over its rows or bytes;
+// recording an answer.
 
 #include "Bands.h"
 #include "Coding.h"
+#include "Grading.h"
+#include "Profile.h"
 #include "Statistics.h"
+#include "Trial.h"
+#include "UUID.h"
 #include "Xorshift64.h"
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <cstdint>
+#include <filesystem>
+#include <fstream>
 #include <numeric>
+#include <optional>
 #include <string>
 
 namespace velto::benchmarks {
@@ -69,6 +78,30 @@ void save(benchmark::State& state) {
     benchmark::DoNotOptimize(Coding::encode(record));
 }
 BENCHMARK(save)->Unit(benchmark::kMillisecond);
+
+// What the main thread spends on an answer to a full record. `state.range(0)`: another program has
+// changed the file before.
+void answer(benchmark::State& state) {
+  const auto folder = std::filesystem::temp_directory_path() / ("velto-" + UUID::random().string());
+  std::filesystem::create_directory(folder);
+  const ProfileLocation location{folder, std::nullopt};
+  const std::string full = Coding::encode(recordOf(fullRecord, 6000)).value();
+  std::ofstream(location.file()) << full;
+  {
+    Profile profile(location);
+    const Trial trial{.drill = Drill::frequency, .targetFreq = 1000};
+    for (auto _ : state) {
+      state.PauseTiming();
+      profile.waitForDisk(std::chrono::minutes(1));
+      if (state.range(0) != 0)
+        std::ofstream(location.file()) << full;
+      state.ResumeTiming();
+      profile.record(trial, Drills::grade(1000, trial));
+    }
+  }
+  std::filesystem::remove_all(folder);
+}
+BENCHMARK(answer)->ArgName("merge due")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 void load(benchmark::State& state) {
   const std::string bytes = Coding::encode(recordOf(fullRecord, 6000)).value();
