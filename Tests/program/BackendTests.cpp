@@ -365,7 +365,7 @@ class SecondServer {
 public:
   static std::string address() { return deskFolder() + "/pulse/second"; }
 
-  explicit SecondServer(const std::string& file = address()) : file_(file) {
+  SecondServer() {
     ::unlink(file_.c_str());
     daemon_.emplace(
         std::vector<std::string>{
@@ -387,7 +387,7 @@ public:
   }
 
 private:
-  const std::string file_;
+  const std::string file_ = address();
   std::optional<Daemon> daemon_;
 };
 
