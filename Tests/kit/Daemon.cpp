@@ -1,7 +1,9 @@
 #include "Daemon.h"
 
+#include "Eventually.h"
 #include "Processes.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -53,6 +55,17 @@ void Daemon::kill() {
   ::kill(pid_, SIGKILL);
   waitForEnd(pid_);
   pid_ = -1;
+}
+
+void Daemon::end() {
+  if (pid_ < 0)
+    return;
+  ::kill(pid_, SIGTERM);
+  ::kill(pid_, SIGCONT);
+  if (eventually([this] { return ::waitpid(pid_, nullptr, WNOHANG) == pid_; },
+                 std::chrono::seconds(5)))
+    pid_ = -1;
+  kill();
 }
 
 void Daemon::freeze() {

@@ -21,6 +21,8 @@ public:
 
   // Ends it with SIGKILL.
   void kill();
+  // Ends it with SIGTERM, after 5 s with SIGKILL.
+  void end();
 
   // Stops the process until thaw(): connections stay open, but nothing answers.
   void freeze();

@@ -48,7 +48,8 @@ PipeWireServer::PipeWireServer() : core_({"pipewire"}) {
             "the sink is the default");
 }
 
-JackServerProcess::JackServerProcess() : name_("velto-" + std::to_string(::getpid())) {
+JackServerProcess::JackServerProcess() : name_("velto-test-" + std::to_string(::getpid() % 4)) {
+  removeTraces();
   daemon_.emplace(std::vector<std::string>{"jackd", "--name", name_, "--no-realtime", "-d", "dummy",
                                            "--rate", "48000", "--period", "1024"},
                   std::map<std::string, std::string>{{"JACK_NO_AUDIO_RESERVATION", "1"}});
@@ -56,8 +57,12 @@ JackServerProcess::JackServerProcess() : name_("velto-" + std::to_string(::getpi
 }
 
 JackServerProcess::~JackServerProcess() {
-  daemon_.reset();
-  // A killed server leaves its socket and its semaphores behind.
+  daemon_->end();
+  removeTraces();
+}
+
+// A server that was killed leaves its socket and its semaphores behind.
+void JackServerProcess::removeTraces() const {
   namespace fs = std::filesystem;
   std::error_code ignored;
   std::vector<fs::path> left;

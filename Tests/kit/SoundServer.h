@@ -28,7 +28,8 @@ private:
   std::optional<Daemon> manager_, pulse_;
 };
 
-// A JACK server with a driver that plays nowhere, under a name that no other server has.
+// A JACK server with a driver that plays nowhere, under one of four names: JACK refuses to start
+// more than a few servers, and a server that was killed counts until another one takes its name.
 class JackServerProcess {
 public:
   // Returns once it accepts clients.
@@ -45,7 +46,9 @@ public:
   void thaw() { daemon_->thaw(); }
 
 private:
-  std::string name_;
+  void removeTraces() const;
+
+  const std::string name_;
   std::optional<Daemon> daemon_;
 };
 

@@ -365,7 +365,7 @@ class SecondServer {
 public:
   static std::string address() { return deskFolder() + "/pulse/second"; }
 
-  explicit SecondServer(const std::string& file = address()) : file_(file) {
+  SecondServer() {
     ::unlink(file_.c_str());
     daemon_.emplace(
         std::vector<std::string>{
@@ -387,7 +387,7 @@ public:
   }
 
 private:
-  const std::string file_;
+  const std::string file_ = address();
   std::optional<Daemon> daemon_;
 };
 
@@ -494,8 +494,9 @@ TEST(Return, OfAJackServerThatWasStoppedOrKilled) {
   std::this_thread::sleep_for(4s);
   server->thaw();
   EXPECT_LT(secondsUntil(sounds, "until a stopped JACK server plays again"), 2.4);
-  server.reset();
+  server->kill();
   EXPECT_TRUE(eventually([&] { return !practice.program.errors().empty(); }));
+  server.reset();
   server.emplace();
   EXPECT_LT(secondsUntil(sounds, "until a new JACK server plays"), 2.4);
   EXPECT_TRUE(practice.ends()) << practice.program.errors();
