@@ -32,6 +32,7 @@ std::optional<Armed> armed;
 
 std::atomic<std::chrono::milliseconds> flushTime{};
 thread_local std::size_t flushes = 0;
+thread_local std::size_t lockAttempts = 0;
 
 std::optional<FileFault> nextFault() {
   const std::lock_guard lock(mutex);
@@ -132,6 +133,10 @@ std::size_t SlowDisk::waitsOfThisThread() {
   return flushes;
 }
 
+std::size_t SlowDisk::lockAttemptsOfThisThread() {
+  return lockAttempts;
+}
+
 } // namespace velto::kit
 
 // ---- Replacements that the linker finds before the C library's functions ----
@@ -180,6 +185,7 @@ int unlink(const char* path) noexcept {
 }
 
 int flock(int descriptor, int operation) noexcept {
+  ++velto::kit::lockAttempts;
   return faulty([&] { return static_cast<int>(::syscall(SYS_flock, descriptor, operation)); });
 }
 

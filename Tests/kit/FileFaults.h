@@ -47,6 +47,8 @@ public:
 
   // Flushes of this thread.
   [[nodiscard]] static std::size_t waitsOfThisThread();
+  // Attempts of this thread to lock a file or folder.
+  [[nodiscard]] static std::size_t lockAttemptsOfThisThread();
 };
 
 } // namespace velto::kit

@@ -143,8 +143,10 @@ TEST_F(ProfileFiles, RecordingNeverWaitsForTheDiskTheLockOrAMerge) {
     for (int i = 0; i < 5; ++i) {
       prepare();
       const std::size_t waits = SlowDisk::waitsOfThisThread();
+      const std::size_t locks = SlowDisk::lockAttemptsOfThisThread();
       recordNumbered(profile, 5000 + i);
       EXPECT_EQ(SlowDisk::waitsOfThisThread(), waits) << when;
+      EXPECT_LE(SlowDisk::lockAttemptsOfThisThread(), locks + 1) << when; // and no second one
     }
   };
   const auto settle = [&] { ASSERT_TRUE(profile.waitForDisk(patience)); };
