@@ -136,14 +136,14 @@ steady_clock::duration timeOf(Body body) {
   return steady_clock::now() - begin;
 }
 
-// Of answers to a full record. The machine may be busy: the time of the best in a row of tries.
+// Of answers to a full record. The machine may be busy: tries again until an answer is fast enough.
 TEST_F(ProfileFiles, RecordingNeverWaitsForTheDiskTheLockOrAMerge) {
   restart(5000);
   const SlowDisk slow(100ms);
   Profile profile(location());
   const auto best = [&](auto prepare) {
     auto time = steady_clock::duration::max();
-    for (int i = 0; i < 5; ++i) {
+    for (int i = 0; i < 25 && time >= mostForARecord; ++i) {
       prepare();
       const std::size_t waits = SlowDisk::waitsOfThisThread();
       time = std::min(time, timeOf([&] { recordNumbered(profile, 5000 + i); }));
@@ -202,6 +202,42 @@ TEST_F(ProfileFiles, AKillWhileTheLockIsHeldLosesNothing) {
   const HeldLock held(folder());
   killedAfter([](Profile& profile) { recordNumbered(profile, 3); });
   EXPECT_EQ(answersOnFile(), 4);
+}
+
+// ---- Two programs ----
+
+TEST_F(ProfileFiles, AnswersOfTwoProgramsMeetInTheFileAndInMemory) {
+  restart(3);
+  Profile first(location());
+  Profile second(location());
+  for (std::int64_t number = 0; number < 4; ++number) {
+    recordNumbered(first, 10 + number);
+    ASSERT_TRUE(first.waitForDisk(patience));
+    recordNumbered(second, 20 + number);
+    ASSERT_TRUE(second.waitForDisk(patience));
+  }
+  EXPECT_EQ(stored()->attempts.size(), 11U);
+  recordNumbered(first, 30);
+  EXPECT_EQ(first.attempts().size(), 11U); // what the last save but one has found
+  ASSERT_TRUE(first.waitForDisk(patience));
+  EXPECT_EQ(stored()->attempts.size(), 12U);
+  EXPECT_EQ(stored()->staircases, first.staircases());
+}
+
+TEST_F(ProfileFiles, ASaveKeepsWhatTheProgramHasNotTakenOverYet) {
+  restart(3);
+  Profile profile(location());
+  recordNumbered(profile, 3);
+  ASSERT_TRUE(profile.waitForDisk(patience));
+  Stored other = *stored();
+  other.attempts.push_back(row(Drill::level, {}, true, 0, Date::now()));
+  put(file(), Coding::encode(other).value());
+  for (int i = 0; i < 2; ++i) {
+    profile.save();
+    ASSERT_TRUE(profile.waitForDisk(patience));
+    EXPECT_EQ(profile.attempts().size(), 4U);
+    EXPECT_EQ(stored()->attempts.size(), 5U);
+  }
 }
 
 // ---- Unclean ends ----

@@ -447,6 +447,17 @@ TEST(Scripted, AShotSubmitsItsAnswerAndEndsWithAPicture) {
   EXPECT_EQ(unwritable.errors(), "wrote " + path("no/such/folder.png") + "\n");
 }
 
+TEST(Scripted, AnAnswerFarOffTheScaleIsDrawnWithoutAWarning) {
+  const ScratchFolder folder;
+  const std::string shot = (folder.path() / "shot.png").string();
+  for (const char* drill : {"frequency", "level", "dynamics"})
+    for (const char* answer : {"inf", "-inf", "nan", "1e308"}) {
+      ProgramRunner program(VELTO_PROGRAM, {"--drill", drill, "--shot", shot, "--answer", answer});
+      EXPECT_EQ(program.waitForExit(), 0);
+      EXPECT_EQ(program.errors(), "wrote " + shot + "\n") << drill << " " << answer;
+    }
+}
+
 TEST(Scripted, OnlyTheWordLightGivesTheLightAppearance) {
   Desktop desktop;
   for (const auto& [word, colour] : {std::pair{"light", 0xFAF3EFU},

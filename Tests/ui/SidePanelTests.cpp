@@ -2,11 +2,18 @@
 
 #include "kit/Seen.h"
 
+#include "CurveLine.h"
 #include "desktop/Fonts.h"
 
 #include <gtest/gtest.h>
 
+#include <QElapsedTimer>
+#include <QImage>
+#include <QPainter>
+
+#include <algorithm>
 #include <functional>
+#include <vector>
 
 using namespace velto;
 using namespace velto::kit;
@@ -217,6 +224,32 @@ TEST(SidePanel, DrawsTheCurveOfTheCurrentDrill) {
   stage.session.setDrill(Drill::level);
   EXPECT_EQ(stage.item("curveTitle")->property("text").toString(), "progress · level");
   EXPECT_NE(stage.find("curveHint"), nullptr);
+}
+
+// A file may hold any difficulty. The machine may be busy: the best of several pictures counts.
+TEST(SidePanel, DrawsAbsurdDifficultiesWithinAFrame) {
+  const auto secondsToDraw = [](const std::vector<double>& difficulties) {
+    CurveLine curve;
+    curve.setSize({320, 64});
+    curve.setProperty("difficulties",
+                      QVariant::fromValue(QList<double>(difficulties.begin(), difficulties.end())));
+    curve.setProperty("lineWidth", 1.6);
+    QImage image(640, 128, QImage::Format_ARGB32_Premultiplied);
+    double best = 1;
+    for (int i = 0; i < 5; ++i) {
+      QPainter painter(&image);
+      painter.scale(2, 2);
+      QElapsedTimer timer;
+      timer.start();
+      curve.paint(&painter);
+      best = std::min(best, static_cast<double>(timer.nsecsElapsed()) / 1e9);
+    }
+    return best;
+  };
+  std::vector<double> absurd;
+  for (int i = 0; i < 60; ++i)
+    absurd.push_back(i % 2 == 0 ? 1e6 : -1e6);
+  EXPECT_LT(secondsToDraw(absurd), 1.0 / 60);
 }
 
 TEST(SidePanel, FollowsAnAnswerAtOnce) {

@@ -102,6 +102,24 @@ TEST(ProgressCurve, RunsFromEdgeToEdgeWithTheHardestOnTop) {
   EXPECT_EQ(points, (std::vector<Progress::CurvePoint>{{0, 64}, {160, 0}, {320, 48}}));
 }
 
+// Within the picture the line is where it would be without the cut.
+TEST(ProgressCurve, IsCutFarOutsideThePicture) {
+  const auto points = Progress::curve(std::vector{50.0, 1e6, 50.0, -1e300, -1e300}, 400, 100);
+  for (const auto& point : points) {
+    EXPECT_GE(point.y, -100);
+    EXPECT_LE(point.y, 200);
+  }
+  ASSERT_EQ(points.size(), 8U);
+  EXPECT_EQ(points[0], (Progress::CurvePoint{0, 50}));
+  EXPECT_NEAR(points[1].x, 100 * 150.0 / 999950, 1e-9);
+  EXPECT_EQ(points[1].y, -100);
+  EXPECT_EQ(points[2], (Progress::CurvePoint{100, -100}));
+  EXPECT_NEAR(points[3].x, 200 - 100 * 150.0 / 999950, 1e-9);
+  EXPECT_EQ(points[4], (Progress::CurvePoint{200, 50}));
+  EXPECT_EQ(points[5].y, 200);
+  EXPECT_EQ(points[7], (Progress::CurvePoint{400, 200}));
+}
+
 RC_GTEST_PROP(ProgressCurveLaws, PointsAreEvenlySpaced, ()) {
   const auto count = *rc::gen::inRange<std::size_t>(2, 61);
   const auto points = Progress::curve(std::vector<double>(count, 20.0), 320, 64);

@@ -54,6 +54,13 @@ void makeRoom(std::vector<fs::path> files, const PutAside::Decodes& decodes) {
   }
 }
 
+// Left by programs that were killed here.
+void removeParts(const fs::path& file) {
+  for (const fs::path& copy : BackupFile::all(file, prefix))
+    if (BackupFile::isPartial(copy) && !BackupFile::isInUse(copy))
+      Folders::remove(copy);
+}
+
 bool renameAside(const fs::path& file) {
   std::error_code error;
   fs::rename(file, file.string() + "." + freeSuffix(file), error);
@@ -88,6 +95,7 @@ bool PutAside::keepBytes(const fs::path& file, std::string_view bytes, const Dec
                                    [&](const fs::path& kept) { return isKept(kept, bytes); }))
     return true;
   makeRoom(files, decodes);
+  removeParts(file);
   BackupFile copy(file, freeSuffix(file));
   return copy.write(bytes, BackupFile::Durability::survivePowerCut) == SafeFile::Written::done;
 }

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <limits>
 #include <map>
-#include <set>
 #include <string>
+#include <unordered_set>
 #include <utility>
 
 namespace velto {
@@ -49,7 +50,15 @@ void takeLaterStaircases(Stored& base, const Stored& mine) {
       base.staircases[drill] = staircase;
 }
 
-using Ids = std::set<std::array<std::uint8_t, 16>>;
+// Ids are random: any bytes of them will do.
+struct IdHash {
+  std::size_t operator()(const std::array<std::uint8_t, 16>& id) const {
+    std::size_t hash = 0;
+    std::memcpy(&hash, id.data(), sizeof hash);
+    return hash;
+  }
+};
+using Ids = std::unordered_set<std::array<std::uint8_t, 16>, IdHash>;
 
 // The number of leading rows that a full `base` has rolled up: those before the first one that it
 // has; without any in common, those that are no newer than all of its rows.
@@ -79,6 +88,7 @@ Stored Merging::merged(Stored base, const Stored& mine, const std::vector<Attemp
                        std::size_t detailRows) {
   takeLaterStaircases(base, mine);
   Ids known;
+  known.reserve(base.attempts.size());
   for (const Attempt& row : base.attempts)
     known.insert(row.id.bytes);
   const std::size_t rolledUp =

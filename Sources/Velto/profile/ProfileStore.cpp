@@ -330,7 +330,6 @@ std::optional<Stored> ProfileStore::load() {
 }
 
 void ProfileStore::save(const Stored& stored) {
-  writer_.collect();
   auto bytes = Coding::encode(stored);
   if (!bytes)
     return;
@@ -350,7 +349,7 @@ void ProfileStore::save(const Stored& stored) {
   } else {
     snapshot->record = stored;
     snapshot->unsaved = unsaved_;
-    snapshot->isKnown = isKnown_;
+    snapshot->isKnown = isKnown_ && !merged_;
     snapshot->overwrites = overwrites_;
   }
   snapshot->stamp = stamp_;

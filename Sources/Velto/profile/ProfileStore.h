@@ -66,7 +66,7 @@ public:
   void save(const Stored& stored);
 
   // What a save found in the file beside `stored`, merged with `stored` as it is now; nullopt if
-  // nobody else has changed the file.
+  // nobody else has changed the file. Call before each answer: until then each save merges again.
   [[nodiscard]] std::optional<Stored> takeMerged(const Stored& stored);
 
   // Waits until the writer is idle. False if that takes longer than `most`.

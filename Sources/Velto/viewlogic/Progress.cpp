@@ -4,12 +4,30 @@
 #include "Scales.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace velto {
 
 namespace {
 
 constexpr const char* dash = "—";
+
+// Where the curve still counts: beyond, nothing of it can be seen.
+double nearby(double y, double height) {
+  return std::clamp(y, -height, 2 * height);
+}
+
+// The points where the line from `a` to `b` passes the limits of nearby(), in order.
+void appendCrossings(std::vector<Progress::CurvePoint>& points, const Progress::CurvePoint& a,
+                     const Progress::CurvePoint& b, double height) {
+  const auto append = [&](double limit) {
+    if ((a.y < limit) != (b.y < limit) && a.y != limit && b.y != limit)
+      points.push_back({a.x + (b.x - a.x) * ((limit - a.y) / (b.y - a.y)), limit});
+  };
+  const bool falls = a.y < b.y;
+  append(falls ? -height : 2 * height);
+  append(falls ? 2 * height : -height);
+}
 
 } // namespace
 
@@ -63,9 +81,15 @@ std::vector<Progress::CurvePoint> Progress::curve(std::span<const double> diffic
   if (difficulties.size() < 2)
     return points;
   const auto last = static_cast<double>(difficulties.size() - 1);
-  for (const double difficulty : difficulties)
-    points.push_back(
-        {width * static_cast<double>(points.size()) / last, (1 - difficulty / 100) * height});
+  std::optional<CurvePoint> previous;
+  double count = 0;
+  for (const double difficulty : difficulties) {
+    const CurvePoint point{width * count++ / last, (1 - difficulty / 100) * height};
+    if (previous)
+      appendCrossings(points, *previous, point, height);
+    points.push_back({point.x, nearby(point.y, height)});
+    previous = point;
+  }
   return points;
 }
 

@@ -53,7 +53,8 @@ struct CurvePoint {
 };
 
 // The difficulties (0 to 100) as points of a polyline, evenly spaced over `width`, 100 at the top
-// of `height`. No points for fewer than two difficulties.
+// of `height`. No points for fewer than two difficulties. A file may hold any difficulty: the line
+// is cut one height above and below.
 [[nodiscard]] std::vector<CurvePoint> curve(std::span<const double> difficulties, double width,
                                             double height);
 

@@ -16,8 +16,8 @@ Item {
     // The listener picks a value.
     signal picked(real value)
 
-    readonly property var valueX: value === undefined ? undefined : scaleModel.position(value, width)
-    readonly property var truthX: truth === undefined ? undefined : scaleModel.position(truth, width)
+    readonly property var valueX: markerX(value)
+    readonly property var truthX: markerX(truth)
     readonly property string description: {
         const own = value === undefined ? "" : scaleModel.spoken(value);
         return truth === undefined ? own : own + ", actual " + scaleModel.spoken(truth);
@@ -126,6 +126,14 @@ Item {
             }
             onPositionChanged: mouse => strip.pick(strip.scaleModel.valueAt(mouse.x, strip.width))
         }
+    }
+
+    // The position of a value's marker; undefined if there is none, or if it would be far off.
+    function markerX(value: var): var {
+        if (value === undefined)
+            return undefined;
+        const x = scaleModel.position(value, width);
+        return x >= -width && x <= 2 * width ? x : undefined;
     }
 
     function pick(value: real) {
