@@ -2,6 +2,7 @@
 
 #include "kit/Seen.h"
 
+#include "CurveLine.h"
 #include "desktop/Fonts.h"
 
 #include <gtest/gtest.h>
