@@ -435,6 +435,8 @@ TEST(Return, OfAServerThatWasStoppedWhileItPlayed) {
     }
     server.thaw();
     EXPECT_LT(secondsUntil(sinkSounds, "until a stopped server plays again"), 2.4);
+    std::this_thread::sleep_for(1s);
+    EXPECT_TRUE(sinkSounds()) << "not only what was left in the server";
     EXPECT_TRUE(practice.ends());
   }
 }
@@ -447,6 +449,8 @@ TEST(Return, OfAServerThatWasStoppedBehindALSAToo) {
   std::this_thread::sleep_for(25s); // two openings hang
   server.thaw();
   EXPECT_LT(secondsUntil(sinkSounds, "until two hanging openings end"), 2.4);
+  std::this_thread::sleep_for(1s);
+  EXPECT_TRUE(sinkSounds()) << "not only what was left in the server";
   EXPECT_TRUE(practice.ends());
 }
 
@@ -461,6 +465,8 @@ TEST(Return, OfAServerThatHungAfterItHadLetTheProgramIn) {
   half.reset();
   const SoundServer server;
   EXPECT_LT(secondsUntil(sinkSounds, "until a new server plays"), 2.4);
+  std::this_thread::sleep_for(1s);
+  EXPECT_TRUE(sinkSounds()) << "not only what was left in the server";
   EXPECT_TRUE(practice.ends());
 }
 
