@@ -90,6 +90,7 @@ void AppDelegate::openWindow() {
   QQuickItem* root = window_->rootObject();
   if (root == nullptr)
     return;
+  root->setSize(window_->size()); // the view does so only once it is shown
   connect(root, SIGNAL(moveRequested()), window_.get(), SLOT(startSystemMove()));
 
   followDesktop();

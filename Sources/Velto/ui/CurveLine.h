@@ -11,7 +11,7 @@ namespace velto {
 
 // Draws the difficulties (0 to 100) as Progress::curve places them. The frame's roundedOutline
 // clips the line.
-class CurveLine : public PixelItem {
+class CurveLine : public velto::PixelItem {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(QList<double> difficulties MEMBER difficulties_ NOTIFY appearanceChanged FINAL)

@@ -19,7 +19,7 @@ namespace velto {
 
 // Fills and then strokes a roundedOutline. The stroke lies inside the item's edges, which are
 // snapped to whole device pixels. `insetTop` lowers the upper edge and is not snapped.
-class RoundedBox : public PixelItem {
+class RoundedBox : public velto::PixelItem {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(QColor color MEMBER color_ NOTIFY appearanceChanged FINAL)
