@@ -104,7 +104,12 @@ void AppDelegate::openWindow() {
   window_->setTitle(QStringLiteral("MORLA Velto"));
   window_->setResizeMode(QQuickView::SizeRootObjectToView);
 
-  window_->setInitialProperties({{QStringLiteral("session"), QVariant::fromValue(&model_)},
+  // Texts wrap in a narrow window: the content must have its width before it is measured.
+  const QSize size = WindowPlacement::opening(freeArea());
+  window_->resize(size);
+  window_->setInitialProperties({{QStringLiteral("width"), size.width()},
+                                 {QStringLiteral("height"), size.height()},
+                                 {QStringLiteral("session"), QVariant::fromValue(&model_)},
                                  {QStringLiteral("progress"), QVariant::fromValue(&progress_)},
                                  {QStringLiteral("dark"), appearance_.dark()}});
   followDesktop();
