@@ -113,13 +113,11 @@ void AppDelegate::openWindow() {
                                  {QStringLiteral("progress"), QVariant::fromValue(&progress_)},
                                  {QStringLiteral("dark"), appearance_.dark()}});
   followDesktop();
-  window_->resize(WindowPlacement::opening(freeArea())); // before the content is measured
   window_->setSource(contentUrl());
   preparation_.content.reset();
   QQuickItem* root = window_->rootObject();
   if (root == nullptr)
     return;
-  root->setSize(window_->size()); // the view does so only once it is shown
   connect(root, SIGNAL(moveRequested()), window_.get(), SLOT(startSystemMove()));
 
   followDesktop();
