@@ -146,7 +146,8 @@ TEST_F(ProfileFiles, RecordingNeverWaitsForTheDiskTheLockOrAMerge) {
       const std::size_t locks = SlowDisk::lockAttemptsOfThisThread();
       recordNumbered(profile, 5000 + i);
       EXPECT_EQ(SlowDisk::waitsOfThisThread(), waits) << when;
-      EXPECT_LE(SlowDisk::lockAttemptsOfThisThread(), locks + 1) << when; // and no second one
+      EXPECT_LE(SlowDisk::lockAttemptsOfThisThread(), locks + 2)
+          << when; // folder and copy, once each
     }
   };
   const auto settle = [&] { ASSERT_TRUE(profile.waitForDisk(patience)); };
@@ -250,6 +251,8 @@ protected:
     });
     ASSERT_EQ(SafeFile::stamp(file())->inode, inode);
     newest_ = contentOf(file());
+    std::this_thread::sleep_for(
+        20ms); // a later change has a later time: clock ticks take up to 10 ms
   }
   // The next program finds all five answers, saves a sixth and clears up.
   void expectFiveAnswers() const {
