@@ -31,7 +31,7 @@ SafeFile::Written failure() {
 
 } // namespace
 
-BackupFile::BackupFile(const fs::path& file, std::string_view suffix) : path_(file) {
+BackupFile::BackupFile(fs::path file, std::string_view suffix) : path_(std::move(file)) {
   path_ += ".";
   path_ += suffix;
 }

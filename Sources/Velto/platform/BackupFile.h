@@ -22,8 +22,8 @@ public:
     survivePowerCut // and on the disk: waits for it
   };
 
-  // The copy of `file` is called "<file>.<suffix>". Nothing is written yet.
-  BackupFile(const std::filesystem::path& file, std::string_view suffix);
+  // The copy of `file` is called "FILE.SUFFIX". Nothing is written yet.
+  BackupFile(std::filesystem::path file, std::string_view suffix);
   BackupFile(const BackupFile&) = delete;
   BackupFile& operator=(const BackupFile&) = delete;
   // Leaves the copy to the next program.

@@ -41,7 +41,7 @@ bool isKept(const fs::path& kept, std::string_view bytes) {
   return fs::file_size(kept, error) == bytes.size() && SafeFile::read(kept).bytes == bytes;
 }
 
-void makeRoom(std::vector<fs::path> files, const PutAside::Decodes& decodes) {
+void makeRoom(const std::vector<fs::path>& files, const PutAside::Decodes& decodes) {
   for (std::size_t count = files.size(); const fs::path& kept : files) {
     if (count < PutAside::mostFiles)
       return;

@@ -17,7 +17,7 @@ inline constexpr std::size_t mostFiles = 8;
 
 using Decodes = std::function<bool(std::string_view)>;
 
-// Puts the bytes of `file`, as read, beside it in a file called "<file>.aside-<date>-<time>" (UTC).
+// Puts the bytes of `file`, as read, beside it in a file called "FILE.aside-DATE-TIME" (UTC).
 // If the bytes are unknown or there is no room for a copy, renames the file itself. Does nothing if
 // the file is empty or its bytes have been put aside before. `decodes` tells what is no junk.
 //

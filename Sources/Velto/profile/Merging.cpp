@@ -110,7 +110,7 @@ std::optional<Stored> Merging::recovered(const File& file, const std::vector<Bac
     if (!supersedes(backup, file))
       continue;
     if (!record)
-      record = merged(backup, file.stored.value_or(Stored{}), {}, detailRows);
+      record = merged(backup.record(), file.stored.value_or(Stored{}), {}, detailRows);
     else
       record = merged(*std::move(record), backup, backup.unsaved, detailRows);
   }

@@ -16,6 +16,8 @@ namespace velto {
 
 // Contents of a backup of the profile file.
 struct Backup : Stored {
+  [[nodiscard]] const Stored& record() const { return *this; }
+
   // Answers that the profile file did not have when the backup was written.
   std::vector<Attempt> unsaved;
   // When the profile file had last been changed then, in nanoseconds since 1970; nullopt if there

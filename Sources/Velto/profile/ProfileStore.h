@@ -2,12 +2,12 @@
 // cuts.
 //
 // profile.json                  the record, rewritten in place
-// profile.json.saving-<id>      complete copy by save(), while profile.json may be incomplete or
+// profile.json.saving-ID      complete copy by save(), while profile.json may be incomplete or
 //                               behind: survives a kill
-// profile.json.backup-<id>      complete copy by the background writer: survives a power cut
-// profile.json.aside-<date>     a former profile.json that could not be read (PutAside)
+// profile.json.backup-ID      complete copy by the background writer: survives a power cut
+// profile.json.aside-DATE     a former profile.json that could not be read (PutAside)
 //
-// <id> is one program's. Its two copies go when it ends cleanly. Copies left by another program
+// ID is one program's. Its two copies go when it ends cleanly. Copies left by another program
 // count with the next load, and go once a backup holds what they held.
 //
 // save() writes profile.json itself if that takes no waiting: nobody has the lock, the file is as
