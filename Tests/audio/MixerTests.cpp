@@ -246,6 +246,15 @@ TEST(Mixer, AnUnknownSlotIsSilent) {
   }
 }
 
+TEST(Mixer, ASceneThatEndsBeforeItStartsIsNeverHeard) {
+  Desk desk;
+  desk.play({constantSlot(10, 1, 1)}, 0, 100);
+  (void)desk.render(100);
+  desk.silence();
+  for (const float sample : desk.render(9000))
+    ASSERT_EQ(sample, 0.0F);
+}
+
 // A slot and a weak reference that shows whether its samples are still in use.
 struct WatchedSlot {
   explicit WatchedSlot(std::size_t frames = 10) {
