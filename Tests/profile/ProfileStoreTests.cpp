@@ -440,6 +440,25 @@ TEST_F(UnreadableFile, IfItCannotBePutAsideTheNextAnswerTriesAgain) {
   EXPECT_EQ(contentOf(PutAside::all(file()).at(0)), "from a newer version");
 }
 
+TEST_F(UnreadableFile, WithoutDescriptorsTheFileIsNeitherRenamedNorOverwritten) {
+  restart(100);
+  const std::string whole = contentOf(file());
+  put(file(), "from a newer version");
+  Profile profile(location());
+  put(file(), whole);
+  {
+    // After open and flock of the folder: open of the file.
+    const FileFaults faults({{2, FileFault::noDescriptors}}, FileFaults::Where::otherThreads);
+    recordNumbered(profile, 100);
+    ASSERT_TRUE(profile.waitForDisk(patience));
+  }
+  EXPECT_EQ(contentOf(file()), whole);
+  recordNumbered(profile, 101);
+  ASSERT_TRUE(profile.waitForDisk(patience));
+  EXPECT_EQ(stored()->attempts.size(), 102U);
+  EXPECT_TRUE(PutAside::all(file()).empty());
+}
+
 TEST_F(UnreadableFile, WhereTheFileMayNotBeWrittenAnswersAreKeptUntilItMay) {
   restart(100);
   fs::permissions(scratch_.path(), fs::perms::all);
