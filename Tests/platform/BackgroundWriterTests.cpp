@@ -78,6 +78,50 @@ TEST(BackgroundWriter, RepeatsWorkThatAsksForItUntilThereIsNewerWork) {
   EXPECT_TRUE(writer.wait(10s));
 }
 
+TEST(BackgroundWriter, WorkThatEarlierWorkKeepsWaitingTakesItsDetour) {
+  Gate gate;
+  Gate first;
+  BackgroundWriter writer(1ms);
+  writer.post(gate.work());
+  gate.begun.get_future().wait();
+  std::vector<int> done;
+  writer.post([] { return Outcome{}; }, [&] { first.work()(); });
+  first.begun.get_future().wait();
+  // A detour that lasts keeps nobody waiting either.
+  std::promise<void> second;
+  writer.post(
+      [&] {
+        done.push_back(1);
+        return Outcome{};
+      },
+      [&] { second.set_value(); });
+  second.get_future().wait();
+  EXPECT_FALSE(writer.wait(1ms));
+  gate.release.set_value();
+  EXPECT_FALSE(writer.wait(20ms)); // for the first detour
+  first.release.set_value();
+  EXPECT_TRUE(writer.wait(10s));
+  EXPECT_EQ(done, std::vector<int>{1}); // the work is done all the same
+}
+
+TEST(BackgroundWriter, WorkThatNeedNotWaitTakesNoDetour) {
+  Gate gate;
+  BackgroundWriter writer(0ms);
+  std::atomic<int> detours = 0;
+  std::promise<void> detoured;
+  writer.post(gate.work());
+  gate.begun.get_future().wait();
+  writer.post([] { return Outcome{}; }, [&] { detoured.set_value(); });
+  detoured.get_future().wait(); // from now on a thread looks for detours
+  gate.release.set_value();
+  EXPECT_TRUE(writer.wait(10s));
+  for (int i = 0; i < 100; ++i) {
+    writer.post([] { return Outcome{}; }, [&] { ++detours; });
+    EXPECT_TRUE(writer.wait(10s));
+  }
+  EXPECT_EQ(detours, 0);
+}
+
 TEST(BackgroundWriter, NeverWaitsForWorkButInWait) {
   const auto gate = std::make_shared<Gate>();
   {
