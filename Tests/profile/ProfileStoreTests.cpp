@@ -305,6 +305,14 @@ TEST_F(ProfileFiles, AnswersGivenWhileTheLockIsHeldAreSavedOnceItIsFree) {
   EXPECT_EQ(stored()->attempts, profile.attempts());
 }
 
+TEST_F(ProfileFiles, LoadingNeverWaitsForTheLock) {
+  restart(3);
+  const HeldLock held(folder());
+  const std::size_t attempts = SlowDisk::lockAttemptsOfThisThread();
+  EXPECT_EQ(answersOnFile(), 3);
+  EXPECT_EQ(SlowDisk::lockAttemptsOfThisThread(), attempts + 1);
+}
+
 TEST_F(ProfileFiles, AKillWhileTheLockIsHeldLosesNothing) {
   restart(3);
   const HeldLock held(folder());

@@ -335,16 +335,24 @@ ProfileStore::~ProfileStore() {
   wait(std::chrono::duration_cast<std::chrono::milliseconds>(deadline - steady_clock::now()));
 }
 
+// Where others hold the lock, somebody may be writing: what was read while the file changed is read
+// again. If it changes all the time, the first save merges.
 std::optional<Stored> ProfileStore::load() {
-  constexpr std::chrono::milliseconds patience{20};
-  const FolderLock lock(file_, FolderLock::Use::reading, patience);
-  Found found = find(file_, id_, detailRows_);
+  constexpr int attempts = 4;
+  const FolderLock lock(file_, FolderLock::Use::reading, std::chrono::milliseconds(0));
+  Found found;
+  bool isStable = false;
+  for (int attempt = 0; !isStable && attempt < attempts; ++attempt) {
+    found = find(file_, id_, detailRows_);
+    isStable = !lock.isRefused() || ((found.fileDecodes || found.file.state == State::missing) &&
+                                     SafeFile::stamp(file_) == found.file.stamp);
+  }
   // An unreadable file may be renamed aside: then it would look deleted to copies that know of it.
   if (found.fileDecodes)
     stamp_ = found.file.stamp;
   unsaved_ = std::move(found.unsaved);
   const bool isMissing = found.file.state == State::missing;
-  isKnown_ = found.abandoned.empty() && (isMissing || found.fileDecodes);
+  isKnown_ = isStable && found.abandoned.empty() && (isMissing || found.fileDecodes);
   // A move that failed leaves the earlier file in force.
   if (isMissing && !found.record && earlierFile_)
     found.record = Coding::decodeStored(SafeFile::read(*earlierFile_).bytes);

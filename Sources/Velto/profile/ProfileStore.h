@@ -55,8 +55,8 @@ public:
   ProfileStore(const ProfileStore&) = delete;
   ProfileStore& operator=(const ProfileStore&) = delete;
 
-  // The record; nullopt if there is none that can be read. Waits at most 20 ms for a program that
-  // holds the lock. Changes nothing on disk. Call at most once, before the other functions.
+  // The record; nullopt if there is none that can be read. Does not wait for the lock. Changes
+  // nothing on disk. Call at most once, before the other functions.
   [[nodiscard]] std::optional<Stored> load();
 
   // Call for each new answer, before it is saved. It counts as unsaved until the file has it.
