@@ -124,7 +124,8 @@ TEST_P(KilledAt, EachStepOfASaveLosesAtMostTheAnswerBeingSaved) {
   int cutShort = 0;
   int incomplete = 0;
   // By default two of the three at each size, so that all are seen at two sizes.
-  const std::size_t kills = std::max(2 * steps, static_cast<std::size_t>(killsAtEachSize()));
+  const std::size_t kills =
+      std::clamp(static_cast<std::size_t>(killsAtEachSize()), 2 * steps, deaths.size() * steps);
   const auto first = static_cast<std::size_t>(GetParam());
   for (std::size_t kill = 0; kill < kills; ++kill) {
     if (kill % killsInARow == 0)
