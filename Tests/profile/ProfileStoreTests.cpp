@@ -255,6 +255,21 @@ TEST_F(SlowFlush, NothingElseComesBeforeTheCopy) {
   expectOneCopy("an unreadable file");
 }
 
+// The writer's copy can hold answers of another program that the later one has not.
+TEST_F(SlowFlush, AFurtherCopyDoesNotHideTheWriters) {
+  const std::vector<Attempt> both = numberedRows(4);
+  const auto copyWith = [&](const Attempt& attempt, std::int64_t save) {
+    Stored stored{both, {}, {}};
+    stored.attempts.push_back(attempt);
+    return Coding::encodeBackup(Coding::encode(stored).value(), {}, 1, save).value();
+  };
+  put(file(), "");
+  put(folder() / "profile.json.backup-0123abcd",
+      copyWith(row(Drill::level, {}, true, 0, Date::now()), 1));
+  put(folder() / "profile.json.backup-2-0123abcd", copyWith(numberedRows(5).back(), 2));
+  EXPECT_EQ(Profile(location()).attempts().size(), 6U);
+}
+
 // Once the disk is fast again, one copy is enough.
 TEST_F(SlowFlush, LeavesNoFurtherCopies) {
   restart(3);
