@@ -44,7 +44,7 @@ TEST(BackgroundWriter, RunsWorkOnAnotherThreadAndFinishesOnTheOwners) {
   EXPECT_EQ(finished, owner);
 }
 
-TEST(BackgroundWriter, RunsOnlyTheLatestOfTheWorkThatHasNotBegun) {
+TEST(BackgroundWriter, RunsOnlyTheLatestWorkThatHasNotBegun) {
   Gate gate;
   BackgroundWriter writer;
   std::vector<int> done;
@@ -78,7 +78,7 @@ TEST(BackgroundWriter, RepeatsWorkThatAsksForItUntilThereIsNewerWork) {
   EXPECT_TRUE(writer.wait(10s));
 }
 
-TEST(BackgroundWriter, NeverWaitsForWorkButInWait) {
+TEST(BackgroundWriter, WaitsForWorkOnlyInWait) {
   const auto gate = std::make_shared<Gate>();
   {
     BackgroundWriter writer;

@@ -59,7 +59,7 @@ TEST_F(SafeFileTest, ReadsWhatWasWritten) {
   EXPECT_EQ(reading.stamp, SafeFile::stamp(file()));
 }
 
-// However fast one follows the other, and although neither size nor inode change.
+// Even if writes follow each other at once and change neither size nor inode.
 TEST_F(SafeFileTest, NoTwoWritesHaveTheSameStamp) {
   auto last = SafeFile::stamp(file());
   for (int i = 0; i < 1000; ++i) {
@@ -71,7 +71,7 @@ TEST_F(SafeFileTest, NoTwoWritesHaveTheSameStamp) {
   }
 }
 
-TEST_F(SafeFileTest, OthersWritesChangeTheStamp) {
+TEST_F(SafeFileTest, WritesByOthersChangeTheStamp) {
   ASSERT_EQ(SafeFile::overwrite(file(), "same"), Written::done);
   const auto before = SafeFile::stamp(file());
   put(file(), "same");
@@ -203,7 +203,6 @@ TEST_F(BackupFileTest, IsRefusedWhereTheFolderTakesNoNewFile) {
 
 class PutAsideTest : public FileTest {
 protected:
-  // A text decodes if it begins with "good".
   [[nodiscard]] bool keep() const {
     return PutAside::keep(file(), SafeFile::read(file()), decodes);
   }
@@ -211,6 +210,7 @@ protected:
     put(file(), content);
     return keep();
   }
+  // Takes a text that begins with "good" for a record.
   static bool decodes(std::string_view bytes) { return bytes.starts_with("good"); }
 };
 
@@ -233,7 +233,7 @@ TEST_F(PutAsideTest, KeepsNoDuplicateAndNoEmptyFile) {
   EXPECT_EQ(PutAside::all(file()).size(), 2U);
 }
 
-TEST_F(PutAsideTest, OnlyTheOldestJunkMakesRoom) {
+TEST_F(PutAsideTest, RemovesOnlyTheOldestJunk) {
   const std::string large(PutAside::mostBytesOfJunk + 1, 'x');
   EXPECT_TRUE(keep("good"));
   EXPECT_TRUE(keep(large));
