@@ -1,5 +1,7 @@
 #include "BackgroundWriter.h"
 
+#include "kit/Eventually.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -71,8 +73,7 @@ TEST(BackgroundWriter, RepeatsWorkThatAsksForItUntilThereIsNewerWork) {
     ++runs;
     return Outcome{.finish = {}, .again = true};
   });
-  while (runs < 5)
-    std::this_thread::yield();
+  EXPECT_TRUE(kit::eventually([&] { return runs >= 5; }));
   EXPECT_FALSE(writer.wait(1ms));
   writer.post([] { return Outcome{}; });
   EXPECT_TRUE(writer.wait(10s));
