@@ -34,7 +34,7 @@ public:
     return idle_.wait_for(lock, most, [this] { return isIdle(); });
   }
 
-  // Joins the threads if all are idle, else lets them go.
+  // Joins the threads if all are idle, otherwise detaches them.
   void end() {
     std::unique_lock lock(mutex_);
     ending_ = true;
@@ -59,7 +59,7 @@ private:
 
   [[nodiscard]] bool isIdle() const { return !next_ && !busy_ && detours_ == 0; }
 
-  // Without a thread to be had, the caller does the work itself.
+  // If no thread can be started, runs the work on this one.
   void start(const std::shared_ptr<Threads>& self, std::unique_lock<std::mutex>& lock) {
     try {
       worker_ = std::thread([self] { self->run(); });
@@ -103,7 +103,7 @@ private:
         if (!next_ && !ending_)
           next_ = std::move(work);
       }
-      // What the work owns may need time to go.
+      // Destroying what the work owns may take time.
       lock.unlock();
       work = nullptr;
       lock.lock();
