@@ -79,6 +79,10 @@ TEST(BackgroundWriter, RepeatsWorkThatAsksForItUntilThereIsNewerWork) {
   EXPECT_TRUE(writer.wait(10s));
 }
 
+bool happens(std::promise<void>& event) {
+  return event.get_future().wait_for(10s) == std::future_status::ready;
+}
+
 TEST(BackgroundWriter, WorkThatEarlierWorkKeepsWaitingTakesItsDetour) {
   Gate gate;
   Gate first;
@@ -87,7 +91,7 @@ TEST(BackgroundWriter, WorkThatEarlierWorkKeepsWaitingTakesItsDetour) {
   gate.begun.get_future().wait();
   std::vector<int> done;
   writer.post([] { return Outcome{}; }, [&] { first.work()(); });
-  first.begun.get_future().wait();
+  EXPECT_TRUE(happens(first.begun));
   // A detour that lasts keeps nobody waiting either.
   std::promise<void> second;
   writer.post(
@@ -96,7 +100,7 @@ TEST(BackgroundWriter, WorkThatEarlierWorkKeepsWaitingTakesItsDetour) {
         return Outcome{};
       },
       [&] { second.set_value(); });
-  second.get_future().wait();
+  EXPECT_TRUE(happens(second));
   EXPECT_FALSE(writer.wait(1ms));
   gate.release.set_value();
   EXPECT_FALSE(writer.wait(20ms)); // for the first detour
@@ -113,11 +117,16 @@ TEST(BackgroundWriter, WorkThatNeedNotWaitTakesNoDetour) {
   writer.post(gate.work());
   gate.begun.get_future().wait();
   writer.post([] { return Outcome{}; }, [&] { detoured.set_value(); });
-  detoured.get_future().wait(); // from now on a thread looks for detours
+  EXPECT_TRUE(happens(detoured)); // from now on a thread looks for detours
   gate.release.set_value();
   EXPECT_TRUE(writer.wait(10s));
   for (int i = 0; i < 100; ++i) {
-    writer.post([] { return Outcome{}; }, [&] { ++detours; });
+    writer.post(
+        [] {
+          std::this_thread::sleep_for(1ms);
+          return Outcome{};
+        },
+        [&] { ++detours; });
     EXPECT_TRUE(writer.wait(10s));
   }
   EXPECT_EQ(detours, 0);
