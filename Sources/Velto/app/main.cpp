@@ -9,6 +9,7 @@
 #include "Graphics.h"
 #include "Help.h"
 #include "LaunchOptions.h"
+#include "Memory.h"
 #include "OutputDevice.h"
 #include "PlaybackBench.h"
 #include "Player.h"
@@ -56,6 +57,7 @@ OutputDeviceFactory output() {
 }
 
 int runWindow(int argc, char** argv, const LaunchOptions& options) {
+  Memory::returnLargeBlocks();
   qInstallMessageHandler(reportMessages);
   const int signals = EndSignals::hold();
   Graphics::prepare();
