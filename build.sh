@@ -47,6 +47,7 @@ buildPackages=(
   cmake
   g++
   libcubeb-dev
+  libfontconfig-dev
   ninja-build
   nlohmann-json3-dev
   qt6-base-dev

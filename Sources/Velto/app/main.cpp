@@ -17,6 +17,7 @@
 #include "Report.h"
 #include "StandardStreams.h"
 #include "Subprocess.h"
+#include "desktop/Fonts.h"
 
 #include <QGuiApplication>
 #include <QIcon>
@@ -61,7 +62,10 @@ int runWindow(int argc, char** argv, const LaunchOptions& options) {
   qInstallMessageHandler(reportMessages);
   const int signals = EndSignals::hold();
   Graphics::prepare();
+  // Meanwhile Qt connects to the display.
+  const auto fonts = Fonts::readConfigurationAhead();
   QGuiApplication application(argc, argv);
+  fonts.wait();
   QGuiApplication::setApplicationName(QStringLiteral("velto"));
   QGuiApplication::setApplicationDisplayName(QStringLiteral("MORLA Velto"));
   QGuiApplication::setDesktopFileName(QStringLiteral(VELTO_ID));
