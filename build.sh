@@ -95,6 +95,7 @@ testPackages=(
   librapidcheck-dev
   libxcb-xtest0-dev
   libxcb1-dev
+  libxml2-utils
   locales
   pipewire
   pipewire-pulse
@@ -103,6 +104,7 @@ testPackages=(
   qt6-wayland
   sox
   sway
+  tidy
   valgrind
   wireplumber
   wtype

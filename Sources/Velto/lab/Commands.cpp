@@ -1,5 +1,6 @@
 #include "CheckCommand.h"
 #include "Command.h"
+#include "ReportCommand.h"
 
 #include <array>
 
@@ -8,6 +9,7 @@ namespace velto {
 std::span<const Lab::Command> Lab::commands() {
   static constexpr std::array all{
       checkCommand,
+      reportCommand,
   };
   return all;
 }
