@@ -1,5 +1,7 @@
 #include "CheckCommand.h"
 #include "Command.h"
+#include "SimulateCommand.h"
+#include "StatsCommand.h"
 
 #include <array>
 
@@ -8,6 +10,8 @@ namespace velto {
 std::span<const Lab::Command> Lab::commands() {
   static constexpr std::array all{
       checkCommand,
+      simulateCommand,
+      statsCommand,
   };
   return all;
 }
