@@ -60,7 +60,7 @@ int fewestHeld(int runs, double share) {
 
 int runsPerCase() {
   const char* text = std::getenv("VELTO_TEST_RUNS");
-  return text ? std::atoi(text) : 25;
+  return text ? std::atoi(text) : 20;
 }
 
 struct Case {

@@ -42,8 +42,13 @@ void addSwitch(CLI::App& arguments, const std::string& name, const char* placeho
 
 } // namespace
 
+void Lab::Arguments::addFlag(CLI::App& arguments, const std::string& name, bool& isWanted,
+                             const std::string& explanation) {
+  arguments.add_flag(name, isWanted, explanation)->disable_flag_override();
+}
+
 void Lab::Arguments::addJSON(CLI::App& arguments, bool& isWanted) {
-  arguments.add_flag("--json", isWanted, "print JSON")->disable_flag_override();
+  addFlag(arguments, "--json", isWanted, "print JSON");
 }
 
 void Lab::Arguments::addDrill(CLI::App& arguments, Drill& drill, const std::string& explanation) {

@@ -16,6 +16,9 @@ class App;
 
 namespace velto::Lab::Arguments {
 
+// A switch without a value.
+void addFlag(CLI::App& arguments, const std::string& name, bool& isWanted,
+             const std::string& explanation);
 // --json: print JSON instead of words.
 void addJSON(CLI::App& arguments, bool& isWanted);
 

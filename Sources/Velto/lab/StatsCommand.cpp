@@ -54,8 +54,9 @@ Stored recordIn(const std::filesystem::path& file) {
 }
 
 Findings analyse(const Options& options) {
-  Findings findings{.file = Lab::Arguments::recordLocation().file(),
-                    .seeds = options.fair ? SeedSource::spread : SeedSource::clock};
+  Findings findings;
+  findings.file = Lab::Arguments::recordLocation().file();
+  findings.seeds = options.fair ? SeedSource::spread : SeedSource::clock;
   const Stored record = recordIn(findings.file);
   Lab::Progress progress("analysing", Drill::allCases.size());
   for (const Drill drill : Drill::allCases) {
@@ -371,8 +372,7 @@ private:
 Lab::Action Lab::declareStats(CLI::App& arguments) {
   const auto options = std::make_shared<Options>();
   Arguments::addJSON(arguments, options->asJSON);
-  arguments.add_flag("--fair", options->fair, "the record comes from velto --fair")
-      ->disable_flag_override();
+  Arguments::addFlag(arguments, "--fair", options->fair, "the record comes from velto --fair");
   Arguments::addCount(arguments, "--newest", options->newest, 1, 5000,
                       "how many answers of a drill count as its newest (400)");
   return [options] {
