@@ -36,8 +36,7 @@ using Targets = std::map<double, Target>;
 Targets targetsOf(Drill drill, double difficulty, std::span<const std::uint64_t> seeds) {
   Targets targets;
   for (const std::uint64_t seed : seeds) {
-    const Trial trial =
-        Drills::makeTrial(difficulty, Drills::defaultMaterial(drill), seed, drill);
+    const Trial trial = Drills::makeTrial(difficulty, Drills::defaultMaterial(drill), seed, drill);
     Target& target = targets[targetOf(trial)];
     target.trial = trial;
     ++target.trials;
@@ -67,8 +66,7 @@ std::vector<double> answersWithin(Drill drill, double lowest, double highest) {
 
 } // namespace
 
-BlindAnswer bestBlindAnswer(Drill drill, double difficulty,
-                            std::span<const std::uint64_t> seeds) {
+BlindAnswer bestBlindAnswer(Drill drill, double difficulty, std::span<const std::uint64_t> seeds) {
   const Targets targets = targetsOf(drill, difficulty, seeds);
   BlindAnswer best{.meanError = std::numeric_limits<double>::infinity(),
                    .targets = targets.size(),

@@ -15,11 +15,11 @@ namespace velto {
 // The result of answering every trial of a drill at a difficulty alike, as one can who reads the
 // difficulty off the window and does not listen.
 struct BlindAnswer {
-  double answer = 0;         // that hits most often: Hz, dB or slot; the middle one of equals
-  double hitRate = 0;        // share of trials that it hits, 0 to 1
-  double meanError = 0;      // the smallest mean error of any one answer: octaves, dB; 0 to 1
-  std::size_t targets = 0;   // number of different targets
-  double lowestTarget = 0;   // Hz, dB or slot
+  double answer = 0;       // that hits most often: Hz, dB or slot; the middle one of equals
+  double hitRate = 0;      // share of trials that it hits, 0 to 1
+  double meanError = 0;    // the smallest mean error of any one answer: octaves, dB; 0 to 1
+  std::size_t targets = 0; // number of different targets
+  double lowestTarget = 0; // Hz, dB or slot
   double highestTarget = 0;
 
   bool operator==(const BlindAnswer&) const = default;

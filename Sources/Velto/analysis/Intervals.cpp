@@ -13,7 +13,7 @@ Interval Intervals::ofShare(std::int64_t hits, std::int64_t answers) {
     return {.lower = 0, .upper = 1};
   constexpr double z = 1.959964; // standard deviations that hold 95 %
   const auto n = static_cast<double>(answers);
-  const double share = static_cast<double>(hits) / n;
+  const double share = std::clamp(static_cast<double>(hits) / n, 0.0, 1.0);
   const double middle = share + z * z / (2 * n);
   const double reach = z * std::sqrt(share * (1 - share) / n + z * z / (4 * n * n));
   const double scale = 1 + z * z / n;

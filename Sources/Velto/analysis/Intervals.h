@@ -1,6 +1,7 @@
 // Intervals that hold a listener's true figure in 95 of 100 cases.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -18,7 +19,8 @@ struct Interval {
 namespace Intervals {
 
 // Of a share of hits, 0 to 1: E. B. Wilson's score interval ("Probable inference, the law of
-// succession, and statistical inference", J. Am. Stat. Assoc. 22, 1927). 0 to 1 without answers.
+// succession, and statistical inference", J. Am. Stat. Assoc. 22, 1927). 0 to 1 without answers;
+// `hits` beyond 0 to `answers` count as these.
 [[nodiscard]] Interval ofShare(std::int64_t hits, std::int64_t answers);
 
 inline constexpr std::size_t fewestForMean = 5;

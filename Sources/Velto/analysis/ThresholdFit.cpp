@@ -159,11 +159,12 @@ private:
       const double lapseRate = 1 - std::pow(1 - quantile, 1 / lapseBeta);
       const std::vector<Grid> likelihoods = likelihoodsOf(heardAt, lapseRate);
       for (std::size_t k = 0; k < kernels_.size(); ++k) {
-        hypotheses_.push_back(
-            {.logWidth = logWidth, .lapseRate = lapseRate, .kernel = &kernels_[k]});
-        filter(hypotheses_.back(), likelihoods);
-        hypotheses_.back().weight +=
-            -z * z / 2 + static_cast<double>(k) * std::log(stepDecay);
+        Hypothesis& hypothesis = hypotheses_.emplace_back();
+        hypothesis.logWidth = logWidth;
+        hypothesis.lapseRate = lapseRate;
+        hypothesis.kernel = &kernels_[k];
+        hypothesis.weight = -z * z / 2 + static_cast<double>(k) * std::log(stepDecay);
+        filter(hypothesis, likelihoods);
       }
     }
   }
@@ -262,12 +263,12 @@ double ThresholdFit::hitRate(double difficulty) const {
   return guessRate + (1 - guessRate - lapseRate) * heard(difficulty, threshold, width);
 }
 
-std::optional<ThresholdFit> ThresholdFit::of(std::span<const HitOrMiss> answers,
-                                             double guessRate) {
+std::optional<ThresholdFit> ThresholdFit::of(std::span<const HitOrMiss> answers, double guessRate) {
   if (answers.empty())
     return std::nullopt;
   const Posterior posterior(answers, guessRate);
-  ThresholdFit fit{.guessRate = guessRate};
+  ThresholdFit fit;
+  fit.guessRate = guessRate;
   double logWidth = 0;
   for (const Hypothesis& hypothesis : posterior.hypotheses()) {
     logWidth += hypothesis.weight * hypothesis.logWidth;

@@ -43,9 +43,9 @@ struct ThresholdFit {
   // (nullopt): there are no trials that could bound it.
   std::optional<double> lower;
   std::optional<double> upper;
-  double width = 0;            // points, the mean of its logarithm
-  double lapseRate = 0;        // mean, 0 to 1
-  double guessRate = 0;        // as given
+  double width = 0;     // points, the mean of its logarithm
+  double lapseRate = 0; // mean, 0 to 1
+  double guessRate = 0; // as given
 
   // The probability of a hit at a difficulty.
   [[nodiscard]] double hitRate(double difficulty) const;

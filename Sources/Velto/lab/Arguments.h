@@ -6,8 +6,10 @@
 
 #include "Drill.h"
 #include "ProfileLocation.h"
+#include "Record.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 
 namespace CLI {
@@ -16,6 +18,9 @@ class App;
 
 namespace velto::Lab::Arguments {
 
+// A switch without a value.
+void addFlag(CLI::App& arguments, const std::string& name, bool& isWanted,
+             const std::string& explanation);
 // --json: print JSON instead of words.
 void addJSON(CLI::App& arguments, bool& isWanted);
 
@@ -37,5 +42,8 @@ void addPath(CLI::App& arguments, const std::string& placeholder, std::string& p
 
 // Where the practice record is. Throws Failure if there is no usable folder.
 [[nodiscard]] ProfileLocation recordLocation();
+// The record in `file`, to be measured; an empty one if there is no file. Throws Failure if it
+// cannot be read.
+[[nodiscard]] Stored readRecord(const std::filesystem::path& file);
 
 } // namespace velto::Lab::Arguments

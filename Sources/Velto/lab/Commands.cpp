@@ -1,6 +1,8 @@
 #include "CheckCommand.h"
 #include "Command.h"
 #include "ReportCommand.h"
+#include "SimulateCommand.h"
+#include "StatsCommand.h"
 
 #include <array>
 
@@ -10,6 +12,8 @@ std::span<const Lab::Command> Lab::commands() {
   static constexpr std::array all{
       checkCommand,
       reportCommand,
+      simulateCommand,
+      statsCommand,
   };
   return all;
 }

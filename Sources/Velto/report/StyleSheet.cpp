@@ -12,6 +12,13 @@ namespace {
 constexpr int weaknessSteps = 10;
 constexpr std::array dayStrength{0.0, 0.3, 0.5, 0.75, 1.0}; // of the colour, by class
 
+// A letter and a number, such as "w10".
+std::string numbered(char letter, std::int64_t number) {
+  std::string name(1, letter);
+  name += std::to_string(number);
+  return name;
+}
+
 std::string variable(const std::string& name, PageColor color) {
   return "--" + name + ":" + PageColors::text(color) + ";";
 }
@@ -23,20 +30,22 @@ std::string variables(const PageColors& colors) {
                      variable("signal", colors.signal) + variable("control", colors.control) +
                      variable("good", colors.good) + variable("bad", colors.bad);
   for (int i = 0; i <= weaknessSteps; ++i)
-    text +=
-        variable("w" + std::to_string(i), colors.weakness(static_cast<double>(i) / weaknessSteps));
+    text += variable(numbered('w', i), colors.weakness(static_cast<double>(i) / weaknessSteps));
   for (std::size_t i = 0; i < dayStrength.size(); ++i)
-    text += variable("d" + std::to_string(i),
+    text += variable(numbered('d', static_cast<std::int64_t>(i)),
                      PageColors::mixed(colors.track, colors.signal, dayStrength.at(i)));
   return text;
 }
 
 std::string fills() {
   std::string text;
+  const auto append = [&text](const std::string& name) {
+    text += "." + name + "{fill:var(--" + name + ")}";
+  };
   for (int i = 0; i <= weaknessSteps; ++i)
-    text += ".w" + std::to_string(i) + "{fill:var(--w" + std::to_string(i) + ")}";
+    append(numbered('w', i));
   for (std::size_t i = 0; i < dayStrength.size(); ++i)
-    text += ".d" + std::to_string(i) + "{fill:var(--d" + std::to_string(i) + ")}";
+    append(numbered('d', static_cast<std::int64_t>(i)));
   return text;
 }
 
@@ -101,14 +110,14 @@ constexpr const char* paperRules = "@page{size:A4;margin:11mm}"
 
 std::string StyleSheet::weaknessClass(double meanErrorOct) {
   const double t = std::clamp(meanErrorOct / fullScaleOctaves, 0.0, 1.0);
-  return "w" + std::to_string(std::lround(t * weaknessSteps));
+  return numbered('w', std::lround(t * weaknessSteps));
 }
 
 std::string StyleSheet::dayClass(std::int64_t answers) {
   if (answers <= 0)
     return "d0";
   const auto limit = std::lower_bound(dayLimits.begin(), dayLimits.end(), answers);
-  return "d" + std::to_string(limit - dayLimits.begin() + 1);
+  return numbered('d', limit - dayLimits.begin() + 1);
 }
 
 std::string StyleSheet::text() {
