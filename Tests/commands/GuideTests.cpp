@@ -20,12 +20,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <filesystem>
 #include <limits>
 #include <regex>
 #include <set>
-#include <span>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -167,15 +167,16 @@ TEST(Guide, DescribesTheScales) {
 TEST(Guide, DescribesTheCompressor) {
   const auto design = numbersIn("ratio #:1, attack # ms, release # ms");
   constexpr double rate = 48000;
-  constexpr std::size_t second = 48000;
+  constexpr std::ptrdiff_t second = 48000;
   // Two seconds of -20 dB, two of -26 dB and two of silence, as constant samples.
   std::vector<float> steps(6 * second, 0.1F);
   std::fill(steps.begin() + 2 * second, steps.end(), static_cast<float>(0.1 * std::pow(10, -0.3)));
   std::fill(steps.begin() + 4 * second, steps.end(), 1e-4F);
-  const auto [out, grDB] = Drills::compressorHitting(12, steps);
-  const auto reduction = [&, out = std::span(out)](double seconds) {
+  const Drills::Compressed compressed = Drills::compressorHitting(12, steps);
+  const auto reduction = [&](double seconds) {
     const auto at = static_cast<std::size_t>(seconds * rate);
-    return 20 * std::log10(static_cast<double>(steps[at]) / static_cast<double>(out[at]));
+    return 20 *
+           std::log10(static_cast<double>(steps[at]) / static_cast<double>(compressed.out[at]));
   };
   const double loud = reduction(1.999), quiet = reduction(3.999);
   EXPECT_NEAR(6 / (6 - (loud - quiet)), design[0], 0.01);
@@ -223,8 +224,8 @@ TEST(Guide, DescribesTheStaircase) {
 // A row of the table of difficulties, as makeTrial has it.
 std::string difficultyRow(double difficulty) {
   constexpr std::uint64_t seeds = 3000;
-  double levels[]{9, 0}, reductions[]{99, 0};
-  const auto spread = [](double(&ends)[2], double value) {
+  std::array<double, 2> levels{9, 0}, reductions{99, 0};
+  const auto spread = [](std::array<double, 2>& ends, double value) {
     ends[0] = std::min(ends[0], value);
     ends[1] = std::max(ends[1], value);
   };
@@ -298,6 +299,36 @@ TEST(Guide, NamesTheFolderOfTheRecord) {
       guide().find("`" + location->file().filename().string() + "` in the folder `" + folder + "`"),
       std::string::npos)
       << folder;
+}
+
+// Anchors are headings in lower case, with dashes for spaces.
+TEST(Guide, LinksToWhatIsThere) {
+  namespace fs = std::filesystem;
+  std::set<std::string> anchors;
+  const std::regex heading("\n#+ ([^\n]+)");
+  for (auto at = std::sregex_iterator(guide().begin(), guide().end(), heading);
+       at != std::sregex_iterator(); ++at) {
+    std::string anchor = (*at)[1];
+    std::transform(anchor.begin(), anchor.end(), anchor.begin(), [](char letter) {
+      return letter == ' '                    ? '-'
+             : letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 'a' - 'A')
+                                              : letter;
+    });
+    anchors.insert(anchor);
+  }
+  const std::string packaging =
+      kit::contentOf(fs::path(VELTO_SOURCE_DIR) / "Packaging/CMakeLists.txt");
+  const std::regex link("\\]\\(([^)]+)\\)");
+  std::size_t count = 0;
+  for (auto at = std::sregex_iterator(guide().begin(), guide().end(), link);
+       at != std::sregex_iterator(); ++at, ++count) {
+    const std::string target = (*at)[1];
+    if (target.starts_with("#"))
+      EXPECT_TRUE(anchors.contains(target.substr(1))) << target;
+    else
+      EXPECT_NE(packaging.find("/Documentation/" + target), std::string::npos) << target;
+  }
+  EXPECT_GE(count, 3U);
 }
 
 } // namespace

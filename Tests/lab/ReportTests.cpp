@@ -28,11 +28,12 @@ TEST(LabReport, WritesAPage) {
   const std::string page = contentOf(lab.folder() / "page.html");
   EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n<html lang=\"en\">"));
   EXPECT_NE(page.find("1\u00A0answer,"), std::string::npos);
-  EXPECT_NE(page.find("without --fair"), std::string::npos);
+  EXPECT_NE(page.find("without <code>--fair</code>"), std::string::npos);
   // The record stays as it was.
   EXPECT_EQ(contentOf(lab.record()), oneAnswer);
   EXPECT_EQ(lab.run({"report", "-"}).out, page);
-  EXPECT_NE(lab.run({"report", "--fair", "-"}).out.find("of velto --fair."), std::string::npos);
+  EXPECT_NE(lab.run({"report", "--fair", "-"}).out.find("of velto <code>--fair</code>."),
+            std::string::npos);
 }
 
 TEST(LabReport, CanBeAboutAnEmptyRecord) {
@@ -51,9 +52,11 @@ TEST(LabReport, AnalysesTheNewestAnswers) {
   std::string miss = testing::changed(row, "true", "false");
   miss = testing::changed(miss, "000001\"", "000002\"");
   put(lab.record(), "{\"attempts\":[" + row + "," + miss + "],\"staircases\":{}}");
-  EXPECT_NE(lab.run({"report", "-"}).out.find("<td>50\u00A0%</td>"), std::string::npos);
+  EXPECT_NE(lab.run({"report", "-"}).out.find("data-label=\"Hits\">50\u00A0%<"), std::string::npos);
   const std::string newest = lab.run({"report", "--newest", "1", "-"}).out;
-  EXPECT_NE(newest.find("<td>1</td><td>0\u00A0%</td>"), std::string::npos) << newest;
+  EXPECT_NE(newest.find("data-label=\"Newest\">1</td><td data-label=\"Hits\">0\u00A0%<"),
+            std::string::npos)
+      << newest;
 }
 
 TEST(LabReport, RefusesWhatItCannotReadOrWrite) {

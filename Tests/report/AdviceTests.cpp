@@ -7,10 +7,8 @@
 namespace velto {
 namespace {
 
-using testing::local;
 using testing::practised;
 using testing::reported;
-using testing::row;
 
 std::vector<std::string> whats(const ReportData& data) {
   std::vector<std::string> texts;
@@ -31,7 +29,7 @@ ReportData even() {
   ReportData data = reported({});
   for (DrillReport& drill : data.drills) {
     drill.analysis.answers = 200;
-    drill.answers = {{.day = data.today, .difficulty = 50, .hit = true}};
+    drill.answers.assign(1, {.day = data.today, .difficulty = 50, .hit = true});
     NewestAnswers newest;
     newest.answers = 200;
     newest.hits = 140;

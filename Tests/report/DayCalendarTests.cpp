@@ -12,7 +12,7 @@ namespace {
 using namespace std::chrono;
 
 Calendar::Day on(int y, unsigned m, unsigned d) {
-  return sys_days{year{y} / m / d}.time_since_epoch().count();
+  return sys_days{year{y} / month{m} / day{d}}.time_since_epoch().count();
 }
 
 TEST(DayCalendar, BeginsOnAMondayAndEndsInThisWeek) {

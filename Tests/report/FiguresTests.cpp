@@ -11,10 +11,8 @@
 namespace velto {
 namespace {
 
-using testing::local;
 using testing::practised;
 using testing::reported;
-using testing::row;
 
 std::size_t countOf(const std::string& text, const std::string& part) {
   std::size_t count = 0;
@@ -52,7 +50,18 @@ TEST(DifficultyPlot, DrawsASingleAnswerAsADot) {
   EXPECT_EQ(DifficultyPlot::of(answered({})).drawing, "");
 }
 
-DrillReport fitted(ThresholdFit fit) {
+ThresholdFit fitOf(double threshold, std::optional<double> lower, std::optional<double> upper,
+                   double guessRate = 0) {
+  ThresholdFit fit;
+  fit.threshold = threshold;
+  fit.lower = lower;
+  fit.upper = upper;
+  fit.width = 20;
+  fit.guessRate = guessRate;
+  return fit;
+}
+
+DrillReport fitted(const ThresholdFit& fit) {
   DrillReport report = answered({{1, 20}, {1, 25}, {1, 32}, {2, 100}});
   report.newest = 3; // the first is too old
   report.answers[1].hit = false;
@@ -64,14 +73,13 @@ DrillReport fitted(ThresholdFit fit) {
 }
 
 TEST(HitCurvePlot, SaysWhereHalfIsHeard) {
-  const Figure figure = HitCurvePlot::of(
-      fitted({.threshold = 40, .lower = 30.4, .upper = 51.6, .width = 20, .guessRate = 0.074}));
+  const Figure figure = HitCurvePlot::of(fitted(fitOf(40, 30.4, 51.6, 0.074)));
   EXPECT_EQ(figure.caption,
             "You hear it half of the time at difficulty 40 (95 % interval: 30 to 52), which is a "
             "boost of 8.4\u00A0dB with Q 3.2. Without listening, the best fixed answer hits "
             "7\u00A0%.");
-  EXPECT_NE(figure.drawing.find("At difficulty 20 to 30: 0 hits of 1. At difficulty 30 to 40: 1 "
-                                "hits of 1. At difficulty 90 to 100: 1 hits of 1."),
+  EXPECT_NE(figure.drawing.find("At difficulty 20 to 30: 0 of 1 hit. At difficulty 30 to 40: 1 of "
+                                "1 hit. At difficulty 90 to 100: 1 of 1 hit."),
             std::string::npos)
       << figure.drawing;
   EXPECT_EQ(countOf(figure.drawing, "class=\"answers\""), 3U);
@@ -80,9 +88,9 @@ TEST(HitCurvePlot, SaysWhereHalfIsHeard) {
 }
 
 TEST(HitCurvePlot, LeavesOpenWhatTheAnswersDoNotBound) {
-  const Figure below = HitCurvePlot::of(fitted({.threshold = 20, .upper = 45, .width = 20}));
+  const Figure below = HitCurvePlot::of(fitted(fitOf(20, std::nullopt, 45)));
   EXPECT_NE(below.caption.find("(95 % interval: below 45)"), std::string::npos);
-  const Figure open = HitCurvePlot::of(fitted({.threshold = 120, .width = 20}));
+  const Figure open = HitCurvePlot::of(fitted(fitOf(120, std::nullopt, std::nullopt)));
   EXPECT_TRUE(open.caption.starts_with("You hear it half of the time at difficulty above 100, but "
                                        "3\u00A0answers bound it on neither side."))
       << open.caption;
@@ -91,7 +99,8 @@ TEST(HitCurvePlot, LeavesOpenWhatTheAnswersDoNotBound) {
 }
 
 TEST(ErrorPlot, ComparesWithNotListening) {
-  DrillReport report{.analysis = {.drill = Drill::level}};
+  DrillReport report;
+  report.analysis.drill = Drill::level;
   NewestAnswers newest;
   newest.error = ErrorSize{.mean = 0.42, .interval = Interval{0.4, 0.5}, .blindMean = 0.9};
   report.analysis.newest = newest;

@@ -7,6 +7,8 @@
 #include "kit/RecordTesting.h"
 
 #include <cmath>
+#include <map>
+#include <string>
 
 namespace velto::testing {
 

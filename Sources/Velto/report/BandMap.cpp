@@ -13,8 +13,7 @@ namespace velto {
 
 namespace {
 
-constexpr double plotHeight = 210;
-constexpr double countsHeight = 24; // below the axis
+constexpr double plotHeight = 165;
 constexpr double hitOctaves = 1.0 / 3;
 constexpr std::array<std::size_t, 5> labelled{0, 8, 14, 20, 26};
 

@@ -10,7 +10,7 @@ namespace velto {
 
 namespace {
 
-constexpr double plotHeight = 190;
+constexpr double plotHeight = 150;
 
 PlotAxis difficultyAxis() {
   return {

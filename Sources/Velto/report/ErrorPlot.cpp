@@ -9,7 +9,7 @@ namespace velto {
 
 namespace {
 
-constexpr double plotHeight = 120;
+constexpr double plotHeight = 110;
 
 std::string draw(Drill drill, const ErrorSize& error, const std::string& caption) {
   const std::string name(drill.rawValue());

@@ -11,7 +11,7 @@ namespace velto {
 
 namespace {
 
-constexpr double plotHeight = 190;
+constexpr double plotHeight = 150;
 constexpr double binWidth = 10;                           // points of difficulty
 using Bins = std::array<std::array<std::int64_t, 2>, 10>; // answers and hits
 
@@ -31,7 +31,7 @@ std::string binText(std::size_t index, const Bins& bins) {
   const double lowest = binWidth * static_cast<double>(index);
   const auto [answers, hits] = bins.at(index);
   return "difficulty " + Phrases::points(lowest) + " to " + Phrases::points(lowest + binWidth) +
-         ": " + std::to_string(hits) + " hits of " + std::to_string(answers);
+         ": " + std::to_string(hits) + " of " + std::to_string(answers) + " hit";
 }
 
 std::string described(const std::string& caption, const Bins& bins) {
@@ -57,15 +57,15 @@ std::string draw(const DrillReport& report, const ThresholdFit& fit, const std::
             "95 % interval of the threshold: " + Phrases::bounds(fit));
   const double guess = plot.y(fit.guessRate * 100);
   plot.line("guess", plot.left(), guess, plot.right(), guess);
-  // Above the line, or below it where the curve would run through.
-  plot.label("name", plot.right() - 4, guess + (fit.guessRate > 0.15 ? 13 : -5), "end",
+  // At the left, the curve and the answers are far above.
+  plot.label("name", plot.left() + 4, guess - 4, "start",
              "without listening " + Phrases::percent(fit.guessRate));
   for (std::size_t i = 0; i < bins.size(); ++i) {
     const auto [answers, hits] = bins.at(i);
     if (answers == 0)
       continue;
     const double share = static_cast<double>(hits) / static_cast<double>(answers);
-    const double radius = std::min(2 + std::sqrt(static_cast<double>(answers)) * 0.6, 9.0);
+    const double radius = std::min(1.5 + std::sqrt(static_cast<double>(answers)) * 0.35, 6.0);
     plot.circle("answers", plot.x(binWidth * (static_cast<double>(i) + 0.5)), plot.y(share * 100),
                 radius, binText(i, bins));
   }

@@ -26,8 +26,9 @@ double share(double value, const PlotAxis& axis) {
 
 void beginDrawing(Markup& markup, double width, double height, const std::string& title,
                   const std::string& description) {
-  markup.open("svg",
-              {{"viewBox", "0 0 " + position(width) + " " + position(height)}, {"role", "img"}});
+  markup.open("svg", {{"viewBox", "0 0 " + position(width) + " " + position(height)},
+                      {"role", "img"},
+                      {"preserveAspectRatio", "xMinYMid"}});
   // A reader that does not show the drawing takes its name and its description from these.
   markup.element("title", title).element("desc", description);
 }

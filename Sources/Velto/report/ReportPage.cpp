@@ -12,10 +12,21 @@
 #include "StyleSheet.h"
 
 #include <algorithm>
+#include <span>
 
 namespace velto {
 
 namespace {
+
+// Text in which "--fair" is not broken.
+void appendText(Markup& page, std::string_view text) {
+  constexpr std::string_view whole = "--fair";
+  for (std::size_t at = text.find(whole); at != text.npos; at = text.find(whole)) {
+    page.text(text.substr(0, at)).element("code", whole);
+    text.remove_prefix(at + whole.size());
+  }
+  page.text(text);
+}
 
 void appendFigure(Markup& page, const Figure& figure) {
   page.open("figure").raw(figure.drawing).element("figcaption", figure.caption).close();
@@ -38,34 +49,37 @@ std::string totals(const ReportData& data) {
 void appendHead(Markup& page, const ReportData& data) {
   page.element("h1", "Velto practice report");
   page.open("p", {{"class", "sub"}});
-  if (data.today)
-    page.text("As of " + Phrases::date(*data.today) + ": ");
-  page.text(totals(data) + ". Trials are taken for those of velto" +
-            (data.seeds == SeedSource::spread ? " --fair." : " without --fair."));
+  appendText(page, (data.today ? "As of " + Phrases::date(*data.today) + ": " : "") + totals(data) +
+                       ". Trials are taken for those of velto " +
+                       (data.seeds == SeedSource::spread ? "--fair." : "without --fair."));
   page.close();
 }
 
 void appendAdvice(Markup& page, const ReportData& data) {
   page.open("section").element("h2", "What to practise next").open("ol");
-  for (const Advice& advice : Advice::from(data))
-    page.open("li").element("strong", advice.what).text(" " + advice.why).close();
+  for (const Advice& advice : Advice::from(data)) {
+    page.open("li").element("strong", advice.what);
+    appendText(page, " " + advice.why);
+    page.close();
+  }
   page.close().close();
 }
 
-void appendRow(Markup& page, const std::vector<std::string>& cells) {
-  page.open("tr");
-  bool isFirst = true;
-  for (const std::string& cell : cells) {
-    if (isFirst)
-      page.element("th", {{"scope", "row"}}, cell);
+using Cells = std::vector<std::string>;
+
+// The first cell names the row. With `heads`, each cell says what it is, for narrow screens.
+void appendRow(Markup& page, const Cells& cells, const Cells& heads = {}) {
+  page.open("tr").element("th", {{"scope", "row"}}, cells.front());
+  for (std::size_t i = 1; i < cells.size(); ++i) {
+    if (heads.empty())
+      page.element("td", cells[i]);
     else
-      page.element("td", cell);
-    isFirst = false;
+      page.element("td", {{"data-label", heads[i]}}, cells[i]);
   }
   page.close();
 }
 
-void appendHeads(Markup& page, const std::vector<std::string>& heads) {
+void appendHeads(Markup& page, const Cells& heads) {
   page.open("thead").open("tr");
   for (const std::string& head : heads)
     page.element("th", {{"scope", "col"}}, head);
@@ -98,14 +112,21 @@ bool provesHearing(const NewestAnswers& newest) {
 }
 
 void appendSummary(Markup& page, const ReportData& data) {
-  page.open("section").element("h2", "Drills").open("div", {{"class", "scroll"}}).open("table");
-  appendHeads(page, {"Drill", "Answers", "Difficulty", "Newest", "Hits", "Without listening",
-                     "Figure (95 % interval)", "Proves hearing"});
+  const Cells heads{"Drill",
+                    "Answers",
+                    "Difficulty",
+                    "Newest",
+                    "Hits",
+                    "Without listening",
+                    "Figure (95 % interval)",
+                    "Proves hearing"};
+  page.open("section").element("h2", "Drills").open("table", {{"class", "stack"}});
+  appendHeads(page, heads);
   page.open("tbody");
   for (const DrillReport& report : data.drills) {
     const DrillAnalysis& drill = report.analysis;
-    std::vector<std::string> cells{Phrases::title(drill.drill), std::to_string(drill.answers),
-                                   Phrases::points(drill.difficulty)};
+    Cells cells{Phrases::title(drill.drill), std::to_string(drill.answers),
+                Phrases::points(drill.difficulty)};
     if (const auto& newest = drill.newest)
       cells.insert(cells.end(), {std::to_string(newest->answers),
                                  Phrases::percent(static_cast<double>(newest->hits) /
@@ -114,9 +135,9 @@ void appendSummary(Markup& page, const ReportData& data) {
                                  provesHearing(*newest) ? "yes" : "no"});
     else
       cells.insert(cells.end(), {"0", "-", "-", "-", "-"});
-    appendRow(page, cells);
+    appendRow(page, cells, heads);
   }
-  page.close().close().close();
+  page.close().close();
   page.element("p", {{"class", "note"}},
                "Hits and figures are those of the newest answers. Half heard: the difficulty at "
                "which you hear the difference half of the time, corrected for guessing. Without "
@@ -139,10 +160,9 @@ void appendDrill(Markup& page, const DrillReport& report) {
   page.close().close();
 }
 
-std::vector<std::string> bandCells(const BandAnalysis& band) {
-  std::vector<std::string> cells{
-      Bands::label(Bands::centres.at(static_cast<std::size_t>(band.index))),
-      std::to_string(band.answers)};
+Cells bandCells(const BandAnalysis& band) {
+  Cells cells{Bands::label(Bands::centres.at(static_cast<std::size_t>(band.index))),
+              std::to_string(band.answers)};
   if (band.answers == 0)
     cells.insert(cells.end(), {"-", "-", "-"});
   else
@@ -155,24 +175,26 @@ std::vector<std::string> bandCells(const BandAnalysis& band) {
   return cells;
 }
 
+void appendBandTable(Markup& page, std::span<const BandAnalysis> bands) {
+  page.open("table");
+  appendHeads(page, {"Band, Hz", "Answers", "Hits", "Mean error, octaves", "95 % interval"});
+  page.open("tbody");
+  for (const BandAnalysis& band : bands)
+    appendRow(page, bandCells(band));
+  page.close().close();
+}
+
+// The map and three tables, in four fields of equal size.
 void appendBands(Markup& page, const ReportData& data) {
-  constexpr std::size_t rows = 9; // of each of three tables
-  page.open("section").element("h2", "Weakness map");
+  constexpr std::size_t rows = 9;
+  page.open("section").element("h2", "Weakness map").open("div", {{"class", "pair"}});
   const Figure map = BandMap::of(data.bands);
   appendFigure(page, map);
-  if (!map.drawing.empty()) {
-    page.open("div", {{"class", "bands"}});
-    for (std::size_t first = 0; first < data.bands.size(); first += rows) {
-      page.open("table");
-      appendHeads(page, {"Hz", "Answers", "Hits", "Mean error, oct", "95 % interval"});
-      page.open("tbody");
-      for (std::size_t i = first; i < std::min(first + rows, data.bands.size()); ++i)
-        appendRow(page, bandCells(data.bands[i]));
-      page.close().close();
-    }
-    page.close();
-  }
-  page.close();
+  const std::span bands(data.bands);
+  if (!map.drawing.empty())
+    for (std::size_t first = 0; first < bands.size(); first += rows)
+      appendBandTable(page, bands.subspan(first, std::min(rows, bands.size() - first)));
+  page.close().close();
 }
 
 void appendDays(Markup& page, const ReportData& data) {

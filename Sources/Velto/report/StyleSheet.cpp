@@ -60,18 +60,19 @@ p{margin:0 0 8px}
 section{background:var(--surface);border:1px solid var(--line);border-radius:10px;padding:14px;margin:0 0 14px}
 ol{margin:0;padding-left:22px}
 li{margin:0 0 6px}
-.pair{display:grid;grid-template-columns:minmax(0,1fr);gap:14px}
+.pair{display:grid;grid-template-columns:minmax(0,1fr);gap:14px;align-items:start}
 figure{margin:0}
 figcaption,.note{color:var(--muted);font-size:13px}
 svg{display:block;width:100%;max-width:520px;height:auto;margin:0 0 4px}
-.scroll{overflow-x:auto}
 table{border-collapse:collapse;width:100%;font-size:13px;font-variant-numeric:tabular-nums}
 caption{text-align:left;color:var(--muted);padding:0 0 4px}
 th,td{text-align:right;padding:3px 6px;border-bottom:1px solid var(--line);white-space:nowrap}
+thead th{white-space:normal}
 th{color:var(--muted);font-weight:500;vertical-align:bottom}
+code{font:inherit;white-space:nowrap}
+.note{margin:8px 0 0}
 th:first-child,td:first-child{text-align:left}
 tbody th{color:var(--ink)}
-.bands{display:grid;grid-template-columns:minmax(0,1fr);gap:0 20px}
 text{font-size:10px;font-family:inherit}
 .tick,.name,.count{fill:var(--muted)}
 .count{font-size:8px}
@@ -90,7 +91,14 @@ text{font-size:10px;font-family:inherit}
 .theirs{fill:none;stroke:var(--muted);stroke-width:1.6}
 .whisker{stroke:var(--ink);stroke-width:1}
 .today{stroke:var(--ink);stroke-width:1}
-@media (min-width:720px){.pair{grid-template-columns:repeat(2,minmax(0,1fr))}.bands{grid-template-columns:repeat(3,minmax(0,1fr))}}
+@media screen and (max-width:719px){
+table{font-size:12px}th,td{padding:3px}
+.stack thead{display:none}
+.stack tr{display:block;padding:0 0 8px}
+.stack th,.stack td{display:flex;justify-content:space-between;gap:12px;white-space:normal}
+.stack td::before{content:attr(data-label);color:var(--muted);text-align:left}
+}
+@media (min-width:720px){.pair{grid-template-columns:repeat(2,minmax(0,1fr))}}
 )";
 
 constexpr const char* paperRules = "@page{size:A4;margin:11mm}"
@@ -101,10 +109,9 @@ constexpr const char* paperRules = "@page{size:A4;margin:11mm}"
                                    "section{padding:6px 9px;margin-bottom:6px;break-inside:avoid}"
                                    "ol{padding-left:16px}li{margin-bottom:2px}"
                                    ".pair{grid-template-columns:repeat(2,minmax(0,1fr));gap:10px}"
-                                   ".bands{grid-template-columns:repeat(3,minmax(0,1fr))}"
                                    "figcaption,.note,table{font-size:7.5pt}"
                                    "th,td{padding:1px 4px}"
-                                   "svg{max-height:39mm}";
+                                   "svg{max-width:none}";
 
 } // namespace
 
