@@ -269,7 +269,7 @@ TEST(Guide, DescribesTheSidePanel) {
                                           "Sources/Velto/ui/qml/Sparkline.qml");
   std::string drawn = "[";
   for (const double line : lines)
-    drawn += (drawn.size() > 1 ? ", " : "") + Numbers::shortest(line / 100);
+    drawn.append(drawn.size() > 1 ? ", " : "").append(Numbers::shortest(line / 100));
   EXPECT_NE(view.find(drawn + "]"), std::string::npos) << drawn;
 }
 
@@ -294,7 +294,8 @@ TEST(Guide, NamesTheFolderOfTheRecord) {
       [] { return std::nullopt; }};
   const auto location = ProfileLocation::find(environment);
   ASSERT_TRUE(location);
-  const std::string folder = "~" + location->directory.string().substr(home.size());
+  std::string folder = location->directory.string();
+  folder.replace(0, home.size(), 1, '~');
   EXPECT_NE(
       guide().find("`" + location->file().filename().string() + "` in the folder `" + folder + "`"),
       std::string::npos)

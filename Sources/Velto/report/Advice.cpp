@@ -43,9 +43,9 @@ Range rangeOf(const std::vector<BandAnalysis>& bands, std::size_t first, std::si
 // The neighbouring bands, three at least, with the largest mean error; nullopt with too few answers
 // or if they are hardly weaker than all bands.
 std::optional<Range> weakestRange(const std::vector<BandAnalysis>& bands) {
-  constexpr std::size_t length = 3; // an octave
-  constexpr std::int64_t fewest = 6;
-  constexpr double factor = 1.3; // weaker than all bands by this
+  constexpr std::size_t length = 3;  // an octave
+  constexpr std::int64_t fewest = 9; // as many as name three bands
+  constexpr double factor = 1.3;     // weaker than all bands by this
   const double all = rangeOf(bands, 0, bands.size() - 1).mean();
   std::optional<Range> weakest;
   for (std::size_t first = 0; first + length <= bands.size(); ++first) {
@@ -74,20 +74,19 @@ void adviseBlind(Advices& advices, const ReportData& data) {
     const auto& newest = report.analysis.newest;
     if (!newest || newest->answers < Advice::fewAnswers)
       continue;
-    const std::string title = Phrases::title(report.analysis.drill);
+    const std::string name(report.analysis.drill.rawValue());
     if (newest->error) {
-      if (!newest->error->showsHearing())
-        advices.push_back(
-            {.what = title + ": answer by ear, not by the difficulty.",
-             .why = "Your mean error of " + Phrases::decibels(newest->error->mean) +
-                    " dB is no smaller than the " + Phrases::decibels(newest->error->blindMean) +
-                    " dB of fixed answers" +
-                    (data.seeds == SeedSource::clock
-                         ? ", because without --fair a difficulty has a single target. Practise "
-                           "with --fair."
-                         : ".")});
+      if (newest->error->showsHearing())
+        continue;
+      const bool isClock = data.seeds == SeedSource::clock;
+      advices.push_back(
+          {.what = "Practise " + name + (isClock ? " with --fair." : "."),
+           .why = "Your mean error of " + Phrases::decibels(newest->error->mean) +
+                  " dB is no smaller than the " + Phrases::decibels(newest->error->blindMean) +
+                  " dB that one has without listening." +
+                  (isClock ? " Without --fair a difficulty has a single target." : "")});
     } else if (!newest->hitsShowHearing()) {
-      advices.push_back({.what = title + ": check what you listen on.",
+      advices.push_back({.what = "Practise " + name + ", and check what you listen on.",
                          .why = std::to_string(newest->hits) + " hits of " +
                                 std::to_string(newest->answers) +
                                 " can be had without listening, where the best fixed answer hits " +

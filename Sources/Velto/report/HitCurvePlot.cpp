@@ -57,9 +57,6 @@ std::string draw(const DrillReport& report, const ThresholdFit& fit, const std::
             "95 % interval of the threshold: " + Phrases::bounds(fit));
   const double guess = plot.y(fit.guessRate * 100);
   plot.line("guess", plot.left(), guess, plot.right(), guess);
-  // At the left, the curve and the answers are far above.
-  plot.label("name", plot.left() + 4, guess - 4, "start",
-             "without listening " + Phrases::percent(fit.guessRate));
   for (std::size_t i = 0; i < bins.size(); ++i) {
     const auto [answers, hits] = bins.at(i);
     if (answers == 0)
@@ -75,6 +72,8 @@ std::string draw(const DrillReport& report, const ThresholdFit& fit, const std::
   plot.polyline("curve", curve);
   if (fit.threshold >= 0 && fit.threshold <= 100)
     plot.line("threshold", plot.x(fit.threshold), plot.top(), plot.x(fit.threshold), plot.bottom());
+  plot.label("name", plot.left() + 4, guess - 4, "start",
+             "without listening " + Phrases::percent(fit.guessRate));
   return plot.finish();
 }
 

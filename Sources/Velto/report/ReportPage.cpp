@@ -58,7 +58,9 @@ void appendHead(Markup& page, const ReportData& data) {
 void appendAdvice(Markup& page, const ReportData& data) {
   page.open("section").element("h2", "What to practise next").open("ol");
   for (const Advice& advice : Advice::from(data)) {
-    page.open("li").element("strong", advice.what);
+    page.open("li").open("strong");
+    appendText(page, advice.what);
+    page.close();
     appendText(page, " " + advice.why);
     page.close();
   }

@@ -75,7 +75,8 @@ th:first-child,td:first-child{text-align:left}
 tbody th{color:var(--ink)}
 text{font-size:10px;font-family:inherit}
 .tick,.name,.count{fill:var(--muted)}
-.count{font-size:8px}
+.name,.count{paint-order:stroke;stroke:var(--surface);stroke-width:3px;stroke-linejoin:round}
+.count{font-size:8px;stroke-width:2px}
 .grid{stroke:var(--line);stroke-width:1}
 .axis{stroke:var(--muted);stroke-width:1}
 .day{stroke:var(--muted);stroke-width:.7;stroke-dasharray:1 3}
@@ -101,7 +102,7 @@ table{font-size:12px}th,td{padding:3px}
 @media (min-width:720px){.pair{grid-template-columns:repeat(2,minmax(0,1fr))}}
 )";
 
-constexpr const char* paperRules = "@page{size:A4;margin:11mm}"
+constexpr const char* paperRules = "@page{size:A4;margin:10mm}"
                                    "body{font-size:8.5pt;line-height:1.3}"
                                    "main{max-width:none;padding:0}"
                                    "h1{font-size:15pt}h2{font-size:10.5pt;margin-bottom:3px}"
