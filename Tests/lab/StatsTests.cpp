@@ -105,12 +105,12 @@ TEST(LabStats, GivesThresholdsAndErrorsWithIntervals) {
   const LabRunner lab;
   keep(lab, practice());
   const json drills = statsOf(lab, {"--fair"})["drills"];
-  for (const int drill : {0, 3}) {
+  for (const std::size_t drill : {0U, 3U}) {
     const json& threshold = drills[drill]["newest"]["threshold"];
     EXPECT_GT(threshold["median"], threshold["lower"]);
     EXPECT_FALSE(drills[drill]["newest"].contains("error"));
   }
-  for (const int drill : {1, 2}) {
+  for (const std::size_t drill : {1U, 2U}) {
     const json& error = drills[drill]["newest"]["error"];
     EXPECT_NEAR(error["mean"].get<double>(), 0.5, 1e-12);
     EXPECT_LT(error["interval"]["lower"], 0.5);
