@@ -125,7 +125,7 @@ TEST(LabStats, TellsTheSameInWords) {
   keep(lab, practice());
   const std::string words = lab.run({"stats"}, {.environment = {{"TZ", "UTC"}}}).out;
   for (const char* text :
-       {"160 answers; 1 days of practice from 2026-05-04 to 2026-05-04, 2.7 hours in 1 sittings.",
+       {"160 answers; 1 day of practice from 2026-05-04 to 2026-05-04, 2.7 hours in 1 sitting.",
         "\nlevel           40  75 %          35\n", "trials without --fair", "proves nothing",
         "\nThreshold", "\nMean error\n", "     200       40  75 %"})
     EXPECT_NE(words.find(text), std::string::npos) << text << "\n" << words;
