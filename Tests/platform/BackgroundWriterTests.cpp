@@ -1,5 +1,7 @@
 #include "BackgroundWriter.h"
 
+#include "kit/Eventually.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -44,7 +46,7 @@ TEST(BackgroundWriter, RunsWorkOnAnotherThreadAndFinishesOnTheOwners) {
   EXPECT_EQ(finished, owner);
 }
 
-TEST(BackgroundWriter, RunsOnlyTheLatestOfTheWorkThatHasNotBegun) {
+TEST(BackgroundWriter, RunsOnlyTheLatestWorkThatHasNotBegun) {
   Gate gate;
   BackgroundWriter writer;
   std::vector<int> done;
@@ -71,14 +73,13 @@ TEST(BackgroundWriter, RepeatsWorkThatAsksForItUntilThereIsNewerWork) {
     ++runs;
     return Outcome{.finish = {}, .again = true};
   });
-  while (runs < 5)
-    std::this_thread::yield();
+  EXPECT_TRUE(kit::eventually([&] { return runs >= 5; }));
   EXPECT_FALSE(writer.wait(1ms));
   writer.post([] { return Outcome{}; });
   EXPECT_TRUE(writer.wait(10s));
 }
 
-TEST(BackgroundWriter, NeverWaitsForWorkButInWait) {
+TEST(BackgroundWriter, WaitsForWorkOnlyInWait) {
   const auto gate = std::make_shared<Gate>();
   {
     BackgroundWriter writer;

@@ -76,8 +76,8 @@ protected:
   }
 };
 
-// Every fifth process starts with a new file of the given size; the others continue with what the
-// killed one left.
+// Every fifth process starts with a new file of the given size; the others continue with the files
+// that the process before them left.
 TEST_P(KilledAt, ARandomMomentLosesAtMostTheAnswerBeingSaved) {
   constexpr int killsInARow = 5;
   std::minstd_rand random(std::random_device{}());
@@ -150,7 +150,7 @@ TEST_F(ProfileSurvival, AFullDiskLeavesTheFileUntouchedUntilThereIsRoom) {
     const fs::path filler = folder() / "filler";
     int untouched = 0;
     int saved = 0;
-    // The file has 20 kB, and each copy as many.
+    // The file and each of its copies take 20 kB.
     for (std::size_t room = 0; room < 120000; room += 4096) {
       fs::remove(filler);
       put(file(), Coding::encode(Stored{numberedRows(100), {}, {}}).value());
@@ -215,8 +215,8 @@ TEST_F(ProfileSurvival, ARecordThatCanBeEncodedAgainIsSavedAgain) {
 
 // ---- Two programs ----
 
-// Sixteen programs answer at once, the first ones below the cap and the last ones beyond it. Every
-// answer is in the file or rolled up, once, and no program ever loads less than there was.
+// Sixteen programs record at once, until the rows exceed the cap. Every answer is in the file or
+// rolled up, once, and no load meanwhile finds fewer rows than there were at first.
 TEST_F(ProfileSurvival, SixteenProgramsAtOnceLoseNoAnswer) {
   constexpr int programs = 16;
   constexpr std::int64_t answersEach = 12;
@@ -245,7 +245,7 @@ TEST_F(ProfileSurvival, SixteenProgramsAtOnceLoseNoAnswer) {
     EXPECT_EQ(program->ended(), EXIT_SUCCESS);
   EXPECT_EQ(watching.ended(), EXIT_SUCCESS);
 
-  // A slow disk may have left some to the next program.
+  // On a slow disk, a program may have ended before its answers were in the file.
   if (!besideTheFile().empty()) {
     Profile next(location());
     next.save();

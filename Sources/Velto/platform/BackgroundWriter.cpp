@@ -29,7 +29,7 @@ public:
     return idle_.wait_for(lock, most, [this] { return !next_ && !busy_; });
   }
 
-  // Joins the thread if it is idle, else lets it go.
+  // Joins the thread if it is idle, otherwise detaches it.
   void end() {
     std::unique_lock lock(mutex_);
     ending_ = true;
@@ -46,7 +46,7 @@ public:
   }
 
 private:
-  // Without a thread to be had, the caller does the work itself.
+  // If no thread can be started, runs the work on this one.
   void start(const std::shared_ptr<Thread>& self, std::unique_lock<std::mutex>& lock) {
     try {
       thread_ = std::thread([self] { self->run(); });
@@ -80,7 +80,7 @@ private:
         if (!next_ && !ending_)
           next_ = std::move(work);
       }
-      // What the work owns may need time to go.
+      // Destroying what the work owns may take time.
       lock.unlock();
       work = nullptr;
       lock.lock();

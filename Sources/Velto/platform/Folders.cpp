@@ -39,9 +39,10 @@ void Folders::moveFile(const fs::path& from, const fs::path& to) {
   copy += ".moving";
   std::error_code ignored;
   fs::remove(copy, ignored); // left by a move that was cut short
-  if (fs::copy_file(from, copy, error) && SafeFile::sync(copy))
+  const bool isCopied = fs::copy_file(from, copy, error) && SafeFile::sync(copy);
+  if (isCopied)
     fs::rename(copy, to, error);
-  if (!error && SafeFile::sync(of(to)) && Folders::exists(to))
+  if (isCopied && !error && SafeFile::sync(of(to)))
     fs::remove(from, ignored);
   fs::remove(copy, ignored);
 }

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 using State = SafeFile::Reading::State;
 using SafeFile::Written;
 
-constexpr std::string_view savingCopy = "saving"; // earlier versions add no id to it
+constexpr std::string_view savingCopy = "saving"; // in earlier versions without an id
 constexpr std::string_view durableCopy = "backup";
 
 void migrate(const ProfileLocation& location) {
@@ -40,7 +40,7 @@ fs::path prepare(const ProfileLocation& location) {
   return Folders::absolute(location.file());
 }
 
-// What the names of a program's copies end with.
+// An id for this program, with which the names of its copies end.
 std::string newId() {
   constexpr std::size_t digits = 8;
   std::string id = UUID::random().string();
@@ -52,7 +52,7 @@ std::string suffix(std::string_view kind, const std::string& id) {
   return std::string(kind) + '-' + id;
 }
 
-// Of the program that made a copy. The copies of earlier versions, which have none, get one.
+// The id of the program that made a copy. For a copy without one, the whole name.
 std::string idOf(const fs::path& copy) {
   const std::string name = copy.filename().string();
   return name.substr(name.find_last_of('-') + 1);
@@ -76,25 +76,24 @@ struct Copy {
   Backup backup;
 };
 
-// All of both, once.
+// The answers of both lists, each once.
 std::vector<Attempt> joined(std::vector<Attempt> attempts, const std::vector<Attempt>& others) {
   std::copy_if(others.begin(), others.end(), std::back_inserter(attempts),
                [&](const Attempt& other) { return !contains(attempts, other); });
   return attempts;
 }
 
-// What lies in the folder.
+// The profile file and its copies, as found in the folder.
 struct Found {
   SafeFile::Reading file;
   bool fileDecodes = false;
   bool isOwnWreck = false;         // the file is the beginning of a copy: its write was cut short
   std::optional<Stored> record;    // from all files together
-  std::vector<Attempt> unsaved;    // answers that are in copies only, as far as their writers knew
+  std::vector<Attempt> unsaved;    // answers that the file lacked when the copies were made
   std::vector<fs::path> abandoned; // copies of programs that have ended
 };
 
-// Where the file decodes, copies that belong to running programs do not count: these programs save
-// them themselves.
+// If the file decodes, ignores the copies of running programs, which save their answers themselves.
 Found find(const fs::path& file, const std::string& ownId, std::size_t detailRows) {
   Found found;
   found.file = SafeFile::read(file);
@@ -106,7 +105,7 @@ Found find(const fs::path& file, const std::string& ownId, std::size_t detailRow
   found.fileDecodes = current.stored.has_value();
 
   std::map<std::string, Copy> copies; // the latest of each program, by its id
-  // The durable copies first: of the same save they tell more.
+  // The durable copies first: of two copies of one save, they are the later ones.
   auto paths = BackupFile::all(file, durableCopy);
   for (auto& path : BackupFile::all(file, savingCopy))
     paths.push_back(std::move(path));
@@ -169,7 +168,7 @@ struct ProfileStore::Result {
   std::optional<SafeFile::Stamp> stamp; // if saved
 };
 
-// The writer's half: whatever waits.
+// The writer's half: everything that may wait.
 class ProfileStore::Disk {
 public:
   Disk(fs::path file, std::string id, std::size_t detailRows)
@@ -203,8 +202,8 @@ public:
 private:
   static constexpr std::chrono::milliseconds lockPatience{100};
 
-  // Writes the record to the file, merged with what that holds. `bytes` encode the record; returns
-  // those that were written.
+  // Writes the record to the file, merged with the file's content. `bytes` encode the record, and
+  // afterwards the merged one.
   Result write(Snapshot& snapshot, std::string& bytes) {
     Result result;
     const FolderLock lock(file_, FolderLock::Use::writing, lockPatience);
@@ -267,10 +266,11 @@ private:
     return record;
   }
 
-  // True if the file may be truncated now: the backup is on the disk, or the folder takes none.
+  // True if the file may be truncated now: the backup is on the disk, or the folder takes no files.
   bool backUp(std::string_view bytes, const std::vector<Attempt>& unsaved,
               const std::optional<SafeFile::Stamp>& stamp, std::int64_t number) {
-    // A backup that knows of a file says that the file was deleted if it is missing.
+    // If a backup knows of a file that is missing, the file counts as deleted. So first
+    // makes sure that a power cut does not remove it.
     if (stamp && stamp->inode != durableInode_ && SafeFile::sync(file_) &&
         SafeFile::sync(Folders::of(file_)))
       durableInode_ = stamp->inode;
@@ -322,7 +322,7 @@ std::optional<Stored> ProfileStore::load() {
   disk_->fileIsDurable(stamp_);
   const bool isMissing = found.file.state == State::missing;
   isKnown_ = found.abandoned.empty() && (isMissing || found.fileDecodes);
-  // A move that failed leaves the earlier file in force.
+  // After a failed move, the earlier file is the record.
   if (isMissing && !found.record && earlierFile_)
     found.record = Coding::decodeStored(SafeFile::read(*earlierFile_).bytes);
   isSecured_ = isKnown_ && isMissing && !found.record;
@@ -357,7 +357,7 @@ void ProfileStore::save(const Stored& stored) {
   post(snapshot);
 }
 
-// Returns false if that would take waiting.
+// Writes the file without waiting. Returns false if it would have to wait, or on failure.
 bool ProfileStore::writeNow(const std::string& bytes) {
   const FolderLock lock(file_, FolderLock::Use::writing, std::chrono::milliseconds(0));
   if (lock.isRefused() || !isKnown_ || SafeFile::stamp(file_) != stamp_)

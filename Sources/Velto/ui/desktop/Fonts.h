@@ -9,14 +9,14 @@
 
 namespace velto {
 
-// The wordmark's face. Main thread only.
+// The wordmark's face. Main thread only, except for registerFace().
 namespace BrandType {
 
 inline constexpr const char* family = "MORLA Display";
 
 // Makes the face available to this process: the installed one, else the one from the program's
-// resources. If there is neither, registered() stays false. Needs a QGuiApplication. Any thread, as
-// long as registered() is called after it has returned.
+// resources. If there is neither, registered() stays false. Needs a QGuiApplication. Any thread;
+// the other functions must not run before it has returned.
 void registerFace();
 
 // True if the face is available.
