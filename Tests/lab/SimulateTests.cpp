@@ -28,19 +28,19 @@ TEST(LabSimulate, CoversEveryDrillAtElevenDifficulties) {
 }
 
 TEST(LabSimulate, TellsTheAnswerAndHowOftenItHits) {
-  const json level = simulated({"--difficulty", "20"})["trials"][1];
-  EXPECT_EQ(level["difficulty"], 20);
+  const json level = simulated({"--difficulty", "40"})["trials"][1];
+  EXPECT_EQ(level["difficulty"], 40);
   EXPECT_EQ(level["clock"]["hitRate"], 1);
-  EXPECT_EQ(level["clock"]["answer"], 2.5);
-  EXPECT_NEAR(level["fair"]["hitRate"].get<double>(), 0.58, 0.006);
-  EXPECT_EQ(level["fair"]["targets"], 55);
+  EXPECT_EQ(level["clock"]["answer"], 1.9);
+  EXPECT_NEAR(level["fair"]["hitRate"].get<double>(), 0.75, 0.006);
+  EXPECT_EQ(level["fair"]["targets"], 42);
 }
 
 TEST(LabSimulate, TellsTheSameInWords) {
   const std::string words =
       LabRunner().run({"simulate", "--year", "2026", "--difficulty", "0"}).out;
   EXPECT_NE(words.find("that of the year 2026.\n"), std::string::npos) << words;
-  EXPECT_NE(words.find("\nlevel               0   100.0  3.05 dB"), std::string::npos) << words;
+  EXPECT_NE(words.find("\nlevel               0   100.0    3.05 dB"), std::string::npos) << words;
 }
 
 TEST(LabSimulate, RefusesOtherDifficultiesAndYears) {
