@@ -46,6 +46,15 @@ TEST(DrillAnalysis, CountsRowsAndRollUpOfItsDrill) {
   EXPECT_EQ(level.hits, 3);
 }
 
+TEST(DrillAnalysis, BearsAnyCountsInTheRollUp) {
+  Stored record;
+  for (std::int64_t band = 0; band < 27; ++band)
+    record.lifetime[band] = {.attempts = INT64_MAX, .hits = INT64_MIN, .errorSum = 0};
+  const auto analysis = DrillAnalysis::of(Drill::frequency, record, SeedSource::clock);
+  EXPECT_GT(analysis.answers, 0);
+  EXPECT_EQ(analysis.hits, 0);
+}
+
 TEST(DrillAnalysis, TakesTheNewestAnswers) {
   Stored record = recordOf(Drill::dynamics, 30, 20, false, 4);
   for (const Attempt& attempt : recordOf(Drill::dynamics, 10, 20, true, 1).attempts)

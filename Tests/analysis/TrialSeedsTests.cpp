@@ -12,8 +12,8 @@ namespace {
 using testing::utc;
 
 TEST(TrialSeeds, SpreadOnesAskEachBandAndSlotEquallyOften) {
-  std::map<double, int> bands;
-  std::map<std::int64_t, int> slots;
+  std::map<double, std::size_t> bands;
+  std::map<std::int64_t, std::size_t> slots;
   const auto seeds = TrialSeeds::spread();
   for (const std::uint64_t seed : seeds) {
     ++bands[Drills::makeTrial(50, Material::pad, seed, Drill::frequency).targetFreq];
@@ -22,9 +22,9 @@ TEST(TrialSeeds, SpreadOnesAskEachBandAndSlotEquallyOften) {
   EXPECT_EQ(bands.size(), 27U);
   EXPECT_EQ(slots.size(), 3U);
   for (const auto& [band, count] : bands)
-    EXPECT_EQ(count * 27U, seeds.size()) << band;
+    EXPECT_EQ(count * 27, seeds.size()) << band;
   for (const auto& [slot, count] : slots)
-    EXPECT_EQ(count * 3U, seeds.size()) << slot;
+    EXPECT_EQ(count * 3, seeds.size()) << slot;
 }
 
 TEST(TrialSeeds, SpreadOnesFillTheRangeOfTargetsEvenly) {

@@ -37,7 +37,8 @@ public:
   [[nodiscard]] static std::size_t operationsSoFar();
 };
 
-// While it exists, every fsync and fdatasync of this process takes at least so long. One at a time.
+// While it exists, every fsync and fdatasync of this process takes at least this long. One at a
+// time.
 class SlowDisk {
 public:
   explicit SlowDisk(std::chrono::milliseconds flush);
@@ -45,9 +46,9 @@ public:
   SlowDisk& operator=(const SlowDisk&) = delete;
   ~SlowDisk();
 
-  // Flushes of this thread.
+  // The number of flushes by this thread.
   [[nodiscard]] static std::size_t waitsOfThisThread();
-  // Attempts of this thread to lock a file or folder.
+  // The number of attempts by this thread to lock a file or folder.
   [[nodiscard]] static std::size_t lockAttemptsOfThisThread();
 };
 

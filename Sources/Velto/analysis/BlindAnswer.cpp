@@ -44,18 +44,22 @@ Targets targetsOf(Drill drill, double difficulty, std::span<const std::uint64_t>
   return targets;
 }
 
-// The answers worth trying: none outside the targets is better than all inside.
+// The window's answers between two targets; none outside is better.
 std::vector<double> answersWithin(Drill drill, double lowest, double highest) {
-  constexpr double perDecibel = 20;
   std::vector<double> answers;
+  const auto decibels = [&](double perDecibel) {
+    for (double k = std::floor(lowest * perDecibel); k <= std::ceil(highest * perDecibel); ++k)
+      answers.push_back(k / perDecibel);
+  };
   switch (drill) {
   case Drill::frequency:
     answers.assign(Bands::centres.begin(), Bands::centres.end());
     break;
   case Drill::level:
+    decibels(20);
+    break;
   case Drill::dynamics:
-    for (double k = std::round(lowest * perDecibel); k <= std::round(highest * perDecibel); ++k)
-      answers.push_back(k / perDecibel);
+    decibels(2);
     break;
   case Drill::polarity:
     answers = {0, 1, 2};
@@ -73,7 +77,7 @@ BlindAnswer bestBlindAnswer(Drill drill, double difficulty, std::span<const std:
                    .lowestTarget = targets.begin()->first,
                    .highestTarget = targets.rbegin()->first};
   std::size_t mostHits = 0;
-  std::vector<double> equals;
+  double errorsOfBest = 0;
   for (const double answer : answersWithin(drill, best.lowestTarget, best.highestTarget)) {
     std::size_t hits = 0;
     double errors = 0;
@@ -83,13 +87,12 @@ BlindAnswer bestBlindAnswer(Drill drill, double difficulty, std::span<const std:
       errors += grade.error * static_cast<double>(target.trials);
     }
     best.meanError = std::min(best.meanError, errors / static_cast<double>(seeds.size()));
-    if (hits > mostHits)
-      equals.clear();
-    if (hits >= mostHits)
-      equals.push_back(answer);
-    mostHits = std::max(mostHits, hits);
+    if (hits > mostHits || (hits == mostHits && errors < errorsOfBest)) {
+      mostHits = hits;
+      errorsOfBest = errors;
+      best.answer = answer;
+    }
   }
-  best.answer = equals[(equals.size() - 1) / 2];
   best.hitRate = static_cast<double>(mostHits) / static_cast<double>(seeds.size());
   return best;
 }

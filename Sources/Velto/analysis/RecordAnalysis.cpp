@@ -18,6 +18,11 @@ std::vector<Attempt> rowsOf(Drill drill, std::span<const Attempt> attempts) {
   return rows;
 }
 
+// A count from a file that may hold any number, so that sums do not overflow.
+std::int64_t credible(std::int64_t count) {
+  return std::clamp<std::int64_t>(count, 0, 1'000'000'000'000);
+}
+
 std::int64_t hitsIn(std::span<const Attempt> rows) {
   return std::count_if(rows.begin(), rows.end(), [](const Attempt& row) { return row.correct; });
 }
@@ -83,8 +88,8 @@ DrillAnalysis DrillAnalysis::of(Drill drill, const Stored& record, SeedSource se
                          .newest = std::nullopt};
   if (drill == Drill::frequency) {
     for (const auto& [band, roll] : record.lifetime) {
-      analysis.answers += roll.attempts;
-      analysis.hits += roll.hits;
+      analysis.answers += credible(roll.attempts);
+      analysis.hits += credible(roll.hits);
     }
   }
   const auto staircase = record.staircases.find(std::string(drill.rawValue()));

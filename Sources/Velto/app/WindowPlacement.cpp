@@ -17,7 +17,7 @@ QRect roomIn(const QRect& freeArea) {
   return freeArea.adjusted(border, titleBar, -border, -border);
 }
 
-// `initial`, reduced by as few whole steps as make it at most `most`.
+// `initial`, or the largest size of at most `most` that is a whole number of steps below it.
 int atMost(int initial, int most) {
   const int steps = (std::max(initial - most, 0) + step - 1) / step;
   return initial - steps * step;

@@ -134,7 +134,7 @@ Lab::Action Lab::declareSimulate(CLI::App& arguments) {
   Arguments::addNumber(arguments, "--difficulty", options->difficulty, 0, 100,
                        "only this difficulty, 0 to 100");
   Arguments::addCount(arguments, "--year", options->year, 1970, 9999,
-                      "the clock's seeds of this year (by default the present one)");
+                      "the year whose clock gives the seeds (this one)");
   return [options] {
     const int year = options->year == 0 ? yearOf(std::chrono::system_clock::now())
                                         : static_cast<int>(options->year);

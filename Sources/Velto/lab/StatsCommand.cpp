@@ -76,6 +76,11 @@ std::string text(Calendar::Day day) {
          digits(static_cast<unsigned>(parts.day()), 2);
 }
 
+// "1 day", "2 days".
+std::string counted(std::int64_t count, const std::string& what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 std::string percent(double share) {
   return Numbers::fixed(100 * share, 0) + " %";
 }
@@ -124,16 +129,16 @@ std::string summary(const Findings& findings) {
   const auto& days = findings.time.days;
   if (answers == 0)
     return words + "No answers yet.\n";
-  words += std::to_string(answers) + " answers";
+  words += counted(answers, "answer");
   if (!days.empty())
-    words += "; " + std::to_string(days.size()) + " days of practice from " +
+    words += "; " + counted(static_cast<std::int64_t>(days.size()), "day") + " of practice from " +
              text(days.front().day) + " to " + text(days.back().day) + ", " +
              Numbers::fixed(findings.time.hours, 1) + " hours in " +
-             std::to_string(findings.time.sittings) + " sittings";
-  return words + ".\nStreak: " + std::to_string(findings.streak) +
-         " days. Today: " + std::to_string(findings.today) +
-         " answers.\nHours are the times between answers; a pause of more than five minutes ends "
-         "a sitting.\n";
+             counted(findings.time.sittings, "sitting");
+  return words + ".\nStreak: " + counted(findings.streak, "day") +
+         ". Today: " + counted(findings.today, "answer") +
+         ".\nHours are the times between answers; a pause of more than five minutes ends a "
+         "sitting.\n";
 }
 
 std::string drillTable(const Findings& findings) {

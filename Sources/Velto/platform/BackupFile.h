@@ -11,8 +11,8 @@
 namespace velto {
 
 // The copy is written under another name and renamed: under its own name it is always complete. It
-// survives if the program is killed. The program holds a lock on it, which shows others that it
-// still runs. Readable by the user only.
+// survives a kill of the program. The program holds a lock on it, which shows others that it still
+// runs. Readable by the user only.
 //
 // One object belongs to one thread at a time.
 class BackupFile {

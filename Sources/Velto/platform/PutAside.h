@@ -1,4 +1,4 @@
-// Keeps a file that could not be read and is about to be overwritten.
+// Keeps a file that could not be read or decoded and is about to be overwritten.
 #pragma once
 
 #include "SafeFile.h"

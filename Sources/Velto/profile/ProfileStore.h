@@ -5,7 +5,7 @@
 // profile.json.saving-ID        complete copy by save(), while profile.json may be incomplete or
 //                               behind: survives a kill
 // profile.json.backup-ID        complete copy by the background writer: survives a power cut
-// profile.json.aside-DATE       a former profile.json that could not be read (PutAside)
+// profile.json.aside-DATE       a former profile.json that could not be read or decoded (PutAside)
 //
 // ID identifies the program. It removes its two copies when it ends cleanly. Copies that a program
 // left are read by the next load, and removed once a backup holds what they held.
