@@ -294,12 +294,10 @@ TEST(Guide, NamesTheFolderOfTheRecord) {
       [] { return std::nullopt; }};
   const auto location = ProfileLocation::find(environment);
   ASSERT_TRUE(location);
-  std::string folder = location->directory.string();
-  folder.replace(0, home.size(), 1, '~');
-  EXPECT_NE(
-      guide().find("`" + location->file().filename().string() + "` in the folder `" + folder + "`"),
-      std::string::npos)
-      << folder;
+  std::string text = "`";
+  text.append(location->file().filename().string()).append("` in the folder `~");
+  text.append(location->directory.string(), home.size()).append("`");
+  EXPECT_NE(guide().find(text), std::string::npos) << text;
 }
 
 // Anchors are headings in lower case, with dashes for spaces.

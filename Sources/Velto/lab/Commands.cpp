@@ -1,6 +1,10 @@
 #include "CheckCommand.h"
 #include "Command.h"
+#include "ExportCommand.h"
+#include "ImportCommand.h"
+#include "RenderCommand.h"
 #include "ReportCommand.h"
+#include "RestoreCommand.h"
 #include "SimulateCommand.h"
 #include "StatsCommand.h"
 
@@ -10,10 +14,8 @@ namespace velto {
 
 std::span<const Lab::Command> Lab::commands() {
   static constexpr std::array all{
-      checkCommand,
-      reportCommand,
-      simulateCommand,
-      statsCommand,
+      checkCommand,  exportCommand, importCommand,   restoreCommand,
+      renderCommand, reportCommand, simulateCommand, statsCommand,
   };
   return all;
 }

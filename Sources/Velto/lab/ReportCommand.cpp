@@ -3,12 +3,12 @@
 #include "Arguments.h"
 #include "Console.h"
 #include "Date.h"
+#include "Files.h"
 #include "ReportData.h"
 #include "ReportPage.h"
 
 #include <CLI/CLI.hpp>
 
-#include <fstream>
 #include <memory>
 #include <string>
 
@@ -22,15 +22,6 @@ struct Wish {
   std::uint64_t newest = DrillAnalysis::defaultNewest;
 };
 
-void write(const std::string& path, const std::string& page) {
-  if (path == "-")
-    return Lab::Console::print(page);
-  std::ofstream file(path, std::ios::binary);
-  file << page << std::flush;
-  if (!file)
-    throw Lab::Failure(path + ": the page cannot be written");
-}
-
 void report(const Wish& wish) {
   const Stored record = Lab::Arguments::readRecord(Lab::Arguments::recordLocation().file());
   ReportData data;
@@ -39,7 +30,7 @@ void report(const Wish& wish) {
     data = ReportData::of(record, Date::now(), wish.isFair ? SeedSource::spread : SeedSource::clock,
                           wish.newest, [&progress] { progress.advance(); });
   }
-  write(wish.file, reportPage(data));
+  Lab::Files::write(wish.file, reportPage(data));
 }
 
 } // namespace
