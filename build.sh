@@ -97,6 +97,7 @@ testPackages=(
   librapidcheck-dev
   libxcb-xtest0-dev
   libxcb1-dev
+  libxml2-utils
   locales
   pipewire
   pipewire-pulse
@@ -105,6 +106,7 @@ testPackages=(
   qt6-wayland
   sox
   sway
+  tidy
   valgrind
   wireplumber
   wtype

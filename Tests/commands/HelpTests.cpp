@@ -106,6 +106,15 @@ TEST(Help, FitsEightyColumns) {
     EXPECT_LE(line.size(), 80U) << line;
 }
 
+TEST(Help, NamesTheGuideThatIsInstalled) {
+  EXPECT_NE(help().find("guide.md in share/doc/velto"), std::string::npos);
+  const std::string packaging = contentOf(root / "Packaging/CMakeLists.txt");
+  EXPECT_TRUE(std::regex_search(
+      packaging,
+      std::regex(
+          "install\\(FILES [^)]*Documentation/guide\\.md[^)]* \\$\\{share\\}/doc/velto\\)")));
+}
+
 TEST(Help, EndsWithThePathOfTheRecord) {
   EXPECT_TRUE(help().ends_with("\n  /home/someone/.local/share/MORLA Velto/profile.json"));
   EXPECT_TRUE(help({{"XDG_DATA_HOME", "/data"}, {"HOME", "/home/someone"}})

@@ -76,6 +76,12 @@ TEST(LabCommandLine, ListsEveryCommandInTheHelp) {
         << command.name;
 }
 
+TEST(LabCommandLine, NamesTheGuideInTheHelp) {
+  const std::string help = LabRunner().run({"--help"}).out;
+  EXPECT_NE(help.find("guide.md in\nshare/doc/velto of the installation."), std::string::npos)
+      << help;
+}
+
 TEST(LabCommandLine, ExplainsEveryCommandInEightyColumns) {
   const LabRunner lab;
   std::vector<Words> all{{"--help"}};

@@ -71,6 +71,8 @@ std::string Help::text(const Environment& environment) {
          "Unknown switches, and switches without their value, are ignored. The exit status\n"
          "is 0 on success and 1 on failure.\n"
          "\n"
+         "The user's guide is guide.md in share/doc/velto of the installation.\n"
+         "\n"
          "Your answers are stored in profile.json in the folder \"MORLA Velto\" of\n" +
          ProfileLocation::dataDirectoryInWords +
          ", or in the folder that\n"

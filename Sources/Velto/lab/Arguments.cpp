@@ -1,8 +1,10 @@
 #include "Arguments.h"
 
+#include "Coding.h"
 #include "Command.h"
 #include "NumberText.h"
 #include "Numbers.h"
+#include "SafeFile.h"
 
 #include <CLI/CLI.hpp>
 
@@ -42,8 +44,13 @@ CLI::Option& addSwitch(CLI::App& arguments, const std::string& name, const char*
 
 } // namespace
 
+void Lab::Arguments::addFlag(CLI::App& arguments, const std::string& name, bool& isWanted,
+                             const std::string& explanation) {
+  arguments.add_flag(name, isWanted, explanation)->disable_flag_override();
+}
+
 void Lab::Arguments::addJSON(CLI::App& arguments, bool& isWanted) {
-  arguments.add_flag("--json", isWanted, "print JSON")->disable_flag_override();
+  addFlag(arguments, "--json", isWanted, "print JSON");
 }
 
 CLI::Option& Lab::Arguments::addDrill(CLI::App& arguments, Drill& drill,
@@ -106,6 +113,17 @@ ProfileLocation Lab::Arguments::recordLocation() {
   if (!location)
     throw Failure(std::string("there is no practice record: ") + ProfileLocation::noDirectory);
   return *std::move(location);
+}
+
+Stored Lab::Arguments::readRecord(const std::filesystem::path& file) {
+  using enum SafeFile::Reading::State;
+  const SafeFile::Reading reading = SafeFile::read(file);
+  if (reading.state == missing)
+    return {};
+  auto record = reading.state == complete ? Coding::decodeStored(reading.bytes) : std::nullopt;
+  if (!record)
+    throw Failure("the record cannot be read: " + file.string());
+  return *std::move(record);
 }
 
 } // namespace velto

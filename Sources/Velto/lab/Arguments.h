@@ -6,8 +6,10 @@
 
 #include "Drill.h"
 #include "ProfileLocation.h"
+#include "Record.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -18,6 +20,9 @@ class Option;
 
 namespace velto::Lab::Arguments {
 
+// A switch without a value.
+void addFlag(CLI::App& arguments, const std::string& name, bool& isWanted,
+             const std::string& explanation);
 // --json: print JSON instead of words.
 void addJSON(CLI::App& arguments, bool& isWanted);
 
@@ -43,5 +48,8 @@ void addOptionalPath(CLI::App& arguments, const std::string& placeholder, std::s
 
 // Where the practice record is. Throws Failure if there is no usable folder.
 [[nodiscard]] ProfileLocation recordLocation();
+// The record in `file`, to be measured; an empty one if there is no file. Throws Failure if it
+// cannot be read.
+[[nodiscard]] Stored readRecord(const std::filesystem::path& file);
 
 } // namespace velto::Lab::Arguments

@@ -89,7 +89,8 @@ struct Tree {
     root.set_help_flag("--help", "print this text, or that of a command");
     root.set_version_flag("--version", "velto-lab " VELTO_VERSION, "print the version");
     root.footer("velto-lab COMMAND --help explains a command. The exit status is 0 on success,\n"
-                "1 on failure and 2 for wrong use.");
+                "1 on failure and 2 for wrong use. The user's guide is guide.md in\n"
+                "share/doc/velto of the installation.");
     leaves.reserve(commands.size());
     for (const Lab::Command& command : commands) {
       CLI::App& arguments = appOf(root, command);

@@ -3,7 +3,10 @@
 #include "ExportCommand.h"
 #include "ImportCommand.h"
 #include "RenderCommand.h"
+#include "ReportCommand.h"
 #include "RestoreCommand.h"
+#include "SimulateCommand.h"
+#include "StatsCommand.h"
 
 #include <array>
 
@@ -11,7 +14,8 @@ namespace velto {
 
 std::span<const Lab::Command> Lab::commands() {
   static constexpr std::array all{
-      checkCommand, exportCommand, importCommand, restoreCommand, renderCommand,
+      checkCommand,  exportCommand, importCommand,   restoreCommand,
+      renderCommand, reportCommand, simulateCommand, statsCommand,
   };
   return all;
 }
