@@ -92,7 +92,7 @@ TEST(DrillAnalysis, FitsWithTheRateOfTheBestBlindAnswer) {
 // Twelve hits of twelve, which whoever reads the difficulty off the window has as well.
 TEST(DrillAnalysis, SaysThatHitsOnTheClocksTrialsProveNothing) {
   for (const Drill drill : {Drill::level, Drill::dynamics}) {
-    const Stored record = recordOf(drill, 12, 20, true, 0.05);
+    const Stored record = recordOf(drill, 12, 20, true, 0.4);
     const auto byClock = DrillAnalysis::of(drill, record, SeedSource::clock).newest.value();
     EXPECT_EQ(byClock.blindHitRate, 1);
     EXPECT_FALSE(byClock.hitsShowHearing());
