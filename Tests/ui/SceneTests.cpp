@@ -455,7 +455,7 @@ void expectScene(Stage& stage, Drill drill, int index, State state, bool dark) {
   expectColor(picture.colorAt({5, 200}), hues.bg, "the background");
   expectColor(picture.colorAt({5, 380}), hues.bg, "the background");
   expectColor(picture.colorAt({1000, 300}), hues.bg, "the side column's background");
-  expectRect(stage.box("divider"), {819, 0, 1, 386});
+  expectRect(stage.box("divider"), {819, 0, 1, 387});
   const double s = picture.scale();
   EXPECT_NEAR(picture.thickness({static_cast<int>(819 * s) - 2, static_cast<int>(200 * s)}, {1, 0},
                                 7, hues.bg, over(hues.line, hues.bg)),
@@ -506,6 +506,27 @@ TEST_P(EveryDrill, MatchesItsDesignAfterAHit) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Drills, EveryDrill, testing::Range(0, 4));
+
+// At fractional scales most of these sizes end within a device pixel.
+TEST(Background, ReachesTheLastDevicePixelAtEverySize) {
+  for (const bool dark : {true, false}) {
+    const Hues& hues = dark ? darkHues : lightHues;
+    Stage stage(Drill::frequency, dark);
+    for (const QSize size : {QSize(1180, 386), QSize(1181, 387), QSize(1182, 388), QSize(1183, 389),
+                             QSize(1001, 396)}) {
+      SCOPED_TRACE(testing::Message() << size.width() << 'x' << size.height());
+      stage.view.resize(size);
+      const Picture picture(stage.picture());
+      const int right = picture.pixels().width() - 1;
+      const int bottom = picture.pixels().height() - 1;
+      for (int y = 0; y <= bottom; ++y)
+        ASSERT_EQ(picture.pixel(right, y), hues.bg) << "row " << y;
+      for (int x = 0; x <= right; ++x)
+        ASSERT_EQ(picture.pixel(x, bottom), picture.pixel(x, bottom - 2)) << "column " << x;
+      EXPECT_EQ(picture.pixel(0, bottom), hues.bg);
+    }
+  }
+}
 
 TEST(Layout, KeepsTheMainColumnsWidthInAWindowThatIsTooNarrow) {
   Stage stage;

@@ -18,6 +18,17 @@ Item {
 
     Theme.palette: dark ? Palettes.dark : Palettes.light
 
+    // At fractional scales the window may end within a device pixel. The software renderer would
+    // paint only the covered part of that pixel.
+    Rectangle {
+        id: ground
+
+        objectName: "ground"
+        width: parent.width + 1
+        height: parent.height + 1
+        color: Theme.palette.bg
+    }
+
     BackgroundDrag {
         anchors.fill: parent
         onDragged: root.moveRequested()
@@ -61,7 +72,7 @@ Item {
         objectName: "divider"
         x: main.width
         width: 1
-        height: parent.height
+        height: ground.height
         color: Theme.palette.line
     }
 
