@@ -549,6 +549,54 @@ TEST(Layout, ChipsStayWhereTheyAreWhenTheDrillChanges) {
   }
 }
 
+namespace {
+
+// The pixels in which the pictures of a dot and of its ground differ.
+QRect pixelsOf(const Picture& picture, const QRectF& dot, const QColor& ground) {
+  const double s = picture.scale();
+  const QRect around =
+      QRectF(dot.topLeft() * s, dot.size() * s).toAlignedRect().adjusted(-2, -2, 2, 2);
+  QRect seen;
+  for (int y = around.top(); y <= around.bottom(); ++y)
+    for (int x = around.left(); x <= around.right(); ++x)
+      if (picture.pixel(x, y) != ground)
+        seen |= QRect(x, y, 1, 1);
+  return seen;
+}
+
+// Expects a dot of `diameter` points on whole pixels that looks the same in a mirror and when
+// turned by a right angle.
+void expectDot(Stage& stage, const QString& name, int diameter, const QColor& ground) {
+  SCOPED_TRACE(name.toStdString());
+  const Picture picture(stage.picture());
+  const QRect seen = pixelsOf(picture, stage.box(name), ground);
+  const int size = static_cast<int>(std::round(diameter * picture.scale()));
+  ASSERT_EQ(seen.size(), QSize(size, size));
+  const auto at = [&](int x, int y) { return picture.pixel(seen.left() + x, seen.top() + y); };
+  for (int y = 0; y < size; ++y)
+    for (int x = 0; x < size; ++x) {
+      EXPECT_LE(difference(at(x, y), at(size - 1 - x, y)), 12) << x << ',' << y;
+      EXPECT_LE(difference(at(x, y), at(y, x)), 12) << x << ',' << y;
+    }
+}
+
+} // namespace
+
+TEST(Dots, AreRoundAndAlike) {
+  for (const Drill drill : {Drill::frequency, Drill::polarity}) {
+    Stage stage(drill);
+    stage.grade(false);
+    const int current = drill == Drill::frequency ? 0 : 3;
+    for (int i = 0; i < 4; ++i)
+      expectDot(stage, numbered("drillDot", i), 6,
+                i == current ? darkHues.selectedFill : darkHues.bg);
+    expectDot(stage, "verdictDot", 8, over(at(darkHues.bad, 0.08), darkHues.surface));
+    if (drill == Drill::polarity)
+      expectDot(stage, numbered("slotDot", static_cast<int>(stage.session.answer())), 5,
+                darkHues.selectedFill);
+  }
+}
+
 TEST(Wordmark, UsesTheSemiboldSystemFontWithoutItsFace) {
   ASSERT_FALSE(BrandType::registered());
   Stage stage;

@@ -39,6 +39,17 @@ TEST(Share, FillsTheWidthWithEqualGapsOnWholePixels) {
   }
 }
 
+TEST(Centred, HasOneWidthAtEveryPlace) {
+  for (const double ratio : {1.0, 1.25, 1.5, 1.75, 2.0})
+    for (int i = 0; i < 100; ++i) {
+      const double centre = 40 + 0.07 * i;
+      const auto span = DevicePixels::centred(centre, 6, ratio);
+      EXPECT_DOUBLE_EQ(span.width * ratio, std::round(6 * ratio));
+      EXPECT_NEAR(span.left * ratio, std::round(span.left * ratio), 1e-9);
+      EXPECT_LE(std::abs(span.left + span.width / 2 - centre), 0.5 / ratio + 1e-9);
+    }
+}
+
 TEST(WholeWidth, RoundsToWholePixelsAndAtLeastOne) {
   EXPECT_EQ(DevicePixels::wholeWidth(1, 1), 1);
   EXPECT_EQ(DevicePixels::wholeWidth(1, 1.25), 0.8);

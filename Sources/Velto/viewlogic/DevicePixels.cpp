@@ -13,6 +13,11 @@ double DevicePixels::wholeWidth(double width, double devicePixelRatio) {
   return std::max(std::round(width * devicePixelRatio), 1.0) / devicePixelRatio;
 }
 
+DevicePixels::Span DevicePixels::centred(double centre, double width, double devicePixelRatio) {
+  const double whole = wholeWidth(width, devicePixelRatio);
+  return {snapped(centre - whole / 2, devicePixelRatio), whole};
+}
+
 DevicePixels::Span DevicePixels::share(int index, int count, double width, double gap,
                                        double devicePixelRatio) {
   const double gapPixels = gap * devicePixelRatio;

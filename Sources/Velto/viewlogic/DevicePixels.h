@@ -17,6 +17,10 @@ struct Span {
   bool operator==(const Span&) const = default;
 };
 
+// The span of wholeWidth(width) nearest to `centre` with its edges on whole device pixels. It is as
+// wide at every place.
+[[nodiscard]] Span centred(double centre, double width, double devicePixelRatio);
+
 // Share `index` of `count` nearly equal shares of `width`, with the same gap of about `gap` between
 // any two. The edges lie on whole device pixels, and on whole points where `gap` is a whole number
 // of pixels.

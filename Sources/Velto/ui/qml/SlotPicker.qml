@@ -79,7 +79,7 @@ Item {
                             anchors.verticalCenter: parent.verticalCenter
                             width: 5
                             height: 5
-                            radius: 2.5
+                            dot: true
                             color: Theme.palette.ink
                         }
                     }
