@@ -53,6 +53,7 @@ Item {
                     radius: slot.ringRadius
                     current: slot.current
                     tint: slot.tint
+                    pressed: slot.pressed
                     correct: slot.flipped
                 }
 
