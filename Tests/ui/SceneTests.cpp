@@ -228,6 +228,10 @@ void expectTicks(Stage& stage, const Picture& picture, const Wanted& wanted, dou
     // The outermost ticks stay inside the strip.
     const double inside = std::clamp(40 + x - 0.5, 40.0, 779 - box.width());
     EXPECT_NEAR(box.left(), inside, 0.5 / picture.scale() + 0.2 + slack);
+    if (i + 1 == ticks.size()) {
+      const double s = picture.scale();
+      EXPECT_NEAR(box.right() * s, std::round(779 * s), slack) << "not on the strip's edge";
+    }
     const bool covered = std::abs(x - answer) < 3 || (wanted.graded() && std::abs(x - truth) < 3);
     if (!covered && !faded && i > 0 && i + 1 < ticks.size())
       expectTick(picture, box, tick.major ? hues.muted : at(hues.faint, minorShare), hues.soft);
