@@ -40,7 +40,7 @@ void expectHeader(Stage& stage, const Picture& picture, const Wanted& wanted) {
   expectText(stage.item("wordmark"), picture,
              {"MORLA Velto", sans, semibold, 22, 0, hues.ink, hues.bg});
   expectText(stage.item("subtitle"), picture,
-             {"VELTO GYM · FREQUENCY · LEVEL · DYNAMICS · POLARITY", sans, medium, 9, 1.1,
+             {"VELTO GYM ·\u00a0FREQUENCY ·\u00a0LEVEL ·\u00a0DYNAMICS ·\u00a0POLARITY", sans, medium, 9, 1.1,
               hues.identity, hues.bg});
   EXPECT_EQ(stage.box("wordmark").topLeft(), QPointF(20, 20));
   EXPECT_EQ(stage.box("subtitle").bottomLeft(), QPointF(20, 60));
