@@ -20,12 +20,12 @@ DevicePixels::Span DevicePixels::centred(double centre, double width, double dev
 
 DevicePixels::Span DevicePixels::share(int index, int count, double width, double gap,
                                        double devicePixelRatio) {
-  const double gapPixels = gap * devicePixelRatio;
-  const double unit = gapPixels == std::floor(gapPixels) ? 1 : 1 / devicePixelRatio; // points
-  const double wholeGap = std::round(gap / unit);
-  const auto leftOf = [&](int i) { return std::round(i * (width / unit + wholeGap) / count); };
+  const double wholeGap = std::round(gap * devicePixelRatio);
+  const auto leftOf = [&](int i) {
+    return std::round(i * (width * devicePixelRatio + wholeGap) / count);
+  };
   const double left = leftOf(index);
-  return {left * unit, (leftOf(index + 1) - wholeGap - left) * unit};
+  return {left / devicePixelRatio, (leftOf(index + 1) - wholeGap - left) / devicePixelRatio};
 }
 
 } // namespace velto

@@ -21,9 +21,8 @@ struct Span {
 // wide at every place.
 [[nodiscard]] Span centred(double centre, double width, double devicePixelRatio);
 
-// Share `index` of `count` nearly equal shares of `width`, with the same gap of about `gap` between
-// any two. The edges lie on whole device pixels, and on whole points where `gap` is a whole number
-// of pixels.
+// Share `index` of `count` shares of `width`, with the same gap of about `gap` between any two. The
+// edges lie on whole device pixels; the shares differ by one pixel at most.
 [[nodiscard]] Span share(int index, int count, double width, double gap, double devicePixelRatio);
 
 } // namespace velto::DevicePixels
