@@ -104,14 +104,16 @@ QImage draw(const Pair& pair, bool dark, bool small) {
   return stage.picture();
 }
 
-// A dB answer at a distance from the truth, as far as the scale goes.
-QImage drawApart(Drill drill, double apart, bool dark, bool small) {
+// A dB answer some steps of the scale from the truth, as far as the scale goes.
+QImage drawApart(Drill drill, int steps, bool dark, bool small) {
   kit::Stage stage(drill, dark);
   if (small)
     shrink(stage);
   stage.settle();
-  const double highest = drill == Drill::level ? 7 : 14;
-  stage.session.setAnswer(std::clamp(kit::truthOf(*stage.session.trial()) + apart, 0., highest));
+  const bool level = drill == Drill::level;
+  const double step = level ? 0.05 : 0.5;
+  const double nearest = std::round(kit::truthOf(*stage.session.trial()) / step) * step;
+  stage.session.setAnswer(std::clamp(nearest + steps * step, 0., level ? 7. : 14.));
   stage.session.submit();
   return stage.picture();
 }
@@ -184,8 +186,8 @@ int drawAll(const QDir& directory, const QString& scale) {
                     QStringLiteral("pair-%1-%2%3").arg(pair.answer).arg(pair.truth).arg(size),
                     dark);
       for (const Drill drill : {Drill::level, Drill::dynamics})
-        for (const double steps : {-1000., -3., -1., 0., 1., 3., 1000.})
-          folder.save(drawApart(drill, steps * (drill == Drill::level ? 0.05 : 0.5), dark, small),
+        for (const int steps : {-1000, -3, -1, 0, 1, 3, 1000})
+          folder.save(drawApart(drill, steps, dark, small),
                       QStringLiteral("pair-%1%2%3").arg(drillName(drill)).arg(steps).arg(size),
                       dark);
       constexpr const char* stops[] = {"drills", "scale", "slots", "materials", "button"};
