@@ -10,6 +10,7 @@
 #include "kit/Stage.h"
 
 #include "Bands.h"
+#include "WindowPlacement.h"
 
 #include <QDir>
 #include <QProcess>
@@ -47,14 +48,16 @@ QString drillName(Drill drill) {
                            static_cast<qsizetype>(drill.rawValue().size()));
 }
 
-// The smallest window, which is higher where texts wrap.
+// The smallest window on a large screen. It is higher where texts wrap.
 void shrink(kit::Stage& stage) {
-  const auto smallest = [&stage](const char* property) {
-    return static_cast<int>(std::ceil(stage.root()->property(property).toDouble()));
+  const auto smallest = [&stage] {
+    return WindowPlacement::smallest({stage.root()->property("minimumWidth").toDouble(),
+                                      stage.root()->property("minimumHeight").toDouble()},
+                                     QRect(0, 0, 10000, 10000));
   };
-  stage.view.resize(smallest("minimumWidth"), stage.view.height());
+  stage.view.resize(smallest().width(), stage.view.height());
   (void)stage.picture(); // lays it out
-  stage.view.resize(smallest("minimumWidth"), smallest("minimumHeight"));
+  stage.view.resize(smallest());
 }
 
 QImage draw(Drill drill, State state, bool dark, bool small) {
