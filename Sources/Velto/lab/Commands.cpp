@@ -1,5 +1,9 @@
 #include "CheckCommand.h"
 #include "Command.h"
+#include "ExportCommand.h"
+#include "ImportCommand.h"
+#include "RenderCommand.h"
+#include "RestoreCommand.h"
 
 #include <array>
 
@@ -7,7 +11,7 @@ namespace velto {
 
 std::span<const Lab::Command> Lab::commands() {
   static constexpr std::array all{
-      checkCommand,
+      checkCommand, exportCommand, importCommand, restoreCommand, renderCommand,
   };
   return all;
 }

@@ -2,6 +2,9 @@
 
 #include "SafeFile.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <system_error>
 
 namespace velto {
@@ -49,6 +52,16 @@ void Folders::moveFile(const fs::path& from, const fs::path& to) {
 
 fs::path Folders::of(const fs::path& file) {
   return file.has_parent_path() ? file.parent_path() : fs::path(".");
+}
+
+bool Folders::isWritable(const fs::path& path) {
+  return ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+std::uintmax_t Folders::freeBytes(const fs::path& path) {
+  std::error_code error;
+  const fs::space_info space = fs::space(path, error);
+  return error ? 0 : space.available;
 }
 
 void Folders::remove(const fs::path& path) {
