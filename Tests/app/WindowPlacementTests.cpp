@@ -69,3 +69,12 @@ TEST(WindowPlacement, NeverHidesTheTopLeftCornerOfAWindowThatIsTooLarge) {
   const QRect window = WindowPlacement::centred({1180, 700}, {100, 50, 800, 400});
   EXPECT_EQ(window.topLeft(), QPoint(104, 98));
 }
+
+TEST(WindowPlacement, ResizesInStepsOfWholePixels) {
+  EXPECT_EQ(WindowPlacement::increment(1), 1);
+  EXPECT_EQ(WindowPlacement::increment(1.25), 4);
+  EXPECT_EQ(WindowPlacement::increment(1.5), 2);
+  EXPECT_EQ(WindowPlacement::increment(1.75), 4);
+  EXPECT_EQ(WindowPlacement::increment(2), 1);
+  EXPECT_EQ(WindowPlacement::increment(1.1), 1) << "no step of at most 4 points is whole";
+}

@@ -1,18 +1,21 @@
 // velto_pictures FOLDER [SCALE]
 //
 // Writes pictures of the practice window in both palettes at the given scale; without SCALE, at 1x,
-// 1.25x and 2x: each drill and state, at the initial and at the smallest size; verdicts whose value
-// chips have little room; the pointer over each kind of control; a record with a weakness map and a
-// curve. The same program writes the same pictures.
+// 1.25x, 1.75x and 2x. At the initial and at the smallest size: each drill and state; the focus
+// ring around each kind of control; verdicts whose value chips have little room; the pointer over
+// each kind of control; records with a weakness map, a curve and a weakest band. The same program
+// writes the same pictures.
 
 #include "kit/GuiTesting.h"
 #include "kit/Stage.h"
 
 #include "Bands.h"
+#include "WindowPlacement.h"
 
 #include <QDir>
 #include <QProcess>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -45,14 +48,16 @@ QString drillName(Drill drill) {
                            static_cast<qsizetype>(drill.rawValue().size()));
 }
 
-// The smallest window, which is higher where texts wrap.
+// The smallest window on a large screen. It is higher where texts wrap.
 void shrink(kit::Stage& stage) {
-  const auto smallest = [&stage](const char* property) {
-    return static_cast<int>(std::ceil(stage.root()->property(property).toDouble()));
+  const auto smallest = [&stage] {
+    return WindowPlacement::smallest({stage.root()->property("minimumWidth").toDouble(),
+                                      stage.root()->property("minimumHeight").toDouble()},
+                                     QRect(0, 0, 10000, 10000));
   };
-  stage.view.resize(smallest("minimumWidth"), stage.view.height());
+  stage.view.resize(smallest().width(), stage.view.height());
   (void)stage.picture(); // lays it out
-  stage.view.resize(smallest("minimumWidth"), smallest("minimumHeight"));
+  stage.view.resize(smallest());
 }
 
 QImage draw(Drill drill, State state, bool dark, bool small) {
@@ -79,6 +84,17 @@ constexpr Pair hardPairs[] = {{5000, 12500},  {12500, 5000}, {16000, 12500}, {12
                               {16000, 10000}, {40, 50},      {50, 40},       {40, 63},
                               {63, 50},       {40, 40},      {16000, 16000}, {1000, 1000}};
 
+// The focus ring after so many presses of Tab.
+QImage drawFocused(int stops, bool dark, bool small) {
+  kit::Stage stage(Drill::frequency, dark);
+  if (small)
+    shrink(stage);
+  stage.settle();
+  for (int stop = 0; stop < stops; ++stop)
+    QTest::keyClick(&stage.view, Qt::Key_Tab);
+  return stage.picture();
+}
+
 QImage draw(const Pair& pair, bool dark, bool small) {
   kit::Stage stage(Drill::frequency, dark);
   if (small)
@@ -91,22 +107,41 @@ QImage draw(const Pair& pair, bool dark, bool small) {
   return stage.picture();
 }
 
-// Answers of all sizes of error, at difficulties from one end to the other.
-QImage drawPractised(bool dark) {
-  kit::Stage stage(Drill::frequency, dark, {1180, 386}, [](Profile& profile) {
-    for (int i = 0; i < 50; ++i) {
+// A dB answer some steps of the scale from the truth, as far as the scale goes.
+QImage drawApart(Drill drill, int steps, bool dark, bool small) {
+  kit::Stage stage(drill, dark);
+  if (small)
+    shrink(stage);
+  stage.settle();
+  const bool level = drill == Drill::level;
+  const double step = level ? 0.05 : 0.5;
+  const double nearest = std::round(kit::truthOf(*stage.session.trial()) / step) * step;
+  stage.session.setAnswer(std::clamp(nearest + steps * step, 0., level ? 7. : 14.));
+  stage.session.submit();
+  return stage.picture();
+}
+
+// Answers of all sizes of error, at difficulties from one end to the other. More than 80 name a
+// weakest band.
+QImage drawPractised(int answers, bool dark, bool small) {
+  kit::Stage stage(Drill::frequency, dark, {1180, 386}, [answers](Profile& profile) {
+    for (int i = 0; i < answers; ++i) {
       const double target = Bands::centres[static_cast<std::size_t>(i * 7) % Bands::centres.size()];
       const double difficulty = i < 5 ? 100 : i < 10 ? 0 : 50 + 50 * std::sin(i * 0.7);
       const Trial trial{.drill = Drill::frequency, .difficulty = difficulty, .targetFreq = target};
       profile.record(trial, Drills::grade(target * std::exp2(0.05 * (i * 7 % 27)), trial));
     }
   });
+  if (small)
+    shrink(stage);
   return stage.picture();
 }
 
 // The pointer over a control, with the mouse button down or not.
-QImage drawTouched(const QString& control, bool pressed, bool dark) {
+QImage drawTouched(const QString& control, bool pressed, bool dark, bool small) {
   kit::Stage stage(Drill::polarity, dark);
+  if (small)
+    shrink(stage);
   stage.settle();
   stage.session.setAnswer(0);
   const QPoint place = stage.box(control).center().toPoint();
@@ -153,13 +188,25 @@ int drawAll(const QDir& directory, const QString& scale) {
         folder.save(draw(pair, dark, small),
                     QStringLiteral("pair-%1-%2%3").arg(pair.answer).arg(pair.truth).arg(size),
                     dark);
-    }
-    folder.save(drawPractised(dark), QStringLiteral("practised"), dark);
-    for (const char* name : {"drill1", "drill3", "slot0", "slot1", "material1", "material2",
-                             "slotChoice0", "slotChoice1", "primaryButton"}) {
-      const QString control = QString::fromLatin1(name);
-      folder.save(drawTouched(control, false, dark), control + QStringLiteral("-hovered"), dark);
-      folder.save(drawTouched(control, true, dark), control + QStringLiteral("-pressed"), dark);
+      for (const Drill drill : {Drill::level, Drill::dynamics})
+        for (const int steps : {-1000, -3, -1, 0, 1, 3, 1000})
+          folder.save(drawApart(drill, steps, dark, small),
+                      QStringLiteral("pair-%1%2%3").arg(drillName(drill)).arg(steps).arg(size),
+                      dark);
+      constexpr const char* stops[] = {"drills", "scale", "slots", "materials", "button"};
+      for (const int stop : {0, 2, 3, 4})
+        folder.save(drawFocused(stop + 1, dark, small),
+                    QStringLiteral("focus-%1%2").arg(QLatin1String(stops[stop]), size), dark);
+      folder.save(drawPractised(50, dark, small), QStringLiteral("practised") + size, dark);
+      folder.save(drawPractised(120, dark, small), QStringLiteral("weakest") + size, dark);
+      for (const char* name : {"drill1", "drill3", "slot0", "slot1", "material1", "material2",
+                               "slotChoice0", "slotChoice1", "primaryButton"})
+        for (const bool pressed : {false, true})
+          folder.save(drawTouched(QString::fromLatin1(name), pressed, dark, small),
+                      QString::fromLatin1(name) +
+                          (pressed ? QStringLiteral("-pressed") : QStringLiteral("-hovered")) +
+                          size,
+                      dark);
     }
   }
   return folder.complete ? EXIT_SUCCESS : EXIT_FAILURE;
@@ -185,7 +232,7 @@ int main(int argc, char** argv) {
   }
   if (argc == 2) {
     const QString program = QString::fromLocal8Bit(argv[0]);
-    for (const char* scale : {"1", "1.25", "2"})
+    for (const char* scale : {"1", "1.25", "1.75", "2"})
       if (const int status = runAt(program, folder.path(), QString::fromLatin1(scale)); status != 0)
         return status;
     return EXIT_SUCCESS;

@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -45,6 +47,32 @@ TEST(SmallScreen, ShowsTheWholeWindowBelowItsTitleBar) {
     EXPECT_GE(content.width, std::lround(1001 * screen.scale));
     EXPECT_GE(content.height, std::lround(386 * screen.scale));
   }
+}
+
+// At 1.25x the window's height is not a whole number of pixels.
+TEST(SmallScreen, PaintsTheWindowToItsLastRowAndColumn) {
+  ProgramRunner program(VELTO_PROGRAM, {"--appearance", "light"});
+  Desktop desktop;
+  const WindowId window = desktop.waitForWindow("MORLA Velto", program.pid());
+  desktop.waitForActive(window);
+  const WindowGeometry content = desktop.geometry(window);
+  const auto isGround = [&](const WindowGeometry& part) {
+    const auto pixels = desktop.picture(window, part);
+    constexpr std::uint32_t ground = 0xFAF3EF;
+    const auto others = std::count_if(pixels.begin(), pixels.end(),
+                                      [](std::uint32_t color) { return color != ground; });
+    return others <= 2; // the divider's
+  };
+  desktop.waitUntil(
+      [&] {
+        return isGround({0, content.height - 1, content.width, 1});
+      },
+      "the last row has the background's colour");
+  desktop.waitUntil(
+      [&] {
+        return isGround({content.width - 1, 0, 1, content.height});
+      },
+      "the last column has the background's colour");
 }
 
 } // namespace velto::kit

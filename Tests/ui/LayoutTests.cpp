@@ -7,6 +7,8 @@
 
 #include "Bands.h"
 
+#include <QTextLayout>
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -213,6 +215,24 @@ TEST_P(EveryFace, WrapsThePromptAndTheSubtitleInTheSmallestWindow) {
   EXPECT_EQ(stage.item("subtitle")->property("lineCount").toInt(), 2);
   EXPECT_EQ(stage.item("prompt")->property("lineCount").toInt(), 2);
   EXPECT_LE(stage.root()->property("minimumHeight").toDouble(), 400);
+}
+
+TEST_P(EveryFace, BreaksTheSubtitleBeforeADot) {
+  Stage stage(Drill::dynamics, true, {1001, 420});
+  (void)stage.picture();
+  QQuickItem* subtitle = stage.item("subtitle");
+  const QString words = subtitle->property("text").toString();
+  QTextLayout layout(words, subtitle->property("font").value<QFont>());
+  layout.beginLayout();
+  std::vector<QString> lines;
+  for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+    line.setLineWidth(subtitle->width());
+    lines.push_back(words.mid(line.textStart(), line.textLength()).trimmed());
+  }
+  layout.endLayout();
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_FALSE(lines[0].endsWith(u'·')) << lines[0].toStdString();
+  EXPECT_TRUE(lines[1].startsWith(u'·')) << lines[1].toStdString();
 }
 
 TEST_P(EveryFace, StaysWhereItIsWhenTheDrillChanges) {

@@ -125,6 +125,30 @@ TEST(Touch, TintsAFillLightlyUnderThePointerAndMoreUnderAPress) {
   }
 }
 
+TEST(Touch, KeepsTheFrameOfAPressedChoiceBrighterOrDarkerThanItsFill) {
+  for (const bool dark : {true, false}) {
+    const Hues& hues = dark ? darkHues : lightHues;
+    for (const char* name : {"slot1", "slotChoice1"}) {
+      SCOPED_TRACE(name);
+      Pointer pointer(Drill::polarity, dark);
+      pointer.settle();
+      pointer.session.setAnswer(0);
+      const auto frame = [&] {
+        const QRectF box = pointer.box(name);
+        return Picture(pointer.picture()).colorAt({box.left() + 0.5, box.center().y()});
+      };
+      const auto tinted = [&](double share) { return over(at(hues.ink, share), hues.surface); };
+      expectColor(frame(), over(hues.line, hues.surface), "at rest");
+      pointer.moveTo(name);
+      expectColor(frame(), over(hues.line, tinted(0.05)), "hovered");
+      pointer.press(name);
+      expectColor(frame(),
+                  dark ? over(at(hues.ink, 0.12), hues.line) : over(hues.line, tinted(0.12)),
+                  "pressed");
+    }
+  }
+}
+
 TEST(Touch, OfThePrimaryButtonFadesItsFill) {
   for (const bool dark : {true, false}) {
     const Hues& hues = dark ? darkHues : lightHues;

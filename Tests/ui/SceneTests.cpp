@@ -40,8 +40,8 @@ void expectHeader(Stage& stage, const Picture& picture, const Wanted& wanted) {
   expectText(stage.item("wordmark"), picture,
              {"MORLA Velto", sans, semibold, 22, 0, hues.ink, hues.bg});
   expectText(stage.item("subtitle"), picture,
-             {"VELTO GYM · FREQUENCY · LEVEL · DYNAMICS · POLARITY", sans, medium, 9, 1.1,
-              hues.identity, hues.bg});
+             {"VELTO GYM ·\u00a0FREQUENCY ·\u00a0LEVEL ·\u00a0DYNAMICS ·\u00a0POLARITY", sans,
+              medium, 9, 1.1, hues.identity, hues.bg});
   EXPECT_EQ(stage.box("wordmark").topLeft(), QPointF(20, 20));
   EXPECT_EQ(stage.box("subtitle").bottomLeft(), QPointF(20, 60));
 
@@ -228,6 +228,10 @@ void expectTicks(Stage& stage, const Picture& picture, const Wanted& wanted, dou
     // The outermost ticks stay inside the strip.
     const double inside = std::clamp(40 + x - 0.5, 40.0, 779 - box.width());
     EXPECT_NEAR(box.left(), inside, 0.5 / picture.scale() + 0.2 + slack);
+    if (i + 1 == ticks.size()) {
+      const double s = picture.scale();
+      EXPECT_NEAR(box.right() * s, std::round(779 * s), slack) << "not on the strip's edge";
+    }
     const bool covered = std::abs(x - answer) < 3 || (wanted.graded() && std::abs(x - truth) < 3);
     if (!covered && !faded && i > 0 && i + 1 < ticks.size())
       expectTick(picture, box, tick.major ? hues.muted : at(hues.faint, minorShare), hues.soft);
@@ -292,12 +296,11 @@ void expectSlotChoices(Stage& stage, const Picture& picture, const Wanted& wante
     const double share = (739 - 20) / 3.0;
     expectRect(box, {40 + i * (share + 10), 134, share, 76}, 1);
     const double s = picture.scale();
-    const auto whole = [](double x) { return std::abs(x - std::round(x)) < slack; };
-    EXPECT_TRUE(whole(box.left()) || whole(box.left() * s)) << "neither on a point nor on a pixel";
-    if (i > 0) { // as drawn: edges are snapped to whole pixels
-      const double before = stage.box(numbered("slotChoice", i - 1)).right();
-      EXPECT_EQ(std::round(box.left() * s + slack) - std::round(before * s + slack),
-                std::round(10 * s));
+    EXPECT_NEAR(box.left() * s, std::round(box.left() * s), slack) << "not on a pixel";
+    EXPECT_NEAR(box.width() * s, (739 * s - 2 * std::round(10 * s)) / 3, 1 + slack);
+    if (i > 0) {
+      EXPECT_NEAR((box.left() - stage.box(numbered("slotChoice", i - 1)).right()) * s,
+                  std::round(10 * s), slack);
     }
     const QColor fill = chosen || flipped ? hues.selectedFill : hues.surface;
     const QColor stroke = flipped ? hues.good : chosen ? at(hues.ink, 0.55) : hues.line;
@@ -455,7 +458,7 @@ void expectScene(Stage& stage, Drill drill, int index, State state, bool dark) {
   expectColor(picture.colorAt({5, 200}), hues.bg, "the background");
   expectColor(picture.colorAt({5, 380}), hues.bg, "the background");
   expectColor(picture.colorAt({1000, 300}), hues.bg, "the side column's background");
-  expectRect(stage.box("divider"), {819, 0, 1, 386});
+  expectRect(stage.box("divider"), {819, 0, 1, 387});
   const double s = picture.scale();
   EXPECT_NEAR(picture.thickness({static_cast<int>(819 * s) - 2, static_cast<int>(200 * s)}, {1, 0},
                                 7, hues.bg, over(hues.line, hues.bg)),
@@ -507,6 +510,26 @@ TEST_P(EveryDrill, MatchesItsDesignAfterAHit) {
 
 INSTANTIATE_TEST_SUITE_P(Drills, EveryDrill, testing::Range(0, 4));
 
+// At 1.25x and 1.75x the heights end within a device pixel.
+TEST(Background, ReachesTheLastDevicePixel) {
+  for (const bool dark : {true, false}) {
+    const Hues& hues = dark ? darkHues : lightHues;
+    Stage stage(Drill::frequency, dark);
+    for (const QSize size : {QSize(1180, 386), QSize(1184, 390), QSize(1004, 398)}) {
+      SCOPED_TRACE(testing::Message() << size.width() << 'x' << size.height());
+      stage.view.resize(size);
+      const Picture picture(stage.picture());
+      const int right = picture.pixels().width() - 1;
+      const int bottom = picture.pixels().height() - 1;
+      for (int y = 0; y <= bottom; ++y)
+        ASSERT_EQ(picture.pixel(right, y), hues.bg) << "row " << y;
+      for (int x = 0; x <= right; ++x)
+        ASSERT_EQ(picture.pixel(x, bottom), picture.pixel(x, bottom - 2)) << "column " << x;
+      EXPECT_EQ(picture.pixel(0, bottom), hues.bg);
+    }
+  }
+}
+
 TEST(Layout, KeepsTheMainColumnsWidthInAWindowThatIsTooNarrow) {
   Stage stage;
   stage.view.resize(800, 386);
@@ -525,6 +548,52 @@ TEST(Layout, ChipsStayWhereTheyAreWhenTheDrillChanges) {
     stage.session.setDrill(drill);
     for (int i = 0; i < 4; ++i)
       expectRect(stage.box(numbered("drill", i)), before[static_cast<std::size_t>(i)]);
+  }
+}
+
+namespace {
+
+// The pixels of a dot: those that differ from its plain ground.
+QRect pixelsOf(const Picture& picture, const QRectF& dot) {
+  const double s = picture.scale();
+  const QColor ground = picture.colorAt(dot.topLeft() - QPointF(1, 1));
+  const QRect around =
+      QRectF(dot.topLeft() * s, dot.size() * s).toAlignedRect().adjusted(-2, -2, 2, 2);
+  QRect seen;
+  for (int y = around.top(); y <= around.bottom(); ++y)
+    for (int x = around.left(); x <= around.right(); ++x)
+      if (picture.pixel(x, y) != ground)
+        seen |= QRect(x, y, 1, 1);
+  return seen;
+}
+
+// Expects a dot of `diameter` points on whole pixels that looks the same in a mirror and when
+// turned by a right angle.
+void expectDot(Stage& stage, const QString& name, int diameter) {
+  SCOPED_TRACE(name.toStdString());
+  const Picture picture(stage.picture());
+  const QRect seen = pixelsOf(picture, stage.box(name));
+  const int size = static_cast<int>(std::round(diameter * picture.scale()));
+  ASSERT_EQ(seen.size(), QSize(size, size));
+  const auto at = [&](int x, int y) { return picture.pixel(seen.left() + x, seen.top() + y); };
+  for (int y = 0; y < size; ++y)
+    for (int x = 0; x < size; ++x) {
+      EXPECT_LE(difference(at(x, y), at(size - 1 - x, y)), 12) << x << ',' << y;
+      EXPECT_LE(difference(at(x, y), at(y, x)), 12) << x << ',' << y;
+    }
+}
+
+} // namespace
+
+TEST(Dots, AreRoundAndAlike) {
+  for (const Drill drill : {Drill::frequency, Drill::polarity}) {
+    Stage stage(drill);
+    stage.grade(false);
+    for (int i = 0; i < 4; ++i)
+      expectDot(stage, numbered("drillDot", i), 6);
+    expectDot(stage, "verdictDot", 8);
+    if (drill == Drill::polarity)
+      expectDot(stage, numbered("slotDot", static_cast<int>(stage.session.answer())), 5);
   }
 }
 

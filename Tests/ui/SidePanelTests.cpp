@@ -170,24 +170,32 @@ TEST(SidePanel, RaisesAndReddensTheBarsOfWeakBands) {
   });
 }
 
-// All 26 gaps between the bars are empty and two points wide, rounded to whole pixels.
+// All 26 gaps between the bars are empty and two points wide, rounded to whole pixels. The bars'
+// widths differ by one pixel at most.
 TEST(SidePanel, LeavesEqualGapsBetweenTheBars) {
   Stage stage;
   const Picture picture(stage.picture());
   const double s = picture.scale();
   const int y = static_cast<int>(133 * s);
-  int gap = 0;
-  std::vector<int> gaps;
+  int gap = 0, bar = 0;
+  std::vector<int> gaps, bars; // without the outermost bars
   for (int x = static_cast<int>(842 * s); x < 1158 * s; ++x)
     if (picture.pixel(x, y) == darkHues.bg) {
       ++gap;
+      if (bar > 0 && !gaps.empty())
+        bars.push_back(bar);
+      bar = 0;
     } else {
+      ++bar;
       expectColor(picture.pixel(x, y), darkHues.track, "a bar");
       if (gap > 0)
         gaps.push_back(gap);
       gap = 0;
     }
   EXPECT_EQ(gaps, std::vector<int>(26, static_cast<int>(std::round(2 * s))));
+  const auto [narrowest, widest] = std::minmax_element(bars.begin(), bars.end());
+  EXPECT_EQ(bars.size(), 25U);
+  EXPECT_LE(*widest - *narrowest, 1);
 }
 
 TEST(SidePanel, OutlinesAndNamesTheWeakestBand) {

@@ -17,6 +17,16 @@ TEST(Ticks, StartOnWholeDevicePixelsInsideTheStrip) {
   EXPECT_EQ(StripLayout::tickLeft(100.8, 1, 739, 2), 100.5);
 }
 
+TEST(Ticks, EndWhereTheStripEnds) {
+  for (const double ratio : {1.0, 1.25, 1.5, 1.75, 2.0})
+    for (const double strip : {560.0, 564.0, 739.0, 740.0, 741.0}) {
+      const double width = std::round(ratio) / ratio;
+      EXPECT_NEAR((StripLayout::tickLeft(strip, width, strip, ratio) + width) * ratio,
+                  std::round(strip * ratio), 1e-6)
+          << strip << " at " << ratio;
+    }
+}
+
 RC_GTEST_PROP(TickLaws, StartOnAPixelNearTheirPosition, ()) {
   const double ratio = *rc::gen::element(1.0, 1.25, 1.5, 2.0, 3.0);
   const double strip = *rc::gen::inRange(200, 2000);

@@ -171,6 +171,8 @@ void AppDelegate::limitSize() {
   window_->setMinimumSize(WindowPlacement::smallest(
       {root->property("minimumWidth").toDouble(), root->property("minimumHeight").toDouble()},
       freeArea()));
+  const int increment = WindowPlacement::increment(window_->effectiveDevicePixelRatio());
+  window_->setSizeIncrement({increment, increment});
   window_->resize(window_->size().expandedTo(window_->minimumSize()));
 }
 

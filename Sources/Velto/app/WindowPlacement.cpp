@@ -36,6 +36,13 @@ QSize WindowPlacement::smallest(const QSizeF& content, const QRect& freeArea) {
       .boundedTo(roomIn(freeArea).size());
 }
 
+int WindowPlacement::increment(double devicePixelRatio) {
+  for (int points = 1; points <= step; points *= 2)
+    if (points * devicePixelRatio == std::floor(points * devicePixelRatio))
+      return points;
+  return 1;
+}
+
 QSize WindowPlacement::opening(const QRect& freeArea) {
   const QSize room = roomIn(freeArea).size();
   return {atMost(initialSize.width(), room.width()), atMost(initialSize.height(), room.height())};

@@ -14,6 +14,11 @@ inline constexpr QSize initialSize(1180, 386); // of the content, points
 // among the sizes that can be reached.
 [[nodiscard]] QSize smallest(const QSizeF& content, const QRect& freeArea);
 
+// The steps, in points, in which a window should be resized at this scale: those of at most 4
+// points that are whole pixels; else 1. The software renderer leaves out the last row or column of
+// sizes in between.
+[[nodiscard]] int increment(double devicePixelRatio);
+
 // The largest size up to the initial one that fits into `freeArea` with its frame, in the same
 // steps.
 [[nodiscard]] QSize opening(const QRect& freeArea);

@@ -35,4 +35,10 @@ QRectF PixelGrid::cover(QQuickPaintedItem& item, const QRectF& box) {
   return {QPointF(), size};
 }
 
+QRectF PixelGrid::sameSize(const QRectF& box, double devicePixelRatio) {
+  const auto across = DevicePixels::centred(box.center().x(), box.width(), devicePixelRatio);
+  const auto down = DevicePixels::centred(box.center().y(), box.height(), devicePixelRatio);
+  return {across.left, down.left, across.width, down.width};
+}
+
 } // namespace velto

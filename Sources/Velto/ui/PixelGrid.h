@@ -13,4 +13,8 @@ namespace velto::PixelGrid {
 // only.
 QRectF cover(QQuickPaintedItem& item, const QRectF& box);
 
+// `box` (points of the window) resized to whole device pixels, about its centre and on whole
+// pixels. Boxes of one size become boxes of one size.
+[[nodiscard]] QRectF sameSize(const QRectF& box, double devicePixelRatio);
+
 } // namespace velto::PixelGrid

@@ -38,7 +38,10 @@ void PixelItem::itemChange(ItemChange change, const ItemChangeData& data) {
 void PixelItem::lay() {
   if (window() == nullptr || !isVisible())
     return;
-  const QRectF bounds = PixelGrid::cover(*picture_, mapRectToScene(boundingRect()));
+  const QRectF box = mapRectToScene(boundingRect());
+  const double ratio = window()->effectiveDevicePixelRatio();
+  const QRectF bounds =
+      PixelGrid::cover(*picture_, keepsSize() ? PixelGrid::sameSize(box, ratio) : box);
   if (bounds == bounds_)
     return;
   bounds_ = bounds;

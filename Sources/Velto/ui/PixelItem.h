@@ -20,6 +20,9 @@ public:
 protected:
   // Paints the item, whose snapped edges are those of `bounds`, in points.
   virtual void paint(QPainter& painter, const QRectF& bounds) const = 0;
+  // Whether all items of one size are painted in one size, on the nearest pixels; otherwise each
+  // edge goes to the nearest pixel.
+  [[nodiscard]] virtual bool keepsSize() const { return false; }
   // Paints again before the next frame.
   void repaint();
 

@@ -77,12 +77,13 @@ void RoundedBox::paint(QPainter& painter, const QRectF& edges) const {
   QRectF bounds = edges;
   if (insetTop_ > 0) // not snapped: the height below the inset stays exact
     bounds.setTop(std::max(bounds.top(), bounds.bottom() - (height() - insetTop_)));
+  const double radius = dot_ ? bounds.width() / 2 : radius_;
   if (color_.alpha() > 0)
-    painter.fillPath(roundedOutline(bounds, radius_, continuous_), color_);
+    painter.fillPath(roundedOutline(bounds, radius, continuous_), color_);
   if (strokeColor_.alpha() > 0 && strokeWidth_ > 0) {
     const double inset = strokeWidth_ / 2;
     painter.strokePath(
-        roundedOutline(bounds.adjusted(inset, inset, -inset, -inset), radius_ - inset, continuous_),
+        roundedOutline(bounds.adjusted(inset, inset, -inset, -inset), radius - inset, continuous_),
         QPen(strokeColor_, strokeWidth_, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
   }
 }

@@ -18,7 +18,8 @@ namespace velto {
 [[nodiscard]] QPainterPath roundedOutline(const QRectF& rect, double radius, bool continuous);
 
 // Fills and then strokes a roundedOutline. The stroke lies inside the item's edges, which are
-// snapped to whole device pixels. `insetTop` lowers the upper edge and is not snapped.
+// snapped to whole device pixels. `insetTop` lowers the upper edge and is not snapped. A `dot` is
+// round whatever its radius, and as large as every dot of its size.
 class RoundedBox : public velto::PixelItem {
   Q_OBJECT
   QML_ELEMENT
@@ -28,6 +29,7 @@ class RoundedBox : public velto::PixelItem {
   Q_PROPERTY(double radius MEMBER radius_ NOTIFY appearanceChanged FINAL)           // points
   Q_PROPERTY(double insetTop MEMBER insetTop_ NOTIFY appearanceChanged FINAL)       // points
   Q_PROPERTY(bool continuous MEMBER continuous_ NOTIFY appearanceChanged FINAL)
+  Q_PROPERTY(bool dot MEMBER dot_ NOTIFY appearanceChanged FINAL)
 
 public:
   explicit RoundedBox(QQuickItem* parent = nullptr);
@@ -37,6 +39,7 @@ Q_SIGNALS:
 
 protected:
   void paint(QPainter& painter, const QRectF& edges) const override;
+  [[nodiscard]] bool keepsSize() const override { return dot_; }
 
 private:
   QColor color_ = Qt::transparent;
@@ -45,6 +48,7 @@ private:
   double radius_ = 0;
   double insetTop_ = 0;
   bool continuous_ = false;
+  bool dot_ = false;
 };
 
 } // namespace velto

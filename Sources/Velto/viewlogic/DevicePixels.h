@@ -17,9 +17,12 @@ struct Span {
   bool operator==(const Span&) const = default;
 };
 
-// Share `index` of `count` nearly equal shares of `width`, with the same gap of about `gap` between
-// any two. The edges lie on whole device pixels, and on whole points where `gap` is a whole number
-// of pixels.
+// The span of wholeWidth(width) nearest to `centre` with its edges on whole device pixels. It is as
+// wide at every place.
+[[nodiscard]] Span centred(double centre, double width, double devicePixelRatio);
+
+// Share `index` of `count` shares of `width`, with the same gap of about `gap` between any two. The
+// edges lie on whole device pixels; the shares differ by one pixel at most.
 [[nodiscard]] Span share(int index, int count, double width, double gap, double devicePixelRatio);
 
 } // namespace velto::DevicePixels

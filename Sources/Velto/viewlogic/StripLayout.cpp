@@ -10,7 +10,9 @@ namespace velto {
 double StripLayout::tickLeft(double x, double width, double stripWidth, double devicePixelRatio) {
   const double left = DevicePixels::snapped(x - width / 2, devicePixelRatio);
   constexpr double slack = 1e-6; // rounding must not move an edge that is on a whole pixel
-  const double last = std::floor((stripWidth - width) * devicePixelRatio + slack);
+  // The strip's own edge is on the nearest pixel.
+  const double last =
+      std::round(stripWidth * devicePixelRatio) - std::ceil(width * devicePixelRatio - slack);
   return std::clamp(left, 0.0, std::max(last / devicePixelRatio, 0.0));
 }
 

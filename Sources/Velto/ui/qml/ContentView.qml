@@ -18,6 +18,25 @@ Item {
 
     Theme.palette: dark ? Palettes.dark : Palettes.light
 
+    // At fractional scales the window may end within a device pixel, of which the software renderer
+    // would paint the covered part only. No larger than needed: a change of what lies below ticks and
+    // markers repaints what is below them, but not always all of their own pixels.
+    Rectangle {
+        objectName: "bottomEdge"
+        y: parent.height - 1
+        width: parent.width + 1
+        height: 2
+        color: Theme.palette.bg
+    }
+
+    Rectangle {
+        objectName: "rightEdge"
+        x: parent.width - 1
+        width: 2
+        height: parent.height + 1
+        color: Theme.palette.bg
+    }
+
     BackgroundDrag {
         anchors.fill: parent
         onDragged: root.moveRequested()
@@ -61,7 +80,7 @@ Item {
         objectName: "divider"
         x: main.width
         width: 1
-        height: parent.height
+        height: parent.height + 1
         color: Theme.palette.line
     }
 

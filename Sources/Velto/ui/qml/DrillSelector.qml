@@ -58,7 +58,7 @@ Row {
                     anchors.verticalCenter: parent.verticalCenter
                     width: 6
                     height: 6
-                    radius: 3
+                    dot: true
                     color: chip.current ? Theme.palette.identity : Theme.palette.faint
                 }
 

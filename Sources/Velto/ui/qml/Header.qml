@@ -25,11 +25,14 @@ Item {
         anchors.bottom: parent.bottom
         width: Math.min(implicitWidth, parent.width - 20 - selector.width)
         wrapMode: Text.WordWrap
-        text: "VELTO GYM · FREQUENCY · LEVEL · DYNAMICS · POLARITY"
+        // Lines do not break after a dot.
+        text: "VELTO GYM ·\u00a0FREQUENCY ·\u00a0LEVEL ·\u00a0DYNAMICS ·\u00a0POLARITY"
         size: 9
         font.weight: Font.Medium
         tracking: 1.1
         color: Theme.palette.identity
+
+        Accessible.name: text.replace(/\u00a0/g, " ")
     }
 
     DrillSelector {

@@ -53,6 +53,7 @@ Item {
                     radius: slot.ringRadius
                     current: slot.current
                     tint: slot.tint
+                    pressed: slot.pressed
                     correct: slot.flipped
                 }
 
@@ -79,7 +80,7 @@ Item {
                             anchors.verticalCenter: parent.verticalCenter
                             width: 5
                             height: 5
-                            radius: 2.5
+                            dot: true
                             color: Theme.palette.ink
                         }
                     }

@@ -45,6 +45,7 @@ Item {
                         radius: slot.ringRadius
                         current: slot.current
                         tint: slot.tint
+                        pressed: slot.pressed
                     }
 
                     Label {

@@ -48,7 +48,7 @@ Item {
                     anchors.verticalCenter: parent.verticalCenter
                     width: 8
                     height: 8
-                    radius: 4
+                    dot: true
                     color: verdict.gradeColor
                 }
 
