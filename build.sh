@@ -25,8 +25,9 @@ Usage: ./build.sh [COMMAND]
   docs              generate the API reference, build/docs/html/index.html
   package           build a Debian package, in build-package/
       --check       also check it with linters and by installing it in a bare Debian 12 (as root)
-  bench [OPTIONS]   build and run the benchmarks, time the first frame, and count the instructions of
-                    a render; options go to the benchmarks, for example --benchmark_filter=render
+  bench [OPTIONS]   build and run the benchmarks, time the first frame and a key's way to the screen,
+                    and count the instructions of a render; options go to the benchmarks, for
+                    example --benchmark_filter=render
   help              print this text
 END
 }
@@ -47,6 +48,7 @@ buildPackages=(
   g++
   libcli11-dev
   libcubeb-dev
+  libfontconfig-dev
   libsndfile1-dev
   ninja-build
   nlohmann-json3-dev
@@ -463,11 +465,13 @@ bench() {
   provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${benchPackages[@]}"
   configureBench
   compile "$folder" --target velto_benchmarks velto_render_once velto velto_resources \
-    velto_first_frame velto_bare_window
+    velto_first_frame velto_bare_window velto_in_use
   "$folder/bin/velto_benchmarks" "$@"
   say 'The first frame'
   "$root/Tests/desk/desk" -- "$folder/bin/velto_first_frame" "$folder/bin/velto" \
     "$folder/bin/velto_bare_window"
+  say 'In use: from a key to the screen, processor, memory'
+  "$root/Tests/desk/desk" -- "$folder/bin/velto_in_use" "$folder/bin/velto"
   say 'Instructions of one render'
   "$root/Benchmarks/compare-instructions" "$folder/bin/velto_render_once"
 }

@@ -52,4 +52,17 @@ public:
   [[nodiscard]] static std::size_t lockAttemptsOfThisThread();
 };
 
+// While it exists, some calls of fsync and fdatasync in this process do not return: those with the
+// numbers from `first` (0 is the next one), `count` of them. One at a time.
+class StuckFlushes {
+public:
+  StuckFlushes(std::size_t first, std::size_t count);
+  StuckFlushes(const StuckFlushes&) = delete;
+  StuckFlushes& operator=(const StuckFlushes&) = delete;
+  ~StuckFlushes();
+
+  // How many are stuck.
+  [[nodiscard]] static std::size_t now();
+};
+
 } // namespace velto::kit

@@ -408,8 +408,9 @@ void PowerCut::check(const Cut& cut, const std::vector<DiskEvent>& log, const An
 void PowerCut::practise(std::size_t session) {
   const Start& start = starts[session];
   const bool isClosed = session % 2 == 1; // otherwise killed
-  // An fsync makes three to four flushes, which take about 40 ms, or more than 100 ms.
-  const milliseconds flushTime(session % 4 == 3 ? 35 : 10);
+  // An fsync takes three to four flushes. Closing waits for disks that are not too slow.
+  constexpr int flushTimes[] = {10, 10, 100, 35};
+  const milliseconds flushTime(flushTimes[session % std::size(flushTimes)]);
   session_ = std::string("session ") + std::to_string(session) + " from " + start.name;
   begin(start);
   copy("start", "disk");

@@ -2,6 +2,7 @@
 #include "BackupFile.h"
 #include "PutAside.h"
 
+#include "kit/Eventually.h"
 #include "kit/FileFaults.h"
 #include "kit/Forked.h"
 #include "kit/NumberedProfile.h"
@@ -29,6 +30,7 @@ using kit::FileFault;
 using kit::FileFaults;
 using kit::Forked;
 using kit::SlowDisk;
+using kit::StuckFlushes;
 using std::chrono::steady_clock;
 
 namespace fs = std::filesystem;
@@ -166,6 +168,132 @@ TEST_F(ProfileFiles, RecordingNeverWaitsForTheDiskTheLockOrAMerge) {
   expectNoWait("with a merged record to be taken over", settle);
 }
 
+// ---- A slow disk ----
+
+// Answers on the disk while flushes do not return: all that a power cut would leave.
+class SlowFlush : public ProfileFiles {
+protected:
+  void expectOnTheDisk(std::int64_t answers) const {
+    EXPECT_TRUE(kit::eventually([&] {
+      // Under its own name a copy has been flushed.
+      const auto all = copies("backup");
+      return std::any_of(all.begin(), all.end(), [&](const fs::path& copy) {
+        const auto backup = Coding::decodeBackup(contentOf(copy));
+        return !BackupFile::isPartial(copy) && backup &&
+               backup->attempts.size() == static_cast<std::size_t>(answers);
+      });
+    })) << answers
+        << " answers";
+  }
+};
+
+// Whatever a flush takes, the next copy does not wait for it.
+TEST_F(SlowFlush, DelaysNoLaterAnswer) {
+  constexpr std::size_t flushes = 3;
+  restart(3);
+  Forked program([&] {
+    Profile profile(location());
+    recordNumbered(profile, 3);
+    ASSERT_TRUE(profile.waitForDisk(patience));
+    const StuckFlushes stuck(0, flushes);
+    std::int64_t number = 4;
+    for (std::size_t i = 1; i <= flushes; ++i) {
+      recordNumbered(profile, number++);
+      EXPECT_TRUE(kit::eventually([&] { return StuckFlushes::now() == i; })) << i;
+    }
+    recordNumbered(profile, number++);
+    expectOnTheDisk(number);
+    ::raise(SIGKILL);
+  });
+  EXPECT_EQ(program.ended(), 128 + SIGKILL);
+  put(file(), "");
+  EXPECT_EQ(answersOnFile(), 8);
+  {
+    Profile next(location());
+    recordNumbered(next, 8);
+  }
+  EXPECT_EQ(stored()->attempts.size(), 9U);
+  expectNothingBesideTheFile();
+}
+
+// Not even if the writer was to save another program's answers with it.
+TEST_F(SlowFlush, OfAMergeDelaysNoLaterAnswer) {
+  restart(3);
+  Forked program([&] {
+    Profile profile(location());
+    recordNumbered(profile, 3);
+    ASSERT_TRUE(profile.waitForDisk(patience));
+    Stored other = *stored();
+    other.attempts.push_back(row(Drill::level, {}, true, 0, Date::now()));
+    put(file(), Coding::encode(other).value());
+    const StuckFlushes stuck(0, 1);
+    recordNumbered(profile, 4);
+    EXPECT_TRUE(kit::eventually([] { return StuckFlushes::now() == 1; }));
+    recordNumbered(profile, 5);
+    expectOnTheDisk(6);
+    ::raise(SIGKILL);
+  });
+  EXPECT_EQ(program.ended(), 128 + SIGKILL);
+  EXPECT_EQ(Profile(location()).attempts().size(), 7U);
+}
+
+// The first answer is durable after one copy: its contents and its entry in the folder.
+TEST_F(SlowFlush, NothingElseComesBeforeTheCopy) {
+  const auto expectOneCopy = [&](const char* what) {
+    SCOPED_TRACE(what);
+    Profile profile(location());
+    const StuckFlushes stuck(2, 100);
+    const std::int64_t before = answersIn(profile);
+    recordNumbered(profile, before);
+    expectOnTheDisk(before + 1);
+  };
+  fs::create_directories(folder());
+  expectOneCopy("no file");
+  restart(3);
+  expectOneCopy("an unknown file");
+  put(file(), "from a newer version");
+  expectOneCopy("an unreadable file");
+}
+
+// The writer's copy can hold answers of another program that the later one has not.
+TEST_F(SlowFlush, AFurtherCopyDoesNotHideTheWriters) {
+  const std::vector<Attempt> both = numberedRows(4);
+  const auto copyWith = [&](const Attempt& attempt, std::int64_t save) {
+    Stored stored{both, {}, {}};
+    stored.attempts.push_back(attempt);
+    return Coding::encodeBackup(Coding::encode(stored).value(), {}, 1, save).value();
+  };
+  put(file(), "");
+  put(folder() / "profile.json.backup-0123abcd",
+      copyWith(row(Drill::level, {}, true, 0, Date::now()), 1));
+  put(folder() / "profile.json.backup-2-0123abcd", copyWith(numberedRows(5).back(), 2));
+  EXPECT_EQ(Profile(location()).attempts().size(), 6U);
+}
+
+// Once the disk is fast again, one copy is enough.
+TEST_F(SlowFlush, LeavesNoFurtherCopies) {
+  restart(3);
+  {
+    Profile profile(location());
+    recordNumbered(profile, 3);
+    ASSERT_TRUE(profile.waitForDisk(patience));
+    {
+      const StuckFlushes stuck(0, 1);
+      recordNumbered(profile, 4);
+      EXPECT_TRUE(kit::eventually([] { return StuckFlushes::now() == 1; }));
+      for (std::int64_t number = 5; number < 8; ++number) {
+        recordNumbered(profile, number);
+        expectOnTheDisk(number + 1);
+      }
+      EXPECT_LE(copies("backup").size(), 4U);
+    }
+    ASSERT_TRUE(profile.waitForDisk(patience));
+    EXPECT_EQ(copies("backup").size(), 1U);
+  }
+  EXPECT_EQ(stored()->attempts.size(), 8U);
+  expectNothingBesideTheFile();
+}
+
 TEST_F(ProfileFiles, ClosingWaitsAtMostTwoSecondsAndLosesNothing) {
   restart(3);
   const HeldLock held(folder());
@@ -190,6 +318,14 @@ TEST_F(ProfileFiles, AnswersGivenWhileTheLockIsHeldAreSavedOnceItIsFree) {
   }
   EXPECT_TRUE(profile.waitForDisk(patience));
   EXPECT_EQ(stored()->attempts, profile.attempts());
+}
+
+TEST_F(ProfileFiles, LoadingNeverWaitsForTheLock) {
+  restart(3);
+  const HeldLock held(folder());
+  const std::size_t attempts = SlowDisk::lockAttemptsOfThisThread();
+  EXPECT_EQ(answersOnFile(), 3);
+  EXPECT_EQ(SlowDisk::lockAttemptsOfThisThread(), attempts + 1);
 }
 
 TEST_F(ProfileFiles, AKillWhileTheLockIsHeldLosesNothing) {

@@ -13,6 +13,7 @@
 #include "SoundRecovery.h"
 #include "Trial.h"
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -141,6 +142,8 @@ private:
 
   WorkQueues queues_;
   std::shared_ptr<Session*> self_; // lets pending work detect that the session is gone
+  // The latest trial's seed: a trial that has been replaced before its turn is not rendered.
+  std::shared_ptr<std::atomic<std::uint64_t>> wanted_;
 };
 
 } // namespace velto
