@@ -33,9 +33,10 @@ inline Stored practised(int days, int perDay) {
     const double heard = 1 / (1 + std::exp((staircase.difficulty - 50) / 8));
     const bool hit = random.nextUnit() < heard + (1 - heard) * 0.2;
     const double miss = band < 6 ? 1.5 : 0.6; // octaves: the low bands are weak
-    Attempt attempt = row(drill, std::nullopt, hit, hit ? 0.2 : miss,
-                          Date{reportTime().secondsSinceReferenceDate -
-                               86400.0 * (days - 1 - i / perDay) - 20.0 * (perDay - i % perDay)});
+    const int daysBack = days - 1 - i / perDay, answersBack = perDay - i % perDay;
+    Attempt attempt =
+        row(drill, std::nullopt, hit, hit ? 0.2 : miss,
+            Date{reportTime().secondsSinceReferenceDate - 86400.0 * daysBack - 20.0 * answersBack});
     if (drill == Drill::frequency)
       attempt.bandIndex = band;
     attempt.difficulty = staircase.difficulty;

@@ -21,6 +21,12 @@ Calendar::Day weekday(Calendar::Day day) {
   return ((day + offset) % week + week) % week;
 }
 
+// The left edge of the week of `day`.
+double leftOf(Calendar::Day day, Calendar::Day first) {
+  const Calendar::Day week = (day - first) / 7;
+  return leftMargin + static_cast<double>(week) * cell;
+}
+
 std::string at(double value) {
   return Numbers::fixed(value, 1);
 }
@@ -31,7 +37,7 @@ void drawLabel(Markup& markup, double x, double y, const std::string& text) {
 
 void drawDay(Markup& markup, Calendar::Day day, Calendar::Day first, bool isToday,
              std::int64_t answers) {
-  const double x = leftMargin + static_cast<double>((day - first) / 7) * cell;
+  const double x = leftOf(day, first);
   const double y = topMargin + static_cast<double>(weekday(day)) * cell;
   markup.open("rect", {{"class", StyleSheet::dayClass(answers) + (isToday ? " today" : "")},
                        {"x", at(x)},
@@ -56,8 +62,7 @@ std::string draw(const std::map<Calendar::Day, std::int64_t>& answers, Calendar:
   for (Calendar::Day day = first; day <= today; ++day) {
     const bool begins = Phrases::month(day) != Phrases::month(day - 1);
     if (begins && (day - first) / 7 < DayCalendar::weeks - 1)
-      drawLabel(markup, leftMargin + static_cast<double>((day - first) / 7) * cell, 12,
-                Phrases::shortMonth(day));
+      drawLabel(markup, leftOf(day, first), 12, Phrases::shortMonth(day));
     const auto found = answers.find(day);
     drawDay(markup, day, first, day == today, found == answers.end() ? 0 : found->second);
   }
