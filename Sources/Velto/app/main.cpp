@@ -24,7 +24,11 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <utility>
+#include <variant>
 
 Q_IMPORT_QML_PLUGIN(VeltoPlugin)
 
@@ -55,7 +59,16 @@ OutputDeviceFactory output() {
   return systemOutput(Subprocess::ownPath());
 }
 
-int runWindow(int argc, char** argv, const LaunchOptions& options) {
+// The exit status of wrong use.
+constexpr int misused = 2;
+
+int misuse(const std::string& line) {
+  StandardStreams::writeToError("Velto: " + line + "\n");
+  return misused;
+}
+
+int runWindow(int argc, char** argv, const LaunchOptions& options,
+              std::optional<Assignment> assignment = std::nullopt) {
   qInstallMessageHandler(reportMessages);
   const int signals = EndSignals::hold();
   Graphics::prepare();
@@ -64,7 +77,7 @@ int runWindow(int argc, char** argv, const LaunchOptions& options) {
   QGuiApplication::setApplicationDisplayName(QStringLiteral("MORLA Velto"));
   QGuiApplication::setDesktopFileName(QStringLiteral(VELTO_ID));
 
-  AppDelegate delegate(options, output());
+  AppDelegate delegate(options, output(), std::move(assignment));
   // Decoding the icon and sending it to the display takes milliseconds.
   QObject::connect(&delegate, &AppDelegate::opened, &application,
                    [] { QGuiApplication::setWindowIcon(windowIcon()); });
@@ -75,6 +88,18 @@ int runWindow(int argc, char** argv, const LaunchOptions& options) {
   QObject::connect(&signalled, &QSocketNotifier::activated,
                    [] { QCoreApplication::exit(EndSignals::exitStatus(EndSignals::received())); });
   return QGuiApplication::exec();
+}
+
+int runAssignment(int argc, char** argv, const LaunchOptions& options) {
+  auto opened = Assignment::open(options.assignment->list, options.assignment->results);
+  if (const auto* wrong = std::get_if<std::string>(&opened))
+    return misuse(*wrong);
+  auto& assignment = std::get<Assignment>(opened);
+  if (!assignment.reading.sitting.next()) {
+    Report::line(options.assignment->results + ": all trials of the list are answered");
+    return EXIT_SUCCESS;
+  }
+  return runWindow(argc, argv, options, std::move(assignment));
 }
 
 // Fonts need a QGuiApplication, but no display. Its constructor looks for a Wayland socket in the
@@ -129,5 +154,8 @@ int main(int argc, char** argv) {
     DemoData::seed();
     return EXIT_SUCCESS;
   }
-  return runWindow(argc, argv, launchOptions(arguments));
+  if (const auto wrong = wrongUse(arguments))
+    return misuse(*wrong);
+  const LaunchOptions options = launchOptions(arguments);
+  return options.assignment ? runAssignment(argc, argv, options) : runWindow(argc, argv, options);
 }
