@@ -45,9 +45,12 @@ fail() {
 buildPackages=(
   cmake
   g++
+  libcli11-dev
   libcubeb-dev
+  libsndfile1-dev
   ninja-build
   nlohmann-json3-dev
+  pkg-config
   qt6-base-dev
   qt6-declarative-dev
 )
@@ -95,10 +98,10 @@ testPackages=(
   locales
   pipewire
   pipewire-pulse
-  pkg-config
   python3-fonttools
   python3-ufolib2
   qt6-wayland
+  sox
   sway
   valgrind
   wireplumber
@@ -130,7 +133,6 @@ benchPackages=(
   libbenchmark-dev
   libxcb-xtest0-dev
   libxcb1-dev
-  pkg-config
   valgrind
 )
 

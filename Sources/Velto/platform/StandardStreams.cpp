@@ -54,4 +54,8 @@ void StandardStreams::writeToError(std::string_view bytes) {
   [[maybe_unused]] const ssize_t ignored = write(STDERR_FILENO, bytes.data(), bytes.size());
 }
 
+bool StandardStreams::isErrorATerminal() {
+  return isatty(STDERR_FILENO) == 1;
+}
+
 } // namespace velto

@@ -19,4 +19,7 @@ void prepare();
 // Writes to standard error in one attempt. Failures are ignored.
 void writeToError(std::string_view bytes);
 
+// True if standard error is a terminal.
+[[nodiscard]] bool isErrorATerminal();
+
 } // namespace velto::StandardStreams
