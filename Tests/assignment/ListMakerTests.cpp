@@ -11,7 +11,8 @@ using namespace velto;
 
 namespace {
 
-ListRequest requestFor(std::vector<Drill> drills, std::size_t count, std::uint64_t randomSeed) {
+ListRequest requestFor(const std::vector<Drill>& drills, std::size_t count,
+                       std::uint64_t randomSeed) {
   ListRequest request{.count = count, .randomSeed = randomSeed};
   for (const Drill drill : drills)
     request.parts.push_back({.drill = drill, .difficulty = 40});

@@ -13,6 +13,8 @@ using namespace velto;
 
 namespace {
 
+BlindTable table;
+
 TrialList listOf(Drill drill, double difficulty, std::size_t count, std::uint64_t randomSeed) {
   return makeList({.parts = {{.drill = drill, .difficulty = difficulty}},
                    .count = count,
@@ -80,7 +82,7 @@ TEST(Scores, CountEachDrillAndShowWhatGuessingGets) {
   const auto reading = resultsOf(makeList(request), [](const Trial& trial) {
     return trial.drill == Drill::level ? kit::missOf(trial) : kit::truthOf(trial);
   });
-  const auto scores = scoresOf(reading);
+  const auto scores = scoresOf(reading, table);
   ASSERT_EQ(scores.size(), 2U);
   EXPECT_EQ(scores[0].drill, Drill::level);
   EXPECT_EQ(scores[0].answers, 4U);
@@ -101,11 +103,22 @@ TEST(Scores, CountEachDrillAndShowWhatGuessingGets) {
 
 TEST(Scores, AreZeroWithoutAnswers) {
   const TrialList list = listOf(Drill::dynamics, 20, 3, 1);
-  const auto scores = scoresOf(std::get<Results::Reading>(Results::read(list, "")));
+  const auto scores = scoresOf(std::get<Results::Reading>(Results::read(list, "")), table);
   ASSERT_EQ(scores.size(), 1U);
   EXPECT_EQ(scores[0].trials, 3U);
   EXPECT_EQ(scores[0].answers, 0U);
   EXPECT_EQ(scores[0].error, 0);
+}
+
+TEST(Scores, AddUpToThoseOfTheClass) {
+  const Score all =
+      totalOf({{.drill = Drill::level, .trials = 5, .answers = 4, .hits = 3, .error = 1},
+               {.drill = Drill::level, .trials = 5, .answers = 1, .error = 2},
+               {.drill = Drill::level, .trials = 5}});
+  EXPECT_EQ(all.trials, 15U);
+  EXPECT_EQ(all.answers, 5U);
+  EXPECT_EQ(all.hits, 3U);
+  EXPECT_DOUBLE_EQ(all.error, 1.2);
 }
 
 // By hand, from three coins of 1/2, 1/4 and 1/8.
@@ -131,7 +144,8 @@ TEST(Scores, OfTwentyBlindListenersADrillAreWhatBlindPredicts) {
     double all = 0;
     for (std::uint64_t listener = 0; listener < listeners; ++listener) {
       const auto scores = scoresOf(resultsOf(listOf(drill, difficulty, trials, listener),
-                                             [&](const Trial&) { return best.answer; }));
+                                             [&](const Trial&) { return best.answer; }),
+                                   table);
       EXPECT_NEAR(static_cast<double>(scores[0].hits), rate * trials, 4.5 * deviation)
           << drill.rawValue() << " " << listener;
       EXPECT_NEAR(scores[0].blindHits, rate, 1e-12);

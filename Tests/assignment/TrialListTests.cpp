@@ -112,7 +112,7 @@ RC_GTEST_PROP(TrialListLaw, IsReadAsItWasWritten, ()) {
 
 // A text in which bytes are replaced, lost or added is refused.
 RC_GTEST_PROP(TrialListLaw, RefusesDamage, ()) {
-  const std::string text = velto::testing::trialLists()->text();
+  const std::string text = (*velto::testing::trialLists()).text();
   std::string damaged = text;
   const auto at =
       static_cast<std::size_t>(*rc::gen::inRange<int>(0, static_cast<int>(text.size())));
@@ -141,7 +141,7 @@ TEST(TrialList, RefusesEveryDamagedByte) {
     for (int byte = 0; byte < 256; ++byte) {
       std::string damaged = example;
       damaged[at] = static_cast<char>(byte);
-      ASSERT_EQ(complaint(damaged) == "", damaged == example) << at << " " << byte;
+      ASSERT_EQ(complaint(damaged).empty(), damaged == example) << at << " " << byte;
     }
 }
 

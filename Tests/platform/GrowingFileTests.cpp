@@ -87,7 +87,8 @@ TEST_F(GrowingFileTest, CanBeTriedAgainAfterEveryFailure) {
         EXPECT_EQ(error, std::nullopt);
         break;
       }
-      failures += error ? 1 : 0;
+      if (error)
+        ++failures;
       EXPECT_EQ(file.held(), error ? "one\n" : "one\ntwo\nthree\n");
       EXPECT_EQ(file.append("four\n"), std::nullopt) << operation;
       EXPECT_EQ(content(), error ? "one\nfour\n" : "one\ntwo\nthree\nfour\n") << operation;
@@ -122,7 +123,7 @@ TEST_F(GrowingFileTest, SurvivesAKillAtAnyOperation) {
       static_cast<void>(child.ended());
       const std::string left = content();
       EXPECT_TRUE(left == "one\ncut" ||
-                  std::string("one\ntwo\n").starts_with(left) && left.starts_with("one\n"))
+                  (left.starts_with("one\n") && std::string("one\ntwo\n").starts_with(left)))
           << left;
       EXPECT_EQ(GrowingFile(path(), left.ends_with('\n') ? left : "one\n").append("three\n"),
                 std::nullopt);

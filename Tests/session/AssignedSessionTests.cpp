@@ -53,12 +53,12 @@ private:
 };
 
 // One run of the program on a desk.
-struct Run {
+struct Playing {
   kit::WorkerQueues work;
   kit::FakeOutput output;
   Session session;
 
-  explicit Run(const Desk& desk)
+  explicit Playing(const Desk& desk)
       : session(std::make_unique<AssignedCourse>(
                     std::get<Assignment>(Assignment::open(desk.listFile(), desk.results())),
                     work.queues()),
@@ -83,7 +83,7 @@ struct Run {
 
 TEST(AssignedSession, PlaysTheListWithItsSeedsAndWithFairSound) {
   const Desk desk;
-  Run run(desk);
+  Playing run(desk);
   EXPECT_FALSE(run->isFree());
   for (std::size_t i = 0; i < threeTrials.trials.size(); ++i) {
     const ListedTrial& listed = threeTrials.trials[i];
@@ -115,7 +115,7 @@ TEST(AssignedSession, PlaysTheListWithItsSeedsAndWithFairSound) {
 
 TEST(AssignedSession, SkipsAndRepeatsNothing) {
   const Desk desk;
-  Run run(desk);
+  Playing run(desk);
   const auto first = run->trial();
   run->newTrial();
   run->setDrill(Drill::dynamics);
@@ -138,7 +138,7 @@ TEST(AssignedSession, SkipsAndRepeatsNothing) {
 
 TEST(AssignedSession, ShowsNoVerdictBeforeTheAnswerIsInTheFile) {
   const Desk desk;
-  Run run(desk);
+  Playing run(desk);
   std::size_t onDisk = 0;
   const auto token = run->objectWillChange.subscribe([&](Session::Field field) {
     if (field == Session::Field::grade)
@@ -163,7 +163,7 @@ TEST(AssignedSession, ShowsNoVerdictBeforeTheAnswerIsInTheFile) {
 
 TEST(AssignedSession, TakesTheAnswerAgainIfItCannotBeKept) {
   const Desk desk;
-  Run run(desk);
+  Playing run(desk);
   const fs::path away = desk.folder().string() + ".away";
   fs::rename(desk.folder(), away);
   run.answer(0);
@@ -182,7 +182,7 @@ TEST(AssignedSession, TakesTheAnswerAgainIfItCannotBeKept) {
 
 TEST(AssignedSession, RefusesWhatIsNoAnswer) {
   const Desk desk;
-  Run run(desk);
+  Playing run(desk);
   run.answer(7);
   EXPECT_EQ(run->keeping().error, "it is no answer to this trial");
   EXPECT_EQ(desk.answersOnDisk(), 0U);
@@ -192,14 +192,14 @@ TEST(AssignedSession, RefusesWhatIsNoAnswer) {
 TEST(AssignedSession, GoesOnAfterTheLastAnswerOnTheDisk) {
   const Desk desk;
   {
-    Run run(desk);
+    Playing run(desk);
     run.render();
     run->setAnswer(0);
     run->submit();
   }
   EXPECT_EQ(desk.answersOnDisk(), 1U) << "the end waits for the disk";
   {
-    Run run(desk);
+    Playing run(desk);
     EXPECT_EQ(run->place()->number, 2U);
     EXPECT_EQ(run->trial()->drill, Drill::level);
     EXPECT_FALSE(run->grade());
@@ -209,11 +209,11 @@ TEST(AssignedSession, GoesOnAfterTheLastAnswerOnTheDisk) {
   }
   const std::string whole = kit::contentOf(desk.results());
   kit::put(desk.results(), whole.substr(0, whole.size() - 5));
-  Run run(desk);
+  Playing run(desk);
   EXPECT_EQ(run->place()->number, 2U) << "a cut line is asked again";
   run.answer(2);
   EXPECT_EQ(desk.answersOnDisk(), 2U);
-  EXPECT_TRUE(kit::contentOf(desk.results()).starts_with(whole.substr(0, whole.find("\n", 100))));
+  EXPECT_TRUE(kit::contentOf(desk.results()).starts_with(whole.substr(0, whole.find('\n', 100))));
 }
 
 TEST(AssignedSession, AdaptsByTheAnswersAcrossAnInterruption) {
@@ -222,21 +222,21 @@ TEST(AssignedSession, AdaptsByTheAnswersAcrossAnInterruption) {
     list.trials.push_back({Drill::level, Material::pinkNoise, 20, seed});
   const Desk desk(list);
   {
-    Run run(desk);
+    Playing run(desk);
     run.answer(run->trial()->targetLevelDB);
     run->newTrial();
     run.answer(run->trial()->targetLevelDB);
     run->newTrial();
     EXPECT_EQ(run->trial()->difficulty, 32);
   }
-  Run run(desk);
+  Playing run(desk);
   EXPECT_EQ(run->trial(), Drills::makeTrial(32, Material::pinkNoise, 3, Drill::level));
 }
 
 TEST(AssignedSession, LeavesThePracticeRecordAlone) {
   const Desk desk;
   {
-    Run run(desk);
+    Playing run(desk);
     run.answer(1);
     EXPECT_EQ(run->profile().attempts().size(), 1U) << "for the side panel";
     EXPECT_TRUE(run->profile().url().empty());
@@ -246,7 +246,7 @@ TEST(AssignedSession, LeavesThePracticeRecordAlone) {
 
 TEST(AssignedSession, CountsSwitchesToAnotherSlot) {
   const Desk desk;
-  Run run(desk);
+  Playing run(desk);
   run->select(1);
   run.render();
   for (const int slot : {1, 1, 2, 0, 5})

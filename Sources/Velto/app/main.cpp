@@ -94,7 +94,7 @@ int runAssignment(int argc, char** argv, const LaunchOptions& options) {
   auto opened = Assignment::open(options.assignment->list, options.assignment->results);
   if (const auto* wrong = std::get_if<std::string>(&opened))
     return misuse(*wrong);
-  auto& assignment = std::get<Assignment>(opened);
+  auto& assignment = *std::get_if<Assignment>(&opened);
   if (!assignment.reading.sitting.next()) {
     Report::line(options.assignment->results + ": all trials of the list are answered");
     return EXIT_SUCCESS;

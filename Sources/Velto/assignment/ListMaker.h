@@ -18,9 +18,9 @@ struct ListRequest {
     double difficulty = 20; // 0 to 100; with a staircase, its start
   };
 
-  std::vector<Part> parts;          // 1 or more, each drill at most once; the trials take turns
-  std::size_t count = 20;           // 1 to TrialList::mostTrials
-  std::optional<Material> material; // each drill's default material if there is none
+  std::vector<Part> parts{};          // 1 or more, each drill at most once; the trials take turns
+  std::size_t count = 20;             // 1 to TrialList::mostTrials
+  std::optional<Material> material{}; // each drill's default material if there is none
   TrialList::Difficulty difficulty = TrialList::Difficulty::fixed;
   std::uint64_t randomSeed = 0;
   Blind::Weights bandWeights = Blind::even; // how often each band is the target

@@ -1,9 +1,6 @@
 #include "Scores.h"
 
-#include "Blind.h"
-
 #include <algorithm>
-#include <map>
 
 namespace velto {
 
@@ -15,17 +12,18 @@ std::size_t trialsOf(const TrialList& list, Drill drill) {
                     [&](const ListedTrial& trial) { return trial.drill == drill; }));
 }
 
-Score scoreOf(Drill drill, const Results::Reading& reading) {
+// The figures that are means over the answers.
+constexpr double Score::*means[] = {&Score::error,   &Score::blindHits, &Score::blindError,
+                                    &Score::seconds, &Score::switches,  &Score::difficulty};
+
+Score scoreOf(Drill drill, const Results::Reading& reading, BlindTable& table) {
   Score score{.drill = drill, .trials = trialsOf(reading.sitting.list(), drill)};
-  std::map<double, Blind> blinds; // by difficulty
   std::vector<double> chances;
   for (const Results::Row& row : reading.rows) {
     if (row.trial.drill != drill)
       continue;
     const double difficulty = row.trial.difficulty;
-    if (!blinds.contains(difficulty))
-      blinds.emplace(difficulty, Blind::at(drill, difficulty));
-    const Blind& blind = blinds.at(difficulty);
+    const Blind& blind = table.at(drill, difficulty);
     chances.push_back(blind.hits);
     ++score.answers;
     score.hits += row.grade.correct ? 1 : 0;
@@ -38,8 +36,7 @@ Score scoreOf(Drill drill, const Results::Reading& reading) {
   }
   if (score.answers == 0)
     return score;
-  for (double Score::*sum : {&Score::error, &Score::blindHits, &Score::blindError, &Score::seconds,
-                             &Score::switches, &Score::difficulty})
+  for (double Score::*sum : means)
     score.*sum /= static_cast<double>(score.answers);
   score.byGuessing = probabilityOfAtLeast(score.hits, chances);
   return score;
@@ -47,12 +44,34 @@ Score scoreOf(Drill drill, const Results::Reading& reading) {
 
 } // namespace
 
-std::vector<Score> scoresOf(const Results::Reading& reading) {
+const Blind& BlindTable::at(Drill drill, double difficulty) {
+  const auto [place, isNew] = known_.try_emplace({drill, difficulty});
+  if (isNew)
+    place->second = Blind::at(drill, difficulty);
+  return place->second;
+}
+
+std::vector<Score> scoresOf(const Results::Reading& reading, BlindTable& blind) {
   std::vector<Score> scores;
   for (const Drill drill : Drill::allCases)
     if (trialsOf(reading.sitting.list(), drill) > 0)
-      scores.push_back(scoreOf(drill, reading));
+      scores.push_back(scoreOf(drill, reading, blind));
   return scores;
+}
+
+Score totalOf(const std::vector<Score>& scores) {
+  Score total{.drill = scores.front().drill};
+  for (const Score& score : scores) {
+    total.trials += score.trials;
+    total.answers += score.answers;
+    total.hits += score.hits;
+    for (double Score::*mean : means)
+      total.*mean += score.*mean * static_cast<double>(score.answers);
+  }
+  if (total.answers > 0)
+    for (double Score::*mean : means)
+      total.*mean /= static_cast<double>(total.answers);
+  return total;
 }
 
 double probabilityOfAtLeast(std::size_t hits, const std::vector<double>& chances) {

@@ -1,11 +1,14 @@
 // Scores of a class.
 #pragma once
 
+#include "Blind.h"
 #include "Drill.h"
 #include "Results.h"
 #include "Trial.h"
 
 #include <cstddef>
+#include <map>
+#include <utility>
 #include <vector>
 
 namespace velto {
@@ -25,8 +28,22 @@ struct Score {
   double difficulty = 0; // mean
 };
 
-// One per drill of the list, in the order of the drills. Grades from the list. Any thread.
-[[nodiscard]] std::vector<Score> scoresOf(const Results::Reading& reading);
+// Computes what one gets without listening once for each drill and difficulty. One object belongs
+// to one thread.
+class BlindTable {
+public:
+  [[nodiscard]] const Blind& at(Drill drill, double difficulty);
+
+private:
+  std::map<std::pair<Drill::Case, double>, Blind> known_;
+};
+
+// One per drill of the list, in the order of the drills. Grades from the list.
+[[nodiscard]] std::vector<Score> scoresOf(const Results::Reading& reading, BlindTable& blind);
+
+// The scores of several listeners in one drill (1 or more) as if one had given all answers.
+// `byGuessing` is 1.
+[[nodiscard]] Score totalOf(const std::vector<Score>& scores);
 
 // The probability of `hits` or more when trial i is hit with chances[i], independently.
 [[nodiscard]] double probabilityOfAtLeast(std::size_t hits, const std::vector<double>& chances);

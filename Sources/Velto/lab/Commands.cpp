@@ -1,5 +1,7 @@
 #include "CheckCommand.h"
 #include "Command.h"
+#include "SessionNewCommand.h"
+#include "SessionScoreCommand.h"
 
 #include <array>
 
@@ -8,6 +10,8 @@ namespace velto {
 std::span<const Lab::Command> Lab::commands() {
   static constexpr std::array all{
       checkCommand,
+      sessionNewCommand,
+      sessionScoreCommand,
   };
   return all;
 }

@@ -120,9 +120,9 @@ void Session::takeRender(std::uint64_t seed, std::vector<Slot> slots) {
   switching_ = trials_ == Trials::fair && trial_->drill == Drill::polarity
                    ? Switching::throughSilence
                    : Switching::crossfade;
-  assign(Field::currentSlot, currentSlot_, 0);
   rendered_ = std::chrono::steady_clock::now();
   switches_ = 0;
+  assign(Field::currentSlot, currentSlot_, 0);
   if (!suspended_)
     play();
 }
