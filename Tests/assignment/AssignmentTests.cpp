@@ -116,9 +116,9 @@ TEST(FixedTrials, HaveTheSameSlotsEverywhere) {
   const auto trials = fixedTrials(list);
   ASSERT_TRUE(trials);
   ASSERT_EQ(trials->size(), 3U);
-  EXPECT_EQ(hashOf((*trials)[0]), 1U);
-  EXPECT_EQ(hashOf((*trials)[1]), 2U);
-  EXPECT_EQ(hashOf((*trials)[2]), 3U);
+  EXPECT_EQ(hashOf((*trials)[0]), 5178975148519394709U);
+  EXPECT_EQ(hashOf((*trials)[1]), 15865477140202041573U);
+  EXPECT_EQ(hashOf((*trials)[2]), 17667541977511982365U);
   TrialList staircase = list;
   staircase.difficulty = TrialList::Difficulty::staircase;
   EXPECT_FALSE(fixedTrials(staircase));

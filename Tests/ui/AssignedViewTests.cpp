@@ -187,7 +187,7 @@ TEST(AssignedView, MovesNothing) {
   hands.keep();
   practice.grade(false);
   EXPECT_EQ(hands.box("verdictBox"), practice.box("verdictBox"));
-  EXPECT_EQ(hands.box("verdictDetail").topLeft(), practice.box("verdictDetail").topLeft());
+  EXPECT_EQ(hands.box("verdictWord").topLeft(), practice.box("verdictWord").topLeft());
   EXPECT_FALSE(hands.box("place").intersects(hands.box("verdictDetail")));
   EXPECT_TRUE(hands.box("verdictBox").contains(hands.box("place")));
 }

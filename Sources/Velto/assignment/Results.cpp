@@ -3,6 +3,7 @@
 #include "Numbers.h"
 #include "TextNumbers.h"
 
+#include <cmath>
 #include <utility>
 
 namespace velto {
@@ -36,7 +37,8 @@ std::optional<Results::Given> givenOf(const std::vector<std::string_view>& field
   const auto answer = TextNumbers::real(fields[5]);
   const auto seconds = TextNumbers::fixed(fields[8], decimalsOfSeconds);
   const auto switches = TextNumbers::count(fields[9]);
-  if (!answer || !Sitting::isPossible(*answer, trial) || !seconds || !switches)
+  if (!answer || !Sitting::isPossible(*answer, trial) || !seconds || std::signbit(*seconds) ||
+      !switches)
     return std::nullopt;
   return Results::Given{
       .answer = *answer, .seconds = *seconds, .switches = static_cast<std::int64_t>(*switches)};

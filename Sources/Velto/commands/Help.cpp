@@ -12,8 +12,7 @@ namespace {
 
 constexpr std::array allSwitches{
     Help::Switch{"--fair", "", "fair trials without shortcuts, and audible pink noise", true},
-    Help::Switch{"--session", "FILE", "play this list of trials, once and as it is; with --results",
-                 true},
+    Help::Switch{"--session", "FILE", "play this list of trials, once; needs --results", true},
     Help::Switch{"--results", "FILE", "append the answers to this file, or go on after them", true},
     Help::Switch{"--drill", "DRILL", "start with frequency, level, dynamics or polarity", true},
     Help::Switch{"--appearance", "LOOK", "light or dark, regardless of the desktop", true},
@@ -71,9 +70,9 @@ std::string Help::text(const Environment& environment) {
          "Modes without a window (of several, the first in this list runs):\n" +
          linesOf(false) +
          "\n"
-         "Unknown switches, and switches without their value, are ignored, except --session\n"
-         "and --results. The exit status is 0 on success, 1 on failure, and 2 if the files\n"
-         "of --session and --results cannot be used.\n"
+         "Unknown switches, and switches without their value, are ignored, except\n"
+         "--session and --results. The exit status is 0 on success, 1 on failure, and 2\n"
+         "if the files of --session and --results cannot be used.\n"
          "\n"
          "Your answers are stored in profile.json in the folder \"MORLA Velto\" of\n" +
          ProfileLocation::dataDirectoryInWords +

@@ -128,7 +128,7 @@ void addDrills(CLI::App& arguments, std::vector<Drill>& drills) {
           [take](const std::vector<std::string>& words) {
             std::for_each(words.begin(), words.end(), take);
           },
-          "a drill of the list; may be repeated, trials take turns (all drills)")
+          "a drill; may be repeated (all drills)")
       ->type_name("DRILL")
       ->expected(1)
       ->take_all();
