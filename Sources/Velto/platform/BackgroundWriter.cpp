@@ -11,6 +11,8 @@ namespace velto {
 
 class BackgroundWriter::Thread {
 public:
+  explicit Thread(std::function<void()> whenDone) : whenDone_(std::move(whenDone)) {}
+
   void post(Work work, const std::shared_ptr<Thread>& self) {
     std::unique_lock lock(mutex_);
     next_ = std::move(work);
@@ -34,6 +36,7 @@ public:
     std::unique_lock lock(mutex_);
     ending_ = true;
     next_ = nullptr;
+    whenDone_ = nullptr;
     wake_.notify_all();
     const bool isIdle = !busy_;
     lock.unlock();
@@ -46,6 +49,15 @@ public:
   }
 
 private:
+  // The caller holds the lock.
+  void keep(Finish finish) {
+    if (!finish)
+      return;
+    finishes_.push_back(std::move(finish));
+    if (whenDone_)
+      whenDone_();
+  }
+
   // Without a thread to be had, the caller does the work itself.
   void start(const std::shared_ptr<Thread>& self, std::unique_lock<std::mutex>& lock) {
     try {
@@ -56,8 +68,7 @@ private:
       lock.unlock();
       Outcome outcome = work();
       lock.lock();
-      if (outcome.finish)
-        finishes_.push_back(std::move(outcome.finish));
+      keep(std::move(outcome.finish));
     }
   }
 
@@ -73,8 +84,7 @@ private:
       lock.unlock();
       Outcome outcome = work();
       lock.lock();
-      if (outcome.finish)
-        finishes_.push_back(std::move(outcome.finish));
+      keep(std::move(outcome.finish));
       if (outcome.again && !next_ && !ending_) {
         wake_.wait_for(lock, pause, [this] { return next_ || ending_; });
         if (!next_ && !ending_)
@@ -95,13 +105,15 @@ private:
   std::condition_variable idle_;
   Work next_;
   std::vector<Finish> finishes_;
+  std::function<void()> whenDone_;
   bool started_ = false;
   bool busy_ = false;
   bool ending_ = false;
   std::thread thread_; // owner only
 };
 
-BackgroundWriter::BackgroundWriter() : thread_(std::make_shared<Thread>()) {}
+BackgroundWriter::BackgroundWriter(std::function<void()> whenDone)
+    : thread_(std::make_shared<Thread>(std::move(whenDone))) {}
 
 BackgroundWriter::~BackgroundWriter() {
   thread_->end();

@@ -18,7 +18,10 @@ public:
   };
   using Work = std::function<Outcome()>;
 
-  BackgroundWriter();
+  // `whenDone` is called after work that has a finish, by the thread that did it, as the cue for
+  // collect(). It must not wait nor use this object, and is not called any more once the destructor
+  // has returned.
+  explicit BackgroundWriter(std::function<void()> whenDone = {});
   BackgroundWriter(const BackgroundWriter&) = delete;
   BackgroundWriter& operator=(const BackgroundWriter&) = delete;
   // Does not wait for work in progress: that goes on until it ends or the process does. Work not

@@ -3,38 +3,27 @@
 #include "Date.h"
 #include "Results.h"
 
-#include <mutex>
 #include <utility>
 #include <vector>
 
 namespace velto {
 
-// The way from the writer to the main thread, closed when the course ends: a writer that hangs may
-// outlive the queues.
-class AssignedCourse::Reply {
-public:
-  explicit Reply(std::function<void(WorkQueues::Work)> main) : main_(std::move(main)) {}
+namespace {
 
-  void send(WorkQueues::Work work) {
-    const std::lock_guard lock(mutex_);
-    if (main_)
-      main_(std::move(work));
-  }
+const std::string noAnswer = "it is no answer to this trial";
 
-  void close() {
-    const std::lock_guard lock(mutex_);
-    main_ = nullptr;
-  }
-
-private:
-  std::mutex mutex_;
-  std::function<void(WorkQueues::Work)> main_;
-};
+} // namespace
 
 AssignedCourse::AssignedCourse(Assignment assignment, const WorkQueues& queues)
     : sitting_(assignment.reading.sitting), begun_(sitting_.answered()),
       profile_(Profile::Unsaved{}), file_(std::move(assignment.file)),
-      isEmpty_(assignment.reading.held == 0), reply_(std::make_shared<Reply>(queues.main)) {
+      isEmpty_(assignment.reading.held == 0), self_(std::make_shared<AssignedCourse*>(this)),
+      writer_([main = queues.main, self = std::weak_ptr(self_)] {
+        main([self] {
+          if (const auto course = self.lock())
+            (*course)->writer_.collect();
+        });
+      }) {
   // The file tells of the last answer only when it was given.
   const Date date{static_cast<double>(assignment.lastChanged) / 1e9 - Date::referenceSince1970};
   std::vector<Attempt> attempts;
@@ -46,7 +35,6 @@ AssignedCourse::AssignedCourse(Assignment assignment, const WorkQueues& queues)
 
 AssignedCourse::~AssignedCourse() {
   static_cast<void>(writer_.wait(endPatience));
-  reply_->close();
 }
 
 std::optional<Trial> AssignedCourse::next(Drill, Material, std::uint64_t) {
@@ -64,19 +52,17 @@ std::optional<Course::Place> AssignedCourse::place() const {
 
 bool AssignedCourse::keep(const Given& given, Kept kept) {
   const Trial trial = *sitting_.next();
-  if (!Sitting::isPossible(given.answer, trial)) {
-    reply_->send([kept = std::move(kept)] { kept("it is no answer to this trial"); });
-    return false;
-  }
-  const Results::Row row{
-      .trial = trial,
-      .given = {.answer = given.answer, .seconds = given.seconds, .switches = given.switches},
-      .grade = Drills::grade(given.answer, trial)};
   std::string lines(isEmpty_ ? Results::header() : "");
-  lines += Results::line(sitting_.list().id(), begun_, row);
-  writer_.post([file = file_, lines = std::move(lines), reply = reply_, kept = std::move(kept)] {
-    reply->send([error = file->append(lines), kept] { kept(error); });
-    return BackgroundWriter::Outcome{};
+  const bool isPossible = Sitting::isPossible(given.answer, trial);
+  if (isPossible)
+    lines += Results::line(
+        sitting_.list().id(), begun_,
+        {.trial = trial,
+         .given = {.answer = given.answer, .seconds = given.seconds, .switches = given.switches},
+         .grade = Drills::grade(given.answer, trial)});
+  writer_.post([file = file_, lines = std::move(lines), isPossible, kept = std::move(kept)] {
+    auto error = isPossible ? file->append(lines) : std::optional(noAnswer);
+    return BackgroundWriter::Outcome{.finish = [kept, error = std::move(error)] { kept(error); }};
   });
   return false;
 }

@@ -20,7 +20,7 @@ public:
   // How long the destructor waits for the disk.
   static constexpr std::chrono::milliseconds endPatience{2000};
 
-  // `queues` get the outcomes.
+  // `queues` bring the outcomes to the main thread.
   AssignedCourse(Assignment assignment, const WorkQueues& queues);
   // Waits until an answer is on the disk.
   ~AssignedCourse() override;
@@ -35,14 +35,12 @@ public:
   void record(const Trial& trial, const Given& given, const Drills::Grade& grade) override;
 
 private:
-  class Reply;
-
   Sitting sitting_;
   std::size_t begun_; // trials that next() has returned, with those answered earlier
   Profile profile_;
   std::shared_ptr<GrowingFile> file_; // writer only
   bool isEmpty_;                      // the file has no line yet
-  std::shared_ptr<Reply> reply_;
+  std::shared_ptr<AssignedCourse*> self_; // lets pending work detect that the course is gone
   BackgroundWriter writer_;
 };
 
