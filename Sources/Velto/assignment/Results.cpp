@@ -105,7 +105,7 @@ private:
     return std::nullopt;
   }
 
-  std::string located(std::string wrong) const {
+  [[nodiscard]] std::string located(std::string wrong) const {
     return "line " + std::to_string(number_) + ": " + std::move(wrong);
   }
 

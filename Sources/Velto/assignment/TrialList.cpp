@@ -161,7 +161,7 @@ private:
     return std::nullopt;
   }
 
-  std::string located(std::string wrong) const {
+  [[nodiscard]] std::string located(std::string wrong) const {
     return "line " + std::to_string(number_) + ": " + std::move(wrong);
   }
 

@@ -38,8 +38,8 @@ private:
   Sitting sitting_;
   std::size_t begun_; // trials that next() has returned, with those answered earlier
   Profile profile_;
-  std::shared_ptr<GrowingFile> file_; // writer only
-  bool isEmpty_;                      // the file has no line yet
+  std::shared_ptr<GrowingFile> file_;     // writer only
+  bool isEmpty_;                          // the file has no line yet
   std::shared_ptr<AssignedCourse*> self_; // lets pending work detect that the course is gone
   BackgroundWriter writer_;
 };
