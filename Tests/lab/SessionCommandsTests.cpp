@@ -1,4 +1,5 @@
 // velto-lab session new and velto-lab session score.
+#include "Bands.h"
 #include "Coding.h"
 #include "LabRunner.h"
 #include "Results.h"
@@ -6,6 +7,7 @@
 #include "TrialList.h"
 #include "kit/Answers.h"
 #include "kit/CapturedOutput.h"
+#include "kit/Files.h"
 
 #include <gtest/gtest.h>
 
@@ -100,7 +102,7 @@ TEST(LabSessionNew, AsksMoreOftenForTheWeakBandsOfARecord) {
   for (std::int64_t band = 0; band < 27; ++band)
     stored.lifetime[band] = {.attempts = 10, .hits = 10, .errorSum = band == 20 ? 10.0 : 0.0};
   stored.staircases["frequency"] = {.difficulty = 35};
-  testing::put(lab.record(), Coding::encode(stored).value());
+  kit::put(lab.record(), Coding::encode(stored).value());
   const auto result = lab.run(newList({"--drill", "frequency", "--count", "1000", "--random-seed",
                                        "3", "--for", lab.record().string()}));
   const TrialList list = listOf(result);
@@ -130,7 +132,7 @@ TEST(LabSessionNew, RefusesWrongUse) {
     EXPECT_EQ(result.out, "");
   }
   for (const char* file : {"none.json", "bad.json"}) {
-    testing::put(lab.folder() / "bad.json", "{");
+    kit::put(lab.folder() / "bad.json", "{");
     const auto result = lab.run(newList({"--for", file}));
     EXPECT_EQ(result.status, 1) << file;
     EXPECT_TRUE(isOneComplaint(result.error)) << result.error;
@@ -140,12 +142,12 @@ TEST(LabSessionNew, RefusesWrongUse) {
 class LabSessionScore : public ::testing::Test {
 protected:
   LabSessionScore() {
-    testing::put(lab_.folder() / "test.velto", list_.text());
+    kit::put(lab_.folder() / "test.velto", list_.text());
     put("anna.csv", resultsOf(list_, kit::truthOf));
     put("bob.csv", resultsOf(list_, kit::missOf, 2));
   }
 
-  void put(const char* name, const std::string& text) { testing::put(lab_.folder() / name, text); }
+  void put(const char* name, const std::string& text) { kit::put(lab_.folder() / name, text); }
 
   LabRunner lab_;
   TrialList list_{.difficulty = TrialList::Difficulty::fixed,
