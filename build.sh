@@ -16,17 +16,18 @@ Usage: ./build.sh [COMMAND]
   test [OPTIONS]    build and run the tests; other arguments go to ctest, for example -R Signals
       --long        the long tests instead of the default ones
       --matrix      the tests across compilers and architectures
-      --asan        built with the address and undefined-behaviour sanitizers
-      --tsan        the tests of threaded code, built with the thread sanitizer
+      --asan        build them with the address and undefined-behaviour sanitizers
+      --tsan        the tests of threaded code, with the thread sanitizer
       --coverage    measure the line coverage; fails below 95 % in training and synthesis
   lint              run the formatters and checkers over the sources
       --fix         let the formatters rewrite the sources
       --quick       skip clang-tidy for tests and benchmarks that the last commit did not change
   docs              generate the API reference, build/docs/html/index.html
   package           build a Debian package, in build-package/
-      --check       and check it: linters, and an installation in a bare Debian 12 (as root)
-  bench [OPTIONS]   build and run the benchmarks, time the first frame, and count the instructions of
-                    a render; options go to the benchmarks, for example --benchmark_filter=render
+      --check       also check it with linters and by installing it in a bare Debian 12 (as root)
+  bench [OPTIONS]   build and run the benchmarks, time the first frame and a key's way to the screen,
+                    and count the instructions of a render; options go to the benchmarks, for
+                    example --benchmark_filter=render
   help              print this text
 END
 }
@@ -47,6 +48,7 @@ buildPackages=(
   g++
   libcli11-dev
   libcubeb-dev
+  libfontconfig-dev
   libsndfile1-dev
   ninja-build
   nlohmann-json3-dev
@@ -55,7 +57,7 @@ buildPackages=(
   qt6-declarative-dev
 )
 
-# QML modules are loaded at run time: no library depends on them.
+# QML modules are loaded at run time: no library's package depends on theirs.
 runPackages=(
   fonts-inter
   fonts-jetbrains-mono
@@ -385,7 +387,8 @@ sanitizerOptions() {
   export TSAN_OPTIONS="suppressions=$files/threads.supp:$strict:${TSAN_OPTIONS-}"
 }
 
-# coverage BUILD: prints the line coverage per file, then fails if that of training and synthesis is too low.
+# coverage BUILD: prints the line coverage per file, then fails if that of training and synthesis is
+# too low.
 coverage() {
   local -a report=(gcovr --root "$root/Sources/Velto" --object-directory "$1/Sources/Velto"
     --exclude-throw-branches)
@@ -460,11 +463,13 @@ bench() {
   provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${benchPackages[@]}"
   configureBench
   compile "$folder" --target velto_benchmarks velto_render_once velto velto_resources \
-    velto_first_frame velto_bare_window
+    velto_first_frame velto_bare_window velto_in_use
   "$folder/bin/velto_benchmarks" "$@"
   say 'The first frame'
   "$root/Tests/desk/desk" -- "$folder/bin/velto_first_frame" "$folder/bin/velto" \
     "$folder/bin/velto_bare_window"
+  say 'In use: from a key to the screen, processor, memory'
+  "$root/Tests/desk/desk" -- "$folder/bin/velto_in_use" "$folder/bin/velto"
   say 'Instructions of one render'
   "$root/Benchmarks/compare-instructions" "$folder/bin/velto_render_once"
 }

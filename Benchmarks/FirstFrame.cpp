@@ -3,6 +3,8 @@
 // Prints the time from exec to the first frame on the screen: of the program, and of BARE, which
 // opens a window of the same size with one rectangle. The two alternate, so that both meet the same
 // load. Run on a private desk.
+#include "Median.h"
+
 #include "kit/Desktop.h"
 #include "kit/ProgramRunner.h"
 
@@ -40,29 +42,17 @@ double firstFrame(Desktop& desktop, const std::string& program) {
   return std::chrono::duration<double, std::milli>(Clock::now() - runner.startTime()).count();
 }
 
-struct Figures {
-  std::vector<double> values;
-
-  double report(const char* what) {
-    std::sort(values.begin(), values.end());
-    const double median = values[values.size() / 2];
-    std::printf("%s: median %.1f ms, shortest %.1f, longest %.1f (%zu runs)\n", what, median,
-                values.front(), values.back(), values.size());
-    return median;
-  }
-};
-
 void run(const std::string& program, const std::string& bare, int runs) {
   Desktop desktop;
-  Figures own, floor;
+  std::vector<double> own, floor;
   for (const std::string* warm : {&bare, &program}) // files into the cache
     static_cast<void>(firstFrame(desktop, *warm));
   for (int i = 0; i < runs; ++i) {
-    floor.values.push_back(firstFrame(desktop, bare));
-    own.values.push_back(firstFrame(desktop, program));
+    floor.push_back(firstFrame(desktop, bare));
+    own.push_back(firstFrame(desktop, program));
   }
-  const double least = floor.report("a bare Qt Quick window");
-  const double median = own.report("velto");
+  const double least = velto::reportMedian("a bare Qt Quick window", floor);
+  const double median = velto::reportMedian("velto", own);
   std::printf("first frame: %.2f times a bare window\n", median / least);
 }
 

@@ -176,7 +176,7 @@ TEST(Mixer, ACrossfadeDuringAnotherStartsFromTheCurrentGains) {
   desk.play({constantSlot(10, 1, 1), constantSlot(10, 0, 0), constantSlot(10, 0, 0)}, 0, 0);
   (void)desk.render(ramp);
   desk.fadeTo(1);
-  (void)desk.render(2450); // 50 ms and a bit, not a multiple of a step
+  (void)desk.render(2450); // a little over 50 ms, not a multiple of a step
   desk.fadeTo(0);
   const auto out = desk.render(ramp + 1);
   const double start = 1 - 2450.0 / ramp;

@@ -94,7 +94,7 @@ TEST_F(BrandCheck, PassesWithTheFaceAndItsMaster) {
   EXPECT_EQ(result.status, 0);
 }
 
-// Like the profile, the check then uses the account's home, which has no master.
+// The check uses the account's home instead, as the profile does; it has no master.
 TEST_F(BrandCheck, IgnoresARelativeHome) {
   shipFace();
   layMaster();

@@ -32,7 +32,7 @@ struct History {
 };
 
 History expectedHistory() {
-  // Lower limits of frequency (Hz), and the probability of a hit from there up.
+  // The probability of a hit at a frequency in Hz.
   const auto skill = [](double f) {
     return f >= 10000 ? 0.35 : f >= 4000 ? 0.55 : f >= 400 ? 0.8 : f >= 160 ? 0.3 : 0.45;
   };
@@ -56,7 +56,7 @@ const char* const drillNames[] = {"frequency", "level", "dynamics", "polarity"};
 
 } // namespace
 
-// Figures computed elsewhere.
+// Checks the history to which the other tests compare the program's.
 TEST(DemoData, TheExpectedHistoryMatchesKnownFigures) {
   const History history = expectedHistory();
   EXPECT_EQ(history.rows.front().drill, 2);
@@ -107,7 +107,7 @@ TEST(DemoData, TheStaircasesFollowFromTheAnswers) {
     EXPECT_EQ(profile.staircases().at(drillNames[drill]), expected.staircases[drill]);
 }
 
-TEST(DemoData, SpacesTheAnswers260SecondsApartUpToNow) {
+TEST(DemoData, SpacesTheAnswers260SecondsApartAndEnds260SecondsAgo) {
   const kit::ScratchProfile scratch;
   const double before = Date::now().secondsSinceReferenceDate;
   DemoData::seed();

@@ -47,7 +47,7 @@ Names found(const std::string& text, const char* pattern) {
 Names tableNames() {
   Names names;
   for (const Help::Switch& one : Help::switches())
-    EXPECT_TRUE(names.insert(std::string(one.name)).second) << one.name << " is there twice";
+    EXPECT_TRUE(names.insert(std::string(one.name)).second) << one.name << " is listed twice";
   return names;
 }
 

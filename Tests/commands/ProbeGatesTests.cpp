@@ -89,7 +89,7 @@ Drills::Compressed Drills::compressorHitting(double targetGRdB, std::span<const 
   return {{}, doubles.reductionDB};
 }
 
-// Returns its arguments.
+// Returns its arguments as samples.
 Samples Signals::drums(double seconds, std::uint64_t seed) {
   return {static_cast<float>(seconds), static_cast<float>(seed)};
 }
@@ -227,7 +227,7 @@ std::vector<Slot> liftedAsAsked(const Trial& trial) {
   return lifted(trial.targetFreq, trial.targetFreq / 8, trial.boostDB);
 }
 
-// Sets the lift of the trials with this target and boost.
+// Returns a function that sets the lift of trials with this target and boost.
 std::function<void(double)> liftOf(double target, double boostDB) {
   return [=](double liftDB) {
     doubles.render = [=](const Trial& trial) {
@@ -278,7 +278,7 @@ TEST_F(ProbeGate, FrequencyFindsTheLoudestBandThroughFiltersOfQ4) {
 
 // ---- Level ----
 
-// Sets the level difference of the trials that request `requestDB`.
+// Returns a function that sets the level difference of trials that request `requestDB`.
 std::function<void(double)> levelOf(double requestDB) {
   return [=](double levelDB) {
     const Samples a = tones({{440, 0.5}});
@@ -300,7 +300,8 @@ Samples turns(double topDB, double bottomDB) {
   return x;
 }
 
-// Renders B of the trial that requests 8 dB, and of the one that requests none. A's spread is 3 dB.
+// Renders `compressed` as B of the trial that requests 8 dB, and `untouched` as B of the one that
+// requests 0 dB. A's spread is 3 dB.
 void renderB(const Samples& compressed, const Samples& untouched = turns(-10, -16)) {
   doubles.render = [=](const Trial& trial) -> std::vector<Slot> {
     return {mono(turns(-10, -16)), mono(trial.targetGRdB == 8 ? compressed : untouched)};
@@ -323,7 +324,8 @@ Samples secondPattern() {
   return x;
 }
 
-// Renders right channels that are multiples of one pattern, and the correlation of the hard trial.
+// Renders the same pattern as every left channel, and its multiples as the right ones. In the hard
+// trial, the channels of the first slot have the given correlation.
 void renderPolarity(double first, double second, double third, double correlation = 0.5) {
   doubles.render = [=](const Trial& trial) -> std::vector<Slot> {
     const Samples x = firstPattern();
@@ -407,7 +409,8 @@ TEST_F(ProbeGate, EachRendersItsTrials) {
   expectRendered(ProbeGates::polarity, 2, trial, &Trial::correlation, {1, 0.35});
 }
 
-// A check, what makes it measure a figure, and figures at which it passes or fails.
+// A check, a function that makes it measure a given figure, and figures at which it passes or
+// fails.
 struct Limit {
   const char* check;
   std::function<void(double)> set;

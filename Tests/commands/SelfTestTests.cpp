@@ -148,7 +148,7 @@ TEST(SelfTest, FailsIfTheOutputStops) {
   EXPECT_EQ(verdict.lines[2], nothing);
 }
 
-TEST(SelfTest, PrintsOneLineIfNoEngineStarts) {
+TEST(SelfTest, PrintsOneLineIfTheEngineDoesNotStart) {
   kit::FakeOutput output;
   output.refuse("no sound here");
   const Verdict verdict = verdictOf([&output] {

@@ -32,7 +32,7 @@ TEST(TemporaryRecord, UsesAFolderNamedByPrefixAndUUIDInTheTemporaryDirectory) {
       << path;
 }
 
-TEST(TemporaryRecord, RemovesItsContentsOnDestruction) {
+TEST(TemporaryRecord, RemovesItsFolderOnDestruction) {
   const ScratchFolder folder;
   const ScopedVariable temporary("TMPDIR", folder.path().string());
   {

@@ -85,7 +85,7 @@ TEST(Callback, NeverLocksAllocatesOrMakesASystemCall) {
   EXPECT_EQ(offences.allocations, 0U);
   EXPECT_EQ(offences.locks, 0U);
   EXPECT_EQ(offences.systemCalls, 0U);
-  std::cout << "  system calls are seen: "
+  std::cout << "  system calls counted: "
             << (kit::CallbackWatch::seesEverySystemCall() ? "all" : "those of the C library")
             << '\n';
 #endif

@@ -9,7 +9,7 @@ using namespace std::chrono_literals;
 
 constexpr CallbackWatchdog::Time start{};
 
-TEST(CallbackWatchdog, LetsAnOutputThatCallsBeSilentForNoMoreThanASecond) {
+TEST(CallbackWatchdog, ReportsAnOutputAfterASecondWithoutACallback) {
   CallbackWatchdog dog(start);
   std::uint64_t callbacks = 10;
   auto now = start;
@@ -28,7 +28,7 @@ TEST(CallbackWatchdog, CountsFromTheStartOfAnOutputThatNeverCalls) {
   EXPECT_TRUE(dog.isSilent(0, start + 1s));
 }
 
-TEST(CallbackWatchdog, GivesAnOutputThatIsStartingTheTimeItIsTold) {
+TEST(CallbackWatchdog, UsesTheStartPatienceWhileAnOutputStarts) {
   CallbackWatchdog dog(start, 2s);
   EXPECT_FALSE(dog.isSilent(1, start + 100ms)); // fills its buffer
   auto now = start + 100ms;
@@ -42,13 +42,13 @@ TEST(CallbackWatchdog, GivesAnOutputThatIsStartingTheTimeItIsTold) {
   EXPECT_TRUE(other.isSilent(CallbackWatchdog::startCallbacks, start + 1100ms));
 }
 
-// The program was stopped, or the machine was busy: the output gets the time to call.
-TEST(CallbackWatchdog, TakesAPauseOfTheProgramForNoneOfTheOutput) {
+// After the program was stopped or the machine was busy, the output still gets time to call.
+TEST(CallbackWatchdog, DoesNotMistakeAPauseOfTheProgramForOneOfTheOutput) {
   CallbackWatchdog dog(start);
   EXPECT_FALSE(dog.isSilent(9, start));
   EXPECT_FALSE(dog.isSilent(9, start + 1h));
   EXPECT_FALSE(dog.isSilent(10, start + 1h + 300ms));
-  EXPECT_FALSE(dog.isSilent(10, start + 1h)); // clocks do not run backwards; nothing breaks if so
+  EXPECT_FALSE(dog.isSilent(10, start + 1h)); // not expected of a steady clock, but harmless
 }
 
 } // namespace

@@ -29,7 +29,7 @@ struct HangingDevice : ::testing::Test {
   HangingOutput output;
   Engine engine{output.factory(), 10ms, limits};
 
-  // Requests the output and waits until that is given up.
+  // Requests the output and waits until its opening is given up.
   void giveUpAnOpening() {
     EXPECT_FALSE(engine.startAtOnce());
     ASSERT_TRUE(eventually([this] { return engine.output() == Output::closed; }));
@@ -72,7 +72,7 @@ TEST_F(HangingDevice, IsNeverJoinedByMoreThanOneOther) {
     giveUpAnOpening();
   EXPECT_EQ(output.mostHanging(), 2);
   EXPECT_EQ(output.openings(), 2U);
-  // As soon as one of them lets go, there is sound.
+  // As soon as one of them no longer hangs, there is sound.
   output.hangOpenings(false);
   output.release(0);
   ASSERT_TRUE(eventually([this] { return output.hanging() == 1; }));
@@ -123,7 +123,7 @@ TEST_F(HangingDevice, FreesItsBuffersWhenItIsGivenUp) {
   EXPECT_EQ(output.pull(0, 480), std::vector<float>(480));
 }
 
-TEST_F(HangingDevice, TellsOfAnOpeningThatEndsAfterAnotherWasGivenUp) {
+TEST_F(HangingDevice, ReportsAnOpeningThatEndsAfterAnotherWasGivenUp) {
   std::atomic<int> ends{0};
   engine.whenOpeningEnds([&ends] { ++ends; });
   output.hangOpenings(true);
@@ -182,7 +182,7 @@ TEST_F(HangingDevice, IsLeftWithAFadeForABetterOne) {
   EXPECT_FALSE(output.isOpen(0));
 }
 
-TEST_F(HangingDevice, IsKeptDespiteABetterOneWhereNobodyWouldLoadAgain) {
+TEST_F(HangingDevice, IsKeptDespiteABetterOneAfterABlockingStart) {
   EXPECT_FALSE(engine.start());
   output.offerBetter();
   std::this_thread::sleep_for(100ms);

@@ -67,7 +67,8 @@ void printProgress(const LoopWatch& watch, const Footprint& now) {
 bool report(const LoopWatch& watch, const Growth& growth) {
   std::cout << "frames recorded: " << watch.frames() << " ("
             << Numbers::fixed(static_cast<double>(watch.frames()) / 48000, 1) << " s)\n"
-            << "the current slot's at the one phase, bit for bit: " << watch.exactFrames() << '\n'
+            << "of the current slot at the common phase, bit for bit: " << watch.exactFrames()
+            << '\n'
             << "in crossfades, each as computed: " << watch.fadedFrames() << '\n'
             << "switches: " << watch.switches() << ", not heard: " << watch.pendingSwitches()
             << '\n'

@@ -46,7 +46,7 @@ TEST(RendererGate, FadesWithinFiveMillisecondsAcrossBlocks) {
     const auto part = blockOf(gate, 48);
     faded.insert(faded.end(), part.begin(), part.end());
   }
-  EXPECT_EQ(faded[0], 1.0F); // joins what was heard
+  EXPECT_EQ(faded[0], 1.0F); // continues at full level
   for (std::size_t i = 2; i < faded.size(); ++i) {
     EXPECT_LE(faded[i], faded[i - 2]);
     EXPECT_LE(faded[i - 2] - faded[i], 1.01F / RendererGate::fadeFrames);

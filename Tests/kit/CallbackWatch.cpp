@@ -109,7 +109,7 @@ void watchedState(cubeb_stream* stream, void* user, cubeb_state state) {
   watched->state(stream, watched->user, state);
 }
 
-// The function of this name that this file replaces.
+// The library's function of this name, which this file replaces.
 void* next(const char* name, std::atomic<void*>& known) {
   void* function = known.load(std::memory_order_relaxed);
   if (function == nullptr) {

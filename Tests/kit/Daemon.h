@@ -8,11 +8,11 @@
 
 namespace velto::kit {
 
-// A process of a private desk, which outlives no test: the destructor kills it. Its output goes to
-// a log of the desk. Failures throw std::runtime_error.
+// A process on a private desk. The destructor kills it, so it does not outlive a test. Its output
+// goes to a log of the desk. Failures throw std::runtime_error.
 class Daemon {
 public:
-  // `arguments`: the program, found on PATH, first. `changes` of the environment.
+  // `arguments`: the program, found on PATH, first. `changes` to the environment.
   explicit Daemon(const std::vector<std::string>& arguments,
                   const std::map<std::string, std::string>& changes = {});
   ~Daemon() { kill(); }

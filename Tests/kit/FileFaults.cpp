@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <condition_variable>
 #include <csignal>
 #include <cstdarg>
 #include <mutex>
@@ -32,6 +33,14 @@ std::optional<Armed> armed;
 
 std::atomic<std::chrono::milliseconds> flushTime{};
 thread_local std::size_t flushes = 0;
+struct Stuck {
+  std::size_t from = 0;
+  std::size_t to = 0;
+  std::size_t flushes = 0;
+  std::size_t now = 0;
+};
+std::optional<Stuck> stuck; // with the mutex
+std::condition_variable released;
 thread_local std::size_t lockAttempts = 0;
 
 std::optional<FileFault> nextFault() {
@@ -97,9 +106,21 @@ auto faulty(Real real) -> decltype(real()) {
   });
 }
 
+void waitIfStuck() {
+  std::unique_lock lock(mutex);
+  if (!stuck)
+    return;
+  const std::size_t number = stuck->flushes++;
+  if (number < stuck->from || number >= stuck->to)
+    return;
+  ++stuck->now;
+  released.wait(lock, [] { return !stuck; });
+}
+
 template <typename Real>
 int flushed(Real real) {
   ++flushes;
+  waitIfStuck();
   std::this_thread::sleep_for(flushTime.load());
   return faulty(real);
 }
@@ -127,6 +148,24 @@ SlowDisk::SlowDisk(std::chrono::milliseconds flush) {
 
 SlowDisk::~SlowDisk() {
   flushTime = std::chrono::milliseconds(0);
+}
+
+StuckFlushes::StuckFlushes(std::size_t first, std::size_t count) {
+  const std::lock_guard lock(mutex);
+  stuck = Stuck{.from = first, .to = first + count};
+}
+
+StuckFlushes::~StuckFlushes() {
+  {
+    const std::lock_guard lock(mutex);
+    stuck.reset();
+  }
+  released.notify_all();
+}
+
+std::size_t StuckFlushes::now() {
+  const std::lock_guard lock(mutex);
+  return stuck ? stuck->now : 0;
 }
 
 std::size_t SlowDisk::waitsOfThisThread() {

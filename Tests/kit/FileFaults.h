@@ -37,7 +37,8 @@ public:
   [[nodiscard]] static std::size_t operationsSoFar();
 };
 
-// While it exists, every fsync and fdatasync of this process takes at least so long. One at a time.
+// While it exists, every fsync and fdatasync of this process takes at least this long. One at a
+// time.
 class SlowDisk {
 public:
   explicit SlowDisk(std::chrono::milliseconds flush);
@@ -45,10 +46,23 @@ public:
   SlowDisk& operator=(const SlowDisk&) = delete;
   ~SlowDisk();
 
-  // Flushes of this thread.
+  // The number of flushes by this thread.
   [[nodiscard]] static std::size_t waitsOfThisThread();
-  // Attempts of this thread to lock a file or folder.
+  // The number of attempts by this thread to lock a file or folder.
   [[nodiscard]] static std::size_t lockAttemptsOfThisThread();
+};
+
+// While it exists, some calls of fsync and fdatasync in this process do not return: those with the
+// numbers from `first` (0 is the next one), `count` of them. One at a time.
+class StuckFlushes {
+public:
+  StuckFlushes(std::size_t first, std::size_t count);
+  StuckFlushes(const StuckFlushes&) = delete;
+  StuckFlushes& operator=(const StuckFlushes&) = delete;
+  ~StuckFlushes();
+
+  // How many are stuck.
+  [[nodiscard]] static std::size_t now();
 };
 
 } // namespace velto::kit

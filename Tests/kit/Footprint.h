@@ -14,8 +14,9 @@
 namespace velto::kit {
 
 struct Footprint {
-  double residentMegabytes = 0; // 10^6 bytes
-  std::size_t handles = 0;      // open files
+  double residentMegabytes = 0;     // 10^6 bytes
+  double proportionalMegabytes = 0; // pages shared with other processes counted in part
+  std::size_t handles = 0;          // open files
   std::size_t threads = 0;
   double processorSeconds = 0; // of all threads so far
 
@@ -28,6 +29,7 @@ struct Footprint {
     file >> size >> resident;
     file.close();
     footprint.residentMegabytes = resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
+    footprint.proportionalMegabytes = proportionalIn(folder / "smaps_rollup");
     footprint.handles = entries(folder / "fd");
     footprint.threads = entries(folder / "task");
     footprint.processorSeconds = processorSecondsIn(folder / "stat");
@@ -40,6 +42,15 @@ struct Footprint {
   [[nodiscard]] static Footprint ofThisProcess() { return of(getpid()); }
 
 private:
+  [[nodiscard]] static double proportionalIn(const std::filesystem::path& rollup) {
+    std::istringstream words(contentOf(rollup));
+    double kibibytes = 0;
+    for (std::string word; words >> word && word != "Pss:";) {
+    }
+    words >> kibibytes;
+    return kibibytes * 1024 / 1e6;
+  }
+
   [[nodiscard]] static double processorSecondsIn(const std::filesystem::path& stat) {
     const std::string text = contentOf(stat);
     // The name in brackets may contain spaces; the times are the 12th and 13th fields after it.

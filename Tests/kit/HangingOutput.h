@@ -1,4 +1,4 @@
-// Fake output devices that hang when they open, close or are asked, each until it is released.
+// Fake output devices that hang when they open or close, each until it is released.
 #pragma once
 
 #include "OutputDevice.h"
@@ -47,7 +47,7 @@ public:
 
   // Devices that are being opened or closed.
   [[nodiscard]] int hanging() const { return get(state_->hanging); }
-  // The most at a time.
+  // The largest number at a time so far.
   [[nodiscard]] int mostHanging() const { return get(state_->mostHanging); }
   [[nodiscard]] std::size_t openings() const {
     const std::lock_guard lock(state_->mutex);

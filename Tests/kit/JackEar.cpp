@@ -15,8 +15,8 @@ namespace velto::kit {
 
 namespace {
 
-// The part of the library's interface that is used here, by its documentation: no package that the
-// program needs contains its headers.
+// The part of the library's interface that is used here, declared from its documentation: no
+// package that the program needs contains its headers.
 struct Client;
 struct Port;
 constexpr int noStartServer = 1;

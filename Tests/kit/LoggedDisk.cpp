@@ -78,7 +78,7 @@ LoggedDisk::LoggedDisk(std::filesystem::path image, std::chrono::milliseconds fl
 
 LoggedDisk::~LoggedDisk() {
   loop_.reset();
-  // The loop driver lets go of its file some time after the last close.
+  // The loop driver closes its file some time after the last close of the device.
   while (::umount2(file_.c_str(), 0) != 0 && errno == EBUSY)
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   thread_.join();
@@ -102,7 +102,7 @@ void LoggedDisk::answer(std::uint64_t request, int error, const void* bytes,
 }
 
 void LoggedDisk::serve() {
-  // Memory is never reclaimed by writing to the disk that this thread serves.
+  // To free memory for this thread, the kernel must not write to the disk that the thread serves.
   ::prctl(PR_SET_IO_FLUSHER, 1, 0, 0, 0);
   std::string buffer(mostWritten + 65536, '\0');
   std::string block;

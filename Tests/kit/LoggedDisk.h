@@ -18,22 +18,23 @@ namespace velto::kit {
 
 // What a disk did, in order.
 struct DiskEvent {
-  std::chrono::steady_clock::time_point time; // when it was done, before the answer
+  std::chrono::steady_clock::time_point time; // when it was done, before the kernel was told
   std::uint64_t offset = 0;                   // bytes
   std::string written;                        // empty: a flush of the disk's write cache
 };
 
-// What a loss of power makes of the writes that no flush had forced out of the disk's write cache.
+// What becomes of writes that no flush had forced out of the disk's write cache when power was
+// lost.
 enum class CachedWrites {
-  kept, // all of them are on the disk: the disk as it would be copied at that moment
-  lost, // none is
-  torn, // some are, in any order, each 4096 bytes whole or not at all
+  kept, // all are on the disk, as in a copy of it made at that moment
+  lost, // none is on the disk
+  torn, // some are on the disk, in any order, each 4096 bytes whole or not at all
 };
 
 // A block device whose content is the file `image`, and that logs every write and flush. A thread
-// of this process serves it: the kernel's loop driver sits on a file that FUSE brings here. Needs
-// root, /dev/fuse and mounts of its own; throws std::runtime_error otherwise. Its file system must
-// be unmounted before the destructor.
+// of this process serves it: the kernel's loop driver uses a file whose requests FUSE sends here.
+// Needs root, /dev/fuse and mounts of its own; throws std::runtime_error otherwise. Its file system
+// must be unmounted before the destructor.
 class LoggedDisk {
 public:
   // `flushTime`: how long each flush takes.
@@ -53,7 +54,7 @@ private:
   void answer(std::uint64_t request, int error, const void* bytes, std::size_t size) const;
 
   std::filesystem::path image_;
-  std::filesystem::path file_; // what the loop device sits on
+  std::filesystem::path file_; // the file behind the loop device
   std::chrono::milliseconds flushTime_;
   int imageFile_ = -1;
   int channel_ = -1; // to the kernel

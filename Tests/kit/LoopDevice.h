@@ -7,7 +7,7 @@
 namespace velto::kit {
 
 // Attached for its lifetime; the kernel detaches it if this process dies. Needs root. The
-// constructor throws std::runtime_error if no device is to be had.
+// constructor throws std::runtime_error if no device is available.
 class LoopDevice {
 public:
   explicit LoopDevice(const std::filesystem::path& file);

@@ -7,7 +7,7 @@
 
 namespace velto::testing {
 
-// All answers are of the frequency drill, so that none goes without a trace when it is rolled up.
+// All answers are of the frequency drill, so that the roll-up counts each of them.
 inline void recordNumbered(Profile& profile, std::int64_t number) {
   profile.record({.drill = Drill::frequency,
                   .seed = 7,

@@ -34,7 +34,7 @@ struct ReadProfile {
   bool operator==(const ReadProfile&) const = default;
 };
 
-// nullopt if the file is missing or not a complete profile, which may still be in the making.
+// nullopt if the file is missing or incomplete, for example because it is being written.
 [[nodiscard]] std::optional<ReadProfile> readProfile(const std::filesystem::path& file);
 
 // Waits until the profile holds `attempts` attempts. Throws std::runtime_error on a timeout.

@@ -174,7 +174,7 @@ inline void expectText(QQuickItem* item, const Picture& picture, const ExpectedT
   expectColor(item->property("color").value<QColor>(), expected.color, "the text's colour");
 
   EXPECT_FALSE(item->property("truncated").toBool());
-  EXPECT_LE(item->property("contentWidth").toDouble(), item->width() + 0.01) << "cut";
+  EXPECT_LE(item->property("contentWidth").toDouble(), item->width() + 0.01) << "cut off";
 
   // Every pixel is a blend of background and colour, and strokes reach most of the colour.
   const QColor full = over(expected.color, expected.ground);

@@ -28,7 +28,7 @@ private:
   std::optional<Daemon> manager_, pulse_;
 };
 
-// A JACK server with a driver that plays nowhere, under one of four names: JACK refuses to start
+// A JACK server with the dummy driver, under one of four names: JACK refuses to start
 // more than a few servers, and a server that was killed counts until another one takes its name.
 class JackServerProcess {
 public:

@@ -118,6 +118,13 @@ TEST(LabPages, TheCompletionOffersTheCommands) {
     EXPECT_EQ(asSet(offered({group, ""})), names);
 }
 
+TEST(LabPages, TheCompletionOffersValues) {
+  EXPECT_EQ(offered({"render", "out", "--material", ""}), (Words{"drums", "pad", "pink"}));
+  EXPECT_EQ(offered({"render", "out", "--drill", "l"}), Words{"level"});
+  EXPECT_EQ(offered({"render", "out", "--seed", ""}), Words{});
+  EXPECT_EQ(offered({"import", "one"}), (Words{"one more.csv", "one.csv"}));
+}
+
 TEST(LabPages, TheCompletionOffersTheSwitchesOfACommand) {
   for (const auto& [name, switches] : declared()) {
     if (name.empty())

@@ -28,7 +28,7 @@ constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t smallest = std::numeric_limits<std::int64_t>::min();
 
-// Switches the process to a locale with a decimal comma, and back at the end.
+// Switches the process to a locale with a decimal comma. The destructor restores the C locale.
 class CommaLocale {
 public:
   CommaLocale() : active_(enter()) {}
@@ -63,7 +63,7 @@ std::string print(const char* format, Values... values) {
   return CommaLocale::print(format, values...);
 }
 
-// Every double: uniform over bit patterns, so over all magnitudes, with the special ones.
+// Any double: a random bit pattern, which has any magnitude, one up to 20000, or a special case.
 rc::Gen<double> anyDouble() {
   const auto anyBits = rc::gen::map(rc::gen::resize(100, rc::gen::arbitrary<std::uint64_t>()),
                                     [](std::uint64_t bits) { return std::bit_cast<double>(bits); });
@@ -122,7 +122,7 @@ TEST(Numbers, FixedWritesEveryDigitOfTheLargestDouble) {
   EXPECT_EQ(text.substr(0, 6), "-17976");
 }
 
-TEST(Numbers, ShortestTextsOfKnownValues) {
+TEST(Numbers, ShortestMatchesKnownTexts) {
   EXPECT_EQ(Numbers::shortest(0.1), "0.1");
   EXPECT_EQ(Numbers::shortest(1e21), "1e+21");
   EXPECT_EQ(Numbers::shortest(-0.0), "-0");
@@ -149,7 +149,7 @@ TEST(Numbers, TruncatedDropsTheFraction) {
   EXPECT_EQ(Numbers::truncated(0x1.fffffffffffffp62), 9223372036854774784);
 }
 
-TEST(NumbersDeathTest, TruncatedDiesIfTheResultExceedsAnInteger) {
+TEST(NumbersDeathTest, TruncatedDiesIfTheValueDoesNotFitAnInteger) {
   const char* message = "Velto: a number cannot be converted to an integer";
   EXPECT_DEATH((void)Numbers::truncated(notANumber), message);
   EXPECT_DEATH((void)Numbers::truncated(infinity), message);

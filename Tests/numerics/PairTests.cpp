@@ -10,7 +10,7 @@ namespace {
 
 using namespace tests;
 
-// A compiler that merged the two conversions would keep bits that the first one drops.
+// A compiler that optimised both conversions away would keep bits that a float drops.
 RC_GTEST_PROP(PairLaw, RoundsAndWidensLikeEachHalfAlone, ()) {
   const double a = *between(-4, 4), b = *between(-4, 4);
   const Pair there = widened(rounded(Pair{a, b}));

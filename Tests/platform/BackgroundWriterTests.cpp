@@ -1,5 +1,7 @@
 #include "BackgroundWriter.h"
 
+#include "kit/Eventually.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -48,7 +50,7 @@ TEST(BackgroundWriter, TellsThatAFinishCanBeCollectedUntilItEnds) {
   std::atomic<int> told = 0, finished = 0;
   Gate gate;
   {
-    BackgroundWriter writer([&] { ++told; });
+    BackgroundWriter writer(BackgroundWriter::detourAfter, [&] { ++told; });
     writer.post([] { return Outcome{}; });
     EXPECT_TRUE(writer.wait(10s));
     EXPECT_EQ(told, 0) << "there is nothing to collect";
@@ -69,7 +71,7 @@ TEST(BackgroundWriter, TellsThatAFinishCanBeCollectedUntilItEnds) {
   EXPECT_EQ(finished, 1);
 }
 
-TEST(BackgroundWriter, RunsOnlyTheLatestOfTheWorkThatHasNotBegun) {
+TEST(BackgroundWriter, RunsOnlyTheLatestWorkThatHasNotBegun) {
   Gate gate;
   BackgroundWriter writer;
   std::vector<int> done;
@@ -96,14 +98,66 @@ TEST(BackgroundWriter, RepeatsWorkThatAsksForItUntilThereIsNewerWork) {
     ++runs;
     return Outcome{.finish = {}, .again = true};
   });
-  while (runs < 5)
-    std::this_thread::yield();
+  EXPECT_TRUE(kit::eventually([&] { return runs >= 5; }));
   EXPECT_FALSE(writer.wait(1ms));
   writer.post([] { return Outcome{}; });
   EXPECT_TRUE(writer.wait(10s));
 }
 
-TEST(BackgroundWriter, NeverWaitsForWorkButInWait) {
+bool happens(std::promise<void>& event) {
+  return event.get_future().wait_for(10s) == std::future_status::ready;
+}
+
+TEST(BackgroundWriter, WorkThatEarlierWorkKeepsWaitingTakesItsDetour) {
+  Gate gate;
+  Gate first;
+  BackgroundWriter writer(1ms);
+  writer.post(gate.work());
+  gate.begun.get_future().wait();
+  std::vector<int> done;
+  writer.post([] { return Outcome{}; }, [&] { first.work()(); });
+  EXPECT_TRUE(happens(first.begun));
+  // A detour that lasts keeps nobody waiting either.
+  std::promise<void> second;
+  writer.post(
+      [&] {
+        done.push_back(1);
+        return Outcome{};
+      },
+      [&] { second.set_value(); });
+  EXPECT_TRUE(happens(second));
+  EXPECT_FALSE(writer.wait(1ms));
+  gate.release.set_value();
+  EXPECT_FALSE(writer.wait(20ms)); // for the first detour
+  first.release.set_value();
+  EXPECT_TRUE(writer.wait(10s));
+  EXPECT_EQ(done, std::vector<int>{1}); // the work is done all the same
+}
+
+TEST(BackgroundWriter, WorkThatNeedNotWaitTakesNoDetour) {
+  Gate gate;
+  BackgroundWriter writer(0ms);
+  std::atomic<int> detours = 0;
+  std::promise<void> detoured;
+  writer.post(gate.work());
+  gate.begun.get_future().wait();
+  writer.post([] { return Outcome{}; }, [&] { detoured.set_value(); });
+  EXPECT_TRUE(happens(detoured)); // from now on a thread looks for detours
+  gate.release.set_value();
+  EXPECT_TRUE(writer.wait(10s));
+  for (int i = 0; i < 100; ++i) {
+    writer.post(
+        [] {
+          std::this_thread::sleep_for(1ms);
+          return Outcome{};
+        },
+        [&] { ++detours; });
+    EXPECT_TRUE(writer.wait(10s));
+  }
+  EXPECT_EQ(detours, 0);
+}
+
+TEST(BackgroundWriter, WaitsForWorkOnlyInWait) {
   const auto gate = std::make_shared<Gate>();
   {
     BackgroundWriter writer;

@@ -23,7 +23,7 @@ bool isReadable(int descriptor) {
 
 } // namespace
 
-// Each test changes how its process treats signals, so it runs in a fork.
+// Each test changes how its process handles signals, so it runs in a forked process.
 
 TEST(EndSignals, AreHeldAndTheFirstIsReported) {
   for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
@@ -53,7 +53,7 @@ TEST(EndSignals, LeavesAnIgnoredSignalIgnored) {
   EXPECT_EQ(forked.ended(), 0);
 }
 
-TEST(EndSignals, WithoutHoldingASignalEndsTheProcess) {
+TEST(EndSignals, EndTheProcessUnlessHeld) {
   kit::Forked forked([] {
     std::raise(SIGTERM);
     ::_exit(0);

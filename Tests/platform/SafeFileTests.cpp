@@ -35,10 +35,11 @@ namespace fs = std::filesystem;
 class FileTest : public ::testing::Test {
 protected:
   [[nodiscard]] fs::path file() const { return scratch_.path() / "file"; }
-  [[nodiscard]] std::size_t entries() const {
+  static std::size_t entries(const fs::path& folder) {
     return static_cast<std::size_t>(
-        std::distance(fs::directory_iterator(scratch_.path()), fs::directory_iterator()));
+        std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
   }
+  [[nodiscard]] std::size_t entries() const { return entries(scratch_.path()); }
 
   ScratchFolder scratch_;
 };
@@ -58,7 +59,7 @@ TEST_F(SafeFileTest, ReadsWhatWasWritten) {
   EXPECT_EQ(reading.stamp, SafeFile::stamp(file()));
 }
 
-// However fast one follows the other, and although neither size nor inode change.
+// Even if writes follow each other at once and change neither size nor inode.
 TEST_F(SafeFileTest, NoTwoWritesHaveTheSameStamp) {
   auto last = SafeFile::stamp(file());
   for (int i = 0; i < 1000; ++i) {
@@ -70,7 +71,7 @@ TEST_F(SafeFileTest, NoTwoWritesHaveTheSameStamp) {
   }
 }
 
-TEST_F(SafeFileTest, OthersWritesChangeTheStamp) {
+TEST_F(SafeFileTest, WritesByOthersChangeTheStamp) {
   ASSERT_EQ(SafeFile::overwrite(file(), "same"), Written::done);
   const auto before = SafeFile::stamp(file());
   put(file(), "same");
@@ -202,7 +203,6 @@ TEST_F(BackupFileTest, IsRefusedWhereTheFolderTakesNoNewFile) {
 
 class PutAsideTest : public FileTest {
 protected:
-  // A text decodes if it begins with "good".
   [[nodiscard]] bool keep() const {
     return PutAside::keep(file(), SafeFile::read(file()), decodes);
   }
@@ -210,6 +210,7 @@ protected:
     put(file(), content);
     return keep();
   }
+  // Takes a text that begins with "good" for a record.
   static bool decodes(std::string_view bytes) { return bytes.starts_with("good"); }
 };
 
@@ -232,7 +233,7 @@ TEST_F(PutAsideTest, KeepsNoDuplicateAndNoEmptyFile) {
   EXPECT_EQ(PutAside::all(file()).size(), 2U);
 }
 
-TEST_F(PutAsideTest, OnlyTheOldestJunkMakesRoom) {
+TEST_F(PutAsideTest, RemovesOnlyTheOldestJunk) {
   const std::string large(PutAside::mostBytesOfJunk + 1, 'x');
   EXPECT_TRUE(keep("good"));
   EXPECT_TRUE(keep(large));
@@ -285,6 +286,13 @@ protected:
     const FileFaults faults({{number, fault}});
     Folders::moveFile(file(), there());
   }
+  // The number of file operations of a move that succeeds.
+  [[nodiscard]] std::size_t operationsOfAMove() const {
+    put(file(), "text");
+    const FileFaults none;
+    Folders::moveFile(file(), there());
+    return FileFaults::operationsSoFar();
+  }
   [[nodiscard]] fs::path there() const { return other_.path() / "moved"; }
   void SetUp() override {
     struct stat here {};
@@ -297,20 +305,42 @@ protected:
   ScratchFolder other_{"/dev/shm"};
 };
 
-TEST_F(MoveFile, LeavesTheOriginalUntilTheCopyIsOnTheDisk) {
-  std::size_t left = 0;
-  for (std::size_t number = 0; number < 12; ++number) {
-    put(file(), "text");
-    fs::remove(there());
-    move(number, FileFault::inputOutputError);
-    EXPECT_TRUE(contentOf(file()) == "text" || contentOf(there()) == "text");
-    left += fs::exists(file());
-    if (!fs::exists(there()))
-      EXPECT_TRUE(fs::is_empty(other_.path()));
-    else
-      EXPECT_EQ(contentOf(there()), "text");
-  }
-  EXPECT_GE(left, 4U);
+TEST_F(MoveFile, FailsWithoutLosingAByte) {
+  const std::size_t operations = operationsOfAMove();
+  for (const bool replaces : {false, true})
+    for (std::size_t number = 0; number < operations; ++number) {
+      put(file(), "text");
+      fs::remove(there());
+      if (replaces)
+        put(there(), "older");
+      move(number, FileFault::inputOutputError);
+      EXPECT_TRUE(contentOf(file()) == "text" || contentOf(there()) == "text") << number;
+      const bool isMoved = fs::exists(there()) && contentOf(there()) == "text";
+      EXPECT_EQ(fs::exists(there()), isMoved || replaces) << number;
+      EXPECT_EQ(entries(other_.path()), fs::exists(there()) ? 1U : 0U) << number;
+    }
+}
+
+TEST_F(MoveFile, CutShortAnywhereLeavesNoPartialFile) {
+  const std::size_t operations = operationsOfAMove();
+  for (std::size_t number = 0; number < operations; ++number)
+    for (const FileFault fault : {FileFault::death, FileFault::lateDeath}) {
+      put(file(), "text");
+      fs::remove(there());
+      Forked mover([&] { move(number, fault); });
+      EXPECT_EQ(mover.ended(), 128 + SIGKILL) << number;
+      EXPECT_TRUE(!fs::exists(there()) || contentOf(there()) == "text") << number;
+      EXPECT_TRUE(fs::exists(there()) || contentOf(file()) == "text") << number;
+    }
+}
+
+TEST_F(MoveFile, ForcesTheCopyAndThenItsFolderToTheDisk) {
+  put(file(), "text");
+  const std::size_t before = kit::SlowDisk::waitsOfThisThread();
+  Folders::moveFile(file(), there());
+  EXPECT_EQ(kit::SlowDisk::waitsOfThisThread() - before, 2U);
+  EXPECT_EQ(contentOf(there()), "text");
+  EXPECT_FALSE(fs::exists(file()));
 }
 
 TEST_F(MoveFile, AFullDiskLeavesTheOriginalAlone) {

@@ -46,7 +46,7 @@ TEST(Subprocess, IsKilledWhenItTakesTooLong) {
   EXPECT_NE(::kill(pid, 0), 0);
 }
 
-TEST(Subprocess, CanEndItselfAfterATime) {
+TEST(Subprocess, EndAfterEndsThisProcess) {
   kit::Forked forked([] {
     Subprocess::endAfter(1s);
     while (true)

@@ -1,5 +1,5 @@
-// When each answer was acknowledged. The log is a file that two processes map, apart from the disk
-// that fails.
+// Records when each answer was acknowledged, in a file that two processes map. The file is not on
+// the disk whose power is cut.
 #pragma once
 
 #include <fcntl.h>
@@ -25,21 +25,21 @@ public:
   explicit AnswerLog(const std::filesystem::path& file) {
     const int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (descriptor < 0 || ::ftruncate(descriptor, sizeof(Content)) != 0)
-      throw std::runtime_error("no log of answers");
+      throw std::runtime_error("cannot create the log of answers");
     place_ = ::mmap(nullptr, sizeof(Content), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
     ::close(descriptor);
     if (place_ == MAP_FAILED)
-      throw std::runtime_error("no log of answers");
+      throw std::runtime_error("cannot map the log of answers");
     content_ = static_cast<Content*>(place_);
   }
   AnswerLog(const AnswerLog&) = delete;
   AnswerLog& operator=(const AnswerLog&) = delete;
   ~AnswerLog() { ::munmap(place_, sizeof(Content)); }
 
-  // With this many answers the program started.
+  // Sets the number of answers in the record when the program started.
   void start(std::int64_t answers) { content_->before = answers + 1; }
 
-  // One more answer was acknowledged, now.
+  // Adds an answer that is acknowledged now.
   void acknowledge() {
     const std::size_t count = content_->count;
     content_->times.at(count) = Clock::now().time_since_epoch().count();
@@ -49,7 +49,7 @@ public:
   // Answers before the start, or -1 if the program has not started.
   [[nodiscard]] std::int64_t before() const { return content_->before - 1; }
 
-  // All answers that were acknowledged by `moment`.
+  // The number of answers that were acknowledged by `moment`, with those before the start.
   [[nodiscard]] std::int64_t acknowledgedBy(Clock::time_point moment) const {
     std::size_t count = content_->count;
     while (count > 0 && timeOf(count - 1) > moment)
@@ -57,15 +57,15 @@ public:
     return before() + static_cast<std::int64_t>(count);
   }
 
-  // When an answer was acknowledged; `number` from before() on.
+  // When an answer was acknowledged. The first one after the start has the number before().
   [[nodiscard]] Clock::time_point timeOfAnswer(std::int64_t number) const {
     return timeOf(static_cast<std::size_t>(number - before()));
   }
 
 private:
-  // A new file reads as zeros.
+  // All zero in a new file.
   struct Content {
-    std::atomic<std::int64_t> before; // plus one
+    std::atomic<std::int64_t> before; // plus one, 0 until the start
     std::atomic<std::size_t> count;
     std::array<Clock::rep, most> times;
   };

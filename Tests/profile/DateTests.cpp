@@ -22,7 +22,7 @@ TEST(Date, NowIsTheWallClock) {
   const double before = secondsSince1970();
   const double now = Date::now().secondsSinceReferenceDate + 978307200;
   const double after = secondsSince1970();
-  EXPECT_GE(now, before - 1e-6); // seconds near 2e9 are 2.4e-7 apart
+  EXPECT_GE(now, before - 1e-6); // doubles near 2e9 are 2.4e-7 apart
   EXPECT_LE(now, after + 1e-6);
 }
 

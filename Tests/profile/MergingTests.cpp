@@ -12,7 +12,7 @@ using namespace testing;
 
 constexpr std::size_t cap = 10;
 
-// Answers numbered by their difficulty and dated by it, all in band 3.
+// Answers `from` to `to` - 1, all in band 3. The number of each is its difficulty and its date.
 std::vector<Attempt> numbered(int from, int to) {
   std::vector<Attempt> rows;
   for (int i = from; i < to; ++i) {
@@ -40,7 +40,7 @@ bool isSorted(const std::vector<Attempt>& rows) {
   });
 }
 
-TEST(Merging, AnswersOfBothSidesAreThereOnceByDate) {
+TEST(Merging, KeepsTheAnswersOfBothSidesOnceSortedByDate) {
   const auto common = numbered(0, 3);
   const Stored base{joined(common, numbered(4, 6)), {}, {}};
   const auto own = numbered(3, 5);
@@ -51,13 +51,13 @@ TEST(Merging, AnswersOfBothSidesAreThereOnceByDate) {
   EXPECT_EQ(Merging::merged(both, mine, own, 100), both);
 }
 
-TEST(Merging, RowsKeepTheOrderOfTheFileWhereItsDatesAreOutOfOrder) {
+TEST(Merging, KeepsTheOrderOfAFileWhoseDatesAreUnsorted) {
   const Stored base{joined(numbered(50, 52), numbered(0, 2)), {}, {}};
   const auto own = numbered(2, 3);
   EXPECT_EQ(Merging::merged(base, {}, own, 100).attempts, joined(base.attempts, own));
 }
 
-TEST(Merging, StaircasesComeFromTheLaterAnswerOfTheirDrill) {
+TEST(Merging, TakesEachStaircaseFromTheSideWithItsDrillsLastAnswer) {
   Stored base{{row(Drill::level, {}, true, 0, Date{5}), row(Drill::dynamics, {}, true, 0, Date{5})},
               {{"level", {1, 0, 0, 0}}, {"dynamics", {2, 0, 0, 0}}, {"zoom", {9, 0, 0, 0}}},
               {}};
@@ -71,8 +71,8 @@ TEST(Merging, StaircasesComeFromTheLaterAnswerOfTheirDrill) {
                                               {"zoom", {9, 0, 0, 0}}}));
 }
 
-// Two sides start from one record and answer in turns, each rolling up on its own. Whatever the
-// order of merging, every answer is a row or rolled up, once.
+// Three sides start from one record, and each records answers and rolls rows up on its own. In any
+// order of merging, no answer is lost or counted twice.
 RC_GTEST_PROP(MergingLaw, EveryAnswerIsKeptOnceAroundTheCap, ()) {
   const auto initial = *rc::gen::inRange(0, 15);
   Stored file{numbered(0, initial), {}, {}};
@@ -143,7 +143,7 @@ TEST(Recovery, AFileThatWasReplacedSinceGainsOnlyUnsavedAnswers) {
   EXPECT_EQ(recoveredRows({true, 21, other}, {backupOf(rows, 20, {rows[8]})}), 4U);
 }
 
-TEST(Recovery, AFileThatIsGoneWasDeletedUnlessThereWasNone) {
+TEST(Recovery, AMissingFileIsRestoredOnlyIfThereWasNoneAtTheBackup) {
   const auto rows = numbered(0, 9);
   EXPECT_EQ(Merging::recovered({}, {backupOf(rows, 20, {rows[8]})}, 100), std::nullopt);
   EXPECT_EQ(recoveredRows({}, {backupOf(rows, {})}), 9U);
@@ -176,7 +176,7 @@ TEST(BackupCoding, ABackupIsAProfileFileWithMoreKeys) {
   }
 }
 
-TEST(BackupCoding, ABackupOfAnEarlierVersionCountsOnlyForADamagedFile) {
+TEST(BackupCoding, ABackupOfAnEarlierVersionIsUsedOnlyForADamagedFile) {
   const Stored stored{numbered(0, 2), {}, {}};
   const Backup backup = Coding::decodeBackup(Coding::encode(stored).value()).value();
   EXPECT_EQ(recoveredRows({true, 1, {}}, {backup}), 2U);

@@ -1,9 +1,9 @@
 // The practice record survives a loss of power on real file systems.
 //
-// A program practises on a file system whose disk logs every write and flush. The log then tells
-// what the disk holds if the power is lost at any moment: all that was flushed, and of the rest
-// all, nothing, or an arbitrary part (kit/LoggedDisk.h). Each such disk is mounted anew, which lets
-// the file system replay its journal, and the record is loaded from it.
+// A program practises on a file system whose disk logs every write and flush. From the log follows
+// what the disk holds after a power cut at a given moment: everything that was flushed, and all,
+// none or a random part of the rest (kit/LoggedDisk.h). Each such disk is mounted, which makes the
+// file system replay its journal, and the record is loaded from it.
 #include "AnswerLog.h"
 
 #include "kit/Command.h"
@@ -61,7 +61,7 @@ struct FileSystem {
   const char* type;
   const char* make;    // command; the image's path is appended
   const char* options; // of the mount
-  const char* often;   // further options, in every second session: commit every second
+  const char* often;   // added in every second session: commits each second
 };
 
 void PrintTo(const FileSystem& system, std::ostream* out) {
@@ -86,7 +86,7 @@ constexpr Start starts[] = {
     {"the last cut's disk", {}},
 };
 
-// Mounts for its lifetime.
+// A mount that ends with the object.
 class Mounted {
 public:
   Mounted(const std::string& device, fs::path folder, const FileSystem& system,
@@ -99,7 +99,7 @@ public:
   }
   Mounted(const Mounted&) = delete;
   Mounted& operator=(const Mounted&) = delete;
-  // A record that was closed while the disk was slow may still be writing.
+  // Retries: a record that was closed on a slow disk may still be writing.
   ~Mounted() {
     EXPECT_TRUE(kit::eventually([&] { return ::umount(folder_.c_str()) == 0; }))
         << std::strerror(errno);
@@ -109,16 +109,17 @@ private:
   fs::path folder_;
 };
 
-// Forces a numbered file of the record's size to the disk, and then its name, again and again. That
-// commits journals in the midst of the record's saves, as other programs do; it measures how long
-// the disk takes to flush a record; and it shows that the disk keeps what it has flushed.
+// Another program on the same disk. In a loop, replaces a numbered file of the record's size and
+// syncs the file and its folder. This commits the journal in the middle of the record's saves,
+// measures how long the disk takes to flush a record, and shows whether the disk keeps what it has
+// flushed.
 class Neighbour {
 public:
   struct Flushes {
     struct Flush {
       Clock::time_point begin, end;
     };
-    std::ptrdiff_t first = 0; // the number of the file from which it began
+    std::ptrdiff_t first = 0; // the number of the file at the start
     std::vector<Flush> all;
 
     // The number of the file on the disk at `moment`.
@@ -126,7 +127,7 @@ public:
       return first + std::count_if(all.begin(), all.end(),
                                    [&](const Flush& flush) { return flush.end <= moment; });
     }
-    // The longest time that a file took.
+    // The longest time that it took to replace the file.
     [[nodiscard]] Clock::duration longest() const {
       Clock::duration longest{};
       for (const Flush& flush : all)
@@ -140,7 +141,7 @@ public:
   Neighbour& operator=(const Neighbour&) = delete;
   ~Neighbour() { static_cast<void>(ended()); }
 
-  // Ends it.
+  // Stops the thread.
   Flushes ended() {
     ended_ = true;
     if (thread_.joinable())
@@ -226,8 +227,8 @@ private:
 struct Cut {
   Clock::time_point moment;
   CachedWrites cached = CachedWrites::kept;
-  Clock::duration mayLose{};    // answers acknowledged in so much time before
-  std::ptrdiff_t neighbour = 0; // the neighbour's file that is on the disk
+  Clock::duration mayLose{};    // answers acknowledged this long before may be lost
+  std::ptrdiff_t neighbour = 0; // number of the neighbour's file on the disk
 };
 
 const char* nameOf(CachedWrites cached) {
@@ -266,7 +267,7 @@ protected:
       GTEST_SKIP() << GetParam().name << ": " << reason;
   }
 
-  // Runs a session, and the cuts after it.
+  // Runs a session, then checks what its power cuts leave.
   void practise(std::size_t session);
 
 private:
@@ -293,11 +294,11 @@ private:
 
   kit::ScratchFolder scratch_;
   std::minstd_rand random_{std::random_device{}()};
-  std::string session_; // in words
+  std::string session_; // for messages
 
 protected:
   int cuts_ = 0;
-  int failed_ = 0;      // lost more than is allowed
+  int failed_ = 0;      // too few or too many answers left
   int lostEarlier_ = 0; // lost answers of earlier sessions
   Clock::duration longestLoss_{};
   Clock::duration longestFlush_{};
@@ -360,7 +361,7 @@ std::vector<Cut> PowerCut::cutsBetween(Clock::time_point begin, Clock::time_poin
   std::vector<Cut> cuts;
   for (int i = 0; i < cutsInASession(); ++i) {
     Cut cut{.moment = begin};
-    // By the clock, or in the midst of what the disk does.
+    // At a random time, or right after a random operation of the disk.
     if (i % 2 == 0 || events.empty())
       cut.moment = begin + Clock::duration(std::uniform_int_distribution<Clock::rep>(
                                0, (end - begin).count())(random_));
@@ -406,9 +407,10 @@ void PowerCut::check(const Cut& cut, const std::vector<DiskEvent>& log, const An
 
 void PowerCut::practise(std::size_t session) {
   const Start& start = starts[session];
-  const bool isClosed = session % 2 == 1; // or killed
-  // An fsync takes three to four flushes: 40 ms, or more than 100.
-  const milliseconds flushTime(session % 4 == 3 ? 35 : 10);
+  const bool isClosed = session % 2 == 1; // otherwise killed
+  // An fsync takes three to four flushes. Closing waits for disks that are not too slow.
+  constexpr int flushTimes[] = {10, 10, 100, 35};
+  const milliseconds flushTime(flushTimes[session % std::size(flushTimes)]);
   session_ = std::string("session ") + std::to_string(session) + " from " + start.name;
   begin(start);
   copy("start", "disk");
@@ -453,8 +455,8 @@ void PowerCut::practise(std::size_t session) {
 TEST_P(PowerCut, LosesAtMostTheLastSecondAndOneFlush) {
   for (std::size_t session = 0; session < std::size(starts); ++session)
     practise(session);
-  std::printf("%s: %d cuts, %d lost too much, %d of them answers of earlier sessions. Else the "
-              "longest loss was %.2f s; the longest flush %.2f s\n",
+  std::printf("%s: %d cuts, %d with a wrong number of answers, %d that lost answers of earlier "
+              "sessions. Otherwise the longest loss was %.2f s. The longest flush took %.2f s\n",
               GetParam().name, cuts_, failed_, lostEarlier_, inSeconds(longestLoss_),
               inSeconds(longestFlush_));
   std::fflush(stdout);

@@ -1,5 +1,5 @@
-// Practises on the record that the environment names, at a pace that changes: bursts of answers
-// without a pause, an answer every tenth of a second, one a second.
+// Practises on the record that the environment names, at a changing pace: from bursts of answers
+// without a pause to an answer a second.
 //
 //   PracticeWriter LOG SEED SECONDS    0 seconds: until it is killed
 #include "AnswerLog.h"
@@ -16,7 +16,7 @@ using std::chrono::milliseconds;
 using velto::testing::AnswerLog;
 
 struct Pace {
-  int answers; // at this pace
+  int answers; // at most, before the pace changes
   milliseconds shortest, longest;
 };
 
@@ -43,7 +43,7 @@ void practise(AnswerLog& log, std::minstd_rand& random, AnswerLog::Clock::time_p
 
 } // namespace
 
-// NOLINTNEXTLINE(bugprone-exception-escape): then the writer ends, and the test says so
+// NOLINTNEXTLINE(bugprone-exception-escape): it ends the writer, which the test reports
 int main(int count, char** arguments) {
   if (count != 4) {
     std::fputs("PracticeWriter LOG SEED SECONDS\n", stderr);

@@ -124,7 +124,7 @@ TEST_F(ProfileDamage, StaircasesOutOfRangeAreClampedByTheNextMove) {
       const Trial trial = Drills::makeTrial(50, Material::pad, 5, Drill::level);
       profile.record(trial, {false, 1, {}, {}, {}});
       EXPECT_GE(profile.staircase(Drill::level).difficulty, 0);
-      // First down, then up past 100.
+      // One wrong answer moves it down, two right ones move it up.
       profile.record(trial, {true, 0, {}, {}, {}});
       profile.record(trial, {true, 0, {}, {}, {}});
       EXPECT_LE(profile.staircase(Drill::level).difficulty, 100);
@@ -151,7 +151,7 @@ TEST_F(ProfileDamage, AnOverflowingErrorSumOnlyStopsSaving) {
   EXPECT_TRUE(std::isinf(profile.stats().bands[3].meanErrorOct));
 }
 
-// ---- Size, long ----
+// ---- Large files ----
 
 constexpr std::size_t hundredMegabytes = 100'000'000;
 
@@ -166,8 +166,8 @@ std::string repeated(const std::string& text, std::size_t bytes) {
 // Files of a hundred megabytes, one per test, to measure the memory of each.
 class ProfileSize : public ProfileDamage {
 protected:
-  // Writes the file, loads it and returns the number of rows. Loading may take at most five times
-  // the file's size: its bytes, the rows, and one token with the parser's copies of it.
+  // Writes the file, loads it and returns the number of rows. Loading may take memory of at most
+  // five times the file's size: its bytes, the rows, and one token with the parser's copies of it.
   [[nodiscard]] std::size_t rowsOf(std::string content) const {
     constexpr double mostTimes = 5;
     put(file(), content);
@@ -202,35 +202,35 @@ std::string attemptTextOf(const std::string& file) {
   return file.substr(from, file.find(']') - from);
 }
 
-TEST_F(ProfileSize, OfManyRows) {
+TEST_F(ProfileSize, ReadsManyRowsWithinTheLimit) {
   const std::string attempt = attemptTextOf(smallFile);
   const std::string rows = repeated(attempt + ",", hundredMegabytes) + attempt;
   EXPECT_EQ(rowsOf(R"({"attempts":[)" + rows + R"(],"staircases":{}})"),
             (rows.size() + 1) / (attempt.size() + 1));
 }
 
-TEST_F(ProfileSize, OfOneLongText) {
+TEST_F(ProfileSize, ReadsOneLongTextWithinTheLimit) {
   EXPECT_EQ(rowsOf(changed(smallFile, R"("lifetime")",
                            R"("x":")" + std::string(hundredMegabytes, 'y') + R"(","lifetime")")),
             1U);
 }
 
-TEST_F(ProfileSize, OfOneLongNumber) {
+TEST_F(ProfileSize, ReadsOneLongNumberWithinTheLimit) {
   EXPECT_EQ(rowsOf(changed(smallFile, "20.5", "20.5" + std::string(hundredMegabytes, '0'))), 1U);
 }
 
-TEST_F(ProfileSize, OfDeepNesting) {
+TEST_F(ProfileSize, RejectsDeepNestingWithinTheLimit) {
   EXPECT_EQ(rowsOf(R"({"attempts":[],"x":)" + std::string(hundredMegabytes, '[')), 0U);
 }
 
-TEST_F(ProfileSize, OfUnknownMembers) {
+TEST_F(ProfileSize, SkipsUnknownMembersWithinTheLimit) {
   EXPECT_EQ(rowsOf(changed(smallFile, R"("lifetime")",
                            repeated(R"("x":{"y":[1,2,3.5,"z",null]},)", hundredMegabytes) +
                                R"("lifetime")")),
             1U);
 }
 
-TEST_F(ProfileSize, OfNoJSONAtAll) {
+TEST_F(ProfileSize, RejectsOtherBytesWithinTheLimit) {
   EXPECT_EQ(rowsOf(std::string(hundredMegabytes, '\xff')), 0U);
   EXPECT_EQ(rowsOf(std::string(hundredMegabytes, ' ')), 0U);
 }

@@ -1,7 +1,8 @@
-// The record's files: what is written when, by which thread, and what a fault leaves of it.
+// The record's files: when each is written, by which thread, and what is left after a fault.
 #include "BackupFile.h"
 #include "PutAside.h"
 
+#include "kit/Eventually.h"
 #include "kit/FileFaults.h"
 #include "kit/Forked.h"
 #include "kit/NumberedProfile.h"
@@ -29,13 +30,14 @@ using kit::FileFault;
 using kit::FileFaults;
 using kit::Forked;
 using kit::SlowDisk;
+using kit::StuckFlushes;
 using std::chrono::steady_clock;
 
 namespace fs = std::filesystem;
 
 class ProfileFiles : public NumberedProfile {
 protected:
-  // A program that is killed once `body` is done with its profile.
+  // Runs `body` on a profile in another process, which is then killed.
   template <typename Body>
   void killedAfter(Body body) const {
     Forked program([&] {
@@ -48,7 +50,7 @@ protected:
   [[nodiscard]] std::string encoded(std::int64_t count) const {
     return Coding::encode(Stored{numberedRows(count), {}, {}}).value();
   }
-  // Copies of that kind.
+  // The copies beside the file of a kind, "saving" or "backup".
   [[nodiscard]] std::vector<fs::path> copies(const char* kind) const {
     return BackupFile::all(file(), kind);
   }
@@ -69,7 +71,7 @@ private:
   int descriptor_;
 };
 
-// The rest of the program runs as a user who may only do what the modes say.
+// Gives up root's rights, so that file modes apply.
 void becomeNobody() {
   constexpr uid_t nobody = 65534;
   if (::geteuid() == 0) {
@@ -79,7 +81,7 @@ void becomeNobody() {
 
 // ---- A normal day ----
 
-TEST_F(ProfileFiles, AfterACleanEndNothingLiesBesideTheFile) {
+TEST_F(ProfileFiles, ACleanEndLeavesNothingBesideTheFile) {
   restart(3);
   {
     Profile profile(location());
@@ -97,7 +99,7 @@ TEST_F(ProfileFiles, ReadingARecordWritesNothing) {
   EXPECT_EQ(fs::last_write_time(folder()), before);
 }
 
-TEST_F(ProfileFiles, OnceABackupExistsAnAnswerIsInTheFileWhenItIsRecorded) {
+TEST_F(ProfileFiles, RecordWritesTheFileItselfOnceABackupExists) {
   restart(3);
   Profile profile(location());
   recordNumbered(profile, 3);
@@ -112,7 +114,7 @@ TEST_F(ProfileFiles, OnceABackupExistsAnAnswerIsInTheFileWhenItIsRecorded) {
   EXPECT_EQ(copies("backup").size(), 1U);
 }
 
-// The file's former content may be all that is on the disk.
+// Before that, the file's former content may be the only durable copy.
 TEST_F(ProfileFiles, TheFileIsNotTouchedBeforeABackupIsOnTheDisk) {
   restart(3);
   const std::string before = contentOf(file());
@@ -134,7 +136,7 @@ steady_clock::duration timeOf(Body body) {
   return steady_clock::now() - begin;
 }
 
-// Of answers to a full record. How long they take otherwise, a benchmark tells.
+// Records answers to a full record. A benchmark measures how long recording takes otherwise.
 TEST_F(ProfileFiles, RecordingNeverWaitsForTheDiskTheLockOrAMerge) {
   restart(5000);
   const SlowDisk slow(100ms);
@@ -147,7 +149,7 @@ TEST_F(ProfileFiles, RecordingNeverWaitsForTheDiskTheLockOrAMerge) {
       recordNumbered(profile, 5000 + i);
       EXPECT_EQ(SlowDisk::waitsOfThisThread(), waits) << when;
       EXPECT_LE(SlowDisk::lockAttemptsOfThisThread(), locks + 2)
-          << when; // folder and copy, once each
+          << when; // locks of folder and copy, tried once each
     }
   };
   const auto settle = [&] { ASSERT_TRUE(profile.waitForDisk(patience)); };
@@ -163,7 +165,133 @@ TEST_F(ProfileFiles, RecordingNeverWaitsForTheDiskTheLockOrAMerge) {
     other.attempts.push_back(row(Drill::level, {}, true, 0, Date::now()));
     put(file(), Coding::encode(other).value());
   });
-  expectNoWait("with a merge to be taken over", settle);
+  expectNoWait("with a merged record to be taken over", settle);
+}
+
+// ---- A slow disk ----
+
+// Answers on the disk while flushes do not return: all that a power cut would leave.
+class SlowFlush : public ProfileFiles {
+protected:
+  void expectOnTheDisk(std::int64_t answers) const {
+    EXPECT_TRUE(kit::eventually([&] {
+      // Under its own name a copy has been flushed.
+      const auto all = copies("backup");
+      return std::any_of(all.begin(), all.end(), [&](const fs::path& copy) {
+        const auto backup = Coding::decodeBackup(contentOf(copy));
+        return !BackupFile::isPartial(copy) && backup &&
+               backup->attempts.size() == static_cast<std::size_t>(answers);
+      });
+    })) << answers
+        << " answers";
+  }
+};
+
+// Whatever a flush takes, the next copy does not wait for it.
+TEST_F(SlowFlush, DelaysNoLaterAnswer) {
+  constexpr std::size_t flushes = 3;
+  restart(3);
+  Forked program([&] {
+    Profile profile(location());
+    recordNumbered(profile, 3);
+    ASSERT_TRUE(profile.waitForDisk(patience));
+    const StuckFlushes stuck(0, flushes);
+    std::int64_t number = 4;
+    for (std::size_t i = 1; i <= flushes; ++i) {
+      recordNumbered(profile, number++);
+      EXPECT_TRUE(kit::eventually([&] { return StuckFlushes::now() == i; })) << i;
+    }
+    recordNumbered(profile, number++);
+    expectOnTheDisk(number);
+    ::raise(SIGKILL);
+  });
+  EXPECT_EQ(program.ended(), 128 + SIGKILL);
+  put(file(), "");
+  EXPECT_EQ(answersOnFile(), 8);
+  {
+    Profile next(location());
+    recordNumbered(next, 8);
+  }
+  EXPECT_EQ(stored()->attempts.size(), 9U);
+  expectNothingBesideTheFile();
+}
+
+// Not even if the writer was to save another program's answers with it.
+TEST_F(SlowFlush, OfAMergeDelaysNoLaterAnswer) {
+  restart(3);
+  Forked program([&] {
+    Profile profile(location());
+    recordNumbered(profile, 3);
+    ASSERT_TRUE(profile.waitForDisk(patience));
+    Stored other = *stored();
+    other.attempts.push_back(row(Drill::level, {}, true, 0, Date::now()));
+    put(file(), Coding::encode(other).value());
+    const StuckFlushes stuck(0, 1);
+    recordNumbered(profile, 4);
+    EXPECT_TRUE(kit::eventually([] { return StuckFlushes::now() == 1; }));
+    recordNumbered(profile, 5);
+    expectOnTheDisk(6);
+    ::raise(SIGKILL);
+  });
+  EXPECT_EQ(program.ended(), 128 + SIGKILL);
+  EXPECT_EQ(Profile(location()).attempts().size(), 7U);
+}
+
+// The first answer is durable after one copy: its contents and its entry in the folder.
+TEST_F(SlowFlush, NothingElseComesBeforeTheCopy) {
+  const auto expectOneCopy = [&](const char* what) {
+    SCOPED_TRACE(what);
+    Profile profile(location());
+    const StuckFlushes stuck(2, 100);
+    const std::int64_t before = answersIn(profile);
+    recordNumbered(profile, before);
+    expectOnTheDisk(before + 1);
+  };
+  fs::create_directories(folder());
+  expectOneCopy("no file");
+  restart(3);
+  expectOneCopy("an unknown file");
+  put(file(), "from a newer version");
+  expectOneCopy("an unreadable file");
+}
+
+// The writer's copy can hold answers of another program that the later one has not.
+TEST_F(SlowFlush, AFurtherCopyDoesNotHideTheWriters) {
+  const std::vector<Attempt> both = numberedRows(4);
+  const auto copyWith = [&](const Attempt& attempt, std::int64_t save) {
+    Stored stored{both, {}, {}};
+    stored.attempts.push_back(attempt);
+    return Coding::encodeBackup(Coding::encode(stored).value(), {}, 1, save).value();
+  };
+  put(file(), "");
+  put(folder() / "profile.json.backup-0123abcd",
+      copyWith(row(Drill::level, {}, true, 0, Date::now()), 1));
+  put(folder() / "profile.json.backup-2-0123abcd", copyWith(numberedRows(5).back(), 2));
+  EXPECT_EQ(Profile(location()).attempts().size(), 6U);
+}
+
+// Once the disk is fast again, one copy is enough.
+TEST_F(SlowFlush, LeavesNoFurtherCopies) {
+  restart(3);
+  {
+    Profile profile(location());
+    recordNumbered(profile, 3);
+    ASSERT_TRUE(profile.waitForDisk(patience));
+    {
+      const StuckFlushes stuck(0, 1);
+      recordNumbered(profile, 4);
+      EXPECT_TRUE(kit::eventually([] { return StuckFlushes::now() == 1; }));
+      for (std::int64_t number = 5; number < 8; ++number) {
+        recordNumbered(profile, number);
+        expectOnTheDisk(number + 1);
+      }
+      EXPECT_LE(copies("backup").size(), 4U);
+    }
+    ASSERT_TRUE(profile.waitForDisk(patience));
+    EXPECT_EQ(copies("backup").size(), 1U);
+  }
+  EXPECT_EQ(stored()->attempts.size(), 8U);
+  expectNothingBesideTheFile();
 }
 
 TEST_F(ProfileFiles, ClosingWaitsAtMostTwoSecondsAndLosesNothing) {
@@ -192,6 +320,14 @@ TEST_F(ProfileFiles, AnswersGivenWhileTheLockIsHeldAreSavedOnceItIsFree) {
   EXPECT_EQ(stored()->attempts, profile.attempts());
 }
 
+TEST_F(ProfileFiles, LoadingNeverWaitsForTheLock) {
+  restart(3);
+  const HeldLock held(folder());
+  const std::size_t attempts = SlowDisk::lockAttemptsOfThisThread();
+  EXPECT_EQ(answersOnFile(), 3);
+  EXPECT_EQ(SlowDisk::lockAttemptsOfThisThread(), attempts + 1);
+}
+
 TEST_F(ProfileFiles, AKillWhileTheLockIsHeldLosesNothing) {
   restart(3);
   const HeldLock held(folder());
@@ -201,7 +337,7 @@ TEST_F(ProfileFiles, AKillWhileTheLockIsHeldLosesNothing) {
 
 // ---- Two programs ----
 
-TEST_F(ProfileFiles, AnswersOfTwoProgramsMeetInTheFileAndInMemory) {
+TEST_F(ProfileFiles, MergesTheAnswersOfTwoProgramsInTheFileAndInMemory) {
   restart(3);
   Profile first(location());
   Profile second(location());
@@ -213,13 +349,13 @@ TEST_F(ProfileFiles, AnswersOfTwoProgramsMeetInTheFileAndInMemory) {
   }
   EXPECT_EQ(stored()->attempts.size(), 11U);
   recordNumbered(first, 30);
-  EXPECT_EQ(first.attempts().size(), 11U); // what the last save but one has found
+  EXPECT_EQ(first.attempts().size(), 11U); // without the second program's last one, not read yet
   ASSERT_TRUE(first.waitForDisk(patience));
   EXPECT_EQ(stored()->attempts.size(), 12U);
   EXPECT_EQ(stored()->staircases, first.staircases());
 }
 
-TEST_F(ProfileFiles, ASaveKeepsWhatTheProgramHasNotTakenOverYet) {
+TEST_F(ProfileFiles, ASaveKeepsMergedAnswersThatAreNotInMemoryYet) {
   restart(3);
   Profile profile(location());
   recordNumbered(profile, 3);
@@ -251,8 +387,8 @@ protected:
     });
     ASSERT_EQ(SafeFile::stamp(file())->inode, inode);
     newest_ = contentOf(file());
-    std::this_thread::sleep_for(
-        20ms); // a later change has a later time: clock ticks take up to 10 ms
+    // Gives a later change a later time stamp: the clock ticks at least every 10 ms.
+    std::this_thread::sleep_for(20ms);
   }
   // The next program finds all five answers, saves a sixth and clears up.
   void expectFiveAnswers() const {
@@ -278,11 +414,11 @@ TEST_F(AfterAPowerCut, TheBackupReplacesATornFile) {
   }
 }
 
-TEST_F(AfterAPowerCut, AFileOfWhichTheBackupKnowsNothingLessIsTheRecord) {
+TEST_F(AfterAPowerCut, AnIntactFileIsTheRecord) {
   expectFiveAnswers();
 }
 
-// The change time cannot be set back: move the backup's into the future instead.
+// A file's change time cannot be set back, so moves the one in the backup into the future.
 TEST_F(AfterAPowerCut, TheBackupWinsOverAnOlderFileThatDecodes) {
   put(file(), encoded(0));
   const fs::path backup = copies("backup").at(0);
@@ -300,7 +436,7 @@ TEST_F(AfterAPowerCut, ADeletedFileStaysDeleted) {
   }
   EXPECT_EQ(answersOnFile(), 1);
   EXPECT_EQ(copies("backup").size(), 0U);
-  // What only the copy had is not destroyed either.
+  // The answers that only the backup had are kept aside.
   ASSERT_EQ(PutAside::all(file()).size(), 1U);
   EXPECT_EQ(Coding::decodeStored(contentOf(PutAside::all(file())[0]))->attempts.size(), 5U);
 }
@@ -315,11 +451,11 @@ TEST_F(AfterAPowerCut, AReplacedFileIsTheRecord) {
   EXPECT_EQ(answersOnFile(), 1);
 }
 
-// A power cut can take the file's entry in the folder as well, if it was new.
-TEST_F(ProfileFiles, ANewFileThatIsGoneIsRestoredIfItWasNeverOnTheDisk) {
+// After a power cut, a file that was new may be missing from its folder.
+TEST_F(ProfileFiles, AMissingFileIsRestoredIfTheBackupKnowsOfNone) {
   fs::create_directories(folder());
   {
-    // The file cannot be forced to the disk, so that the backup knows of none.
+    // With the lock held elsewhere no file is written, so the backup knows of none.
     const HeldLock held(folder());
     killedAfter([&](Profile& profile) {
       recordNumbered(profile, 0);
@@ -403,7 +539,7 @@ TEST_F(UnreadableFile, AFileThatDecodesByTheFirstAnswerIsMerged) {
   EXPECT_TRUE(PutAside::all(file()).empty());
 }
 
-TEST_F(UnreadableFile, OneThatCannotBeOpenedIsRenamed) {
+TEST_F(UnreadableFile, AFileThatCannotBeOpenedIsPutAside) {
   restart(100);
   const std::string whole = contentOf(file());
   fs::permissions(file(), fs::perms::none);
@@ -425,7 +561,7 @@ TEST_F(UnreadableFile, IfItCannotBePutAsideTheNextAnswerTriesAgain) {
   put(file(), "from a newer version");
   Profile profile(location());
   {
-    // No file operation of the writer succeeds.
+    // From its third operation on, all file operations of the writer fail.
     std::map<std::size_t, FileFault> all;
     for (std::size_t number = 2; number < 200; ++number)
       all[number] = FileFault::inputOutputError;
@@ -459,7 +595,7 @@ TEST_F(UnreadableFile, WithoutDescriptorsTheFileIsNeitherRenamedNorOverwritten) 
   EXPECT_TRUE(PutAside::all(file()).empty());
 }
 
-TEST_F(UnreadableFile, WhereTheFileMayNotBeWrittenAnswersAreKeptUntilItMay) {
+TEST_F(UnreadableFile, AnswersToAReadOnlyFileAreKeptUntilItIsWritable) {
   restart(100);
   fs::permissions(scratch_.path(), fs::perms::all);
   fs::permissions(folder(), fs::perms::all);
@@ -488,7 +624,7 @@ TEST_F(UnreadableFile, WhereTheFileMayNotBeWrittenAnswersAreKeptUntilItMay) {
 
 // ---- Folders and disks that cannot be written ----
 
-TEST_F(ProfileFiles, WhereTheFolderTakesNoNewFileTheFileIsWrittenAlone) {
+TEST_F(ProfileFiles, InAReadOnlyFolderOnlyTheFileItselfIsWritten) {
   restart(100);
   fs::permissions(scratch_.path(), fs::perms::all);
   fs::permissions(file(), fs::perms::all & ~fs::perms::owner_exec);
@@ -542,9 +678,9 @@ constexpr std::array allFaults{FileFault::inputOutputError, FileFault::noSpace,
 
 class EveryFault : public ProfileFiles, public ::testing::WithParamInterface<FileFaults::Where> {};
 
-// A program records answers 3 and 4, the latter with one fault in one operation: of the main
-// thread's save, or of the writer's. Nothing that was recorded before is lost, whatever the fault;
-// the answer itself only if the fault killed the main thread.
+// A program records answers 3 and 4, with one fault in one operation: of the main thread's save of
+// answer 4, or of the writer's after answer 3. Whatever the fault, no recorded answer is lost. Only
+// answer 4 may be missing, if the fault killed the program before recording it was complete.
 TEST_P(EveryFault, LosesNoAnswerThatWasRecorded) {
   const bool inWriter = GetParam() == FileFaults::Where::otherThreads;
   std::size_t operations = 0;

@@ -10,13 +10,17 @@
 #include <sys/mman.h>
 #include <sys/mount.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 #include <new>
 #include <random>
 #include <set>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -65,6 +69,8 @@ int killsAtEachSize() {
 
 class KilledAt : public ProfileSurvival, public ::testing::WithParamInterface<int> {
 protected:
+  static constexpr int killsInARow = 5;
+
   // Measures how long recording an answer takes, in microseconds.
   int answerTime() {
     using std::chrono::steady_clock;
@@ -74,16 +80,77 @@ protected:
     const auto time = steady_clock::now() - begin;
     return static_cast<int>(std::chrono::duration_cast<std::chrono::microseconds>(time).count());
   }
+
+  // Records an answer in the file while the file operation `step` of that save, from 0, has a
+  // fault. Returns the number of operations.
+  static std::size_t saveWithFault(Profile& profile, std::size_t step, FileFault fault,
+                                   SharedCount& saved) {
+    recordNumbered(profile, answersIn(profile));
+    EXPECT_TRUE(profile.waitForDisk(patience));
+    *saved = answersIn(profile);
+    const FileFaults faults({{step, fault}});
+    recordNumbered(profile, answersIn(profile));
+    return FileFaults::operationsSoFar();
+  }
+
+  void expectNothingLost(std::int64_t saved, const std::string& kill) const {
+    const std::int64_t onFile = answersOnFile();
+    ASSERT_GE(onFile, saved) << kill;
+    ASSERT_LE(onFile, saved + 1) << kill;
+  }
+
+  void expectTheNextAnswerClearsUp() const {
+    {
+      Profile again(location());
+      recordNumbered(again, answersIn(again));
+    }
+    expectNothingBesideTheFile();
+  }
 };
 
-// Every fifth process starts with a new file of the given size; the others continue with what the
-// killed one left.
+// Before, in the midst of and after each file operation of a save. Every fifth process starts with
+// a new file of the given size; the others continue with the files
+// that the process before them left.
+TEST_P(KilledAt, EachStepOfASaveLosesAtMostTheAnswerBeingSaved) {
+  constexpr std::array deaths{FileFault::death, FileFault::halfAndDeath, FileFault::lateDeath};
+  restart(GetParam());
+  SharedCount saved;
+  std::size_t steps = 0;
+  {
+    Profile profile(location());
+    constexpr auto none = std::numeric_limits<std::size_t>::max();
+    steps = saveWithFault(profile, none, FileFault::death, saved);
+  }
+  ASSERT_GE(steps, 10U);
+  int cutShort = 0;
+  int incomplete = 0;
+  // By default two of the three at each size, so that all are seen at two sizes.
+  const std::size_t kills =
+      std::clamp(static_cast<std::size_t>(killsAtEachSize()), 2 * steps, deaths.size() * steps);
+  const auto first = static_cast<std::size_t>(GetParam());
+  for (std::size_t kill = 0; kill < kills; ++kill) {
+    if (kill % killsInARow == 0)
+      restart(GetParam());
+    const std::size_t step = kill % steps;
+    Forked practising([&] {
+      Profile profile(location());
+      saveWithFault(profile, step, deaths.at((first + step + kill / steps) % deaths.size()), saved);
+    });
+    ASSERT_EQ(practising.ended(), 128 + SIGKILL) << "step " << step;
+    cutShort += BackupFile::all(file(), "saving").empty() ? 0 : 1;
+    incomplete += stored() ? 0 : 1;
+    expectNothingLost(*saved, "kill " + std::to_string(kill));
+  }
+  EXPECT_GT(cutShort, 0);
+  EXPECT_GT(incomplete, 0);
+  expectTheNextAnswerClearsUp();
+}
+
+// Whatever the threads of the program are at.
 TEST_P(KilledAt, ARandomMomentLosesAtMostTheAnswerBeingSaved) {
-  constexpr int killsInARow = 5;
   std::minstd_rand random(std::random_device{}());
   restart(GetParam());
   std::uniform_int_distribution<int> microseconds(0, 2 * answerTime());
-  std::int64_t cutShort = 0;
   for (int kill = 0; kill < killsAtEachSize(); ++kill) {
     if (kill % killsInARow == 0)
       restart(GetParam());
@@ -99,18 +166,9 @@ TEST_P(KilledAt, ARandomMomentLosesAtMostTheAnswerBeingSaved) {
       std::this_thread::yield();
     std::this_thread::sleep_for(std::chrono::microseconds(microseconds(random)));
     EXPECT_EQ(practising.killed(), 128 + SIGKILL);
-
-    cutShort += !BackupFile::all(file(), "saving").empty();
-    const std::int64_t onFile = answersOnFile();
-    ASSERT_GE(onFile, *saved) << "kill " << kill;
-    ASSERT_LE(onFile, *saved + 1) << "kill " << kill;
+    expectNothingLost(*saved, "kill " + std::to_string(kill));
   }
-  EXPECT_GT(cutShort, 0) << "no kill hit a save";
-  {
-    Profile again(location());
-    recordNumbered(again, answersIn(again));
-  }
-  expectNothingBesideTheFile();
+  expectTheNextAnswerClearsUp();
 }
 
 INSTANTIATE_TEST_SUITE_P(AroundTheCap, KilledAt, ::testing::Values(4999, 5000, 5001));
@@ -150,7 +208,7 @@ TEST_F(ProfileSurvival, AFullDiskLeavesTheFileUntouchedUntilThereIsRoom) {
     const fs::path filler = folder() / "filler";
     int untouched = 0;
     int saved = 0;
-    // The file has 20 kB, and each copy as many.
+    // The file and each of its copies take 20 kB.
     for (std::size_t room = 0; room < 120000; room += 4096) {
       fs::remove(filler);
       put(file(), Coding::encode(Stored{numberedRows(100), {}, {}}).value());
@@ -215,8 +273,8 @@ TEST_F(ProfileSurvival, ARecordThatCanBeEncodedAgainIsSavedAgain) {
 
 // ---- Two programs ----
 
-// Sixteen programs answer at once, the first ones below the cap and the last ones beyond it. Every
-// answer is in the file or rolled up, once, and no program ever loads less than there was.
+// Sixteen programs record at once, until the rows exceed the cap. Every answer is in the file or
+// rolled up, once, and no load meanwhile finds fewer rows than there were at first.
 TEST_F(ProfileSurvival, SixteenProgramsAtOnceLoseNoAnswer) {
   constexpr int programs = 16;
   constexpr std::int64_t answersEach = 12;
@@ -245,7 +303,7 @@ TEST_F(ProfileSurvival, SixteenProgramsAtOnceLoseNoAnswer) {
     EXPECT_EQ(program->ended(), EXIT_SUCCESS);
   EXPECT_EQ(watching.ended(), EXIT_SUCCESS);
 
-  // A slow disk may have left some to the next program.
+  // On a slow disk, a program may have ended before its answers were in the file.
   if (!besideTheFile().empty()) {
     Profile next(location());
     next.save();

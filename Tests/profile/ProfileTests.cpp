@@ -122,7 +122,7 @@ TEST_F(ProfileInData, AnEarlierFileStaysIfTheCurrentOneExists) {
   EXPECT_EQ(contentOf(current()), three_);
 }
 
-TEST_F(ProfileInData, AFailedMoveLeavesTheEarlierFileInForce) {
+TEST_F(ProfileInData, AfterAFailedMoveTheEarlierFileIsLoadedAndKept) {
   put(earlier(), five_);
   put(data() / "MORLA Velto", "a file where the folder should be");
   Profile profile;
@@ -382,7 +382,7 @@ TEST_F(ProfileTest, TheNextAnswerRollsUpRowsBeyondFiveThousand) {
         std::equal(before.begin() + static_cast<std::ptrdiff_t>(std::min(excess, before.size())),
                    before.end(), profile.attempts().begin()));
     std::map<std::int64_t, BandRoll> expected;
-    for (std::size_t i = 0; i < excess; i += 2) { // the rows of even number have a band
+    for (std::size_t i = 0; i < excess; i += 2) { // only the rows with an even index have a band
       BandRoll& roll = expected[static_cast<std::int64_t>(i % 27)];
       roll.attempts += 1;
       roll.hits += i % 3 == 0 ? 1 : 0;

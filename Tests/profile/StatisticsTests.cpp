@@ -21,7 +21,7 @@ protected:
   ScopedTimeZone zone_{"UTC"};
   Date now_ = utc(2026, 6, 15, 12);
 
-  // One `level` row at noon on each of these days before today.
+  // A `level` row at noon of each day that is one of `days` days ago.
   [[nodiscard]] std::vector<Attempt> practiceDaysAgo(const std::vector<int>& days) const {
     std::vector<Attempt> rows;
     for (const int day : days)
@@ -116,15 +116,15 @@ TEST_F(StatisticsTest, AccuracyOfFewerThanThirtyCoversAll) {
 }
 
 TEST_F(StatisticsTest, ACurveHasTheNewestSixtyDifficultiesInOrder) {
-  const auto ofForty = Statistics::compute(numbered(Drill::dynamics, 45), {}, now_);
-  ASSERT_EQ(ofForty.curves.at("dynamics").size(), 45U);
-  EXPECT_EQ(ofForty.curves.at("dynamics").front(), 0);
-  EXPECT_EQ(ofForty.curves.at("dynamics").back(), 44);
+  const auto of45 = Statistics::compute(numbered(Drill::dynamics, 45), {}, now_);
+  ASSERT_EQ(of45.curves.at("dynamics").size(), 45U);
+  EXPECT_EQ(of45.curves.at("dynamics").front(), 0);
+  EXPECT_EQ(of45.curves.at("dynamics").back(), 44);
 
-  const auto ofHundred = Statistics::compute(numbered(Drill::dynamics, 100), {}, now_);
-  ASSERT_EQ(ofHundred.curves.at("dynamics").size(), 60U);
-  EXPECT_EQ(ofHundred.curves.at("dynamics").front(), 40);
-  EXPECT_EQ(ofHundred.curves.at("dynamics").back(), 99);
+  const auto of100 = Statistics::compute(numbered(Drill::dynamics, 100), {}, now_);
+  ASSERT_EQ(of100.curves.at("dynamics").size(), 60U);
+  EXPECT_EQ(of100.curves.at("dynamics").front(), 40);
+  EXPECT_EQ(of100.curves.at("dynamics").back(), 99);
 }
 
 TEST_F(StatisticsTest, AStreakEndsTodayOrYesterday) {

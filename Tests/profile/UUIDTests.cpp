@@ -7,7 +7,7 @@
 namespace velto {
 namespace {
 
-// Fixed are only the version, 4, and the variant, binary 10.
+// Only the version, 4, and the variant, binary 10, are fixed.
 TEST(UUID, RandomDrawsEveryBitThatIsNotFixed) {
   std::set<std::string> seen;
   UUID everSet, everClear;

@@ -48,7 +48,8 @@ std::string alsaConfiguration(const std::string& definition) {
   return file;
 }
 
-// ALSA's bridge to a PulseAudio server, whose clock and whose sound it has.
+// Has ALSA play through a PulseAudio server, whose clock it takes and at whose sink it can be
+// heard.
 std::string alsaOnPulse() {
   return alsaConfiguration("type pulse server \"unix:" + deskFolder() + "/pulse/native\"");
 }
@@ -67,7 +68,7 @@ struct System {
   std::string name;
   Variables environment;         // leads the program there
   std::shared_ptr<void> servers; // what runs meanwhile
-  std::function<bool()> sounds;  // whether it plays sound; empty if nobody can tell
+  std::function<bool()> sounds;  // whether it plays sound; empty if that cannot be heard
 };
 
 System pulseAudio() {
@@ -91,7 +92,7 @@ System alsa() {
           .sounds = sinkSounds};
 }
 
-// Without a clock: it takes all frames at once.
+// ALSA without a clock: it takes all frames at once.
 System alsaNull() {
   return {.name = "ALSA without a device",
           .environment = {{"PULSE_SERVER", nowhere},
@@ -267,7 +268,7 @@ private:
         continue;
       }
       clients_.push_back(client);
-      // The head of the packet, "reply", its number, and the version of the protocol.
+      // The header of the packet, "reply", its number, and the version of the protocol.
       constexpr std::string_view reply("\0\0\0\x0f\xff\xff\xff\xff\0\0\0\0\0\0\0\0\0\0\0\0"
                                        "L\0\0\0\x02L\0\0\0\0L\0\0\0\x23",
                                        35);
@@ -291,7 +292,7 @@ private:
 // What the sound system does while a mode without a window runs.
 struct Trouble {
   std::string name;
-  std::function<std::shared_ptr<void>()> begin; // as long as the result exists
+  std::function<std::shared_ptr<void>()> begin; // lasts as long as the result exists
   Variables environment;
 };
 
@@ -404,7 +405,7 @@ TEST(Trouble, AServerThatDoesNotAnswerLeavesALSAToPlay) {
   EXPECT_EQ(program.waitForExit(), 0) << program.errors();
 }
 
-// ALSA plays by a server of its own while PulseAudio is away.
+// ALSA plays through a second server while the program's PulseAudio server is away.
 TEST(Return, FromALSAWhenAServerAnswers) {
   const SoundServer behindALSA;
   for (int round = 0; round < 3; ++round) {
@@ -436,12 +437,12 @@ TEST(Return, OfAServerThatWasStoppedWhileItPlayed) {
     server.thaw();
     EXPECT_LT(secondsUntil(sinkSounds, "until a stopped server plays again"), 2.4);
     std::this_thread::sleep_for(1s);
-    EXPECT_TRUE(sinkSounds()) << "not only what was left in the server";
+    EXPECT_TRUE(sinkSounds()) << "new sound, not what the server had buffered";
     EXPECT_TRUE(practice.ends());
   }
 }
 
-TEST(Return, OfAServerThatWasStoppedBehindALSAToo) {
+TEST(Return, OfAServerThatWasStoppedForPulseAudioAndALSA) {
   SoundServer server;
   Practice practice({{"ALSA_CONFIG_PATH", alsaOnPulse()}});
   ASSERT_TRUE(eventually(sinkSounds));
@@ -450,11 +451,11 @@ TEST(Return, OfAServerThatWasStoppedBehindALSAToo) {
   server.thaw();
   EXPECT_LT(secondsUntil(sinkSounds, "until two hanging openings end"), 2.4);
   std::this_thread::sleep_for(1s);
-  EXPECT_TRUE(sinkSounds()) << "not only what was left in the server";
+  EXPECT_TRUE(sinkSounds()) << "new sound, not what the server had buffered";
   EXPECT_TRUE(practice.ends());
 }
 
-TEST(Return, OfAServerThatHungAfterItHadLetTheProgramIn) {
+TEST(Return, OfAServerThatHungAfterAuthentication) {
   std::optional<HalfServer> half(std::in_place, HalfServer::Then::hangs);
   Practice practice({});
   std::this_thread::sleep_for(23s); // two openings hang
@@ -466,12 +467,12 @@ TEST(Return, OfAServerThatHungAfterItHadLetTheProgramIn) {
   const SoundServer server;
   EXPECT_LT(secondsUntil(sinkSounds, "until a new server plays"), 2.4);
   std::this_thread::sleep_for(1s);
-  EXPECT_TRUE(sinkSounds()) << "not only what was left in the server";
+  EXPECT_TRUE(sinkSounds()) << "new sound, not what the server had buffered";
   EXPECT_TRUE(practice.ends());
 }
 
-// The library goes on with ALSA in the place of PulseAudio. The program notices, and neither tries
-// again and again nor takes ALSA for PulseAudio.
+// cubeb falls back to ALSA when PulseAudio hangs up. The program notices, and neither retries over
+// and over nor mistakes ALSA for PulseAudio.
 TEST(Return, FromALSAToAServerThatHungUpAtFirst) {
   const SecondServer behindALSA;
   std::optional<HalfServer> half(std::in_place, HalfServer::Then::hangsUp);

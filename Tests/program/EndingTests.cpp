@@ -24,7 +24,7 @@ using namespace std::chrono_literals;
 
 constexpr std::size_t silentFrames = 4800;
 
-// The program, once it plays noise, whose level is the same at all times.
+// The program while it plays noise, whose level is constant.
 struct Playing {
   explicit Playing(std::vector<std::string> arguments = {"--fair", "--drill", "level"})
       : program(VELTO_PROGRAM, std::move(arguments)),
@@ -78,13 +78,13 @@ TEST_P(EndingSignal, EndsTheProgramAsClosingDoes) {
   std::this_thread::sleep_for(1s);
   ::kill(playing.program.pid(), GetParam());
   std::this_thread::sleep_for(20ms);
-  ::kill(playing.program.pid(), GetParam()); // a terminal and its shell both hang up
+  ::kill(playing.program.pid(), GetParam()); // a terminal and its shell both send a hang-up
   EXPECT_EQ(playing.program.waitForExit(), 128 + GetParam());
   EXPECT_EQ(playing.program.errors() + playing.program.output(), "");
   playing.expectFade();
 }
 
-TEST_P(EndingSignal, EndsItSoonAfterTheStart) {
+TEST_P(EndingSignal, EndsTheProgramSoonAfterItsStart) {
   for (const auto pause : {0ms, 30ms, 100ms, 300ms}) {
     Desktop desktop;
     ProgramRunner program(VELTO_PROGRAM);

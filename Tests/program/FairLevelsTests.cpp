@@ -210,7 +210,7 @@ INSTANTIATE_TEST_SUITE_P(Trials, FairLevels,
                                             ::testing::Values(0.0, 20.0, 60.0, 100.0)),
                          nameOf);
 
-// The quick check: a trial that is easy to get wrong.
+// The quick check: one trial, the drums with the largest level difference.
 TEST(FairLevelsOfOneTrial, MatchTheTrial) {
   printHead();
   check(extremeTrials(Drill::level, Material::drums, 0)[1]);

@@ -1,8 +1,7 @@
-// Prints response times and resource use of the program, without checking them. Run on a private
-// desk on an otherwise idle machine.
+// Prints how soon the program's sound answers a key, without checking it. Run on a private desk on
+// an otherwise idle machine.
 #include "kit/Alignment.h"
 #include "kit/Desktop.h"
-#include "kit/Footprint.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
 
@@ -39,15 +38,6 @@ double untilChange(Recorder& recorder, const std::function<bool(const Recording&
   while (!changed(recorder.recording()))
     recorder.waitForMore(240);
   return milliseconds(Clock::now() - from);
-}
-
-// From exec to the first pixel in the window's own background colour.
-double firstFrame(Desktop& desktop) {
-  ProgramRunner program(VELTO_PROGRAM, {"--appearance", "light"});
-  const WindowId window = desktop.waitForWindow("MORLA Velto", program.pid());
-  while (desktop.picture(window, {4, 4, 1, 1}) != std::vector<std::uint32_t>{0xFAF3EF})
-    desktop.waitUntil([&] { return desktop.isViewable(window); }, "the window is there");
-  return milliseconds(Clock::now() - program.startTime());
 }
 
 // A slot switch: a frame of the loop recurs after 153600 frames unless the slot has changed.
@@ -93,29 +83,8 @@ std::vector<double> repeated(int times, Measure measure) {
   return figures;
 }
 
-// Processor time of the program while `seconds` seconds are played.
-double processorSeconds(Recorder& recorder, const ProgramRunner& program, std::size_t seconds) {
-  const double before = Footprint::of(program.pid()).processorSeconds;
-  recorder.waitForMore(seconds * 48000);
-  return Footprint::of(program.pid()).processorSeconds - before;
-}
-
-void reportLoad(Desktop& desktop, Recorder& recorder, const ProgramRunner& program,
-                WindowId window) {
-  std::cout << "processor while playing: "
-            << Numbers::fixed(100 * processorSeconds(recorder, program, 20) / 20, 2)
-            << " % of a core over 20 s\nresident while playing: "
-            << Numbers::fixed(Footprint::of(program.pid()).residentMegabytes, 1) << " MB\n";
-  desktop.minimise(window);
-  recorder.waitForMore(std::size_t{2} * 48000);
-  std::cout << "processor while suspended: "
-            << Numbers::fixed(processorSeconds(recorder, program, 10), 2) << " s over 10 s\n";
-}
-
 void run() {
   Desktop desktop;
-  report("first frame after exec", repeated(12, [&] { return firstFrame(desktop); }), "ms");
-
   Recorder recorder;
   ProgramRunner program(VELTO_PROGRAM, {"--drill", "level", "--appearance", "light"});
   const WindowId window = desktop.waitForWindow("MORLA Velto", program.pid());
@@ -125,7 +94,6 @@ void run() {
          repeated(10, [&] { return slotSwitch(desktop, recorder); }), "ms");
   report("n to the first frame of the next trial in the recording",
          repeated(10, [&] { return nextTrial(desktop, recorder); }), "ms");
-  reportLoad(desktop, recorder, program, window);
 }
 
 } // namespace

@@ -88,7 +88,7 @@ TEST(Modes, PrintThePathOfTheRecordWithoutCreatingIt) {
   EXPECT_EQ(run({"--version"}).out, version.begin);
 }
 
-TEST(Modes, TheSelfTestFailsWithOneLineWhenNoEngineStarts) {
+TEST(Modes, TheSelfTestFailsWithOneLineIfTheEngineDoesNotStart) {
   const ChildResult result = run({"--audio-selftest"});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.out, "FAIL  engine did not start\n");

@@ -201,7 +201,7 @@ double maxSeconds() {
 }
 
 rc::Gen<double> anyDuration() {
-  // 960 samples are where the pad's two fades stop overlapping.
+  // Includes lengths below 960 samples, at which the pad's two fades overlap.
   return rc::gen::weightedOneOf<double>({{1, rc::gen::just(0.0)},
                                          {1, between(0, 5 / sampleRateHz)},
                                          {2, between(0, 2000 / sampleRateHz)},

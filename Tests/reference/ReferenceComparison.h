@@ -44,7 +44,7 @@ reference::Drill referenceDrill(Drill drill);
 reference::Material referenceMaterial(Material material);
 reference::Trial referenceTrial(const Trial& trial);
 
-// The reference model's buffer of a material.
+// The samples that the reference model makes of a material.
 reference::Samples referenceSource(Material material, double seconds, std::uint64_t seed);
 using kit::source;
 
@@ -56,7 +56,7 @@ rc::Gen<Material> anyMaterial();
 // Uniform over [low, high].
 rc::Gen<double> between(double low, double high);
 
-// A difficulty from 0 to 100, often at either end.
+// A difficulty from 0 to 100, at times exactly 0, 20, 50 or 100.
 rc::Gen<double> nominalDifficulty();
 // Any difficulty, including values outside 0 to 100 and infinities.
 rc::Gen<double> anyDifficulty();

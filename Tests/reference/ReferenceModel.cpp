@@ -13,7 +13,7 @@ constexpr double twoPi = 6.283185307179586;
 constexpr double rate = 48000;
 
 [[noreturn]] void impossible(const char* what) {
-  std::fprintf(stderr, "literal model: %s\n", what);
+  std::fprintf(stderr, "reference model: invalid %s\n", what);
   std::abort();
 }
 

@@ -1,8 +1,9 @@
 // A slow, literal model of trials, grading, the staircase, synthesis, measurement and rendering.
 //
-// The program must match it bit for bit. It shares no code with the program and includes nothing
-// from Sources. Each value is computed where it is needed; nothing is cached, reordered or skipped.
-// Optimising the program does not change this file.
+// The program must compute the same trials, grades and samples, bit for bit. The model shares no
+// code with the program and includes nothing from Sources. Each value is computed where it is
+// needed; nothing is cached, reordered or skipped. An optimisation of the program must not change
+// this file.
 #pragma once
 
 #include <array>

@@ -1,4 +1,4 @@
-// Checks the reference model against closed forms and values worked out by hand.
+// Checks the reference model against closed forms and known values.
 
 #include "ReferenceModel.h"
 
@@ -18,8 +18,8 @@ constexpr double rate = 48000;
 
 // Generator
 
-TEST(ReferenceGenerator, StepsMatchThoseWorkedOutByHand) {
-  // State 1, shift by shift: 1 ^ 1 << 13 = 0x2001; ^ >> 7 = 0x2041; ^ << 17 = 0x40822041.
+TEST(ReferenceGenerator, StepsMatchKnownStates) {
+  // State 1, shift by shift: x ^ x << 13 = 0x2001; x ^ x >> 7 = 0x2041; x ^ x << 17 = 0x40822041.
   EXPECT_EQ(step(1), 0x40822041u);
   EXPECT_EQ(step(0x40822041), 0x100041060c011441u);
   EXPECT_EQ(step(0x100041060c011441), 0x9b1e842f6e862629u);
@@ -109,7 +109,7 @@ TEST(ReferenceFilters, FeedBackUnroundedOutputs) {
   EXPECT_EQ(section.process(1), 0x1p-30f);
 }
 
-TEST(ReferenceMeasure, LevelsOfKnownBuffers) {
+TEST(ReferenceMeasure, LevelsMatchClosedForms) {
   EXPECT_EQ(rmsDB({}), -std::numeric_limits<double>::infinity());
   EXPECT_NEAR(rmsDB(Samples(10)), -240, 1e-12);
   EXPECT_EQ(rmsDB({1, -1, 1, -1}), 0);
@@ -240,7 +240,7 @@ TEST(ReferenceDrums, StepsStartAtTheTruncatedRunningSum) {
   EXPECT_EQ(stepStarts(0.31), (std::vector<std::int64_t>{0, 14400}));
 }
 
-// A bar and a half, seed 11. In a step with both, the snare draws its noise before the hat.
+// A bar and a half, seed 11. In a step with snare and hat, the snare draws its noise first.
 TEST(ReferenceDrums, VoicesMatchTheirFormulas) {
   const std::vector<std::size_t> starts{0,     14400,  28800,  43199,  57600,  72000,
                                         86400, 100800, 115200, 129599, 143999, 158399};
@@ -360,7 +360,7 @@ TEST(ReferenceStereoise, MixesLowPassNoiseSeededWithSeedPlus7717) {
 
 // Trials
 
-// States after one step, and values derived from them, computed elsewhere in exact integers:
+// States after one step, and values derived from them, computed separately in exact integers:
 //   seed                  state               mod 27  mod 3  fraction
 //   0                     dc1b77ae0bf34dad    12      0      0.8597941
 //   1                     0000000040822041    6       0      5.9e-11
@@ -368,7 +368,7 @@ TEST(ReferenceStereoise, MixesLowPassNoiseSeededWithSeedPlus7717) {
 //   34                                        13      1
 //   8000000000000000      8100000000000000    3       0      0.50390625
 //   895ebbb1d038278b      ffffa2741368d504    12      0      0.9999944
-TEST(ReferenceTrial, TargetsMatchThoseWorkedOutByHand) {
+TEST(ReferenceTrial, TargetsMatchKnownValues) {
   const struct {
     std::uint64_t seed;
     double difficulty, targetFreq, targetLevelDB, targetGRdB;
@@ -423,14 +423,14 @@ TEST(ReferenceTrial, MixedSeedsAreSplitMix64) {
   EXPECT_EQ(mixedSeed(2 * gamma), 0x06C45D188009454FU);
 }
 
-// The generator's first state after this seed is 1, a fraction of 0: targets are at their minimum.
+// This seed's first state is 1, which gives a fraction of 0: both targets are at their minimum.
 TEST(ReferenceTrial, RoundsHalvesAwayFromZero) {
   constexpr std::uint64_t seed = 13721891023265367629U;
   EXPECT_EQ(makeTrial(62.5, Material::pad, seed, Drill::level).targetLevelDB, 1.15); // 22.5 steps
   EXPECT_EQ(makeTrial(3.75, Material::pad, seed, Drill::dynamics).targetGRdB, 4.7);  // 46.5 steps
 }
 
-TEST(ReferenceGrade, TextsMatchThoseWorkedOutByHand) {
+TEST(ReferenceGrade, TextsMatchKnownOnes) {
   Trial trial = makeTrial(0, Material::pad, 0, Drill::frequency);
   trial.targetFreq = 1000;
   const Grade g = grade(1250, trial);
@@ -472,7 +472,7 @@ void expectStep(Staircase& staircase, bool correct, double difficulty, std::int6
   EXPECT_EQ(staircase.lastDirection, direction);
 }
 
-TEST(ReferenceStaircase, MatchesTheFieldsWorkedOutByHand) {
+TEST(ReferenceStaircase, MatchesKnownFields) {
   Staircase s;
   expectStep(s, true, 20, 1, 0, 0);  // one correct answer does not move it
   expectStep(s, false, 8, 0, 0, -1); // the first move is not a reversal
@@ -511,7 +511,7 @@ TEST(ReferenceStaircase, StepsShrinkWithTheReversals) {
 // Rendering
 
 TEST(ReferenceCompressor, MatchesItsStaticCurve) {
-  // A full-scale constant: 0.75 dB of reduction for each decibel of threshold below it.
+  // A constant at full scale is reduced by 0.75 dB for each decibel that it exceeds the threshold.
   const Samples x(48000, 1);
   EXPECT_NEAR(compressorHitting(6, x).grDB, 0.75 * 7.998046875, 1e-9);
   EXPECT_NEAR(compressorHitting(1000, x).grDB, 0.75 * (40 - 40.0 / 4096), 1e-9);
@@ -569,7 +569,7 @@ TEST(ReferenceCompressor, AReductionEqualToTheTargetReachesIt) {
             compressorHitting(std::nextafter(reached, 100.0), x).grDB);
 }
 
-TEST(ReferenceRender, SlotsDifferAsTheDrillSays) {
+TEST(ReferenceRender, SlotsDifferInTheDrillsProperty) {
   for (const Material material : {Material::pinkNoise, Material::drums, Material::pad}) {
     const auto level = render(makeTrial(0, material, 1, Drill::level), 0.1);
     ASSERT_EQ(level.size(), 2u);

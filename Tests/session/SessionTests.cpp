@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <ctime>
 #include <limits>
 #include <memory>
 #include <vector>
@@ -257,6 +258,22 @@ TEST(SessionNotification, SubmittingNotifiesOfTheGradeAndThenOfTheRecord) {
   rig->submit();
   EXPECT_EQ(before, (std::vector<Seen>{{false, 0}, {true, 1}}));
   EXPECT_EQ(after, (std::vector<Seen>{{true, 0}, {true, 1}}));
+}
+
+TEST(SessionRendering, SkipsTrialsThatWereReplaced) {
+  Rig rig;
+  rig.settle();
+  const auto processorTime = [&](int trials) {
+    for (int i = 0; i < trials; ++i)
+      rig->newTrial();
+    const std::clock_t begin = std::clock();
+    for (int i = 0; i < trials; ++i)
+      kit::ManualQueues::runOne(rig.work.background);
+    return std::clock() - begin;
+  };
+  const auto rendered = processorTime(1);
+  // One of the two hundred is rendered, too. A skipped one takes less than a thousandth.
+  EXPECT_LT(processorTime(200), 20 * rendered + CLOCKS_PER_SEC / 100);
 }
 
 TEST(SessionLifetime, ARenderMayArriveAfterTheSession) {

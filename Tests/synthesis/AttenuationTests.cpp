@@ -27,7 +27,8 @@ Samples attenuated(std::span<const float> x, std::span<const double> reductionDB
   return out;
 }
 
-// In a million samples, the approximated power cannot decide about a hundred roundings.
+// Of a million samples, about a hundred are so near to a rounding boundary that only std::pow
+// decides.
 TEST(Attenuation, MatchesPowBitForBit) {
   constexpr std::size_t count = 1'000'000;
   for (const double most : {1.0, 30.0, 200.0}) {
@@ -65,8 +66,8 @@ TEST(Attenuation, AcceptsHugeAndTinySamplesAndReductions) {
   }
 }
 
-// Reductions that bring a sample next to the midpoint of two floats, from both sides and with both
-// signs, where the approximated power alone could round either way.
+// Reductions that bring a sample close to the midpoint of two floats, from both sides and with both
+// signs. There the approximated power alone could round either way.
 TEST(Attenuation, RoundsLikePowHalfwayBetweenFloats) {
   Xorshift64 generator(11);
   Samples x;
@@ -95,7 +96,7 @@ TEST(Attenuation, AcceptsAnyLength) {
   }
 }
 
-// Makes every sample of a block fall back to the exact power.
+// Every sample of a block needs the exact power.
 TEST(Attenuation, FallsBackToPowAnywhereInABlock) {
   const float sample = 1.25f;
   const float result = 0.5f;

@@ -1,4 +1,4 @@
-// Noise::audible: pink noise without energy below 20 Hz.
+// Noise::audible: noise without its mean, and pink noise high-pass filtered at 20 Hz.
 #include "Drill.h"
 #include "Rendering.h"
 #include "Trial.h"

@@ -1,4 +1,4 @@
-// Checks that the compile flags take effect that make all compilers compute the same samples.
+// Checks the effect of the compile flags that make all compilers compute the same samples.
 
 #include <gtest/gtest.h>
 

@@ -44,7 +44,7 @@ TEST(Biquad, ResponseAndItsDenominatorAreFloored) {
   EXPECT_NEAR(pole.responseDB(0, rate), 360, 1e-9);
 }
 
-// Every design, by number.
+// A filter of one of the four designs, `kind` 0 to 3.
 Biquad design(int kind, double f0, double gainDB, double q) {
   switch (kind) {
   case 0:

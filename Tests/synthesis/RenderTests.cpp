@@ -84,7 +84,8 @@ TEST(Render, MatchesTheModelForTheLengthOfATrial) {
   }
 }
 
-// Run alone, the threads make the first renders of the process, which build the shared tables.
+// If this test runs alone, its threads make the first renders of the process and build the shared
+// tables.
 TEST(RenderThreads, EightConcurrentThreadsMatchTheModel) {
   constexpr std::size_t threadCount = 8;
   const auto trialOf = [](std::size_t i) {
@@ -174,8 +175,8 @@ TEST(Compressor, MatchesTheModelAroundTheDetectorFloor) {
   }
 }
 
-// An unsuccessful search ends at one of two thresholds: one step below the peak, or 40 dB below it.
-// Samples around the knee of each.
+// An unsuccessful search ends one step below the peak, or one step above its lowest threshold,
+// which is 40 dB below the peak. The samples lie around the knee at these two thresholds.
 TEST(Compressor, MatchesTheModelAroundTheKnee) {
   for (const double thresholdDB : {-40.0 / 4096, 40.0 / 4096 - 40}) {
     Samples x;
@@ -191,7 +192,8 @@ TEST(Compressor, MatchesTheModelAroundTheKnee) {
   }
 }
 
-// A reduction with the same bits as the target reaches it: the threshold is not lowered further.
+// A reduction equal to the target, bit for bit, counts as reached: the threshold is not lowered
+// further.
 TEST(Compressor, AReductionEqualToTheTargetReachesIt) {
   const Samples x(1000, 1.0f);
   const double attack = std::exp(-1 / (0.005 * rate));

@@ -57,7 +57,7 @@ TEST(Grade, FrequencyErrorIsInOctaves) {
 }
 
 TEST(Grade, FrequencyHitsAreTheBandAndNeighboursWithinAThirdOfAnOctave) {
-  // The lower of two neighbouring bands that are at most a third of an octave apart.
+  // The lower band of each two neighbours that are at most a third of an octave apart.
   const std::set<double> lower{40,   80,   100,  160,  200,  400,  800,
                                1000, 1600, 2000, 4000, 8000, 10000};
   for (std::size_t i = 0; i < Bands::centres.size(); ++i)
@@ -146,7 +146,7 @@ TEST(Grade, PolarityAnswersAreTruncated) {
   EXPECT_EQ(grade(-0x1p63, polarityTrial(0)).answerText, "slot -9223372036854775807");
 }
 
-TEST(GradeDeathTest, PolarityDiesIfTheAnswerExceedsAnInteger) {
+TEST(GradeDeathTest, PolarityDiesIfTheAnswerDoesNotFitAnInteger) {
   const char* message = "Velto: a number cannot be converted to an integer";
   for (const double answer : {infinity, -infinity, 0x1p63, -0x1.0000000000001p63,
                               std::numeric_limits<double>::quiet_NaN()})

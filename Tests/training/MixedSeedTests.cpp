@@ -55,7 +55,7 @@ TEST(FairSeeds, ReachEveryTarget) {
     }
 }
 
-TEST(FairSeeds, BlindAnswersHitAtTheRateOfChance) {
+TEST(FairSeeds, BlindAnswersHitAtChanceLevel) {
   for (const Drill drill : Drill::allCases)
     for (const double difficulty : {0.0, 20.0}) {
       const auto [answer, chance] = kit::bestBlindAnswer(drill, difficulty);
@@ -67,13 +67,13 @@ TEST(FairSeeds, BlindAnswersHitAtTheRateOfChance) {
                         .correct
                     ? 1
                     : 0;
-      // Four standard deviations of 4000 trials are 0.032 at most.
+      // Four standard deviations of the hit rate of 4000 trials: at most 4 sqrt(0.25 / 4000).
       EXPECT_NEAR(hits / static_cast<double>(launches().size()), chance, 0.032)
           << drill << ' ' << difficulty;
     }
 }
 
-TEST(Chance, MostHitsOfFortyTrials) {
+TEST(Chance, LimitsTheHitsOfFortyTrials) {
   const auto bound = [](Drill drill, double difficulty) {
     return kit::mostHitsByChance(kit::bestBlindAnswer(drill, difficulty).chance, 40);
   };

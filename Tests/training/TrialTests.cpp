@@ -61,7 +61,7 @@ TEST(Material, IsParsedFromItsExactNameOnly) {
     EXPECT_FALSE(Material::fromRawValue(name).has_value()) << name;
 }
 
-TEST(Material, HashesDifferByCase) {
+TEST(Material, HasDistinctHashes) {
   std::set<std::size_t> hashes;
   for (const Material material : Material::allCases)
     hashes.insert(std::hash<Material>{}(material));
@@ -77,7 +77,7 @@ TEST(Bands, AreTheTwentySevenNominalCentres) {
   EXPECT_EQ(std::vector<double>(Bands::centres.begin(), Bands::centres.end()), expected);
 }
 
-TEST(Bands, LabelsOfKnownFrequencies) {
+TEST(Bands, LabelsMatchKnownTexts) {
   const struct {
     double frequency;
     const char* label;
@@ -114,7 +114,7 @@ TEST(Bands, NearestIsMeasuredInOctaves) {
   EXPECT_EQ(Bands::nearestIndex(96000), 26u);
 }
 
-// Between two centres, the upper band must be strictly nearer, to the last bit.
+// The upper of two bands is the nearest only if its distance is smaller, to the last bit.
 TEST(Bands, TiesGoToTheLowerBand) {
   for (std::size_t i = 0; i + 1 < Bands::centres.size(); ++i) {
     const double low = Bands::centres[i], high = Bands::centres[i + 1];
@@ -132,7 +132,7 @@ TEST(Bands, TiesGoToTheLowerBand) {
 
 // makeTrial
 
-// The generator's first state after this seed is 1, a fraction of 0: targets are at their minimum.
+// This seed's first state is 1, which gives a fraction of 0: both targets are at their minimum.
 TEST(Trial, HalvesAreRoundedAwayFromZero) {
   constexpr std::uint64_t seed = 13721891023265367629U;
   const auto level = Drills::makeTrial(62.5, Material::pad, seed, Drill::level);

@@ -1,5 +1,4 @@
-// Which bindings are evaluated when something changes: all that depend on it, and hardly any
-// others.
+// A change evaluates all bindings that depend on it, and hardly any others.
 
 #include "kit/Snippet.h"
 
@@ -32,7 +31,7 @@ void forEachProperty(const QObject& object, Function visit) {
     visit(meta->property(i));
 }
 
-// A QML binding for each property of a model, which counts its evaluations and keeps its value.
+// A QML binding to each property of a model. Each counts its evaluations and keeps its value.
 class Bindings {
 public:
   explicit Bindings(QObject& model) : model_(model) {

@@ -259,7 +259,7 @@ TEST(WithoutColour, MarkersAndDisabledButtonsRemainDistinguishable) {
   const QImage disabled = stage.pictureOf("primaryButton");
   stage.session.setAnswer(0);
   const QImage enabled = stage.pictureOf("primaryButton");
-  // Dark on light against light on dark.
+  // An enabled button has dark text on a light fill, a disabled one light text on a dark fill.
   const auto lightness = [](const QImage& image) {
     return image.pixelColor(image.width() / 2, 4).lightnessF();
   };
@@ -280,8 +280,8 @@ TEST(WithoutColour, WeakAndStrongBandsDifferInHeight) {
   const auto height = [&](int band) {
     return stage.item(QStringLiteral("bar%1").arg(band))->property("barHeight").toDouble();
   };
-  EXPECT_LT(height(0), height(4)) << "no answers, no error";
-  EXPECT_LT(height(4), height(14)) << "100 Hz, 1 kHz";
-  EXPECT_LT(height(14), height(20)) << "1 kHz, 4 kHz";
+  EXPECT_LT(height(0), height(4)) << "a band without answers and one without errors";
+  EXPECT_LT(height(4), height(14)) << "100 Hz and 1 kHz";
+  EXPECT_LT(height(14), height(20)) << "1 kHz and 4 kHz";
   EXPECT_TRUE(stage.item("weakestText")->property("text").toString().startsWith("weakest · 4k Hz"));
 }

@@ -1,4 +1,4 @@
-// The weight of text as it is seen: how much ink a line carries in each palette.
+// The visible weight of text: how much ink a line has in each palette.
 
 #include "kit/Snippet.h"
 
@@ -44,7 +44,7 @@ public:
                  hues_.ink.name().toLatin1() +
                  R"("; text: "The quick brown fox, 3.15k Hz, HIT or MISS" } })") {}
 
-  // The sum of its pixels' shares of the text's colour.
+  // Sums the share of the text's colour over all pixels.
   double ink(const Type& type) {
     QFont font(QString::fromLatin1(type.family));
     font.setPixelSize(type.size);
@@ -69,7 +69,7 @@ void expectSameInk(const std::vector<Type>& types) {
   for (const Type& type : types) {
     const double onDark = dark.ink(type);
     const double onLight = light.ink(type);
-    EXPECT_GT(onLight, 20) << "nothing is drawn";
+    EXPECT_GT(onLight, 20) << "hardly anything is drawn";
     EXPECT_NEAR(onDark / onLight, 1, 0.1)
         << type.family << ' ' << type.size << ' ' << static_cast<int>(type.weight);
   }

@@ -150,7 +150,7 @@ TEST(Arrows, SelectDrillsAndMoveTheFocus) {
     const auto before = keyboard.session.counter();
     keyboard.key(step.key);
     EXPECT_EQ(static_cast<int>(keyboard.session.drill()), step.drill);
-    EXPECT_EQ(keyboard.session.counter(), before + 40503) << "one trial";
+    EXPECT_EQ(keyboard.session.counter(), before + 40503) << "one new trial";
     EXPECT_EQ(keyboard.focus(), "drill" + std::to_string(step.drill));
   }
   const auto before = keyboard.session.counter();
@@ -171,7 +171,7 @@ TEST(Arrows, SelectMaterialsAndSlots) {
   keyboard.key(Qt::Key_Right);
   EXPECT_EQ(keyboard.session.currentSlot(), 0);
   EXPECT_EQ(keyboard.focus(), "slot0");
-  keyboard.session.cycleSlot(); // from elsewhere
+  keyboard.session.cycleSlot(); // not by an arrow key
   EXPECT_EQ(keyboard.focus(), "slot1");
 
   keyboard.focusOn("material2");
@@ -195,7 +195,7 @@ TEST(Arrows, SelectAFlippedSlotWhenNoneIsSelected) {
     keyboard.key(Qt::Key_Right);
     EXPECT_EQ(keyboard.session.answer(), (c.slot + 1) % 3);
     keyboard.session.newTrial();
-    EXPECT_EQ(keyboard.focus(), "slotChoice0") << "none is chosen again";
+    EXPECT_EQ(keyboard.focus(), "slotChoice0") << "a new trial has no chosen slot";
   }
 }
 
@@ -284,9 +284,9 @@ TEST(Focus, MovesOnAClickWithoutARing) {
   EXPECT_EQ(other.focus(), "handle");
   EXPECT_EQ(other.ring(), nullptr);
   other.key(Qt::Key_Right);
-  EXPECT_NE(other.ring(), nullptr) << "used by the keyboard";
+  EXPECT_NE(other.ring(), nullptr) << "a key shows the ring";
   QTest::mouseClick(&other.view, Qt::LeftButton, {}, {400, 160});
-  EXPECT_EQ(other.ring(), nullptr) << "used by the mouse";
+  EXPECT_EQ(other.ring(), nullptr) << "a click hides the ring";
 }
 
 TEST(Focus, StaysOnAClickOnADisabledButton) {
@@ -306,13 +306,14 @@ TEST(FocusRing, DisappearsOnAClick) {
     before.settle();
     const QImage untouched = before.picture();
     before.tab();
-    EXPECT_NE(before.picture(), untouched) << "the test sees a ring";
+    EXPECT_NE(before.picture(), untouched) << "the ring is in the picture";
     QTest::mouseClick(&before.view, Qt::LeftButton, {}, {500, 365}); // the background
     EXPECT_EQ(before.picture(), untouched);
   }
 }
 
-// One point away from the control, two points of ink, on whole pixels on all four sides.
+// The ring is two points of ink, one point away from the control, on whole pixels on all four
+// sides.
 TEST(FocusRing, IsSharpAroundEveryStopInBothPalettes) {
   for (const bool dark : {true, false})
     for (const Drill drill : {Drill::frequency, Drill::polarity}) {

@@ -36,7 +36,7 @@ protected:
     portal_.set(space, "monospace-font-name", QString::fromLatin1(GetParam().mono) + " 10");
   }
 
-  // That the scene is really drawn in it.
+  // Expects that `text` is really drawn in it.
   static void expectFace(QQuickItem* text) {
     const auto font = text->property("font").value<QFont>();
     EXPECT_EQ(QRawFont::fromFont(font).familyName().toStdString(), GetParam().sans);
@@ -50,7 +50,7 @@ std::string nameOf(const testing::TestParamInfo<Face>& info) {
   return info.param.name;
 }
 
-// All shown texts.
+// Appends all visible texts below `from`.
 void collectTexts(QQuickItem* from, std::vector<QQuickItem*>& texts) {
   for (QQuickItem* child : from->childItems())
     if (child->isVisible()) {
@@ -66,7 +66,7 @@ const char* const apart[] = {"wordmark",  "subtitle",  "drill0",    "drill1",
                              "slot0",     "slot1",     "slot2",     "switchHint",
                              "material0", "material1", "material2", "primaryButton"};
 
-// What a text covers: its item may be larger.
+// The box that a text covers. Its item may be wider.
 QRectF inked(const QQuickItem* text) {
   QRectF box = Stage::box(text);
   box.setWidth(std::min(box.width(), text->property("contentWidth").toDouble()));
@@ -83,7 +83,7 @@ void expectWholeAndApart(Stage& stage) {
     const std::string name = texts[i]->objectName().toStdString();
     EXPECT_FALSE(texts[i]->property("truncated").toBool()) << name;
     EXPECT_LE(texts[i]->property("contentWidth").toDouble(), box.width() + 0.01) << name;
-    // Some lines of text have less height than the face asks for, but not less than its letters.
+    // Some items are up to 3 points lower than a line of their font, but not than its letters.
     EXPECT_LE(texts[i]->property("contentHeight").toDouble(), box.height() + 3) << name;
     const bool inMain = box.left() < divider;
     EXPECT_GE(box.left(), inMain ? 20 : divider + 1 + 20) << name;
@@ -116,12 +116,11 @@ int rounded(const QQuickItem* root, const char* property) {
   return static_cast<int>(std::ceil(root->property(property).toDouble()));
 }
 
-// Of windows, in points: the smallest, on 1024x600, on 1080 upright and 1366x768 at 1.25x, the
-// initial one, and wide ones.
+// Widths of windows in points: the smallest one, those that fit on a screen of 1024x600, on an
+// upright one of 1080x1920 and on one of 1366x768 at 1.25x, the initial one, and wide ones.
 constexpr int windowWidths[] = {1001, 1016, 1072, 1084, 1180, 1600, 2560};
 
-// What is wrong with the two markers of a strip as they stand in the scene; nothing if all is
-// right.
+// Describes the first fault of a strip's two markers in the scene. Empty if there is none.
 std::string faultOf(const Snippet& snippet, double stripWidth) {
   const double s = snippet.view.effectiveDevicePixelRatio();
   // Where an item is drawn: its edges are snapped to whole pixels.
@@ -197,7 +196,7 @@ TEST_P(EveryFace, KeepsItsTextsApartAndWholeInEveryDrillAndState) {
   }
 }
 
-TEST_P(EveryFace, LooksAsWideAsEverFromTheInitialSizeOn) {
+TEST_P(EveryFace, HasSingleLinesAndTheSameMarginsFromTheInitialWidthOn) {
   for (const int width : {1180, 1600, 2560}) {
     Stage stage(Drill::dynamics, true, {width, 386});
     (void)stage.picture();
@@ -271,7 +270,7 @@ INSTANTIATE_TEST_SUITE_P(Fonts, EveryFace, testing::ValuesIn(faces), nameOf);
 int main(int argc, char** argv) {
   const QByteArray bus = qgetenv("DBUS_SESSION_BUS_ADDRESS");
   prepareGui();
-  qputenv("DBUS_SESSION_BUS_ADDRESS", bus); // with the test's portal, and nothing else
+  qputenv("DBUS_SESSION_BUS_ADDRESS", bus); // the only service on it is the test's portal
   const QGuiApplication application(argc, argv);
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();

@@ -28,7 +28,7 @@ struct Pointer : Stage {
   void moveTo(const QString& name) { QTest::mouseMove(&view, centre(name)); }
   void moveAway() { QTest::mouseMove(&view, {600, 372}); }
 
-  // A click of a quick series, `gap` ms after the one before.
+  // A click `gap` ms after the previous one.
   void clickAfter(const QString& name, unsigned gap) {
     time_ += gap;
     for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
@@ -49,14 +49,14 @@ private:
   unsigned time_ = 1'000'000;
 };
 
-const int interval = 400; // ms, Qt's without a desktop
+const int interval = 400; // of a double click, in ms: Qt's default without a desktop
 
 struct Control {
   const char* name;
   QColor ground; // its fill at rest
 };
 
-// Every control of the polarity drill, each group with a chosen one and another.
+// Controls of the polarity drill: a chosen one and another of each group.
 std::vector<Control> controls(const Hues& hues) {
   return {{"drill0", hues.bg},           {"drill3", hues.selectedFill},
           {"slot0", hues.selectedFill},  {"slot1", hues.surface},
@@ -66,7 +66,7 @@ std::vector<Control> controls(const Hues& hues) {
 
 } // namespace
 
-TEST(PrimaryButton, TakesADoubleClickForASingleOne) {
+TEST(PrimaryButton, TreatsADoubleClickAsOneClick) {
   Pointer pointer;
   pointer.settle();
   ASSERT_EQ(QGuiApplication::styleHints()->mouseDoubleClickInterval(), interval);
@@ -79,11 +79,11 @@ TEST(PrimaryButton, TakesADoubleClickForASingleOne) {
   }
   EXPECT_EQ(pointer.session.counter(), before);
   pointer.clickAfter("primaryButton", interval + 1);
-  EXPECT_FALSE(pointer.session.grade()) << "a click of its own";
+  EXPECT_FALSE(pointer.session.grade()) << "a separate click";
   EXPECT_NE(pointer.session.counter(), before);
 }
 
-TEST(PrimaryButton, TakesEveryReturnHoweverQuick) {
+TEST(PrimaryButton, AcceptsEveryReturnHoweverQuick) {
   Pointer pointer;
   pointer.settle();
   pointer.clickAfter("primaryButton", interval);
@@ -92,7 +92,7 @@ TEST(PrimaryButton, TakesEveryReturnHoweverQuick) {
   EXPECT_FALSE(pointer.session.grade());
 }
 
-TEST(Choices, TakeBothClicksOfADoubleClick) {
+TEST(Choices, AcceptBothClicksOfADoubleClick) {
   Pointer pointer;
   const auto before = pointer.session.counter();
   pointer.clickAfter("drill1", interval);
@@ -120,7 +120,7 @@ TEST(Touch, TintsAFillLightlyUnderThePointerAndMoreUnderAPress) {
       expectColor(pointer.fill(control.name), over(at(hues.ink, 0.12), control.ground), "again");
       pointer.moveAway();
       QTest::mouseRelease(&pointer.view, Qt::LeftButton, {}, {600, 372});
-      EXPECT_EQ(pointer.picture(), rest) << "nothing was pressed";
+      EXPECT_EQ(pointer.picture(), rest) << "released outside";
     }
   }
 }

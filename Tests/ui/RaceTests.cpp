@@ -53,7 +53,7 @@ public:
   Session& session() { return delegate_.session(); }
   QQuickView& window() { return *delegate_.window(); }
 
-  // Sends one input. Returns its description, for the message of a failure.
+  // Sends one input. Returns its description for failure messages.
   std::string input() {
     switch (below(20)) {
     case 0:
@@ -93,7 +93,7 @@ public:
     EXPECT_TRUE(QTest::qWaitFor([this] { return isPlayingTheTrial(); }, 60000));
   }
 
-  // The trial is rendered and the device, which opens on its own thread, plays it.
+  // Whether the trial is rendered and the device, which opens on its own thread, plays it.
   bool isPlayingTheTrial() { return !session().rendering() && session().player().isPlaying(); }
 
   std::int64_t below(std::int64_t end) {
@@ -182,7 +182,7 @@ private:
 struct Moment {
   std::uint64_t counter;
   bool graded, rendering;
-  std::optional<Attempt> newest; // attempt in the record
+  std::optional<Attempt> newest; // in the record
 
   explicit Moment(Session& session)
       : counter(session.counter()), graded(session.grade().has_value()),
@@ -232,7 +232,7 @@ TEST(Race, RandomInputKeepsTheInvariantsOfTheSession) {
             << Numbers::fixed(static_cast<double>(inputs) / seconds, 0) << " a second: " << trials
             << " trials, " << graded << " answers, " << suspensions << " suspensions, "
             << wasRendering << " inputs while rendering, " << wasPlaying << " while playing\n";
-  // The random input has covered enough cases.
+  // The random input must have covered enough cases.
   EXPECT_GT(trials, static_cast<std::uint64_t>(inputs) / 20);
   EXPECT_GT(graded, inputs / 400);
   EXPECT_GT(suspensions, inputs / 100);

@@ -5,7 +5,7 @@
 using namespace velto;
 using namespace velto::kit;
 
-// Behind the words of a chip that crosses the other bar lies the strip's fill, not the bar.
+// A chip that crosses the other bar is filled like the strip, so that the bar does not show.
 TEST(Markers, HideTheBarThatAChipCrosses) {
   const struct {
     double answer, truth;
@@ -64,7 +64,7 @@ TEST(Markers, OfEqualValuesAreOneBarThatBothChipsName) {
 }
 
 // Including the ends of the scale, where half of the marker extends beyond the strip.
-TEST(Markers, AreTwoPointsWideToThePixelAndCentredOnTheirValueOnWholePixels) {
+TEST(Markers, AreTwoPointsWideOnWholePixelsAndCentredOnTheirValue) {
   const struct {
     const char* qml;
     double value;

@@ -183,7 +183,7 @@ void expectMarker(Stage& stage, const Picture& picture, const QString& name, dou
   EXPECT_NEAR(bar.center().x(), position, 0.5 / s + slack);
   EXPECT_NEAR(bar.left() * s, std::round(bar.left() * s), slack) << "not on a whole pixel";
   if (!hidden) {
-    // Of one tone from top to bottom, over a tick as well.
+    // The bar has one colour from top to bottom, also over a tick.
     const QColor seen = over(at(over(color, hues.soft), fade), hues.surface);
     for (int x = 0; x < std::round(2 * s); ++x)
       for (const double y : {134.6, 135.5, 160.0, 180.0, 195.0, 205.0, 209.0})
@@ -211,7 +211,7 @@ void expectMarker(Stage& stage, const Picture& picture, const QString& name, dou
               {5, false, QColor(0, 0, 0, 0), at(color, 0.35), 1, hues.soft, {5.5, 10}});
 }
 
-// The ticks and their labels. The colours of covered or faded ones are not checked.
+// The ticks and their labels. The colours of covered, faded and outermost ticks are not checked.
 void expectTicks(Stage& stage, const Picture& picture, const Wanted& wanted, double answer,
                  double truth) {
   const Hues& hues = wanted.hues;

@@ -61,7 +61,7 @@ void expectStat(const Stage& stage, const Picture& picture, const Hues& hues, co
   EXPECT_NEAR(caption.center().x(), x + 50 + 0.6, 0.51);
 }
 
-// A bar's height over the map's foot at y = 136, and its colour.
+// Expects a bar's place, its height above the map's foot at y = 136, and its colour.
 void expectBar(const Stage& stage, const Picture& picture, const QColor& ground, int index,
                double height, const QColor& color) {
   SCOPED_TRACE("bar " + std::to_string(index));
@@ -170,7 +170,7 @@ TEST(SidePanel, RaisesAndReddensTheBarsOfWeakBands) {
   });
 }
 
-// All 26 gaps between the bars are as wide as they should be, to the pixel, and empty.
+// All 26 gaps between the bars are empty and two points wide, rounded to whole pixels.
 TEST(SidePanel, LeavesEqualGapsBetweenTheBars) {
   Stage stage;
   const Picture picture(stage.picture());
@@ -233,7 +233,7 @@ TEST(SidePanel, DrawsTheCurveOfTheCurrentDrill) {
     QQuickItem* curve = stage.item("curve");
     EXPECT_NEAR(curve->property("lineWidth").toDouble(), 1.6, 1e-9);
     EXPECT_EQ(curve->property("color").value<QColor>(), hues.control);
-    // All three answers were given at difficulty 40: a level line 60 % down.
+    // All three answers were given at difficulty 40: a horizontal line 60 % down.
     const double scale = picture.scale();
     EXPECT_NEAR(picture.thickness({static_cast<int>(1000 * scale), static_cast<int>(235 * scale)},
                                   {0, 1}, static_cast<int>(8 * scale), hues.bg, hues.control),
@@ -246,7 +246,7 @@ TEST(SidePanel, DrawsTheCurveOfTheCurrentDrill) {
 }
 
 // A curve along the upper edge, at difficulty 100, and one along the lower edge.
-TEST(SidePanel, ClipsTheCurveByItsFrame) {
+TEST(SidePanel, ClipsTheCurveToItsFrame) {
   for (const double difficulty : {100.0, 0.0}) {
     Practised stage([difficulty](Profile& profile) {
       for (int i = 0; i < 3; ++i) {

@@ -72,7 +72,7 @@ TEST(SlotChoice, StartsEmptyAndFollowsClicks) {
     hands.click(QStringLiteral("slotChoice%1").arg(i));
     EXPECT_EQ(hands.session.answer(), i);
     EXPECT_TRUE(hands.item("primaryButton")->property("available").toBool());
-    hands.move({600, 372}); // the pointer tints what it is on
+    hands.move({600, 372}); // a control under the pointer is tinted
     const Picture picture(hands.picture());
     for (int j = 0; j < 3; ++j)
       expectColor(picture.colorAt(hands.box(QStringLiteral("slotChoice%1").arg(j)).topLeft() +
@@ -92,7 +92,7 @@ TEST(Strip, SetsTheAnswerOnAClick) {
                {Drill::dynamics, 0.43, 6},   {Drill::dynamics, 1, 14}};
   for (const auto& c : cases) {
     Hands hands(c.drill);
-    // Clicks have whole points; the last one on the strip is a point short of its end.
+    // Clicks are at whole points, so the last one on the strip is a point short of its end.
     hands.click(onStrip(std::min(c.share * 739, 738.0)));
     EXPECT_NEAR(hands.session.answer(), c.answer, 1e-9) << c.share;
     EXPECT_FALSE(hands.session.grade());
@@ -235,7 +235,7 @@ TEST(Background, RequestsAMoveOnlyBeyondTheDragThreshold) {
     hands.move(start + QPoint(0, -threshold - 1));
     EXPECT_EQ(asked.count(), 1);
     hands.move(start + QPoint(0, -3 * threshold));
-    EXPECT_EQ(asked.count(), 1) << "once a press";
+    EXPECT_EQ(asked.count(), 1) << "once per press";
     hands.release(start + QPoint(0, -3 * threshold));
     hands.move(start);
     EXPECT_EQ(asked.count(), 1);
@@ -249,7 +249,7 @@ TEST(Background, IgnoresDragsThatStartOnAStripOrAButton) {
       if (graded)
         hands.grade(false);
       QSignalSpy asked(hands.root(), SIGNAL(moveRequested()));
-      // Before grading the primary button is disabled here: nothing is rendered yet.
+      // Before grading, nothing is rendered, so the primary button is disabled.
       std::vector<QPoint> starts{onStrip(100), onStrip(500)};
       for (const char* name : {"drill1", "slot0", "material2", "primaryButton"})
         starts.push_back(hands.centre(QString::fromLatin1(name)));

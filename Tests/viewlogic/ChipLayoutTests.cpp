@@ -38,7 +38,8 @@ struct Bar {
   }
 };
 
-// From a chip, whose edges are drawn on the nearest pixels, to a bar; negative if they overlap.
+// The distance of a chip, drawn with its edges on the nearest pixels, to a bar; negative if they
+// overlap.
 double distance(const Box& chip, const Bar& bar, double ratio) {
   const auto pixel = [ratio](double x) { return std::round(x * ratio) / ratio; };
   return std::max(bar.left - pixel(chip.right), pixel(chip.left) - bar.right);
@@ -46,7 +47,7 @@ double distance(const Box& chip, const Bar& bar, double ratio) {
 
 constexpr double exact = 1e-6;
 
-// What is wrong with the chips of two markers; nothing if all is right.
+// Describes the first fault in the places of two markers' chips. Empty if there is none.
 std::string faultOf(const ChipLayout::Marker& answer, const ChipLayout::Marker& truth,
                     double stripWidth, double ratio) {
   const auto places = ChipLayout::place(answer, truth, stripWidth, ratio);
@@ -68,11 +69,11 @@ std::string faultOf(const ChipLayout::Marker& answer, const ChipLayout::Marker& 
     if (toOwn < -exact)
       return "a chip covers its own bar";
     if (!crosses && toOther < -exact)
-      return "a chip crosses the other bar unsaid";
+      return "a chip crosses the other bar without `crosses`";
     if (crosses && (toOwn > exact || toOther > ChipLayout::closeGap))
-      return "a chip does not cross between its own bar and the other";
+      return "a crossing chip does not touch its own bar, or is away from the other";
     if (!crosses && !equal && toOwn >= toOther - exact)
-      return "a chip is as near to the other bar";
+      return "a chip is not nearer to its own bar than to the other";
     return {};
   };
   std::string fault = check(a, answerBar, truthBar, places.answer.crosses);
@@ -81,8 +82,8 @@ std::string faultOf(const ChipLayout::Marker& answer, const ChipLayout::Marker& 
   return fault;
 }
 
-// Widths of chips in a narrow and a wide face, in points: of the padding, of each character, and of
-// "ACTUAL" with its gap.
+// What makes up the width of a chip in a face, in points: its padding, each character, and "ACTUAL"
+// with its gap.
 struct Face {
   double padding, character, actual;
 
@@ -190,7 +191,7 @@ TEST(ChipLaws, HoldForAllPairsOfDecibels) {
       }
 }
 
-// A chip crosses the other bar only where its own side has no room.
+// Crossing chips are the exception: one in at most 40 of 729 pairs of bands.
 TEST(ChipLaws, FewChipsCrossTheOtherBar) {
   const Face& face = faces[1];
   constexpr double width = 739;
@@ -229,7 +230,7 @@ RC_GTEST_PROP(ChipLaws, StayInsideTheStripAndApart, ()) {
     RC_ASSERT(box.bottom <= StripLayout::stripHeight - 22); // clear of the ticks
   }
   RC_ASSERT(!overlap(a, t));
-  // Closer markers are drawn as one bar.
+  // Markers closer than that are drawn as one bar.
   if (std::abs(answer.x - truth.x) >= 3)
     RC_ASSERT(faultOf(answer, truth, strip, ratio) == "");
 }

@@ -10,7 +10,7 @@ TEST(Snapped, MovesAPositionToTheNearestPixelEdge) {
   EXPECT_EQ(DevicePixels::snapped(10.4, 1), 10);
   EXPECT_EQ(DevicePixels::snapped(10.4, 2), 10.5);
   EXPECT_EQ(DevicePixels::snapped(10.4, 1.25), 10.4);
-  EXPECT_DOUBLE_EQ(DevicePixels::snapped(-1, 1.5), -4 / 3.0); // halves go away from zero
+  EXPECT_DOUBLE_EQ(DevicePixels::snapped(-1, 1.5), -4 / 3.0); // halves round away from zero
 }
 
 TEST(Share, KeepsWholePointsWhereTheGapIsWholePixels) {
@@ -29,7 +29,7 @@ TEST(Share, FillsTheWidthWithEqualGapsOnWholePixels) {
     for (int i = 0; i < 27; ++i) {
       const auto span = DevicePixels::share(i, 27, 320, 2, ratio);
       EXPECT_NEAR(span.left, right + gap, 1e-9) << ratio;
-      if (ratio != 1.5) { // whole points
+      if (ratio != 1.5) { // where spans have whole points instead
         EXPECT_NEAR(span.left * ratio, std::round(span.left * ratio), 1e-9) << ratio;
       }
       EXPECT_NEAR(span.width, (320 - 26 * gap) / 27, 1) << ratio;

@@ -22,7 +22,7 @@ TEST(MovedChoice, WrapsAroundAndStartsFromEitherEnd) {
   EXPECT_EQ(movedChoice(-1, 0, Move::right), -1);
 }
 
-TEST(KeySteps, AreOneAPageOrBeyondTheEndsOfAnyScale) {
+TEST(KeySteps, MoveByOneOrByAPageOrPastTheEnd) {
   EXPECT_EQ(KeyMoves::steps(Move::right, 20), 1);
   EXPECT_EQ(KeyMoves::steps(Move::up, 20), 1);
   EXPECT_EQ(KeyMoves::steps(Move::left, 20), -1);

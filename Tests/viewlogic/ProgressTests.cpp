@@ -113,8 +113,8 @@ TEST(ProgressCurve, RunsFromEdgeToEdgeWithTheHardestOnTop) {
   EXPECT_EQ(points, (std::vector<Progress::CurvePoint>{{0, 64}, {160, 0}, {320, 48}}));
 }
 
-// Within the picture the line is where it would be without the cut.
-TEST(ProgressCurve, IsCutFarOutsideThePicture) {
+// Clipping does not move the part of the line within the picture.
+TEST(ProgressCurve, IsClippedFarOutsideThePicture) {
   const auto points = Progress::curve(std::vector{50.0, 1e6, 50.0, -1e300, -1e300}, 400, 100);
   for (const auto& point : points) {
     EXPECT_GE(point.y, -100);

@@ -78,7 +78,7 @@ TEST(FrequencyScale, KeysMoveByABandAnOctaveOrToTheEnds) {
   for (const auto& c : cases)
     EXPECT_EQ(frequencyScale.moved(c.from, c.move), c.to)
         << c.from << " by " << static_cast<int>(c.move);
-  // Where the axis is shorter than the grid of bands.
+  // On a scale that covers only a part of the bands.
   constexpr FrequencyScale voice{.lowest = 300, .highest = 3400};
   EXPECT_EQ(voice.moved(1000, Move::toStart), 315);
   EXPECT_EQ(voice.moved(1000, Move::toEnd), 3150);

@@ -17,13 +17,13 @@ QRect roomIn(const QRect& freeArea) {
   return freeArea.adjusted(border, titleBar, -border, -border);
 }
 
-// The largest whole number of steps from `initial` that is not above `most`.
+// `initial`, or the largest size of at most `most` that is a whole number of steps below it.
 int atMost(int initial, int most) {
   const int steps = (std::max(initial - most, 0) + step - 1) / step;
   return initial - steps * step;
 }
 
-// The smallest that is not above `initial`, nor below `least`.
+// The smallest size of at least `least` that is a whole number of steps below or above `initial`.
 int atLeast(int initial, double least) {
   return initial - static_cast<int>(std::floor((initial - least) / step)) * step;
 }

@@ -9,6 +9,7 @@
 #include "Graphics.h"
 #include "Help.h"
 #include "LaunchOptions.h"
+#include "Memory.h"
 #include "OutputDevice.h"
 #include "PlaybackBench.h"
 #include "Player.h"
@@ -16,6 +17,7 @@
 #include "Report.h"
 #include "StandardStreams.h"
 #include "Subprocess.h"
+#include "desktop/Fonts.h"
 
 #include <QGuiApplication>
 #include <QIcon>
@@ -69,10 +71,14 @@ int misuse(const std::string& line) {
 
 int runWindow(int argc, char** argv, const LaunchOptions& options,
               std::optional<Assignment> assignment = std::nullopt) {
+  Memory::returnLargeBlocks();
   qInstallMessageHandler(reportMessages);
   const int signals = EndSignals::hold();
   Graphics::prepare();
+  // Meanwhile Qt connects to the display.
+  const auto fonts = Fonts::readConfigurationAhead();
   QGuiApplication application(argc, argv);
+  fonts.wait();
   QGuiApplication::setApplicationName(QStringLiteral("velto"));
   QGuiApplication::setApplicationDisplayName(QStringLiteral("MORLA Velto"));
   QGuiApplication::setDesktopFileName(QStringLiteral(VELTO_ID));

@@ -18,7 +18,8 @@ namespace velto {
 // Main thread only, except where noted.
 class Engine final : public PlaybackEngine {
 public:
-  // How long after stop() the device closes: longer than the fade and the device's latency.
+  // How long after stop() the device closes: longer than the fade and the requested latency. Where
+  // the device has more buffered, it closes once the fade has been heard.
   static constexpr std::chrono::milliseconds defaultCloseDelay{100};
 
   // No device is created before the first start.

@@ -7,7 +7,7 @@
 
 namespace velto {
 
-// Some sound systems do not tell that their server is gone or stopped: only the callbacks cease.
+// Some sound systems do not report that their server is gone or stopped: only the callbacks cease.
 // Any thread, but not the audio thread.
 class CallbackWatchdog {
 public:
@@ -22,12 +22,12 @@ public:
   // An output that has not yet called this often is still starting.
   static constexpr std::uint64_t startCallbacks = 4;
 
-  // Begins with an output that starts now. While it is starting, `startPatience` counts instead.
+  // Watches an output that starts now. While it is starting, `startPatience` replaces `patience`.
   explicit CallbackWatchdog(Time now, std::chrono::milliseconds startPatience = patience)
       : startPatience_(startPatience), last_(now) {}
 
-  // True if the number of callbacks so far has not changed for that long, and from then on. Call
-  // at least every `longestStep`; at longer intervals it takes that much longer.
+  // True once `callbacks`, the number so far, has not changed for that long, and ever after. Call
+  // at least every `longestStep`: longer intervals delay the result.
   [[nodiscard]] bool isSilent(std::uint64_t callbacks, Time now);
 
 private:

@@ -59,16 +59,20 @@ public:
   bool follows = false;     // looks for a better one
   std::function<void()> openingEnded;
   std::optional<Clock::time_point> closeAt;
+  bool isBuffered = false; // closeAt includes what the device has buffered
   bool isAbandoned = false;
   bool isEnding = false, hasEnded = false;
 
 private:
   using Lock = std::unique_lock<std::mutex>;
+  static constexpr std::chrono::milliseconds mostUnheard{500};
+  static constexpr std::chrono::milliseconds fadeMargin{30}; // the fade, and jitter of the device
 
   void enter(Phase next);
   [[nodiscard]] bool isDueToClose() const;
   void open(Lock& lock);
   void attend(Lock& lock);
+  void waitForBuffered(Lock& lock);
   void close(Lock& lock);
   void forgetDevice();
   void endStream();
@@ -130,6 +134,8 @@ void DeviceThread::Worker::open(Lock& lock) {
 
 // Waits for something to do with the open device, or for the next look for a better output.
 void DeviceThread::Worker::attend(Lock& lock) {
+  if (closeAt && !isBuffered)
+    return waitForBuffered(lock);
   if (const auto due = closeAt) {
     wake.wait_until(lock, *due);
     return;
@@ -151,6 +157,17 @@ void DeviceThread::Worker::attend(Lock& lock) {
   std::this_thread::sleep_for(closeDelay_);
   lock.lock();
   isOutdone = true;
+}
+
+// The fade is rendered behind all that the device has buffered, and is heard after it.
+void DeviceThread::Worker::waitForBuffered(Lock& lock) {
+  isBuffered = true;
+  const auto due = closeAt;
+  lock.unlock();
+  const auto heard = Clock::now() + std::min(device->unheard(), mostUnheard) + fadeMargin;
+  lock.lock();
+  if (closeAt == due)
+    closeAt = std::max(*due, heard);
 }
 
 void DeviceThread::Worker::close(Lock& lock) {
@@ -195,8 +212,10 @@ void DeviceThread::Worker::request(bool isFollowing) {
 
 void DeviceThread::Worker::closeLater() {
   isRequested = false;
-  if (phase != Phase::closed && !closeAt)
+  if (phase != Phase::closed && !closeAt) {
     closeAt = Clock::now() + closeDelay_;
+    isBuffered = false;
+  }
   wake.notify_one();
 }
 

@@ -42,7 +42,8 @@ public:
     std::chrono::milliseconds looking{500};    // between looks for a better output
   };
 
-  // Devices call `renderer`, and close `closeDelay` after closeLater(). No device is created before
+  // Devices call `renderer`. They close `closeDelay` after closeLater(), or later, once a fade that
+  // begins then has been heard: at most 530 ms after. No device is created before
   // open() or openAndWait().
   DeviceThread(OutputDeviceFactory makeDevice, std::shared_ptr<StreamRenderer> renderer,
                std::chrono::milliseconds closeDelay, const Limits& limits);

@@ -143,6 +143,17 @@ public:
     return knowsServer_ && !knew;
   }
 
+  // PulseAudio's buffer can be larger than requested.
+  [[nodiscard]] std::chrono::milliseconds unheard() override {
+    std::uint64_t heard = 0;
+    const std::uint64_t rendered = frames_.load();
+    if (context_ == nullptr || std::string_view(cubeb_get_backend_id(context_)) != pulse ||
+        failed() || cubeb_stream_get_position(stream_, &heard) != CUBEB_OK || heard > rendered)
+      return 0ms;
+    return std::chrono::milliseconds((rendered - heard) * 1000 /
+                                     static_cast<std::uint64_t>(sampleRateHz));
+  }
+
   // cubeb aborts if the latency is queried after an error, so return the requested one.
   [[nodiscard]] std::size_t latencyFrames() const override { return outputLatencyFrames; }
 
@@ -188,12 +199,15 @@ private:
     return std::nullopt;
   }
 
-  // Audio thread. Single writer of the count.
+  // Audio thread. Single writer of the counts.
   static long render(cubeb_stream*, void* device, const void*, void* output, long frames) {
     auto& self = *static_cast<CubebDevice*>(device);
     self.callbacks_.store(self.callbacks_.load(std::memory_order_relaxed) + 1,
                           std::memory_order_relaxed);
     fillOutput(*self.renderer_, static_cast<float*>(output), static_cast<std::size_t>(frames));
+    self.frames_.store(self.frames_.load(std::memory_order_relaxed) +
+                           static_cast<std::uint64_t>(frames),
+                       std::memory_order_relaxed);
     return frames;
   }
 
@@ -215,6 +229,7 @@ private:
   std::atomic<bool> isStarted_{false};
   mutable std::atomic<bool> failed_{false};
   std::atomic<std::uint64_t> callbacks_{0};
+  std::atomic<std::uint64_t> frames_{0};             // rendered
   mutable std::optional<CallbackWatchdog> watchdog_; // once started
 };
 

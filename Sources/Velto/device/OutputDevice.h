@@ -3,6 +3,7 @@
 
 #include "Renderer.h"
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -46,6 +47,10 @@ public:
   // True if a better output has become available since start() or the last call: play on a new
   // device. May take a second.
   [[nodiscard]] virtual bool isOutdone() { return false; }
+
+  // How long it will take until all that has been rendered is heard; 0 if unknown. May wait for the
+  // device.
+  [[nodiscard]] virtual std::chrono::milliseconds unheard() { return {}; }
 
   // The requested time from a rendered frame to the listener, in frames.
   [[nodiscard]] virtual std::size_t latencyFrames() const = 0;

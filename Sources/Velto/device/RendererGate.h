@@ -1,4 +1,4 @@
-// Stands between a device and the renderer, so that a device can be left alone.
+// Stands between a device and the renderer, so that a device that hangs can be abandoned.
 #pragma once
 
 #include "Renderer.h"
@@ -10,7 +10,7 @@
 namespace velto {
 
 // Passes a device's blocks to a renderer until it is closed; then they are silent. So a device that
-// cannot be stopped, because its server does not answer, never meets the renderer again.
+// cannot be stopped, because its server does not answer, never calls the renderer again.
 class RendererGate final : public Renderer {
 public:
   static constexpr std::size_t fadeFrames = 240; // 5 ms

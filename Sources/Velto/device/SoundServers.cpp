@@ -131,7 +131,7 @@ std::vector<std::string> usualAddresses(const Environment& environment) {
   return addresses;
 }
 
-// A host is a name, an address, or an address of version 6 in brackets; a port may follow.
+// A host is a name, an IPv4 address, or an IPv6 address in brackets; a port may follow.
 std::optional<Connection> connectTo(std::string_view address, Time deadline) {
   if (!takePrefix(address, tcp))
     return Connection::toFile(address, deadline);
@@ -150,13 +150,13 @@ std::optional<Connection> connectTo(std::string_view address, Time deadline) {
 
 // --- PulseAudio: the native protocol ---
 
-// A packet has a head of five 32-bit numbers (the length of the rest, the channel, an offset of 64
-// bits, flags) and holds tagged values. All numbers are in network order.
+// A packet has a header of five 32-bit numbers (the length of the rest, the channel, an offset of
+// 64 bits, flags) and then tagged values. All numbers are in network byte order.
 constexpr std::size_t headLength = 20;
 constexpr std::uint32_t controlChannel = 0xFFFFFFFF;
 constexpr char numberTag = 'L', bytesTag = 'x';
 constexpr std::uint32_t replyCommand = 2, authenticateCommand = 8;
-constexpr std::uint32_t protocolVersion = 13; // older than shared memory, which is not offered
+constexpr std::uint32_t protocolVersion = 13; // predates shared memory, which is not offered
 constexpr std::size_t cookieLength = 256;
 
 void append(std::string& bytes, std::uint32_t number) {
@@ -187,7 +187,7 @@ std::string authentication(const std::string& cookie) {
   return packet + body;
 }
 
-// A server of the same user needs no cookie.
+// Zeros if no file has a cookie: a server of the same user needs none.
 std::string readCookie(const std::vector<fs::path>& files) {
   for (const fs::path& file : files) {
     std::ifstream stream(file, std::ios::binary);
@@ -250,7 +250,7 @@ JackServer::JackServer(const Environment& environment) {
 }
 
 bool JackServer::hasTraces() {
-  // A server's sockets and shared memory. The data base and the registry remain for good.
+  // A server's sockets and shared memory. Its database and its registry outlast every server.
   std::error_code error;
   for (fs::directory_iterator file("/dev/shm", error), end; !error && file != end;
        file.increment(error)) {

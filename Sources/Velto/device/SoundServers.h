@@ -27,7 +27,7 @@ public:
   // display. Reads configuration files.
   explicit PulseServer(const Environment& environment);
 
-  // Connects and asks to be let in. `silent` if no address answers in time, but one accepts the
+  // Connects and authenticates. `silent` if no address answers in time, but one accepts the
   // connection; a refusal counts as `absent`. Any thread.
   [[nodiscard]] ServerAnswer ask(std::chrono::milliseconds patience) const;
 
@@ -44,9 +44,9 @@ class JackServer {
 public:
   explicit JackServer(const Environment& environment);
 
-  // True if a server runs, or something of one is left in the system. Cheap. Any thread.
+  // True if a server runs, or has left files behind. Cheap. Any thread.
   [[nodiscard]] static bool hasTraces();
-  // True also if PipeWire runs, which can replace a server. False only if there is none.
+  // Same, but also true if PipeWire runs, which can replace a server.
   [[nodiscard]] bool mayRun() const;
 
 private:

@@ -34,10 +34,10 @@ std::optional<Material> materialOf(const std::string& word) {
 
 // Declares a switch with a value, which `take` stores.
 template <typename Take>
-void addSwitch(CLI::App& arguments, const std::string& name, const char* placeholder,
-               const std::string& explanation, Take take) {
-  arguments.add_option_function<std::string>(name, std::move(take), explanation)
-      ->type_name(placeholder);
+CLI::Option& addSwitch(CLI::App& arguments, const std::string& name, const char* placeholder,
+                       const std::string& explanation, Take take) {
+  return *arguments.add_option_function<std::string>(name, std::move(take), explanation)
+              ->type_name(placeholder);
 }
 
 } // namespace
@@ -46,8 +46,9 @@ void Lab::Arguments::addJSON(CLI::App& arguments, bool& isWanted) {
   arguments.add_flag("--json", isWanted, "print JSON")->disable_flag_override();
 }
 
-void Lab::Arguments::addDrill(CLI::App& arguments, Drill& drill, const std::string& explanation) {
-  addSwitch(arguments, "--drill", "DRILL", explanation, [&drill](const std::string& word) {
+CLI::Option& Lab::Arguments::addDrill(CLI::App& arguments, Drill& drill,
+                                      const std::string& explanation) {
+  return addSwitch(arguments, "--drill", "DRILL", explanation, [&drill](const std::string& word) {
     const auto found = Drill::fromRawValue(word);
     if (!found)
       throw WrongUse("--drill: " + quoted(word) + " is no drill");
@@ -55,43 +56,49 @@ void Lab::Arguments::addDrill(CLI::App& arguments, Drill& drill, const std::stri
   });
 }
 
-void Lab::Arguments::addMaterial(CLI::App& arguments, std::optional<Material>& material,
-                                 const std::string& explanation) {
-  addSwitch(arguments, "--material", "MATERIAL", explanation, [&material](const std::string& word) {
-    material = materialOf(word);
-    if (!material)
-      throw WrongUse("--material: " + quoted(word) + " is neither pink, drums nor pad");
-  });
+CLI::Option& Lab::Arguments::addMaterial(CLI::App& arguments, std::optional<Material>& material,
+                                         const std::string& explanation) {
+  return addSwitch(
+      arguments, "--material", "MATERIAL", explanation, [&material](const std::string& word) {
+        material = materialOf(word);
+        if (!material)
+          throw WrongUse("--material: " + quoted(word) + " is neither pink, drums nor pad");
+      });
 }
 
-void Lab::Arguments::addNumber(CLI::App& arguments, const std::string& name, double& value,
-                               double least, double most, const std::string& explanation) {
-  addSwitch(arguments, name, "NUMBER", explanation,
-            [&value, name, least, most](const std::string& text) {
-              const auto number = NumberText::real(text);
-              if (!number || *number < least || *number > most)
-                throw WrongUse(name + ": " + quoted(text) + " is no number from " +
-                               Numbers::shortest(least) + " to " + Numbers::shortest(most));
-              value = *number;
-            });
+CLI::Option& Lab::Arguments::addNumber(CLI::App& arguments, const std::string& name, double& value,
+                                       double least, double most, const std::string& explanation) {
+  return addSwitch(arguments, name, "NUMBER", explanation,
+                   [&value, name, least, most](const std::string& text) {
+                     const auto number = NumberText::real(text);
+                     if (!number || *number < least || *number > most)
+                       throw WrongUse(name + ": " + quoted(text) + " is no number from " +
+                                      Numbers::shortest(least) + " to " + Numbers::shortest(most));
+                     value = *number;
+                   });
 }
 
-void Lab::Arguments::addCount(CLI::App& arguments, const std::string& name, std::uint64_t& value,
-                              std::uint64_t least, std::uint64_t most,
-                              const std::string& explanation) {
-  addSwitch(arguments, name, "NUMBER", explanation,
-            [&value, name, least, most](const std::string& text) {
-              const auto number = NumberText::natural(text);
-              if (!number || *number < least || *number > most)
-                throw WrongUse(name + ": " + quoted(text) + " is no whole number from " +
-                               std::to_string(least) + " to " + std::to_string(most));
-              value = *number;
-            });
+CLI::Option& Lab::Arguments::addCount(CLI::App& arguments, const std::string& name,
+                                      std::uint64_t& value, std::uint64_t least, std::uint64_t most,
+                                      const std::string& explanation) {
+  return addSwitch(arguments, name, "NUMBER", explanation,
+                   [&value, name, least, most](const std::string& text) {
+                     const auto number = NumberText::natural(text);
+                     if (!number || *number < least || *number > most)
+                       throw WrongUse(name + ": " + quoted(text) + " is no whole number from " +
+                                      std::to_string(least) + " to " + std::to_string(most));
+                     value = *number;
+                   });
 }
 
 void Lab::Arguments::addPath(CLI::App& arguments, const std::string& placeholder, std::string& path,
                              const std::string& explanation) {
   arguments.add_option(placeholder, path, explanation)->required()->type_name("");
+}
+
+void Lab::Arguments::addOptionalPath(CLI::App& arguments, const std::string& placeholder,
+                                     std::string& path, const std::string& explanation) {
+  arguments.add_option(placeholder, path, explanation)->type_name("");
 }
 
 ProfileLocation Lab::Arguments::recordLocation() {

@@ -8,32 +8,38 @@
 #include "ProfileLocation.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace CLI {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace velto::Lab::Arguments {
 
 // --json: print JSON instead of words.
 void addJSON(CLI::App& arguments, bool& isWanted);
 
-// --NAME DRILL and --NAME MATERIAL; for the material, "pink", "drums" or "pad".
-void addDrill(CLI::App& arguments, Drill& drill, const std::string& explanation);
-void addMaterial(CLI::App& arguments, std::optional<Material>& material,
-                 const std::string& explanation);
+// --drill and --material. A material is called "pink", "drums" or "pad".
+CLI::Option& addDrill(CLI::App& arguments, Drill& drill, const std::string& explanation);
+CLI::Option& addMaterial(CLI::App& arguments, std::optional<Material>& material,
+                         const std::string& explanation);
 
 // A switch with a number between two bounds, inclusive. Decimal digits, with a point if need be.
-void addNumber(CLI::App& arguments, const std::string& name, double& value, double least,
-               double most, const std::string& explanation);
+CLI::Option& addNumber(CLI::App& arguments, const std::string& name, double& value, double least,
+                       double most, const std::string& explanation);
 // Same for whole numbers.
-void addCount(CLI::App& arguments, const std::string& name, std::uint64_t& value,
-              std::uint64_t least, std::uint64_t most, const std::string& explanation);
+CLI::Option& addCount(CLI::App& arguments, const std::string& name, std::uint64_t& value,
+                      std::uint64_t least, std::uint64_t most, const std::string& explanation);
 
 // A required argument without a switch, called `placeholder` in the help.
 void addPath(CLI::App& arguments, const std::string& placeholder, std::string& path,
              const std::string& explanation);
+
+// Same, but may be left out.
+void addOptionalPath(CLI::App& arguments, const std::string& placeholder, std::string& path,
+                     const std::string& explanation);
 
 // Where the practice record is. Throws Failure if there is no usable folder.
 [[nodiscard]] ProfileLocation recordLocation();

@@ -1,5 +1,9 @@
 #include "CheckCommand.h"
 #include "Command.h"
+#include "ExportCommand.h"
+#include "ImportCommand.h"
+#include "RenderCommand.h"
+#include "RestoreCommand.h"
 #include "SessionNewCommand.h"
 #include "SessionScoreCommand.h"
 
@@ -9,9 +13,8 @@ namespace velto {
 
 std::span<const Lab::Command> Lab::commands() {
   static constexpr std::array all{
-      checkCommand,
-      sessionNewCommand,
-      sessionScoreCommand,
+      checkCommand,  exportCommand,     importCommand,       restoreCommand,
+      renderCommand, sessionNewCommand, sessionScoreCommand,
   };
   return all;
 }

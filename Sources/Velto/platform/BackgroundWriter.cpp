@@ -9,15 +9,19 @@
 
 namespace velto {
 
-class BackgroundWriter::Thread {
+class BackgroundWriter::Threads {
 public:
-  explicit Thread(std::function<void()> whenDone) : whenDone_(std::move(whenDone)) {}
+  Threads(std::chrono::milliseconds patience, std::function<void()> whenDone)
+      : patience_(patience), whenDone_(std::move(whenDone)) {}
 
-  void post(Work work, const std::shared_ptr<Thread>& self) {
+  void post(Work work, Detour detour, const std::shared_ptr<Threads>& self) {
     std::unique_lock lock(mutex_);
     next_ = std::move(work);
-    if (!started_)
+    detour_ = std::move(detour);
+    if (!worker_.joinable())
       start(self, lock);
+    if (busy_ && detour_ && helpers_.size() == detours_ && detours_ < mostDetours)
+      startHelper(self);
     wake_.notify_all();
   }
 
@@ -28,27 +32,35 @@ public:
 
   bool wait(std::chrono::milliseconds most) {
     std::unique_lock lock(mutex_);
-    return idle_.wait_for(lock, most, [this] { return !next_ && !busy_; });
+    return idle_.wait_for(lock, most, [this] { return isIdle(); });
   }
 
-  // Joins the thread if it is idle, else lets it go.
+  // Joins the threads if all are idle, otherwise detaches them.
   void end() {
     std::unique_lock lock(mutex_);
     ending_ = true;
     next_ = nullptr;
+    detour_ = nullptr;
     whenDone_ = nullptr;
     wake_.notify_all();
-    const bool isIdle = !busy_;
+    const bool joins = isIdle();
     lock.unlock();
-    if (!thread_.joinable())
-      return;
-    if (isIdle)
-      thread_.join();
-    else
-      thread_.detach();
+    helpers_.push_back(std::move(worker_));
+    for (std::thread& thread : helpers_) {
+      if (!thread.joinable())
+        continue;
+      if (joins)
+        thread.join();
+      else
+        thread.detach();
+    }
   }
 
 private:
+  using Clock = std::chrono::steady_clock;
+
+  [[nodiscard]] bool isIdle() const { return !next_ && !busy_ && detours_ == 0; }
+
   // The caller holds the lock.
   void keep(Finish finish) {
     if (!finish)
@@ -58,17 +70,25 @@ private:
       whenDone_();
   }
 
-  // Without a thread to be had, the caller does the work itself.
-  void start(const std::shared_ptr<Thread>& self, std::unique_lock<std::mutex>& lock) {
+  // If no thread can be started, runs the work on this one.
+  void start(const std::shared_ptr<Threads>& self, std::unique_lock<std::mutex>& lock) {
     try {
-      thread_ = std::thread([self] { self->run(); });
-      started_ = true;
+      worker_ = std::thread([self] { self->run(); });
     } catch (const std::system_error&) {
       const Work work = std::exchange(next_, nullptr);
+      detour_ = nullptr;
       lock.unlock();
       Outcome outcome = work();
       lock.lock();
       keep(std::move(outcome.finish));
+    }
+  }
+
+  // Without a thread to be had, the work waits for its turn.
+  void startHelper(const std::shared_ptr<Threads>& self) {
+    try {
+      helpers_.emplace_back([self] { self->help(); });
+    } catch (const std::system_error&) {
     }
   }
 
@@ -80,6 +100,8 @@ private:
       if (ending_)
         return;
       Work work = std::exchange(next_, nullptr);
+      detour_ = nullptr;
+      latestStart_ = Clock::now();
       busy_ = true;
       lock.unlock();
       Outcome outcome = work();
@@ -90,46 +112,75 @@ private:
         if (!next_ && !ending_)
           next_ = std::move(work);
       }
-      // What the work owns may need time to go.
+      // Destroying what the work owns may take time.
       lock.unlock();
       work = nullptr;
       lock.lock();
       busy_ = false;
-      if (!next_)
+      if (isIdle())
         idle_.notify_all();
     }
   }
 
+  void help() {
+    std::unique_lock lock(mutex_);
+    while (true) {
+      wake_.wait(lock, [this] { return (detour_ && busy_) || ending_; });
+      if (ending_)
+        return;
+      // Another start meanwhile defers this one.
+      if (const auto due = latestStart_ + patience_; Clock::now() < due) {
+        wake_.wait_until(lock, due, [this] { return !detour_ || !busy_ || ending_; });
+        continue;
+      }
+      Detour detour = std::exchange(detour_, nullptr);
+      latestStart_ = Clock::now();
+      ++detours_;
+      lock.unlock();
+      detour();
+      detour = nullptr;
+      lock.lock();
+      --detours_;
+      if (isIdle())
+        idle_.notify_all();
+    }
+  }
+
+  const std::chrono::milliseconds patience_;
   std::mutex mutex_;
   std::condition_variable wake_;
   std::condition_variable idle_;
   Work next_;
+  Detour detour_;                 // of next_; none once it has started
+  Clock::time_point latestStart_; // of work or of a detour
   std::vector<Finish> finishes_;
   std::function<void()> whenDone_;
-  bool started_ = false;
-  bool busy_ = false;
+  bool busy_ = false; // the worker
   bool ending_ = false;
-  std::thread thread_; // owner only
+  std::size_t detours_ = 0;          // running
+  std::thread worker_;               // owner only
+  std::vector<std::thread> helpers_; // owner only
 };
 
-BackgroundWriter::BackgroundWriter(std::function<void()> whenDone)
-    : thread_(std::make_shared<Thread>(std::move(whenDone))) {}
+BackgroundWriter::BackgroundWriter(std::chrono::milliseconds patience,
+                                   std::function<void()> whenDone)
+    : threads_(std::make_shared<Threads>(patience, std::move(whenDone))) {}
 
 BackgroundWriter::~BackgroundWriter() {
-  thread_->end();
+  threads_->end();
 }
 
-void BackgroundWriter::post(Work work) {
-  thread_->post(std::move(work), thread_);
+void BackgroundWriter::post(Work work, Detour detour) {
+  threads_->post(std::move(work), std::move(detour), threads_);
 }
 
 void BackgroundWriter::collect() {
-  for (const Finish& finish : thread_->takeFinishes())
+  for (const Finish& finish : threads_->takeFinishes())
     finish();
 }
 
 bool BackgroundWriter::wait(std::chrono::milliseconds most) {
-  return thread_->wait(most);
+  return threads_->wait(most);
 }
 
 } // namespace velto

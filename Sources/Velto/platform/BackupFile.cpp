@@ -47,7 +47,8 @@ void BackupFile::release() {
 }
 
 SafeFile::Written BackupFile::write(std::string_view bytes, Durability durability) {
-  // A program that looks for abandoned copies may take the new one for one before it is locked.
+  // Until it is locked, another program may mistake the new copy for an abandoned one and remove
+  // it.
   constexpr int attempts = 3;
   SafeFile::Written result = SafeFile::Written::failed;
   for (int attempt = 0; attempt < attempts; ++attempt) {
@@ -65,7 +66,7 @@ SafeFile::Written BackupFile::writeOnce(std::string_view bytes, Durability durab
   const int descriptor = Descriptors::open(part, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
   if (descriptor < 0)
     return failure();
-  ::flock(descriptor, LOCK_EX); // others hold it for microseconds, to look
+  ::flock(descriptor, LOCK_EX); // isInUse() of another program holds it for microseconds
   if (!Descriptors::writeAll(descriptor, bytes) || (isDurable && ::fdatasync(descriptor) != 0) ||
       ::rename(part.c_str(), path_.c_str()) != 0) {
     const SafeFile::Written result = failure();

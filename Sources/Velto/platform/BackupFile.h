@@ -11,15 +11,15 @@
 namespace velto {
 
 // The copy is written under another name and renamed: under its own name it is always complete. It
-// outlives the program that is killed; that the program has ended shows in a lock on the copy.
-// Readable by the user only.
+// survives a kill of the program. The program holds a lock on it, which shows others that it still
+// runs. Readable by the user only.
 //
 // One object belongs to one thread at a time.
 class BackupFile {
 public:
   enum class Durability : std::uint8_t {
     surviveKill,    // complete for other programs as soon as write() returns
-    survivePowerCut // and on the disk: waits for it
+    survivePowerCut // also on the disk, for which write() waits
   };
 
   // The copy of `file` is called "FILE.SUFFIX". Nothing is written yet.
@@ -38,7 +38,7 @@ public:
   // Removes the copy, if there is one.
   void remove();
 
-  // The copies of `file` whose suffix begins with `prefix`, in no order; partial ones as well.
+  // The copies of `file` whose suffix begins with `prefix`, in no order, including partial ones.
   [[nodiscard]] static std::vector<std::filesystem::path> all(const std::filesystem::path& file,
                                                               std::string_view prefix);
   // True if the program that wrote a copy still runs. False where the file system has no locks.
@@ -51,7 +51,7 @@ private:
   void release();
 
   std::filesystem::path path_;
-  int locked_ = -1; // the current copy
+  int locked_ = -1; // descriptor of the current copy
 };
 
 } // namespace velto

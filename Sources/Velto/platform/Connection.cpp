@@ -21,7 +21,7 @@ int millisecondsTo(Connection::Time deadline) {
   return static_cast<int>(std::clamp<std::chrono::milliseconds::rep>(left.count(), 0, 60'000));
 }
 
-// True once the socket is ready for `events`, or has ended; false at the deadline.
+// True once the socket is ready for `events`, or its connection has ended; false at the deadline.
 bool isReady(int socket, short events, Connection::Time deadline) {
   pollfd waiting{.fd = socket, .events = events, .revents = 0};
   int count = -1;
@@ -43,7 +43,7 @@ bool connects(int socket, const sockaddr* address, socklen_t length, Connection:
       return isReady(socket, POLLOUT, deadline) &&
              getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
     }
-    // A local server accepts no more connections for now.
+    // EAGAIN: the queue of a local server is full.
     if ((errno != EAGAIN && errno != EINTR) || Clock::now() >= deadline)
       return false;
     poll(nullptr, 0, std::min(20, millisecondsTo(deadline)));

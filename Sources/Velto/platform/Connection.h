@@ -15,9 +15,9 @@ class Connection {
 public:
   using Time = std::chrono::steady_clock::time_point;
 
-  // Connect to a socket in the file system, or to a port of a host. A full queue of connections is
-  // waited for. nullopt if nobody listens, or at the deadline; the look-up of the host's address
-  // ignores the deadline.
+  // Connect to a socket in the file system, or to a port of a host. Wait while a server's queue is
+  // full. nullopt if nobody listens, or at the deadline, which the look-up of the host's address
+  // ignores.
   [[nodiscard]] static std::optional<Connection> toFile(const std::filesystem::path& file,
                                                         Time deadline);
   [[nodiscard]] static std::optional<Connection> toHost(const std::string& host,

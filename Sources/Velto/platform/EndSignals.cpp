@@ -15,7 +15,7 @@ int readEnd = -1;
 int writeEnd = -1; // written before the handlers are installed, read by them
 int first = 0;
 
-// A handler may do little more than this.
+// Async-signal-safe.
 void pass(int signal) {
   const int error = errno;
   const auto byte = static_cast<unsigned char>(signal);

@@ -5,9 +5,9 @@
 
 namespace velto::EndSignals {
 
-// From now on these signals no longer end the process; received() tells of them. A signal that is
+// From now on these signals no longer end the process; received() reports them. A signal that is
 // ignored stays ignored. Call once. Returns a descriptor that becomes readable when a signal
-// arrives; -1 if nothing could be changed.
+// arrives; -1 on failure, after which the signals still end the process.
 int hold();
 
 // The number of the first signal that arrived since hold(); 0 if none did. Main thread only.

@@ -2,6 +2,9 @@
 
 #include "SafeFile.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <system_error>
 
 namespace velto {
@@ -39,15 +42,26 @@ void Folders::moveFile(const fs::path& from, const fs::path& to) {
   copy += ".moving";
   std::error_code ignored;
   fs::remove(copy, ignored); // left by a move that was cut short
-  if (fs::copy_file(from, copy, error) && SafeFile::sync(copy))
+  const bool isCopied = fs::copy_file(from, copy, error) && SafeFile::sync(copy);
+  if (isCopied)
     fs::rename(copy, to, error);
-  if (!error && SafeFile::sync(of(to)) && Folders::exists(to))
+  if (isCopied && !error && SafeFile::sync(of(to)))
     fs::remove(from, ignored);
   fs::remove(copy, ignored);
 }
 
 fs::path Folders::of(const fs::path& file) {
   return file.has_parent_path() ? file.parent_path() : fs::path(".");
+}
+
+bool Folders::isWritable(const fs::path& path) {
+  return ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+std::uintmax_t Folders::freeBytes(const fs::path& path) {
+  std::error_code error;
+  const fs::space_info space = fs::space(path, error);
+  return error ? 0 : space.available;
 }
 
 void Folders::remove(const fs::path& path) {

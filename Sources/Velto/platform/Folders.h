@@ -3,6 +3,7 @@
 // Any thread.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 
 namespace velto::Folders {
@@ -24,6 +25,12 @@ void moveFile(const std::filesystem::path& from, const std::filesystem::path& to
 
 // The folder of `file`; "." if it names none.
 [[nodiscard]] std::filesystem::path of(const std::filesystem::path& file);
+
+// True if this process may write the file, or create files in the folder, that exists at `path`.
+[[nodiscard]] bool isWritable(const std::filesystem::path& path);
+
+// What this process may still write to the file system of `path`; 0 if unknown.
+[[nodiscard]] std::uintmax_t freeBytes(const std::filesystem::path& path);
 
 // Removes a file, or a folder and its contents.
 void remove(const std::filesystem::path& path);

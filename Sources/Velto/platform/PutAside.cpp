@@ -54,7 +54,7 @@ void makeRoom(const std::vector<fs::path>& files, const PutAside::Decodes& decod
   }
 }
 
-// Left by programs that were killed here.
+// Removes partial copies of programs that were killed while writing them.
 void removeParts(const fs::path& file) {
   for (const fs::path& copy : BackupFile::all(file, prefix))
     if (BackupFile::isPartial(copy) && !BackupFile::isInUse(copy))

@@ -30,8 +30,8 @@ std::optional<pid_t> start(std::vector<std::string>& arguments) {
   return error == 0 ? std::optional(child) : std::nullopt;
 }
 
-// The status of waitpid(); nullopt while the child runs. A child that cannot be waited for has
-// failed.
+// The status of waitpid(); nullopt while the child runs. A child that cannot be waited for counts
+// as killed.
 std::optional<int> ended(pid_t child, int options) {
   int status = 0;
   pid_t found = -1;

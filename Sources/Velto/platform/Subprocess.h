@@ -1,4 +1,4 @@
-// Runs another program and does not wait for it forever.
+// Runs another program for a limited time.
 #pragma once
 
 #include <chrono>
@@ -14,7 +14,7 @@ namespace velto::Subprocess {
 [[nodiscard]] std::optional<int> run(std::vector<std::string> arguments,
                                      std::chrono::milliseconds patience);
 
-// Ends this process by a signal after `time`, whatever it does then.
+// Ends this process after `time` by SIGALRM, whatever it is doing.
 void endAfter(std::chrono::seconds time);
 
 // The path of the running program.

@@ -17,7 +17,7 @@ double secondsOf(const Attempt& attempt) {
   return attempt.date.secondsSinceReferenceDate;
 }
 
-// Behind all rows that are not newer.
+// Inserts the attempt before the newer rows at the end.
 void insert(std::vector<Attempt>& rows, const Attempt& attempt) {
   auto place = rows.end();
   while (place != rows.begin() && secondsOf(*(place - 1)) > secondsOf(attempt))
@@ -50,7 +50,7 @@ void takeLaterStaircases(Stored& base, const Stored& mine) {
       base.staircases[drill] = staircase;
 }
 
-// Ids are random: any bytes of them will do.
+// Ids are random, so some of their bytes serve as a hash.
 struct IdHash {
   std::size_t operator()(const std::array<std::uint8_t, 16>& id) const {
     std::size_t hash = 0;
@@ -60,8 +60,8 @@ struct IdHash {
 };
 using Ids = std::unordered_set<std::array<std::uint8_t, 16>, IdHash>;
 
-// The number of leading rows that a full `base` has rolled up: those before the first one that it
-// has; without any in common, those that are no newer than all of its rows.
+// The number of leading rows that a full `base` has rolled up: those before the first row that both
+// have. If there is none, those before the first row that is newer than `base`'s first one.
 std::size_t rolledUpRows(const std::vector<Attempt>& rows, const std::vector<Attempt>& base,
                          const Ids& idsOfBase) {
   const auto common = std::find_if(rows.begin(), rows.end(), [&](const Attempt& row) {
@@ -116,7 +116,7 @@ std::optional<Stored> Merging::recovered(const File& file, const std::vector<Bac
   }
   if (!record)
     record = file.stored;
-  // Without the file, these backups are of one that was deleted.
+  // If the file is missing, the other backups are of a deleted one.
   if (!file.exists)
     return record;
   for (const Backup& backup : backups) {

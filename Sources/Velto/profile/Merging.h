@@ -1,4 +1,4 @@
-// What becomes of a record that several programs write, or that was found in several files.
+// Merges the records of programs that write one file, and those found in several files.
 //
 // Answers carry ids and are counted once. Roll-ups carry none: they come from one side, and
 // answers that only the other side has are rolled up anew. Nothing here accesses the disk. Any
@@ -20,8 +20,8 @@ struct Backup : Stored {
 
   // Answers that the profile file did not have when the backup was written.
   std::vector<Attempt> unsaved;
-  // When the profile file had last been changed then, in nanoseconds since 1970; nullopt if there
-  // was no file.
+  // When the profile file was last changed before the backup, in nanoseconds since 1970; nullopt if
+  // there was no file.
   std::optional<std::int64_t> fileChanged;
   // Number of the save, counted by the program that made the backup.
   std::int64_t save = 0;
@@ -43,11 +43,11 @@ struct File {
 [[nodiscard]] Stored merged(Stored base, const Stored& mine, const std::vector<Attempt>& unsaved,
                             std::size_t detailRows);
 
-// The record, from the profile file and the backups that programs left which did not end cleanly;
+// The record, from the profile file and from the backups that programs left without a clean end;
 // `backups` are ordered from the newest. A backup wins over a file that does not decode, and over
-// one that has not changed since, which is what a power cut leaves of a newer file. Of other
-// backups only unsaved answers count. A file that is gone was deleted, unless there was none when
-// the backup was written. nullopt if nothing is left.
+// one that has not changed since: a power cut may have undone later changes. Of other backups only
+// unsaved answers, and staircases that are later, count. A missing file was deleted, unless there
+// was none when the backup was written. nullopt if nothing is left.
 [[nodiscard]] std::optional<Stored> recovered(const File& file, const std::vector<Backup>& backups,
                                               std::size_t detailRows);
 

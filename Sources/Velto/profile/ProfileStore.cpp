@@ -3,6 +3,7 @@
 #include "Coding.h"
 #include "FolderLock.h"
 #include "Folders.h"
+#include "FurtherBackups.h"
 #include "Merging.h"
 #include "PutAside.h"
 #include "UUID.h"
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <utility>
 
@@ -21,7 +23,7 @@ namespace fs = std::filesystem;
 using State = SafeFile::Reading::State;
 using SafeFile::Written;
 
-constexpr std::string_view savingCopy = "saving"; // earlier versions add no id to it
+constexpr std::string_view savingCopy = "saving"; // in earlier versions without an id
 constexpr std::string_view durableCopy = "backup";
 
 void migrate(const ProfileLocation& location) {
@@ -40,7 +42,7 @@ fs::path prepare(const ProfileLocation& location) {
   return Folders::absolute(location.file());
 }
 
-// What the names of a program's copies end with.
+// An id for this program, with which the names of its copies end.
 std::string newId() {
   constexpr std::size_t digits = 8;
   std::string id = UUID::random().string();
@@ -52,10 +54,16 @@ std::string suffix(std::string_view kind, const std::string& id) {
   return std::string(kind) + '-' + id;
 }
 
-// Of the program that made a copy. The copies of earlier versions, which have none, get one.
+// The id of the program that made a copy. For a copy without one, the whole name.
 std::string idOf(const fs::path& copy) {
   const std::string name = copy.filename().string();
   return name.substr(name.find_last_of('-') + 1);
+}
+
+// What the copies of which only the latest counts have in common: "ID", or "N-ID".
+std::string lineOf(const fs::path& copy, const fs::path& file) {
+  const std::string name = copy.filename().string();
+  return name.substr(name.find('-', file.filename().string().size()) + 1);
 }
 
 std::optional<std::int64_t> changedAt(const std::optional<SafeFile::Stamp>& stamp) {
@@ -76,25 +84,24 @@ struct Copy {
   Backup backup;
 };
 
-// All of both, once.
+// The answers of both lists, each once.
 std::vector<Attempt> joined(std::vector<Attempt> attempts, const std::vector<Attempt>& others) {
   std::copy_if(others.begin(), others.end(), std::back_inserter(attempts),
                [&](const Attempt& other) { return !contains(attempts, other); });
   return attempts;
 }
 
-// What lies in the folder.
+// The profile file and its copies, as found in the folder.
 struct Found {
   SafeFile::Reading file;
   bool fileDecodes = false;
   bool isOwnWreck = false;         // the file is the beginning of a copy: its write was cut short
   std::optional<Stored> record;    // from all files together
-  std::vector<Attempt> unsaved;    // answers that are in copies only, as far as their writers knew
+  std::vector<Attempt> unsaved;    // answers that the file lacked when the copies were made
   std::vector<fs::path> abandoned; // copies of programs that have ended
 };
 
-// Where the file decodes, copies that belong to running programs do not count: these programs save
-// them themselves.
+// If the file decodes, ignores the copies of running programs, which save their answers themselves.
 Found find(const fs::path& file, const std::string& ownId, std::size_t detailRows) {
   Found found;
   found.file = SafeFile::read(file);
@@ -105,8 +112,8 @@ Found find(const fs::path& file, const std::string& ownId, std::size_t detailRow
     current.stored = Coding::decodeStored(found.file.bytes);
   found.fileDecodes = current.stored.has_value();
 
-  std::map<std::string, Copy> copies; // the latest of each program, by its id
-  // The durable copies first: of the same save they tell more.
+  std::map<std::string, Copy> copies; // the latest of each line
+  // The durable copies first: of two copies of one save, they are the later ones.
   auto paths = BackupFile::all(file, durableCopy);
   for (auto& path : BackupFile::all(file, savingCopy))
     paths.push_back(std::move(path));
@@ -123,12 +130,12 @@ Found find(const fs::path& file, const std::string& ownId, std::size_t detailRow
       continue;
     if (found.file.state == State::complete && reading.bytes.starts_with(found.file.bytes))
       found.isOwnWreck = true;
-    const auto [place, isFirst] = copies.try_emplace(id);
+    const auto [place, isFirst] = copies.try_emplace(lineOf(path, file));
     if (isFirst || place->second.backup.save < backup->save)
       place->second = {reading.stamp->changed, std::move(*backup)};
   }
   std::vector<Copy> newestFirst;
-  for (auto& [id, copy] : copies)
+  for (auto& [line, copy] : copies)
     newestFirst.push_back(std::move(copy));
   std::sort(newestFirst.begin(), newestFirst.end(),
             [](const Copy& a, const Copy& b) { return a.changed > b.changed; });
@@ -169,16 +176,13 @@ struct ProfileStore::Result {
   std::optional<SafeFile::Stamp> stamp; // if saved
 };
 
-// The writer's half: whatever waits.
+// The writer's half: everything that may wait.
 class ProfileStore::Disk {
 public:
   Disk(fs::path file, std::string id, std::size_t detailRows)
       : file_(std::move(file)), id_(std::move(id)), detailRows_(detailRows),
-        backup_(file_, suffix(durableCopy, id_)) {}
-
-  void fileIsDurable(const std::optional<SafeFile::Stamp>& stamp) {
-    durableInode_ = stamp ? stamp->inode : 0;
-  }
+        backup_(file_, suffix(durableCopy, id_)),
+        furtherBackups_(file_, std::string(durableCopy), id_) {}
 
   // Saves the snapshot as far as it can be saved. Call again with the same one if the lock is
   // refused.
@@ -200,11 +204,19 @@ public:
     return result;
   }
 
+  // Makes the snapshot durable while save() takes its time. Any thread; several at once.
+  void backUpMeanwhile(const Snapshot& snapshot) {
+    const auto text = Coding::encodeBackup(*snapshot.bytes, snapshot.unsaved,
+                                           changedAt(snapshot.stamp), snapshot.number);
+    if (text)
+      furtherBackups_.write(*text, snapshot.number);
+  }
+
 private:
   static constexpr std::chrono::milliseconds lockPatience{100};
 
-  // Writes the record to the file, merged with what that holds. `bytes` encode the record; returns
-  // those that were written.
+  // Writes the record to the file, merged with the file's content. `bytes` encode the record, and
+  // afterwards the merged one.
   Result write(Snapshot& snapshot, std::string& bytes) {
     Result result;
     const FolderLock lock(file_, FolderLock::Use::writing, lockPatience);
@@ -217,22 +229,25 @@ private:
     }
     std::vector<fs::path> abandoned;
     std::optional<SafeFile::Stamp> stamp = SafeFile::stamp(file_);
-    bool mayOverwrite = true;
+    std::optional<SafeFile::Reading> unreadable;
     if (!snapshot.isKnown || !stamp || stamp != snapshot.stamp) {
       Found found = find(file_, id_, detailRows_);
-      mayOverwrite =
-          found.fileDecodes || found.isOwnWreck || PutAside::keep(file_, found.file, decodes);
-      stamp = SafeFile::stamp(file_);
+      stamp = found.file.stamp;
       if (found.record && !snapshot.overwrites) {
         result.merged = merge(std::move(*found.record), snapshot, bytes);
         result.unsaved = std::move(found.unsaved);
       }
       abandoned = std::move(found.abandoned);
+      if (!found.fileDecodes && !found.isOwnWreck) {
+        unreadable = std::move(found.file);
+        stamp.reset();
+      }
     }
     result.isBackedUp =
         backUp(bytes, joined(snapshot.unsaved, result.unsaved), stamp, snapshot.number);
     if (!result.isBackedUp)
       return result;
+    const bool mayOverwrite = !unreadable || PutAside::keep(file_, *unreadable, decodes);
     result.isSaved = mayOverwrite && SafeFile::overwrite(file_, bytes) == Written::done;
     if (result.isSaved)
       result.stamp = SafeFile::stamp(file_);
@@ -267,15 +282,20 @@ private:
     return record;
   }
 
-  // True if the file may be truncated now: the backup is on the disk, or the folder takes none.
+  // True if the file may be truncated now: the backup is on the disk, or the folder takes no files.
+  //
+  // A backup that knows of a file says that the file was deleted if it is missing. The file's entry
+  // in the folder reaches the disk no later than the backup's, which is newer: journals keep the
+  // order, and the flush of the folder makes both durable. Its contents need not be on the disk: a
+  // backup wins over contents that are older or incomplete.
   bool backUp(std::string_view bytes, const std::vector<Attempt>& unsaved,
               const std::optional<SafeFile::Stamp>& stamp, std::int64_t number) {
-    // A backup that knows of a file says that the file was deleted if it is missing.
-    if (stamp && stamp->inode != durableInode_ && SafeFile::sync(file_) &&
-        SafeFile::sync(Folders::of(file_)))
-      durableInode_ = stamp->inode;
     const auto text = Coding::encodeBackup(bytes, unsaved, changedAt(stamp), number);
-    return text && backup_.write(*text, BackupFile::Durability::survivePowerCut) != Written::failed;
+    if (!text || backup_.write(*text, BackupFile::Durability::survivePowerCut) == Written::failed)
+      return false;
+    if (backup_.exists())
+      furtherBackups_.removeUpTo(number);
+    return true;
   }
 
   // Forces the file to the disk, where it replaces the backup. False if the lock is refused.
@@ -285,6 +305,7 @@ private:
       return false;
     if (SafeFile::sync(file_) && SafeFile::sync(Folders::of(file_))) {
       backup_.remove();
+      furtherBackups_.removeUpTo(std::numeric_limits<std::int64_t>::max());
       SafeFile::sync(Folders::of(file_));
     }
     return true;
@@ -294,7 +315,7 @@ private:
   const std::string id_;
   const std::size_t detailRows_;
   BackupFile backup_;
-  std::int64_t durableInode_ = 0; // of the file whose entry in the folder is on the disk
+  FurtherBackups furtherBackups_; // the snapshots that backup_ has are newer or merged
 };
 
 ProfileStore::ProfileStore(const ProfileLocation& location, std::size_t detailRows)
@@ -313,16 +334,25 @@ ProfileStore::~ProfileStore() {
   wait(std::chrono::duration_cast<std::chrono::milliseconds>(deadline - steady_clock::now()));
 }
 
+// Where others hold the lock, somebody may be writing: what was read while the file changed is read
+// again. If it changes all the time, the first save merges.
 std::optional<Stored> ProfileStore::load() {
-  constexpr std::chrono::milliseconds patience{20};
-  const FolderLock lock(file_, FolderLock::Use::reading, patience);
-  Found found = find(file_, id_, detailRows_);
-  stamp_ = found.file.stamp;
+  constexpr int attempts = 4;
+  const FolderLock lock(file_, FolderLock::Use::reading, std::chrono::milliseconds(0));
+  Found found;
+  bool isStable = false;
+  for (int attempt = 0; !isStable && attempt < attempts; ++attempt) {
+    found = find(file_, id_, detailRows_);
+    isStable = !lock.isRefused() || ((found.fileDecodes || found.file.state == State::missing) &&
+                                     SafeFile::stamp(file_) == found.file.stamp);
+  }
+  // An unreadable file may be renamed aside: then it would look deleted to copies that know of it.
+  if (found.fileDecodes)
+    stamp_ = found.file.stamp;
   unsaved_ = std::move(found.unsaved);
-  disk_->fileIsDurable(stamp_);
   const bool isMissing = found.file.state == State::missing;
-  isKnown_ = found.abandoned.empty() && (isMissing || found.fileDecodes);
-  // A move that failed leaves the earlier file in force.
+  isKnown_ = isStable && found.abandoned.empty() && (isMissing || found.fileDecodes);
+  // After a failed move, the earlier file is the record.
   if (isMissing && !found.record && earlierFile_)
     found.record = Coding::decodeStored(SafeFile::read(*earlierFile_).bytes);
   isSecured_ = isKnown_ && isMissing && !found.record;
@@ -357,7 +387,7 @@ void ProfileStore::save(const Stored& stored) {
   post(snapshot);
 }
 
-// Returns false if that would take waiting.
+// Writes the file without waiting. Returns false if it would have to wait, or on failure.
 bool ProfileStore::writeNow(const std::string& bytes) {
   const FolderLock lock(file_, FolderLock::Use::writing, std::chrono::milliseconds(0));
   if (lock.isRefused() || !isKnown_ || SafeFile::stamp(file_) != stamp_)
@@ -369,12 +399,17 @@ bool ProfileStore::writeNow(const std::string& bytes) {
 }
 
 void ProfileStore::post(const std::shared_ptr<Snapshot>& snapshot) {
-  writer_.post([this, disk = disk_, snapshot]() -> BackgroundWriter::Outcome {
-    const auto result = std::make_shared<Result>(disk->save(*snapshot));
-    if (result->isRefusedLock)
-      return {.finish = {}, .again = true};
-    return {.finish = [this, snapshot, result] { finish(*snapshot, *result); }, .again = false};
-  });
+  BackgroundWriter::Detour detour;
+  if (!snapshot->ends)
+    detour = [disk = disk_, snapshot] { disk->backUpMeanwhile(*snapshot); };
+  writer_.post(
+      [this, disk = disk_, snapshot]() -> BackgroundWriter::Outcome {
+        const auto result = std::make_shared<Result>(disk->save(*snapshot));
+        if (result->isRefusedLock)
+          return {.finish = {}, .again = true};
+        return {.finish = [this, snapshot, result] { finish(*snapshot, *result); }, .again = false};
+      },
+      std::move(detour));
 }
 
 void ProfileStore::finish(const Snapshot& snapshot, const Result& result) {

@@ -2,18 +2,25 @@
 // cuts.
 //
 // profile.json                  the record, rewritten in place
-// profile.json.saving-ID      complete copy by save(), while profile.json may be incomplete or
+// profile.json.saving-ID        complete copy by save(), while profile.json may be incomplete or
 //                               behind: survives a kill
-// profile.json.backup-ID      complete copy by the background writer: survives a power cut
-// profile.json.aside-DATE     a former profile.json that could not be read (PutAside)
+// profile.json.backup-ID        complete copy by the background writer: survives a power cut
+// profile.json.backup-N-ID      same, while the disk is slow
+// profile.json.aside-DATE       a former profile.json that could not be read or decoded (PutAside)
 //
-// ID is one program's. Its two copies go when it ends cleanly. Copies left by another program
-// count with the next load, and go once a backup holds what they held.
+// ID identifies the program. It removes its copies when it ends cleanly. Copies that a program
+// left are read by the next load, and removed once a backup holds what they held.
 //
-// save() writes profile.json itself if that takes no waiting: nobody has the lock, the file is as
-// this program last left or read it, and a backup holds what the file would lose. All else is done
-// by the writer: it waits for the lock, merges, puts aside, forces the backup to the disk, and only
-// then touches the file.
+// save() writes profile.json itself if it can do so without waiting: nobody has the lock, the file
+// is as this program last left or read it, and a backup holds what the file would lose. Otherwise
+// the writer does: it waits for the lock, merges, forces the backup to the disk, puts aside, and
+// only then touches the file.
+//
+// After a power cut, all answers are there but those of the last second and of the time F that the
+// disk takes to make one copy durable. An answer that the writer takes up is in the first copy that
+// it then forces to the disk; before, it waits at most 0.1 s for the lock. If the writer is busy, a
+// further copy is begun 0.8 s after the answer at the latest, on a thread of its own, while F lasts
+// less than BackgroundWriter::mostDetours times as long.
 #pragma once
 
 #include "BackgroundWriter.h"
@@ -48,14 +55,15 @@ public:
   ProfileStore(const ProfileStore&) = delete;
   ProfileStore& operator=(const ProfileStore&) = delete;
 
-  // The record; nullopt if there is none that can be read. Waits at most 20 ms for a program that
-  // holds the lock. Changes nothing on disk. Call at most once, before the other functions.
+  // The record; nullopt if there is none that can be read. Does not wait for the lock. Changes
+  // nothing on disk. Call at most once, before the other functions.
   [[nodiscard]] std::optional<Stored> load();
 
   // Call for each new answer, before it is saved. It counts as unsaved until the file has it.
   void add(const Attempt& attempt) { unsaved_.push_back(attempt); }
 
-  // The next save overwrites the file instead of merging. Answers added before do not count.
+  // The next save overwrites the file instead of merging. Answers added so far no longer count as
+  // unsaved.
   void overwriteNext() {
     overwrites_ = true;
     unsaved_.clear();
@@ -65,8 +73,8 @@ public:
   // is not finite.
   void save(const Stored& stored);
 
-  // What a save found in the file beside `stored`, merged with `stored` as it is now; nullopt if
-  // nobody else has changed the file. Call before each answer: until then each save merges again.
+  // Merges `stored` with what a save found in the file; nullopt if nobody else has changed the
+  // file. Call before each answer: until it is called, each save merges again.
   [[nodiscard]] std::optional<Stored> takeMerged(const Stored& stored);
 
   // Waits until the writer is idle. False if that takes longer than `most`.

@@ -18,7 +18,7 @@ AssignedCourse::AssignedCourse(Assignment assignment, const WorkQueues& queues)
     : sitting_(assignment.reading.sitting), begun_(sitting_.answered()),
       profile_(Profile::Unsaved{}), file_(std::move(assignment.file)),
       isEmpty_(assignment.reading.held == 0), self_(std::make_shared<AssignedCourse*>(this)),
-      writer_([main = queues.main, self = std::weak_ptr(self_)] {
+      writer_(BackgroundWriter::detourAfter, [main = queues.main, self = std::weak_ptr(self_)] {
         main([self] {
           if (const auto course = self.lock())
             (*course)->writer_.collect();

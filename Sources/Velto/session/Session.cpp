@@ -46,7 +46,8 @@ Session::Session(std::unique_ptr<Course> course, Drill drill, WorkQueues queues,
                  std::unique_ptr<Player> player, double secondsSince1970, Trials trials)
     : trials_(trials), course_(std::move(course)), player_(std::move(player)),
       counter_(wholeSeconds(secondsSince1970)), queues_(std::move(queues)),
-      self_(std::make_shared<Session*>(this)) {
+      self_(std::make_shared<Session*>(this)),
+      wanted_(std::make_shared<std::atomic<std::uint64_t>>()) {
   followOpenings();
   setDrill(drill);
   newTrial();
@@ -97,13 +98,17 @@ void Session::newTrial() {
   assign(Field::rendering, rendering_, true);
 
   const Noise noise = trials_ == Trials::fair ? Noise::audible : Noise::asDrawn;
-  queues_.background([trial = *trial_, noise, main = queues_.main, self = std::weak_ptr(self_)] {
-    auto rendered = Drills::render(trial, trialSeconds, noise);
-    main([seed = trial.seed, rendered = std::move(rendered), self]() mutable {
-      if (const auto session = self.lock())
-        (*session)->takeRender(seed, std::move(rendered));
-    });
-  });
+  wanted_->store(trial_->seed);
+  queues_.background(
+      [trial = *trial_, noise, main = queues_.main, self = std::weak_ptr(self_), wanted = wanted_] {
+        std::vector<Slot> rendered;
+        if (wanted->load() == trial.seed)
+          rendered = Drills::render(trial, trialSeconds, noise);
+        main([seed = trial.seed, rendered = std::move(rendered), self]() mutable {
+          if (const auto session = self.lock())
+            (*session)->takeRender(seed, std::move(rendered));
+        });
+      });
 }
 
 std::uint64_t Session::nextSeed() {

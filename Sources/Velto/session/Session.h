@@ -15,6 +15,7 @@
 #include "Trial.h"
 #include "WorkQueues.h"
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -163,6 +164,8 @@ private:
 
   WorkQueues queues_;
   std::shared_ptr<Session*> self_; // lets pending work detect that the session is gone
+  // The latest trial's seed: a trial that has been replaced before its turn is not rendered.
+  std::shared_ptr<std::atomic<std::uint64_t>> wanted_;
 };
 
 } // namespace velto

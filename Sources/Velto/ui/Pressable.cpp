@@ -75,7 +75,7 @@ void Pressable::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void Pressable::mouseDoubleClickEvent(QMouseEvent*) {
-  // The press has been handled.
+  // A press event for the same click has been handled.
 }
 
 void Pressable::mouseUngrabEvent() {

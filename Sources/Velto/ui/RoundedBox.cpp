@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <utility>
 
 namespace velto {
 
@@ -20,15 +22,26 @@ double cornerReach() {
   return (1 - std::sqrt(0.5)) / (1 - std::pow(2.0, -1 / exponent));
 }
 
+// The distances of a corner's points from its tip, along both edges, for a reach of 1.
+using Corner = std::array<std::pair<double, double>, pointsPerCorner + 1>;
+
+Corner makeCorner() {
+  Corner corner;
+  for (std::size_t i = 0; i < corner.size(); ++i) {
+    const double angle = (M_PI / 2) * static_cast<double>(i) / pointsPerCorner;
+    // This parametrisation spreads the points evenly enough.
+    corner[i] = {1 - std::pow(std::sin(angle), 2 / exponent),
+                 1 - std::pow(std::cos(angle), 2 / exponent)};
+  }
+  return corner;
+}
+
 // Adds the rounded corner at `tip`. The unit vectors `in` and `out` point from the tip along the
 // first edge and the second edge.
 void addCorner(QPainterPath& path, QPointF tip, QPointF in, QPointF out, double reach) {
-  for (int i = 0; i <= pointsPerCorner; ++i) {
-    const double angle = (M_PI / 2) * i / pointsPerCorner;
-    // This parametrisation spreads the points evenly enough.
-    const double a = reach * (1 - std::pow(std::sin(angle), 2 / exponent));
-    const double b = reach * (1 - std::pow(std::cos(angle), 2 / exponent));
-    const QPointF point = tip + a * in + b * out;
+  static const Corner corner = makeCorner();
+  for (const auto& [along, across] : corner) {
+    const QPointF point = tip + (reach * along) * in + (reach * across) * out;
     if (path.elementCount() == 0)
       path.moveTo(point);
     else

@@ -48,7 +48,7 @@ Place placeSingle(const Marker& marker, double stripWidth) {
   return {right ? rightOf(marker) : leftOf(marker), topGap};
 }
 
-// Both markers have one position.
+// Both markers have the same position.
 std::pair<Place, Place> placeEqual(const Marker& left, const Marker& right, double stripWidth) {
   if (fitsLeft(left) && fitsRight(right, stripWidth))
     return {{leftOf(left), topGap}, {rightOf(right), topGap}};
@@ -96,7 +96,7 @@ Places ChipLayout::place(std::optional<Marker> answer, std::optional<Marker> tru
     return {placeSingle(*answer, stripWidth), {}};
   if (!answer)
     return {{}, placeSingle(*truth, stripWidth)};
-  constexpr double rounding = 1e-6; // of the values' positions
+  constexpr double rounding = 1e-6; // tolerance for positions of equal values
   if (std::abs(answer->x - truth->x) < rounding) {
     const auto [left, right] = placeEqual(*answer, *truth, stripWidth);
     return {left, right};

@@ -1,4 +1,4 @@
-// Where the value chips of the markers stand on an answer strip. All lengths are in points, from
+// The places of the markers' value chips on an answer strip. All lengths are in points, from
 // the strip's left and top edge; `devicePixelRatio` is pixels per point.
 #pragma once
 

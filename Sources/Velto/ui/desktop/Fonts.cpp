@@ -7,6 +7,8 @@
 #include <QFontDatabase>
 #include <QFontInfo>
 
+#include <fontconfig/fontconfig.h>
+
 namespace velto {
 
 namespace {
@@ -70,6 +72,10 @@ bool BrandType::registered() {
 
 std::vector<Portal::Setting> Fonts::portalSettings() {
   return {{portalSpace, systemKey}, {portalSpace, monoKey}};
+}
+
+std::future<void> Fonts::readConfigurationAhead() {
+  return std::async(std::launch::async, [] { FcInit(); });
 }
 
 Fonts::Fonts(QObject* parent) : QObject(parent) {

@@ -7,16 +7,18 @@
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
+#include <future>
+
 namespace velto {
 
-// The wordmark's face. Main thread only.
+// The wordmark's face. Main thread only, except for registerFace().
 namespace BrandType {
 
 inline constexpr const char* family = "MORLA Display";
 
 // Makes the face available to this process: the installed one, else the one from the program's
-// resources. If there is neither, registered() stays false. Needs a QGuiApplication. Any thread, as
-// long as registered() is called after it has returned.
+// resources. If there is neither, registered() stays false. Needs a QGuiApplication. Any thread;
+// the other functions must not run before it has returned.
 void registerFace();
 
 // True if the face is available.
@@ -41,6 +43,9 @@ class Fonts : public QObject {
 public:
   // The settings that the constructor waits for.
   [[nodiscard]] static std::vector<Portal::Setting> portalSettings();
+  // Reads the configuration of the system's fonts on another thread. Done before the first font is
+  // used, it saves that time. Needs no QGuiApplication.
+  [[nodiscard]] static std::future<void> readConfigurationAhead();
 
   explicit Fonts(QObject* parent = nullptr);
 

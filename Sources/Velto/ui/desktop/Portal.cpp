@@ -44,7 +44,7 @@ QVariant valueOf(const QString& space, const QString& key) {
   return unwrapped(reply.arguments().constFirst());
 }
 
-// What was read ahead and not yet taken. Main thread only.
+// The values that were read ahead and not taken yet. Main thread only.
 std::future<Values> arriving;
 Values arrived;
 

@@ -23,11 +23,11 @@ public:
     QString key;
   };
   // Non-blocking. Connects to the bus and reads the settings on another thread. The first read() of
-  // each returns that value. Call before the first Portal is created, if at all.
+  // each setting returns this value. Call before the first Portal is created, if at all.
   static void readAhead(const std::vector<Setting>& settings);
 
   // The value of `key` in the namespace `space`; invalid if there is none. Blocks for at most 200
-  // ms.
+  // ms, or until all settings of readAhead() have arrived, which take at most 200 ms each.
   [[nodiscard]] QVariant read(const QString& space, const QString& key) const;
 
   // Non-blocking read(): emits settingChanged with the value, if there is one.

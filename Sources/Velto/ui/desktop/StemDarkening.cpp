@@ -18,8 +18,9 @@ void velto::StemDarkening::prevent() {
   prevented = true;
 }
 
-// FreeType's function of this name, as Qt calls it: the program's own symbols come before those of
-// libraries. Qt's call overrules FREETYPE_PROPERTIES and every earlier setting.
+// Qt calls this instead of FreeType's function of the same name: the program's own symbols come
+// before those of libraries. To set the property earlier or by FREETYPE_PROPERTIES would not help:
+// Qt's call overrides both.
 extern "C" [[gnu::visibility("default")]] int
 FT_Property_Set(void* library, const char* module, const char* property, const void* value) {
   if (prevented && std::strcmp(property, "no-stem-darkening") == 0)

@@ -17,7 +17,7 @@ struct DestroyNotify {
   quint8 type;
   quint8 unused;
   quint16 sequence;
-  quint32 event; // the window that asked for the event
+  quint32 event; // the window for which the event was selected
   quint32 window;
 };
 

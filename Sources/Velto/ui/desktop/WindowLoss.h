@@ -1,4 +1,4 @@
-// Notices that another program has destroyed a window, of which Qt does not tell.
+// Notices that another program has destroyed a window, which Qt does not report.
 #pragma once
 
 #include <QAbstractNativeEventFilter>
@@ -12,7 +12,7 @@ namespace velto {
 class WindowLoss final : public QAbstractNativeEventFilter {
 public:
   // Calls `lost` when the X server reports that the window is gone, unless Qt destroyed it. Never
-  // on other window systems, where no other program can. `window` must outlive this.
+  // on other window systems, where no other program can destroy it. `window` must outlive this.
   WindowLoss(const QWindow& window, std::function<void()> lost);
   ~WindowLoss() override;
 
