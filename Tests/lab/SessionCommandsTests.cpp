@@ -139,6 +139,28 @@ TEST(LabSessionNew, RefusesWrongUse) {
   }
 }
 
+TEST(LabRender, WritesAllTrialsOfAList) {
+  const LabRunner lab;
+  TrialList list{.difficulty = TrialList::Difficulty::fixed,
+                 .trials = {{Drill::polarity, Material::pad, 40, 2},
+                            {Drill::level, Material::pinkNoise, 40, 3}}};
+  kit::put(lab.folder() / "test.velto", list.text());
+  EXPECT_EQ(lab.run({"render", "all", "--session", "test.velto"}).error, "");
+  for (const char* name : {"1-polarity-1.wav", "1-polarity-2.wav", "1-polarity-3.wav",
+                           "1-polarity.json", "2-level-A.wav", "2-level-B.wav", "2-level.json"})
+    EXPECT_TRUE(std::filesystem::exists(lab.folder() / "all" / name)) << name;
+  // The seed as it stands, and audible noise: unlike --fair, which mixes it.
+  const std::string json = kit::contentOf(lab.folder() / "all/2-level.json");
+  EXPECT_NE(json.find("\"seed\":3"), json.npos) << json;
+  EXPECT_NE(json.find("\"fair\":true"), json.npos) << json;
+  list.difficulty = TrialList::Difficulty::staircase;
+  kit::put(lab.folder() / "test.velto", list.text());
+  const auto adaptive = lab.run({"render", "all", "--session", "test.velto"});
+  EXPECT_EQ(adaptive.status, 1);
+  EXPECT_TRUE(isOneComplaint(adaptive.error)) << adaptive.error;
+  EXPECT_EQ(lab.run({"render", "all", "--session", "test.velto", "--seed", "1"}).status, 2);
+}
+
 class LabSessionScore : public ::testing::Test {
 protected:
   LabSessionScore() {
