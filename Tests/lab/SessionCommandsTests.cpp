@@ -43,7 +43,8 @@ std::string resultsOf(const TrialList& list, Answer answer, std::size_t missing 
   while (sitting.answered() + missing < list.trials.size()) {
     const Trial trial = *sitting.next();
     const Results::Given given{.answer = answer(trial), .seconds = 4, .switches = 2};
-    text += Results::line(list.id(), sitting.answered() + 1,
+    const std::size_t number = sitting.answered() + 1;
+    text += Results::line(list.id(), number,
                           {.trial = trial, .given = given, .grade = sitting.take(given.answer)});
   }
   return text;
