@@ -14,6 +14,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace velto {
 
@@ -90,14 +91,16 @@ Lab::Action Lab::declareRender(CLI::App& arguments) {
                              ->excludes(&drill)
                              ->excludes(&difficulty);
   arguments.add_option("--session", options->list, "instead, all trials of this list, fair")
-      ->type_name("LIST")
-      ->excludes(&drill)
-      ->excludes(&difficulty)
-      ->excludes(arguments.get_option("--material"))
-      ->excludes(arguments.get_option("--seed"))
-      ->excludes(fair)
-      ->excludes(explore);
-  return [options] { run(*options); };
+      ->type_name("LIST");
+  const std::vector<const CLI::Option*> ofOneTrial{
+      &drill, &difficulty, arguments.get_option("--material"), arguments.get_option("--seed"),
+      fair,   explore};
+  return [options, ofOneTrial] {
+    for (const CLI::Option* other : ofOneTrial)
+      if (!options->list.empty() && other->count() > 0)
+        throw WrongUse("--session excludes " + other->get_name());
+    run(*options);
+  };
 }
 
 } // namespace velto
