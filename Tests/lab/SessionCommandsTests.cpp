@@ -210,7 +210,7 @@ TEST_F(LabSessionScore, GradesFromTheListWhateverTheFileSays) {
   ASSERT_NE(miss, changed.npos);
   put("bob.csv", changed.replace(miss, 2, ",1"));
   const auto result = lab_.run({"session", "score", "test.velto", "bob.csv"});
-  EXPECT_NE(result.out.find("bob.csv   level      2 of 2    0 %"), result.out.npos) << result.out;
+  EXPECT_NE(result.out.find("bob.csv   level      2 of 2   0 %"), result.out.npos) << result.out;
   EXPECT_TRUE(result.out.ends_with("bob.csv: line 2 was changed by hand; graded from the list\n"))
       << result.out;
 }
