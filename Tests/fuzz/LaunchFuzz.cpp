@@ -61,15 +61,18 @@ void gradeAnswer(double answer) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto list = linesOf(std::string_view(reinterpret_cast<const char*>(data), size));
   const Arguments arguments(list);
-  for (const char* name :
-       {"--fair", "--help", "--version", "--probe", "--bench-audio", "--brand-check", "--bench",
-        "--audio-selftest", "--seed-demo", "--shot", "--drill", "--answer", "--appearance"})
+  for (const char* name : {"--fair", "--help", "--version", "--probe", "--bench-audio",
+                           "--brand-check", "--bench", "--audio-selftest", "--seed-demo", "--shot",
+                           "--drill", "--answer", "--appearance", "--session", "--results"})
     requireValue(list, arguments, name);
   const LaunchOptions options = launchOptions(arguments);
   require(options.fair == arguments.has("--fair"), "wrong choice of trials");
   require(options.shotPath == arguments.valueOf("--shot"), "wrong path of the snapshot");
   require(options.fixedDark.has_value() == arguments.valueOf("--appearance").has_value(),
           "an appearance is missing or unexpected");
+  require(wrongUse(arguments).has_value() ==
+              ((arguments.has("--session") || arguments.has("--results")) && !options.assignment),
+          "a list without results, or results without a list, are not refused");
   if (options.scriptedAnswer)
     gradeAnswer(*options.scriptedAnswer);
   return 0;

@@ -25,6 +25,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace velto::kit {
 
@@ -41,20 +42,16 @@ public:
       : record_(earlier),
         session(drill, work_.queues(), std::make_unique<TestPlayer>(output_.factory()), launchTime),
         model(session), progress(session) {
-    view.engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    view.setResizeMode(QQuickView::SizeRootObjectToView);
-    view.setInitialProperties({{QStringLiteral("session"), QVariant::fromValue(&model)},
-                               {QStringLiteral("progress"), QVariant::fromValue(&progress)},
-                               {QStringLiteral("dark"), dark}});
-    view.setSource(QUrl(QStringLiteral("qrc:/qt/qml/Velto/ContentView.qml")));
-    if (view.status() != QQuickView::Ready)
-      throw std::runtime_error("the practice view cannot be loaded");
-    setDark(dark);
-    view.resize(size);
-    view.show();
-    view.requestActivate();
-    if (!QTest::qWaitForWindowActive(&view))
-      throw std::runtime_error("the window does not become active");
+    open(dark, size);
+  }
+
+  // The trials of a course.
+  explicit Stage(std::unique_ptr<Course> course, bool dark = true, QSize size = {1180, 386})
+      : record_({}),
+        session(std::move(course), Drill::frequency, work_.queues(),
+                std::make_unique<TestPlayer>(output_.factory()), launchTime, Session::Trials::fair),
+        model(session), progress(session) {
+    open(dark, size);
   }
 
   // Delivers all pending renders.
@@ -115,6 +112,23 @@ public:
   }
 
 private:
+  void open(bool dark, QSize size) {
+    view.engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
+    view.setResizeMode(QQuickView::SizeRootObjectToView);
+    view.setInitialProperties({{QStringLiteral("session"), QVariant::fromValue(&model)},
+                               {QStringLiteral("progress"), QVariant::fromValue(&progress)},
+                               {QStringLiteral("dark"), dark}});
+    view.setSource(QUrl(QStringLiteral("qrc:/qt/qml/Velto/ContentView.qml")));
+    if (view.status() != QQuickView::Ready)
+      throw std::runtime_error("the practice view cannot be loaded");
+    setDark(dark);
+    view.resize(size);
+    view.show();
+    view.requestActivate();
+    if (!QTest::qWaitForWindowActive(&view))
+      throw std::runtime_error("the window does not become active");
+  }
+
   struct Record {
     ScratchProfile scratch;
 

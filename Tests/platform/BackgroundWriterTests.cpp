@@ -46,6 +46,31 @@ TEST(BackgroundWriter, RunsWorkOnAnotherThreadAndFinishesOnTheOwners) {
   EXPECT_EQ(finished, owner);
 }
 
+TEST(BackgroundWriter, TellsThatAFinishCanBeCollectedUntilItEnds) {
+  std::atomic<int> told = 0, finished = 0;
+  Gate gate;
+  {
+    BackgroundWriter writer(BackgroundWriter::detourAfter, [&] { ++told; });
+    writer.post([] { return Outcome{}; });
+    EXPECT_TRUE(writer.wait(10s));
+    EXPECT_EQ(told, 0) << "there is nothing to collect";
+    writer.post([&] { return Outcome{.finish = [&] { ++finished; }}; });
+    EXPECT_TRUE(writer.wait(10s));
+    EXPECT_EQ(told, 1);
+    writer.collect();
+    EXPECT_EQ(finished, 1);
+    writer.post([&] {
+      gate.work()();
+      return Outcome{.finish = [&] { ++finished; }};
+    });
+    gate.begun.get_future().wait();
+  }
+  gate.release.set_value();
+  std::this_thread::sleep_for(50ms); // for a call that must not come
+  EXPECT_EQ(told, 1);
+  EXPECT_EQ(finished, 1);
+}
+
 TEST(BackgroundWriter, RunsOnlyTheLatestWorkThatHasNotBegun) {
   Gate gate;
   BackgroundWriter writer;

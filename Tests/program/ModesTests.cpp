@@ -234,6 +234,40 @@ TEST(Dispatch, APlaybackBenchWithoutAValueIsIgnored) {
   EXPECT_EQ(run({"--bench-audio"}).error, noDisplay);
 }
 
+// Without a display the window would end with 1.
+TEST(Session, FilesThatCannotBeUsedEndWithOneLineAnd2BeforeAnyWindow) {
+  const kit::ScratchFolder folder;
+  const std::string list = (folder.path() / "test.velto").string();
+  const std::string results = (folder.path() / "mine.csv").string();
+  kit::put(list, "velto-session 1\ndifficulty fixed\n");
+  const struct {
+    Words arguments;
+    std::string error;
+  } cases[] = {{{"--session", list},
+                "--session and --results need each other and a file each; --results has none"},
+               {{"--results", results},
+                "--session and --results need each other and a file each; --session has none"},
+               {{"--results", results, "--session"},
+                "--session and --results need each other and a file each; --session has none"},
+               {{"--session", list, "--results", results},
+                list + ": line 3: the last line, \"end\", is missing"},
+               {{"--session", "/none", "--results", results}, "/none: there is no such file"}};
+  for (const auto& [arguments, error] : cases) {
+    const auto result = run(arguments);
+    EXPECT_EQ(result.status, 2) << error;
+    EXPECT_EQ(result.error, "Velto: " + error + "\n");
+    EXPECT_EQ(result.out, "");
+  }
+  EXPECT_FALSE(std::filesystem::exists(results));
+  // A list whose hash was computed with another program.
+  kit::put(list, "velto-session 1\ndifficulty fixed\nfrequency pink 40 9e3779b97f4a7c15\n"
+                 "polarity pad 40 3c6ef372fe94f82a\nlevel pink 40 daa66d2c7ddf743f\n"
+                 "end 3 108f660aeefbc810\n");
+  EXPECT_EQ(run({"--session", list, "--results", "/none/mine.csv"}).error,
+            "Velto: /none/mine.csv: No such file or directory\n");
+  EXPECT_EQ(run({"--session", list, "--results", results}).error, noDisplay);
+}
+
 TEST(Dispatch, AnythingElseOpensTheWindowAndFailsWithoutADisplay) {
   for (const Words& switches :
        {Words{}, Words{"--Probe"}, Words{"--probe=1"}, Words{"-h"}, Words{"help"}, Words{"-probe"},

@@ -1,6 +1,8 @@
 #include "AppDelegate.h"
 
+#include "AssignedCourse.h"
 #include "AudioEngine.h"
+#include "PracticeCourse.h"
 #include "Theme.h"
 #include "WindowPlacement.h"
 #include "desktop/CapsLock.h"
@@ -38,6 +40,12 @@ double secondsSince1970() {
   return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000;
 }
 
+std::unique_ptr<Course> courseOf(std::optional<Assignment> assignment) {
+  if (assignment)
+    return std::make_unique<AssignedCourse>(std::move(*assignment), qtWorkQueues());
+  return std::make_unique<PracticeCourse>();
+}
+
 } // namespace
 
 WorkQueues qtWorkQueues() {
@@ -65,16 +73,18 @@ AppDelegate::Preparation::Preparation()
 
 AppDelegate::Preparation::~Preparation() = default;
 
-AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice)
-    : options_(std::move(options)),
-      session_(options_.drill, qtWorkQueues(),
+AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice,
+                         std::optional<Assignment> assignment)
+    : options_(std::move(options)), isAssigned_(assignment.has_value()),
+      session_(courseOf(std::move(assignment)), options_.drill, qtWorkQueues(),
                std::make_unique<Player>(std::make_unique<Engine>(std::move(makeDevice)),
                                         Player::Opening::inBackground),
                secondsSince1970(),
-               options_.fair ? Session::Trials::fair : Session::Trials::standard),
+               options_.fair || isAssigned_ ? Session::Trials::fair : Session::Trials::standard),
       appearance_(options_.fixedDark), model_(session_), progress_(session_) {
   connect(&appearance_, &Appearance::darkChanged, this, &AppDelegate::followDesktop);
   connect(&appearance_, &Appearance::reducedMotionChanged, this, &AppDelegate::followDesktop);
+  connect(&model_, &PracticeModel::finished, this, [this] { window_->close(); });
 }
 
 AppDelegate::~AppDelegate() {

@@ -2,6 +2,7 @@
 // run that ends with a snapshot.
 #pragma once
 
+#include "Assignment.h"
 #include "LaunchOptions.h"
 #include "OutputDevice.h"
 #include "PracticeModel.h"
@@ -33,7 +34,9 @@ class AppDelegate : public QObject {
 
 public:
   // Creates the session, which starts the first trial and plays through devices from `makeDevice`.
-  explicit AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice = systemOutput());
+  // With an assignment, its trials are played, and `options.fair` and `options.drill` are ignored.
+  explicit AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice = systemOutput(),
+                       std::optional<Assignment> assignment = std::nullopt);
   ~AppDelegate() override;
 
   // Registers the wordmark's face and opens the window. If the interface cannot be loaded, writes a
@@ -80,6 +83,7 @@ private:
   };
 
   LaunchOptions options_;
+  bool isAssigned_;
   Preparation preparation_;
   Session session_;
   Appearance appearance_;

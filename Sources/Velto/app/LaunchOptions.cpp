@@ -27,7 +27,20 @@ LaunchOptions launchOptions(const Arguments& arguments) {
     options.scriptedAnswer = numberArgument(*number);
   if (const auto appearance = arguments.valueOf("--appearance"))
     options.fixedDark = *appearance != "light";
+  if (const auto list = arguments.valueOf("--session"))
+    if (const auto results = arguments.valueOf("--results"))
+      options.assignment = {.list = *list, .results = *results};
   return options;
+}
+
+std::optional<std::string> wrongUse(const Arguments& arguments) {
+  if (!arguments.has("--session") && !arguments.has("--results"))
+    return std::nullopt;
+  for (const char* name : {"--session", "--results"})
+    if (!arguments.valueOf(name))
+      return std::string("--session and --results need each other and a file each; ") + name +
+             " has none";
+  return std::nullopt;
 }
 
 } // namespace velto

@@ -32,8 +32,16 @@ struct LaunchOptions {
   std::optional<double> scriptedAnswer; // --answer, used with --shot only
   std::optional<bool> fixedDark;        // --appearance: false for "light", true for anything else
   bool fair = false;                    // --fair
+  // --session and --results: the list to play, and the file that gets the answers. Both or none.
+  struct Files {
+    std::string list, results;
+  };
+  std::optional<Files> assignment;
 };
 
 [[nodiscard]] LaunchOptions launchOptions(const Arguments& arguments);
+
+// What is wrong with --session and --results, in one line; nullopt if they are missing or complete.
+[[nodiscard]] std::optional<std::string> wrongUse(const Arguments& arguments);
 
 } // namespace velto

@@ -26,7 +26,11 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <utility>
+#include <variant>
 
 Q_IMPORT_QML_PLUGIN(VeltoPlugin)
 
@@ -57,7 +61,16 @@ OutputDeviceFactory output() {
   return systemOutput(Subprocess::ownPath());
 }
 
-int runWindow(int argc, char** argv, const LaunchOptions& options) {
+// The exit status of wrong use.
+constexpr int misused = 2;
+
+int misuse(const std::string& line) {
+  StandardStreams::writeToError("Velto: " + line + "\n");
+  return misused;
+}
+
+int runWindow(int argc, char** argv, const LaunchOptions& options,
+              std::optional<Assignment> assignment = std::nullopt) {
   Memory::returnLargeBlocks();
   qInstallMessageHandler(reportMessages);
   const int signals = EndSignals::hold();
@@ -70,7 +83,7 @@ int runWindow(int argc, char** argv, const LaunchOptions& options) {
   QGuiApplication::setApplicationDisplayName(QStringLiteral("MORLA Velto"));
   QGuiApplication::setDesktopFileName(QStringLiteral(VELTO_ID));
 
-  AppDelegate delegate(options, output());
+  AppDelegate delegate(options, output(), std::move(assignment));
   // Decoding the icon and sending it to the display takes milliseconds.
   QObject::connect(&delegate, &AppDelegate::opened, &application,
                    [] { QGuiApplication::setWindowIcon(windowIcon()); });
@@ -81,6 +94,18 @@ int runWindow(int argc, char** argv, const LaunchOptions& options) {
   QObject::connect(&signalled, &QSocketNotifier::activated,
                    [] { QCoreApplication::exit(EndSignals::exitStatus(EndSignals::received())); });
   return QGuiApplication::exec();
+}
+
+int runAssignment(int argc, char** argv, const LaunchOptions& options) {
+  auto opened = Assignment::open(options.assignment->list, options.assignment->results);
+  if (const auto* wrong = std::get_if<std::string>(&opened))
+    return misuse(*wrong);
+  auto& assignment = *std::get_if<Assignment>(&opened);
+  if (!assignment.reading.sitting.next()) {
+    Report::line(options.assignment->results + ": all trials of the list are answered");
+    return EXIT_SUCCESS;
+  }
+  return runWindow(argc, argv, options, std::move(assignment));
 }
 
 // Fonts need a QGuiApplication, but no display. Its constructor looks for a Wayland socket in the
@@ -135,5 +160,8 @@ int main(int argc, char** argv) {
     DemoData::seed();
     return EXIT_SUCCESS;
   }
-  return runWindow(argc, argv, launchOptions(arguments));
+  if (const auto wrong = wrongUse(arguments))
+    return misuse(*wrong);
+  const LaunchOptions options = launchOptions(arguments);
+  return options.assignment ? runAssignment(argc, argv, options) : runWindow(argc, argv, options);
 }

@@ -12,6 +12,8 @@ namespace {
 
 constexpr std::array allSwitches{
     Help::Switch{"--fair", "", "fair trials without shortcuts, and audible pink noise", true},
+    Help::Switch{"--session", "FILE", "play this list of trials, once; needs --results", true},
+    Help::Switch{"--results", "FILE", "append the answers to this file, or go on after them", true},
     Help::Switch{"--drill", "DRILL", "start with frequency, level, dynamics or polarity", true},
     Help::Switch{"--appearance", "LOOK", "light or dark, regardless of the desktop", true},
     Help::Switch{"--shot", "FILE", "save a screenshot of the window (PNG) and exit", true},
@@ -68,8 +70,9 @@ std::string Help::text(const Environment& environment) {
          "Modes without a window (of several, the first in this list runs):\n" +
          linesOf(false) +
          "\n"
-         "Unknown switches, and switches without their value, are ignored. The exit status\n"
-         "is 0 on success and 1 on failure.\n"
+         "Unknown switches, and switches without their value, are ignored, except\n"
+         "--session and --results. The exit status is 0 on success, 1 on failure, and 2\n"
+         "if the files of --session and --results cannot be used.\n"
          "\n"
          "The user's guide is guide.md in share/doc/velto of the installation.\n"
          "\n"

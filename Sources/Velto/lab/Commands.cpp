@@ -5,6 +5,8 @@
 #include "RenderCommand.h"
 #include "ReportCommand.h"
 #include "RestoreCommand.h"
+#include "SessionNewCommand.h"
+#include "SessionScoreCommand.h"
 #include "SimulateCommand.h"
 #include "StatsCommand.h"
 
@@ -14,8 +16,8 @@ namespace velto {
 
 std::span<const Lab::Command> Lab::commands() {
   static constexpr std::array all{
-      checkCommand,  exportCommand, importCommand,   restoreCommand,
-      renderCommand, reportCommand, simulateCommand, statsCommand,
+      checkCommand,  exportCommand,     importCommand,       restoreCommand,  renderCommand,
+      reportCommand, sessionNewCommand, sessionScoreCommand, simulateCommand, statsCommand,
   };
   return all;
 }

@@ -1,7 +1,10 @@
 #include "RenderCommand.h"
 
 #include "Arguments.h"
+#include "Assignment.h"
+#include "Console.h"
 #include "Folders.h"
+#include "Sitting.h"
 #include "Staircase.h"
 #include "Trial.h"
 #include "TrialFiles.h"
@@ -11,6 +14,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace velto {
 
@@ -24,9 +28,33 @@ struct Options {
   std::uint64_t seed = 1;
   bool isFair = false;
   bool explores = false;
+  std::string list; // empty: a single trial
 };
 
+// Every trial of a list, as velto --session plays it: "01-frequency-A.wav" and so on.
+void renderList(const std::string& folder, const std::string& file) {
+  const auto list = Assignment::listIn(file);
+  if (const auto* wrong = std::get_if<std::string>(&list))
+    throw Lab::Failure(*wrong);
+  const auto trials = fixedTrials(std::get<TrialList>(list));
+  if (!trials)
+    throw Lab::Failure(file + ": the trials of a staircase follow from the answers");
+  Folders::create(folder);
+  Lab::Progress progress("rendering", trials->size());
+  const std::size_t digits = std::to_string(trials->size()).size();
+  for (std::size_t i = 0; i < trials->size(); ++i) {
+    std::string number = std::to_string(i + 1);
+    number.insert(0, digits - number.size(), '0');
+    const Trial& trial = (*trials)[i];
+    Lab::TrialFiles::write(folder, number + "-" + std::string(trial.drill.rawValue()), trial,
+                           Noise::audible);
+    progress.advance();
+  }
+}
+
 void run(const Options& options) {
+  if (!options.list.empty())
+    return renderList(options.folder, options.list);
   Folders::create(options.folder);
   const Noise noise = options.isFair ? Noise::audible : Noise::asDrawn;
   const std::uint64_t seed = options.isFair ? Drills::mixedSeed(options.seed) : options.seed;
@@ -53,15 +81,26 @@ Lab::Action Lab::declareRender(CLI::App& arguments) {
                                                  100, "of the trial, 0 to 100; by default 20");
   Arguments::addCount(arguments, "--seed", options->seed, 0,
                       std::numeric_limits<std::uint64_t>::max(), "of the trial; by default 1");
-  arguments.add_flag("--fair", options->isFair, "as velto --fair plays it, with a mixed seed")
-      ->disable_flag_override();
-  arguments
-      .add_flag("--explore", options->explores,
-                "instead, 27 bands with three boosts each, and none")
-      ->disable_flag_override()
-      ->excludes(&drill)
-      ->excludes(&difficulty);
-  return [options] { run(*options); };
+  CLI::Option* fair =
+      arguments.add_flag("--fair", options->isFair, "as velto --fair plays it, with a mixed seed")
+          ->disable_flag_override();
+  CLI::Option* explore = arguments
+                             .add_flag("--explore", options->explores,
+                                       "instead, 27 bands with three boosts each, and none")
+                             ->disable_flag_override()
+                             ->excludes(&drill)
+                             ->excludes(&difficulty);
+  arguments.add_option("--session", options->list, "instead, all trials of this list, fair")
+      ->type_name("LIST");
+  const std::vector<const CLI::Option*> ofOneTrial{
+      &drill, &difficulty, arguments.get_option("--material"), arguments.get_option("--seed"),
+      fair,   explore};
+  return [options, ofOneTrial] {
+    for (const CLI::Option* other : ofOneTrial)
+      if (!options->list.empty() && other->count() > 0)
+        throw WrongUse("--session excludes " + other->get_name());
+    run(*options);
+  };
 }
 
 } // namespace velto

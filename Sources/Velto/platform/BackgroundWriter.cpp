@@ -11,7 +11,8 @@ namespace velto {
 
 class BackgroundWriter::Threads {
 public:
-  explicit Threads(std::chrono::milliseconds patience) : patience_(patience) {}
+  Threads(std::chrono::milliseconds patience, std::function<void()> whenDone)
+      : patience_(patience), whenDone_(std::move(whenDone)) {}
 
   void post(Work work, Detour detour, const std::shared_ptr<Threads>& self) {
     std::unique_lock lock(mutex_);
@@ -40,6 +41,7 @@ public:
     ending_ = true;
     next_ = nullptr;
     detour_ = nullptr;
+    whenDone_ = nullptr;
     wake_.notify_all();
     const bool joins = isIdle();
     lock.unlock();
@@ -59,6 +61,15 @@ private:
 
   [[nodiscard]] bool isIdle() const { return !next_ && !busy_ && detours_ == 0; }
 
+  // The caller holds the lock.
+  void keep(Finish finish) {
+    if (!finish)
+      return;
+    finishes_.push_back(std::move(finish));
+    if (whenDone_)
+      whenDone_();
+  }
+
   // If no thread can be started, runs the work on this one.
   void start(const std::shared_ptr<Threads>& self, std::unique_lock<std::mutex>& lock) {
     try {
@@ -69,8 +80,7 @@ private:
       lock.unlock();
       Outcome outcome = work();
       lock.lock();
-      if (outcome.finish)
-        finishes_.push_back(std::move(outcome.finish));
+      keep(std::move(outcome.finish));
     }
   }
 
@@ -96,8 +106,7 @@ private:
       lock.unlock();
       Outcome outcome = work();
       lock.lock();
-      if (outcome.finish)
-        finishes_.push_back(std::move(outcome.finish));
+      keep(std::move(outcome.finish));
       if (outcome.again && !next_ && !ending_) {
         wake_.wait_for(lock, pause, [this] { return next_ || ending_; });
         if (!next_ && !ending_)
@@ -145,6 +154,7 @@ private:
   Detour detour_;                 // of next_; none once it has started
   Clock::time_point latestStart_; // of work or of a detour
   std::vector<Finish> finishes_;
+  std::function<void()> whenDone_;
   bool busy_ = false; // the worker
   bool ending_ = false;
   std::size_t detours_ = 0;          // running
@@ -152,8 +162,9 @@ private:
   std::vector<std::thread> helpers_; // owner only
 };
 
-BackgroundWriter::BackgroundWriter(std::chrono::milliseconds patience)
-    : threads_(std::make_shared<Threads>(patience)) {}
+BackgroundWriter::BackgroundWriter(std::chrono::milliseconds patience,
+                                   std::function<void()> whenDone)
+    : threads_(std::make_shared<Threads>(patience, std::move(whenDone))) {}
 
 BackgroundWriter::~BackgroundWriter() {
   threads_->end();

@@ -37,8 +37,11 @@ public:
   using Detour = std::function<void()>; // may run beside any other work and detour
 
   BackgroundWriter() : BackgroundWriter(detourAfter) {}
-  // With another time in place of detourAfter.
-  explicit BackgroundWriter(std::chrono::milliseconds patience);
+  // With another time in place of detourAfter. `whenDone` is called after work that has a finish,
+  // by the thread that did it, as the cue for collect(). It must not wait nor use this object, and
+  // is not called any more once the destructor has returned.
+  explicit BackgroundWriter(std::chrono::milliseconds patience,
+                            std::function<void()> whenDone = {});
   BackgroundWriter(const BackgroundWriter&) = delete;
   BackgroundWriter& operator=(const BackgroundWriter&) = delete;
   // Does not wait for work in progress: that goes on until it ends or the process does. Work not

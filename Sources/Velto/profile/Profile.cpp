@@ -9,11 +9,9 @@
 
 namespace velto {
 
-namespace {
-
-Attempt answered(const Trial& trial, const Drills::Grade& grade) {
+Attempt Profile::answered(const Trial& trial, const Drills::Grade& grade, Date date) {
   Attempt attempt{.id = UUID::random(),
-                  .date = Date::now(),
+                  .date = date,
                   .drill = trial.drill,
                   .material = trial.material,
                   .difficulty = trial.difficulty,
@@ -25,8 +23,6 @@ Attempt answered(const Trial& trial, const Drills::Grade& grade) {
   return attempt;
 }
 
-} // namespace
-
 Profile::Profile() : Profile(ProfileLocation::resolve(Environment::ofProcess())) {}
 
 Profile::Profile(const ProfileLocation& location)
@@ -34,10 +30,12 @@ Profile::Profile(const ProfileLocation& location)
   load();
 }
 
+Profile::Profile(Unsaved) {}
+
 Profile::~Profile() = default;
 
-const std::filesystem::path& Profile::url() const {
-  return store_->file();
+std::filesystem::path Profile::url() const {
+  return store_ ? store_->file() : std::filesystem::path();
 }
 
 void Profile::load() {
@@ -54,10 +52,11 @@ void Profile::record(const Trial& trial, const Drills::Grade& grade) {
   moved.record(grade.correct);
   stored_.staircases[std::string(trial.drill.rawValue())] = moved;
 
-  const Attempt attempt = answered(trial, grade);
+  const Attempt attempt = answered(trial, grade, Date::now());
   objectWillChange.send();
   stored_.attempts.push_back(attempt);
-  store_->add(attempt);
+  if (store_)
+    store_->add(attempt);
 
   trim();
   recompute();
@@ -100,19 +99,21 @@ void Profile::replace(std::vector<Attempt> attempts, std::map<std::string, Stair
   objectWillChange.send();
   stored_.attempts = std::move(attempts);
   stored_.staircases = std::move(staircases);
-  store_->overwriteNext();
+  if (store_)
+    store_->overwriteNext();
 }
 
 void Profile::save() {
-  store_->save(stored_);
+  if (store_)
+    store_->save(stored_);
 }
 
 bool Profile::waitForDisk(std::chrono::milliseconds most) {
-  return store_->wait(most);
+  return !store_ || store_->wait(most);
 }
 
 void Profile::takeMerged() {
-  auto merged = store_->takeMerged(stored_);
+  auto merged = store_ ? store_->takeMerged(stored_) : std::nullopt;
   if (!merged)
     return;
   objectWillChange.send();

@@ -38,11 +38,17 @@ public:
   // loads it. Computes the statistics if it could be loaded.
   Profile();
   explicit Profile(const ProfileLocation& location);
+  // An empty record that is never saved. Touches no file.
+  struct Unsaved {};
+  explicit Profile(Unsaved);
   // Waits until the record is on the disk; see ProfileStore.
   ~Profile();
 
   Profile(const Profile&) = delete;
   Profile& operator=(const Profile&) = delete;
+
+  // The row of an answer given at `date`.
+  [[nodiscard]] static Attempt answered(const Trial& trial, const Drills::Grade& grade, Date date);
 
   // Updates the drill's staircase, appends the answer, trims, recomputes and saves. Before that,
   // takes over what other programs have saved meanwhile.
@@ -84,7 +90,8 @@ public:
   [[nodiscard]] const std::map<std::string, Staircase>& staircases() const {
     return stored_.staircases;
   }
-  [[nodiscard]] const std::filesystem::path& url() const;
+  // Empty if the record is never saved.
+  [[nodiscard]] std::filesystem::path url() const;
 
   // Sent before each change of attempts or stats, while the old value can still be read.
   Publisher<> objectWillChange;
@@ -95,7 +102,7 @@ private:
 
   Stored stored_;
   Stats stats_;
-  std::unique_ptr<ProfileStore> store_;
+  std::unique_ptr<ProfileStore> store_; // null if the record is never saved
 };
 
 } // namespace velto

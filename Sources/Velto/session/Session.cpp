@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include "FatalError.h"
+#include "PracticeCourse.h"
 #include "Rendering.h"
 #include "Signals.h"
 
@@ -38,8 +39,14 @@ std::uint64_t wholeSeconds(double secondsSince1970) {
 
 Session::Session(Drill drill, WorkQueues queues, std::unique_ptr<Player> player,
                  double secondsSince1970, Trials trials)
-    : trials_(trials), player_(std::move(player)), counter_(wholeSeconds(secondsSince1970)),
-      queues_(std::move(queues)), self_(std::make_shared<Session*>(this)),
+    : Session(std::make_unique<PracticeCourse>(), drill, std::move(queues), std::move(player),
+              secondsSince1970, trials) {}
+
+Session::Session(std::unique_ptr<Course> course, Drill drill, WorkQueues queues,
+                 std::unique_ptr<Player> player, double secondsSince1970, Trials trials)
+    : trials_(trials), course_(std::move(course)), player_(std::move(player)),
+      counter_(wholeSeconds(secondsSince1970)), queues_(std::move(queues)),
+      self_(std::make_shared<Session*>(this)),
       wanted_(std::make_shared<std::atomic<std::uint64_t>>()) {
   followOpenings();
   setDrill(drill);
@@ -56,24 +63,36 @@ void Session::assign(Field field, Member& member, Value&& value) {
 }
 
 void Session::setDrill(Drill drill) {
+  if (!isFree())
+    return;
   assign(Field::drill, drill_, drill);
   assign(Field::material, material_, Drills::defaultMaterial(drill));
   newTrial();
 }
 
 void Session::setMaterial(Material material) {
+  if (!isFree())
+    return;
   assign(Field::material, material_, material);
   newTrial();
 }
 
 void Session::setAnswer(double answer) {
+  if (keeping_.isPending)
+    return;
   assign(Field::answer, answer_, answer);
 }
 
 void Session::newTrial() {
+  const std::optional<Trial> next = course_->next(drill_, material_, nextSeed());
+  if (!next)
+    return;
+  if (next->drill != drill_)
+    assign(Field::drill, drill_, next->drill);
+  if (next->material != material_)
+    assign(Field::material, material_, next->material);
   assign(Field::grade, grade_, std::nullopt);
-  const double difficulty = profile_.staircase(drill_).difficulty;
-  assign(Field::trial, trial_, Drills::makeTrial(difficulty, material_, nextSeed(), drill_));
+  assign(Field::trial, trial_, next);
   assign(Field::answer, answer_, defaultAnswer(drill_));
   assign(Field::currentSlot, currentSlot_, 0);
   assign(Field::rendering, rendering_, true);
@@ -106,6 +125,8 @@ void Session::takeRender(std::uint64_t seed, std::vector<Slot> slots) {
   switching_ = trials_ == Trials::fair && trial_->drill == Drill::polarity
                    ? Switching::throughSilence
                    : Switching::crossfade;
+  rendered_ = std::chrono::steady_clock::now();
+  switches_ = 0;
   assign(Field::currentSlot, currentSlot_, 0);
   if (!suspended_)
     play();
@@ -119,6 +140,7 @@ void Session::play() {
 void Session::select(std::int64_t slot) {
   if (!trial_ || slot >= trial_->slots)
     return;
+  switches_ += slot == currentSlot_ ? 0 : 1;
   assign(Field::currentSlot, currentSlot_, slot);
   player_->switchTo(slot);
 }
@@ -129,16 +151,41 @@ void Session::cycleSlot() {
 }
 
 bool Session::canSubmit() const {
-  return trial_ && !grade_ && !rendering_ && (trial_->drill != Drill::polarity || answer_ >= 0);
+  return trial_ && !grade_ && !rendering_ && !keeping_.isPending &&
+         (trial_->drill != Drill::polarity || answer_ >= 0);
 }
 
 void Session::submit() {
   if (!canSubmit())
     return;
-  assign(Field::grade, grade_, Drills::grade(answer_, *trial_));
-  profile_.record(*trial_, *grade_);
+  const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - rendered_;
+  const Course::Given given{.answer = answer_, .seconds = passed.count(), .switches = switches_};
+  const auto kept = [given, self = std::weak_ptr(self_)](std::optional<std::string> error) {
+    if (const auto session = self.lock())
+      (*session)->takeKept(given, std::move(error));
+  };
+  if (course_->keep(given, kept))
+    showVerdict(given);
+  else
+    assign(Field::keeping, keeping_, Keeping{.isPending = true, .error = std::nullopt});
+}
+
+void Session::takeKept(const Course::Given& given, std::optional<std::string> error) {
+  if (!error)
+    showVerdict(given);
+  assign(Field::keeping, keeping_, Keeping{.isPending = false, .error = std::move(error)});
+}
+
+void Session::showVerdict(const Course::Given& given) {
+  assign(Field::grade, grade_, Drills::grade(given.answer, *trial_));
+  course_->record(*trial_, given, *grade_);
   objectWillChange.send(Field::record);
   objectDidChange.send(Field::record);
+}
+
+bool Session::isOver() const {
+  const auto place = course_->place();
+  return grade_ && place && place->number == place->count;
 }
 
 void Session::suspend() {

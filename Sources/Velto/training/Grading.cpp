@@ -1,6 +1,7 @@
 #include "Grading.h"
 
 #include "Bands.h"
+#include "FatalError.h"
 #include "Numbers.h"
 
 #include <cmath>
@@ -18,6 +19,20 @@ std::string slotText(std::int64_t index) {
 }
 
 } // namespace
+
+double Drills::truth(const Trial& trial) {
+  switch (trial.drill) {
+  case Drill::frequency:
+    return trial.targetFreq;
+  case Drill::level:
+    return trial.targetLevelDB;
+  case Drill::dynamics:
+    return trial.targetGRdB;
+  case Drill::polarity:
+    return static_cast<double>(trial.oddSlot);
+  }
+  fatalError("unknown drill");
+}
 
 Drills::Grade Drills::grade(double answer, const Trial& trial) {
   Grade grade;

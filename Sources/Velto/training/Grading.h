@@ -7,6 +7,10 @@
 
 namespace velto::Drills {
 
+// The right answer to `trial`, in the unit of its answers: Hz (frequency), dB (level, dynamics) or
+// a slot index (polarity).
+[[nodiscard]] double truth(const Trial& trial);
+
 // The verdict on one answer.
 struct Grade {
   bool correct = false;

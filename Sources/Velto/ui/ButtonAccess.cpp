@@ -12,7 +12,8 @@ QAccessibleInterface* makeButton(const QString& className, QObject* object) {
   if (className != QLatin1String("velto::Pressable"))
     return nullptr;
   auto* stop = qobject_cast<Pressable*>(object);
-  return stop != nullptr && stop->isButton() ? new ButtonAccess(*stop) : nullptr;
+  return stop != nullptr && (stop->isButton() || !stop->available()) ? new ButtonAccess(*stop)
+                                                                     : nullptr;
 }
 
 } // namespace
@@ -61,8 +62,16 @@ QString ButtonAccess::text(QAccessible::Text kind) const {
   return kind == QAccessible::Name ? button().name() : QString();
 }
 
+QAccessible::Role ButtonAccess::role() const {
+  return button().isButton() ? QAccessible::Button : QAccessible::RadioButton;
+}
+
 QAccessible::State ButtonAccess::state() const {
   QAccessible::State state;
+  if (!button().isButton()) {
+    state.checkable = true;
+    state.checked = button().property("checked").toBool();
+  }
   state.disabled = !button().isAvailable();
   state.invisible = !button().isVisible() || window() == nullptr || !window()->isVisible();
   state.focusable = button().isAvailable() || button().hasActiveFocus();

@@ -8,7 +8,8 @@ namespace velto {
 class Pressable;
 
 // Qt 6.4 does not report to assistive technology that an item is disabled. This interface does, for
-// each Pressable that is a button. Main thread only.
+// each Pressable that is a button, and for a choice that is not available from the start. Main
+// thread only.
 class ButtonAccess : public QAccessibleObject, public QAccessibleActionInterface {
 public:
   // Registers the interface with Qt. Later calls are no-ops.
@@ -25,7 +26,7 @@ public:
   [[nodiscard]] QWindow* window() const override;
   [[nodiscard]] QRect rect() const override;
   [[nodiscard]] QString text(QAccessible::Text kind) const override;
-  [[nodiscard]] QAccessible::Role role() const override { return QAccessible::Button; }
+  [[nodiscard]] QAccessible::Role role() const override;
   [[nodiscard]] QAccessible::State state() const override;
   void* interface_cast(QAccessible::InterfaceType type) override;
 

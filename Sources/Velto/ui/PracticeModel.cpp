@@ -57,12 +57,17 @@ void PracticeModel::announce(Session::Field field) {
     break;
   case grade:
     Q_EMIT gradeChanged();
+    Q_EMIT answerableChanged();
     break;
   case currentSlot:
     Q_EMIT currentSlotChanged();
     break;
   case rendering:
     Q_EMIT renderingChanged();
+    break;
+  case keeping:
+    Q_EMIT keepingChanged();
+    Q_EMIT answerableChanged();
     break;
   case record:
     break;
@@ -137,6 +142,32 @@ bool PracticeModel::canSubmit() const {
   return session_.canSubmit();
 }
 
+bool PracticeModel::isFree() const {
+  return session_.isFree();
+}
+
+QString PracticeModel::place() const {
+  const auto place = session_.place();
+  return place ? text(Wording::progress(place->number, place->count)) : QString();
+}
+
+bool PracticeModel::isOver() const {
+  return session_.isOver();
+}
+
+bool PracticeModel::keeping() const {
+  return session_.keeping().isPending;
+}
+
+QString PracticeModel::keepingError() const {
+  const auto& error = session_.keeping().error;
+  return error ? text(Wording::notSaved(*error)) : QString();
+}
+
+bool PracticeModel::answerable() const {
+  return !graded() && !keeping();
+}
+
 double PracticeModel::answer() const {
   return session_.answer();
 }
@@ -150,20 +181,7 @@ bool PracticeModel::graded() const {
 }
 
 double PracticeModel::truth() const {
-  const auto& trial = session_.trial();
-  if (!trial)
-    return 0;
-  switch (trial->drill) {
-  case Drill::frequency:
-    return trial->targetFreq;
-  case Drill::level:
-    return trial->targetLevelDB;
-  case Drill::dynamics:
-    return trial->targetGRdB;
-  case Drill::polarity:
-    return static_cast<double>(trial->oddSlot);
-  }
-  return 0;
+  return session_.trial() ? Drills::truth(*session_.trial()) : 0;
 }
 
 bool PracticeModel::correct() const {
@@ -187,7 +205,9 @@ void PracticeModel::select(int slot) {
 }
 
 void PracticeModel::advance() {
-  if (session_.grade())
+  if (session_.isOver())
+    Q_EMIT finished();
+  else if (session_.grade())
     session_.newTrial();
   else
     session_.submit();

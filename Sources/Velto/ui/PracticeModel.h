@@ -33,6 +33,18 @@ class PracticeModel : public QObject {
   Q_PROPERTY(int currentSlot READ currentSlot NOTIFY currentSlotChanged FINAL)
   Q_PROPERTY(bool rendering READ rendering NOTIFY renderingChanged FINAL)
   Q_PROPERTY(bool canSubmit READ canSubmit NOTIFY canSubmitChanged FINAL)
+  // The listener chooses drill and material.
+  Q_PROPERTY(bool isFree READ isFree CONSTANT FINAL)
+  // "3 of 20", in a course that ends; else empty.
+  Q_PROPERTY(QString place READ place NOTIFY trialChanged FINAL)
+  // The last trial of a course is graded.
+  Q_PROPERTY(bool over READ isOver NOTIFY gradeChanged FINAL)
+  // The submitted answer is being kept.
+  Q_PROPERTY(bool keeping READ keeping NOTIFY keepingChanged FINAL)
+  // A sentence that says why it could not be kept; else empty.
+  Q_PROPERTY(QString keepingError READ keepingError NOTIFY keepingChanged FINAL)
+  // The trial awaits an answer: it is neither graded nor being kept.
+  Q_PROPERTY(bool answerable READ answerable NOTIFY answerableChanged FINAL)
 
   // In the unit of the drill: Hz, dB, or a slot index (-1: none chosen).
   Q_PROPERTY(double answer READ answer WRITE setAnswer NOTIFY answerChanged FINAL)
@@ -68,6 +80,12 @@ public:
   [[nodiscard]] int currentSlot() const;
   [[nodiscard]] bool rendering() const;
   [[nodiscard]] bool canSubmit() const;
+  [[nodiscard]] bool isFree() const;
+  [[nodiscard]] QString place() const;
+  [[nodiscard]] bool isOver() const;
+  [[nodiscard]] bool keeping() const;
+  [[nodiscard]] QString keepingError() const;
+  [[nodiscard]] bool answerable() const;
   [[nodiscard]] double answer() const;
   void setAnswer(double answer);
   [[nodiscard]] bool graded() const;
@@ -79,6 +97,7 @@ public:
 
   Q_INVOKABLE void select(int slot);
   // The action of the primary button: starts the next trial if graded, else submits the answer.
+  // Emits finished() if there is no next trial.
   Q_INVOKABLE void advance();
 
 Q_SIGNALS:
@@ -90,6 +109,10 @@ Q_SIGNALS:
   void gradeChanged();
   void currentSlotChanged();
   void renderingChanged();
+  void keepingChanged();
+  void answerableChanged();
+  // The listener leaves a course that is over.
+  void finished();
   // Sent when the value differs from the one announced last.
   void canSubmitChanged();
 

@@ -16,7 +16,8 @@ class Pressable : public velto::FocusStop {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(QString name MEMBER name_ NOTIFY nameChanged FINAL)
-  // If true, assistive technology sees the item as a ButtonAccess.
+  // If true, assistive technology sees the item as a ButtonAccess; else as a choice, which is one
+  // as well if it is not available.
   Q_PROPERTY(bool isButton MEMBER isButton_ NOTIFY isButtonChanged FINAL)
   // True if pressing the item has an effect. Unlike `enabled`, turning this off does not take the
   // focus away.

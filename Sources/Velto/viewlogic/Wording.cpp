@@ -61,6 +61,14 @@ std::string Wording::verdictDetail(const Drills::Grade& grade) {
   return detail(grade, "   ·   ");
 }
 
+std::string Wording::progress(std::size_t number, std::size_t count) {
+  return std::to_string(number) + " of " + std::to_string(count);
+}
+
+std::string Wording::notSaved(std::string_view reason) {
+  return "The answer could not be saved: " + std::string(reason) + ". Submit it again.";
+}
+
 std::string Wording::announcement(const Drills::Grade& grade) {
   return std::string(verdict(grade.correct)) + ", " + detail(grade, ", ");
 }

@@ -4,6 +4,7 @@
 #include "Drill.h"
 #include "Grading.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -24,5 +25,10 @@ namespace velto::Wording {
 [[nodiscard]] std::string verdictDetail(const Drills::Grade& grade);
 // "MISS, you 1k Hz, actual 3.15k Hz, 1.66 oct off": the whole verdict for screen readers.
 [[nodiscard]] std::string announcement(const Drills::Grade& grade);
+
+// "3 of 20"; `number` from 1.
+[[nodiscard]] std::string progress(std::size_t number, std::size_t count);
+// "The answer could not be saved: No space left on device. Submit it again."
+[[nodiscard]] std::string notSaved(std::string_view reason);
 
 } // namespace velto::Wording

@@ -27,7 +27,7 @@ Item {
             anchors.fill: parent
             visible: area.session.drill === PracticeModel.Frequency
             enabled: visible
-            answerable: !area.session.graded
+            answerable: area.session.answerable
             value: visible && area.session.answer > 0 ? area.session.answer : undefined
             truth: visible && area.session.graded && area.session.truth > 0 ? area.session.truth : undefined
             onPicked: value => area.session.answer = value
@@ -45,7 +45,7 @@ Item {
             anchors.fill: parent
             visible: isLevel || area.session.drill === PracticeModel.Dynamics
             enabled: visible
-            answerable: !area.session.graded
+            answerable: area.session.answerable
             name: isLevel ? "How much louder" : "How much gain reduction"
             scaleModel: isLevel ? Scales.level : Scales.dynamics
             value: visible ? area.session.answer : undefined
@@ -63,7 +63,7 @@ Item {
             anchors.fill: parent
             visible: area.session.drill === PracticeModel.Polarity
             enabled: visible
-            answerable: !area.session.graded
+            answerable: area.session.answerable
             slotCount: area.session.slotTitles.length
             value: visible && area.session.answer >= 0 ? Math.trunc(area.session.answer) : undefined
             truth: visible && area.session.graded ? area.session.truth : undefined

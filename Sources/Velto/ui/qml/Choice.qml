@@ -2,7 +2,7 @@ import QtQuick
 import Velto
 
 // One of a group of exclusive choices. The group is a single tab stop; arrow keys, Home and End
-// change the choice, and the focus follows it.
+// change the choice, and the focus follows it. A choice that is not available is no tab stop.
 Pressable {
     id: choice
 
@@ -19,7 +19,7 @@ Pressable {
     signal picked(int index)
 
     function pick(which: int) {
-        if (changeable)
+        if (changeable && available)
             picked(which);
     }
 
@@ -27,7 +27,7 @@ Pressable {
         return Math.max(which, 0);
     }
 
-    activeFocusOnTab: index === stopOf(chosen)
+    activeFocusOnTab: available && index === stopOf(chosen)
     onActivated: pick(index)
     onMoved: move => {
         const next = movedChoice(chosen, choices.count, move);

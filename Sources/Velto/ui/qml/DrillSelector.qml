@@ -29,6 +29,7 @@ Row {
             implicitHeight: content.implicitHeight + 12
             ringRadius: 6
             name: modelData
+            available: selector.session.isFree
             choices: chips
             chosen: selector.session.drill
             onPicked: index => selector.session.drill = index
@@ -38,6 +39,7 @@ Row {
                 anchors.fill: parent
                 radius: chip.ringRadius
                 current: chip.current
+                available: chip.available
                 tint: chip.tint
                 framed: false
             }
@@ -59,7 +61,7 @@ Row {
                     width: 6
                     height: 6
                     dot: true
-                    color: chip.current ? Theme.palette.identity : Theme.palette.faint
+                    color: chip.available && chip.current ? Theme.palette.identity : Theme.palette.faint
                 }
 
                 Label {
@@ -68,7 +70,7 @@ Row {
                     text: chip.modelData
                     size: 12
                     font.weight: chip.current ? Font.DemiBold : Font.Normal
-                    color: chip.current || chip.tint > 0 ? Theme.palette.ink : Theme.palette.muted
+                    color: chip.available ? (chip.current || chip.tint > 0 ? Theme.palette.ink : Theme.palette.muted) : chip.current ? Theme.palette.muted : Theme.palette.faint
                 }
             }
 

@@ -28,6 +28,7 @@ Row {
             height: 28
             ringRadius: 5
             name: modelData
+            available: picker.session.isFree
             choices: buttons
             chosen: picker.session.material
             onPicked: index => picker.session.material = index
@@ -37,6 +38,7 @@ Row {
                 anchors.fill: parent
                 radius: button.ringRadius
                 current: button.current
+                available: button.available
                 tint: button.tint
                 framed: false
             }
@@ -48,6 +50,7 @@ Row {
                 text: button.modelData
                 size: 11
                 font.weight: button.current ? Font.DemiBold : Font.Normal
+                color: button.available ? Theme.palette.ink : button.current ? Theme.palette.muted : Theme.palette.faint
             }
         }
     }

@@ -84,8 +84,8 @@ Item {
             id: primary
 
             objectName: "primaryButton"
-            texts: ["Submit", "Next"]
-            text: transport.session.graded ? "Next" : "Submit"
+            texts: transport.session.isFree ? ["Submit", "Next"] : ["Submit", "Next", "Close"]
+            text: transport.session.over ? "Close" : transport.session.graded ? "Next" : "Submit"
             available: transport.session.graded || transport.session.canSubmit
             onActivated: transport.session.advance()
         }

@@ -14,12 +14,46 @@ Item {
 
     Label {
         objectName: "status"
-        visible: !verdict.session.graded
+        visible: !verdict.session.graded && !failure.visible
         x: 10
         height: parent.height
-        text: verdict.session.rendering ? "rendering…" : "listen, then answer"
+        text: verdict.session.rendering ? "rendering…" : verdict.session.keeping ? "saving…" : "listen, then answer"
         size: 11
         color: Theme.palette.muted
+    }
+
+    // Why there is no verdict.
+    Label {
+        id: failure
+
+        objectName: "failure"
+        visible: !verdict.session.graded && text !== ""
+        x: 10
+        width: place.x - x - 14
+        height: parent.height
+        wrapMode: Text.WordWrap
+        text: verdict.session.keepingError
+        size: 11
+        color: Theme.palette.bad
+
+        // Screen readers speak a notification when it appears.
+        Accessible.role: Accessible.Notification
+    }
+
+    Label {
+        id: place
+
+        objectName: "place"
+        visible: text !== ""
+        z: 1
+        anchors.right: parent.right
+        anchors.rightMargin: 12
+        height: parent.height
+        text: verdict.session.place
+        size: 11
+        color: Theme.palette.muted
+
+        Accessible.name: "Trial " + text
     }
 
     RoundedBox {
