@@ -101,9 +101,9 @@ void Session::newTrial() {
   wanted_->store(trial_->seed);
   queues_.background(
       [trial = *trial_, noise, main = queues_.main, self = std::weak_ptr(self_), wanted = wanted_] {
-        std::vector<Slot> rendered;
-        if (wanted->load() == trial.seed)
-          rendered = Drills::render(trial, trialSeconds, noise);
+        if (wanted->load() != trial.seed)
+          return;
+        auto rendered = Drills::render(trial, trialSeconds, noise);
         main([seed = trial.seed, rendered = std::move(rendered), self]() mutable {
           if (const auto session = self.lock())
             (*session)->takeRender(seed, std::move(rendered));
