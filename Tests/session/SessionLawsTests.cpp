@@ -85,7 +85,8 @@ struct Model {
   void render(std::size_t index) {
     if (index >= background.size())
       return;
-    main.push_back(background[index]);
+    if (background[index].seed == counter) // else replaced
+      main.push_back(background[index]);
     background.erase(background.begin() + static_cast<std::ptrdiff_t>(index));
   }
   void deliver() {

@@ -263,7 +263,9 @@ TEST(BindingUpdates, ARecordedAnswerUpdatesEachFigureOnce) {
                                                   {"verdict", 1},
                                                   {"verdictDetail", 1},
                                                   {"announcement", 1},
-                                                  {"canSubmit", 1}}));
+                                                  {"canSubmit", 1},
+                                                  {"answerable", 1},
+                                                  {"over", 1}}));
   stage.reset();
   stage.session.newTrial();
   stage.session.setMaterial(Material::pad);
