@@ -36,6 +36,17 @@ TEST_F(GrowingFileTest, AppendsLines) {
   EXPECT_EQ(file.held(), content());
 }
 
+TEST_F(GrowingFileTest, ForcesEachLineToTheDiskAndTheFolderOnce) {
+  GrowingFile file(path(), "");
+  const auto flushesOfAppend = [&](const char* line) {
+    const std::size_t before = kit::SlowDisk::waitsOfThisThread();
+    EXPECT_EQ(file.append(line), std::nullopt);
+    return kit::SlowDisk::waitsOfThisThread() - before;
+  };
+  EXPECT_EQ(flushesOfAppend("one\n"), 2U);
+  EXPECT_EQ(flushesOfAppend("two\n"), 1U);
+}
+
 TEST_F(GrowingFileTest, DropsAnUnfinishedLine) {
   kit::put(path(), "one\ntw");
   GrowingFile file(path(), "one\n");
