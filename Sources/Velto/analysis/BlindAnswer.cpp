@@ -12,20 +12,6 @@ namespace velto {
 
 namespace {
 
-double targetOf(const Trial& trial) {
-  switch (trial.drill) {
-  case Drill::frequency:
-    return trial.targetFreq;
-  case Drill::level:
-    return trial.targetLevelDB;
-  case Drill::dynamics:
-    return trial.targetGRdB;
-  case Drill::polarity:
-    return static_cast<double>(trial.oddSlot);
-  }
-  return 0;
-}
-
 // The different targets, ascending, each with one of its trials and the number of them.
 struct Target {
   Trial trial;
@@ -37,7 +23,7 @@ Targets targetsOf(Drill drill, double difficulty, std::span<const std::uint64_t>
   Targets targets;
   for (const std::uint64_t seed : seeds) {
     const Trial trial = Drills::makeTrial(difficulty, Drills::defaultMaterial(drill), seed, drill);
-    Target& target = targets[targetOf(trial)];
+    Target& target = targets[Drills::truth(trial)];
     target.trial = trial;
     ++target.trials;
   }

@@ -64,19 +64,9 @@ void writeSlot(JSON::Writer& writer, const std::string& file, const Slot& slot) 
   writer.real(correlation(*slot.l, *slot.r));
 }
 
-// The right answer, as one would give it.
+// The right answer, as one would give it: slots count from 1.
 double truthOf(const Trial& trial) {
-  switch (trial.drill) {
-  case Drill::frequency:
-    return trial.targetFreq;
-  case Drill::level:
-    return trial.targetLevelDB;
-  case Drill::dynamics:
-    return trial.targetGRdB;
-  case Drill::polarity:
-    break;
-  }
-  return static_cast<double>(trial.oddSlot + 1);
+  return Drills::truth(trial) + (trial.drill == Drill::polarity ? 1 : 0);
 }
 
 std::string_view unitOf(Drill drill) {
