@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <regex>
 #include <set>
@@ -172,10 +173,37 @@ TEST_F(BackupFileTest, IsInUseUntilItsProgramEnds) {
   });
   while (!fs::exists(scratch_.path() / "ready"))
     ::usleep(1000);
-  EXPECT_TRUE(BackupFile::isInUse(copy()));
+  EXPECT_EQ(BackupFile::stateOf(copy()), BackupFile::State::inUse);
   static_cast<void>(program.killed());
-  EXPECT_FALSE(BackupFile::isInUse(copy()));
+  EXPECT_EQ(BackupFile::stateOf(copy()), BackupFile::State::abandoned);
   EXPECT_EQ(contentOf(copy()), "more text");
+}
+
+// Others remove what they take for abandoned.
+TEST_F(BackupFileTest, IsNotTakenForAbandonedWhileItIsReplacedAndRemoved) {
+  Forked program([&] {
+    BackupFile backup(file(), "copy-1");
+    for (std::size_t i = 0;; ++i) {
+      EXPECT_EQ(backup.write("text", BackupFile::Durability::surviveKill), Written::done);
+      if (i % 3 == 0)
+        backup.remove();
+    }
+  });
+  std::array<int, 3> seen{};
+  while (seen[static_cast<std::size_t>(BackupFile::State::inUse)] < 20000)
+    ++seen[static_cast<std::size_t>(BackupFile::stateOf(copy()))];
+  EXPECT_EQ(seen[static_cast<std::size_t>(BackupFile::State::abandoned)], 0);
+  static_cast<void>(program.killed());
+}
+
+TEST_F(BackupFileTest, ACopyThatIsMissingOrCannotBeOpenedIsNotAbandoned) {
+  EXPECT_EQ(BackupFile::stateOf(copy()), BackupFile::State::unknown);
+  put(copy(), "text");
+  {
+    const FileFaults faults({{0, FileFault::noDescriptors}});
+    EXPECT_EQ(BackupFile::stateOf(copy()), BackupFile::State::unknown);
+  }
+  EXPECT_EQ(BackupFile::stateOf(copy()), BackupFile::State::abandoned);
 }
 
 TEST_F(BackupFileTest, OthersCannotReadIt) {

@@ -441,6 +441,32 @@ TEST_F(AfterAPowerCut, ADeletedFileStaysDeleted) {
   EXPECT_EQ(Coding::decodeStored(contentOf(PutAside::all(file())[0]))->attempts.size(), 5U);
 }
 
+TEST_F(AfterAPowerCut, TheAnswersOfADeletedFileAreKeptAlsoIfItsCopyCannotBeReadForAMoment) {
+  std::size_t operations = 0;
+  for (std::size_t number = 0; number <= operations; ++number) {
+    SCOPED_TRACE("operation " + std::to_string(number));
+    SetUp();
+    fs::remove(file());
+    {
+      Profile profile(location());
+      const FileFaults faults({{number, FileFault::noDescriptors}},
+                              FileFaults::Where::otherThreads);
+      recordNumbered(profile, 0);
+      ASSERT_TRUE(profile.waitForDisk(patience));
+      operations = std::max(operations, FileFaults::operationsSoFar());
+    }
+    {
+      Profile profile(location());
+      recordNumbered(profile, 1);
+    }
+    ASSERT_EQ(stored()->attempts.size(), 2U);
+    ASSERT_EQ(PutAside::all(file()).size(), 1U);
+    ASSERT_EQ(Coding::decodeStored(contentOf(PutAside::all(file())[0]))->attempts.size(), 5U);
+    fs::remove(PutAside::all(file())[0]);
+  }
+  EXPECT_GE(operations, 10U);
+}
+
 TEST_F(AfterAPowerCut, AReplacedFileIsTheRecord) {
   const fs::path other = scratch_.path() / "other.json";
   put(other, encoded(2));
@@ -480,6 +506,36 @@ TEST_F(ProfileFiles, AnUncleanEndOfManyProgramsIsClearedUp) {
   }
   EXPECT_EQ(answersOnFile(), 9);
   expectNothingBesideTheFile();
+}
+
+// An answer that only the copy of another, killed program has.
+TEST_F(ProfileFiles, AnAbandonedCopyThatCannotBeReadForAMomentIsMergedLater) {
+  std::size_t operations = 0;
+  for (std::size_t number = 0; number <= operations; ++number) {
+    SCOPED_TRACE("operation " + std::to_string(number));
+    restart(3);
+    {
+      Profile profile(location());
+      killedAfter([&](Profile& other) {
+        recordNumbered(other, 3);
+        ASSERT_TRUE(other.waitForDisk(patience));
+        const HeldLock held(folder());
+        recordNumbered(other, 4);
+      });
+      const FileFaults faults({{number, FileFault::noDescriptors}},
+                              FileFaults::Where::otherThreads);
+      recordNumbered(profile, 5);
+      ASSERT_TRUE(profile.waitForDisk(patience));
+      operations = std::max(operations, FileFaults::operationsSoFar());
+    }
+    {
+      Profile profile(location());
+      recordNumbered(profile, 6);
+    }
+    ASSERT_EQ(stored()->attempts.size(), 7U);
+    expectNothingBesideTheFile();
+  }
+  EXPECT_GE(operations, 10U);
 }
 
 // ---- Files that cannot be read ----

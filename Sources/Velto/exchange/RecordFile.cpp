@@ -142,9 +142,10 @@ std::vector<Copy> RecordFile::copies(const fs::path& file) {
       if (!stamp || BackupFile::isPartial(path))
         continue;
       const bool isAside = prefix == "aside-";
-      const Copy::Kind kind = isAside                     ? Copy::Kind::putAside
-                              : BackupFile::isInUse(path) ? Copy::Kind::running
-                                                          : Copy::Kind::left;
+      const bool isInUse = BackupFile::stateOf(path) == BackupFile::State::inUse;
+      const Copy::Kind kind = isAside   ? Copy::Kind::putAside
+                              : isInUse ? Copy::Kind::running
+                                        : Copy::Kind::left;
       found.push_back({stamp->changed, {path, kind, recordIn(path)}});
     }
   std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) {

@@ -66,7 +66,7 @@ SafeFile::Written BackupFile::writeOnce(std::string_view bytes, Durability durab
   const int descriptor = Descriptors::open(part, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
   if (descriptor < 0)
     return failure();
-  ::flock(descriptor, LOCK_EX); // isInUse() of another program holds it for microseconds
+  ::flock(descriptor, LOCK_EX); // stateOf() in another program holds it for microseconds
   if (!Descriptors::writeAll(descriptor, bytes) || (isDurable && ::fdatasync(descriptor) != 0) ||
       ::rename(part.c_str(), path_.c_str()) != 0) {
     const SafeFile::Written result = failure();
@@ -101,13 +101,25 @@ std::vector<fs::path> BackupFile::all(const fs::path& file, std::string_view pre
   return found;
 }
 
-bool BackupFile::isInUse(const fs::path& copy) {
+// A program releases the lock on its copy after it has replaced or removed it: only a copy that is
+// still under its name without being locked is abandoned.
+BackupFile::State BackupFile::stateOf(const fs::path& copy) {
   const int descriptor = Descriptors::open(copy, O_RDONLY | O_NONBLOCK);
   if (descriptor < 0)
-    return false;
-  const bool inUse = ::flock(descriptor, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    return State::unknown;
+  State state = State::abandoned;
+  if (::flock(descriptor, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    state = State::inUse;
+  } else {
+    struct stat opened {};
+    struct stat named {};
+    if (::fstat(descriptor, &opened) != 0 || ::stat(copy.c_str(), &named) != 0)
+      state = State::unknown;
+    else if (opened.st_dev != named.st_dev || opened.st_ino != named.st_ino)
+      state = State::inUse;
+  }
   ::close(descriptor);
-  return inUse;
+  return state;
 }
 
 bool BackupFile::isPartial(const fs::path& copy) {

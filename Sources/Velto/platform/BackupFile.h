@@ -41,8 +41,12 @@ public:
   // The copies of `file` whose suffix begins with `prefix`, in no order, including partial ones.
   [[nodiscard]] static std::vector<std::filesystem::path> all(const std::filesystem::path& file,
                                                               std::string_view prefix);
-  // True if the program that wrote a copy still runs. False where the file system has no locks.
-  [[nodiscard]] static bool isInUse(const std::filesystem::path& copy);
+  enum class State : std::uint8_t {
+    inUse,     // its program runs, and may replace or remove the copy at any time
+    abandoned, // its program has ended, or the file system has no locks
+    unknown    // there is no copy, or it cannot be opened
+  };
+  [[nodiscard]] static State stateOf(const std::filesystem::path& copy);
   // True if the copy was never completed.
   [[nodiscard]] static bool isPartial(const std::filesystem::path& copy);
 

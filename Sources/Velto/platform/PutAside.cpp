@@ -57,7 +57,7 @@ void makeRoom(const std::vector<fs::path>& files, const PutAside::Decodes& decod
 // Removes partial copies of programs that were killed while writing them.
 void removeParts(const fs::path& file) {
   for (const fs::path& copy : BackupFile::all(file, prefix))
-    if (BackupFile::isPartial(copy) && !BackupFile::isInUse(copy))
+    if (BackupFile::isPartial(copy) && BackupFile::stateOf(copy) == BackupFile::State::abandoned)
       Folders::remove(copy);
 }
 

@@ -98,7 +98,8 @@ struct Found {
   bool isOwnWreck = false;         // the file is the beginning of a copy: its write was cut short
   std::optional<Stored> record;    // from all files together
   std::vector<Attempt> unsaved;    // answers that the file lacked when the copies were made
-  std::vector<fs::path> abandoned; // copies of programs that have ended
+  std::vector<fs::path> abandoned; // copies of programs that have ended, all of them read
+  bool areAllRead = true;          // no copy was missed: each could be read, or its program runs
 };
 
 // If the file decodes, ignores the copies of running programs, which save their answers themselves.
@@ -119,12 +120,16 @@ Found find(const fs::path& file, const std::string& ownId, std::size_t detailRow
     paths.push_back(std::move(path));
   for (const fs::path& path : paths) {
     const std::string id = idOf(path);
-    const bool inUse = BackupFile::isInUse(path);
-    if (!inUse && id != ownId)
-      found.abandoned.push_back(path);
-    if (BackupFile::isPartial(path) || (inUse && found.fileDecodes))
+    const BackupFile::State state = BackupFile::stateOf(path);
+    if (state == BackupFile::State::inUse && found.fileDecodes)
       continue;
     const SafeFile::Reading reading = SafeFile::read(path);
+    if (state == BackupFile::State::unknown || reading.state != State::complete)
+      found.areAllRead = false;
+    else if (state == BackupFile::State::abandoned && id != ownId)
+      found.abandoned.push_back(path);
+    if (BackupFile::isPartial(path))
+      continue;
     auto backup = Coding::decodeBackup(reading.bytes);
     if (!backup)
       continue;
@@ -258,9 +263,11 @@ private:
   }
 
   // Removes a copy of a program that has ended. If it has answers that `record` has not, because
-  // the user has deleted or replaced the file, puts it aside.
+  // the user has deleted or replaced the file, puts it aside. A no-op if it cannot be read.
   void drop(const fs::path& copy, const Stored& record) const {
     const SafeFile::Reading reading = SafeFile::read(copy);
+    if (reading.state != State::complete)
+      return;
     const auto old = Coding::decodeBackup(reading.bytes);
     const bool isCovered =
         BackupFile::isPartial(copy) || !old ||
@@ -351,7 +358,8 @@ std::optional<Stored> ProfileStore::load() {
     stamp_ = found.file.stamp;
   unsaved_ = std::move(found.unsaved);
   const bool isMissing = found.file.state == State::missing;
-  isKnown_ = isStable && found.abandoned.empty() && (isMissing || found.fileDecodes);
+  isKnown_ =
+      isStable && found.abandoned.empty() && found.areAllRead && (isMissing || found.fileDecodes);
   // After a failed move, the earlier file is the record.
   if (isMissing && !found.record && earlierFile_)
     found.record = Coding::decodeStored(SafeFile::read(*earlierFile_).bytes);
