@@ -204,9 +204,12 @@ provide() {
 # --- Build ----------------------------------------------------------------------------------------
 
 # configure PRESET FOLDER [NAME=VALUE...]: configures FOLDER unless it already has these settings.
+# The environment may set VELTO_WARNINGS_AS_ERRORS=ON: newer compilers warn of more.
 configure() {
   local preset=$1 folder=$2 setting
   shift 2
+  local warnings=${VELTO_WARNINGS_AS_ERRORS-}
+  [[ -z $warnings ]] || set -- "$@" "VELTO_WARNINGS_AS_ERRORS=$warnings"
   local stale=false
   [[ -f $folder/CMakeCache.txt && -f $folder/build.ninja ]] || stale=true
   for setting in "$@"; do
