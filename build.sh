@@ -51,7 +51,6 @@ buildPackages=(
   libfontconfig-dev
   libsndfile1-dev
   ninja-build
-  nlohmann-json3-dev
   pkg-config
   qt6-base-dev
   qt6-declarative-dev
@@ -99,6 +98,7 @@ testPackages=(
   libxcb1-dev
   libxml2-utils
   locales
+  nlohmann-json3-dev
   pipewire
   pipewire-pulse
   python3-fonttools
