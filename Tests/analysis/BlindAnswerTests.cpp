@@ -57,6 +57,13 @@ TEST(BlindAnswer, HitsEveryTrialOfTheClockInLevelAndDynamics) {
   }
 }
 
+// At difficulty 100 every answer hits all targets, which lie between 0.2 and 0.4 dB, and between
+// 0.8 and 2 dB.
+TEST(BlindAnswer, IsTheClosestOfThoseThatHitAlike) {
+  EXPECT_EQ(fair(Drill::level, 100).answer, 0.3);
+  EXPECT_EQ(fair(Drill::dynamics, 100).answer, 1.5);
+}
+
 // The mean distance from the middle of an even distribution is a quarter of its range.
 TEST(BlindAnswer, TellsTheSmallestMeanError) {
   EXPECT_NEAR(fair(Drill::level, 0).meanError, 3.3 / 4, 0.01);
