@@ -41,9 +41,10 @@ struct Findings {
 
 Findings analyse(const Options& options) {
   Findings findings;
-  findings.file = Lab::Arguments::recordLocation().file();
+  const ProfileLocation location = Lab::Arguments::recordLocation();
+  findings.file = location.file();
   findings.seeds = options.fair ? SeedSource::spread : SeedSource::clock;
-  const Stored record = Lab::Arguments::readRecord(findings.file);
+  const Stored record = Lab::Arguments::readRecord(location);
   Lab::Progress progress("analysing", Drill::allCases.size());
   for (const Drill drill : Drill::allCases) {
     findings.drills.push_back(DrillAnalysis::of(drill, record, findings.seeds, options.newest));
