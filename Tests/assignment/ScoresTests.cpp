@@ -2,7 +2,6 @@
 
 #include "ListMaker.h"
 #include "kit/Answers.h"
-#include "kit/Chance.h"
 
 #include <gtest/gtest.h>
 
@@ -87,32 +86,4 @@ TEST(Scores, KnowTheProbabilityOfSoManyHits) {
   EXPECT_DOUBLE_EQ(probabilityOfAtLeast(1, chances), 1 - 0.5 * 0.75 * 0.875);
   EXPECT_DOUBLE_EQ(probabilityOfAtLeast(3, chances), 0.5 * 0.25 * 0.125);
   EXPECT_DOUBLE_EQ(probabilityOfAtLeast(4, chances), 0);
-}
-
-// Twenty listeners a drill who always give the best answer without listening, each to 100 trials of
-// a list of their own. All their hits lie within four standard deviations of the binomial
-// distribution with the predicted rate (1 in 16000 runs would not), and those of each within 4.5
-// (of 80 listeners, 1 in 1800 runs one would not). The lists are fixed, so that the outcome is as
-// well.
-TEST(Scores, OfTwentyBlindListenersADrillAreWhatIsPredicted) {
-  constexpr std::size_t listeners = 20, trials = 100;
-  for (const Drill drill : Drill::allCases) {
-    const double difficulty = 40;
-    const kit::BlindAnswer best = kit::bestBlindAnswer(drill, difficulty);
-    const double rate = blind.at(drill, difficulty).hitRate;
-    const double deviation = std::sqrt(trials * rate * (1 - rate));
-    double all = 0;
-    for (std::uint64_t listener = 0; listener < listeners; ++listener) {
-      const auto scores = scoresOf(resultsOf(listOf(drill, difficulty, trials, listener),
-                                             [&](const Trial&) { return best.answer; }),
-                                   blind);
-      EXPECT_NEAR(static_cast<double>(scores[0].hits), rate * trials, 4.5 * deviation)
-          << drill.rawValue() << " " << listener;
-      EXPECT_NEAR(scores[0].blindHits, rate, 1e-12);
-      EXPECT_GT(scores[0].byGuessing, 1e-6);
-      all += static_cast<double>(scores[0].hits);
-    }
-    EXPECT_NEAR(all, rate * trials * listeners, 4 * deviation * std::sqrt(listeners))
-        << drill.rawValue();
-  }
 }
