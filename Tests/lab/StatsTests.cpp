@@ -144,7 +144,9 @@ TEST(LabStats, TellsTheSameInWords) {
   for (const char* text :
        {"160 answers; 1 day of practice from 2026-05-04 to 2026-05-04, 2.7 hours in 1 sitting.",
         "\nlevel           40  75 %          35\n", "trials without --fair", "proves nothing",
-        "\nThreshold", "\nMean error\n", "     200       40  75 %"})
+        "\nThreshold: the difficulty at which half of the trials are heard, on average over these "
+        "answers\n",
+        "\nMean error\n", "     200       40  75 %"})
     EXPECT_NE(words.find(text), std::string::npos) << text << "\n" << words;
 }
 

@@ -226,8 +226,10 @@ std::string words(const Findings& findings) {
              (findings.seeds == SeedSource::spread ? "trials of --fair" : "trials without --fair") +
              "):\n" + hitTable(findings);
   if (has(findings, [](const NewestAnswers& newest) { return newest.threshold.has_value(); }))
-    words += "\nThreshold: the difficulty at which half of the trials are heard\n" +
-             thresholdTable(findings);
+    words +=
+        "\nThreshold: the difficulty at which half of the trials are heard, on average over these "
+        "answers\n" +
+        thresholdTable(findings);
   if (has(findings, [](const NewestAnswers& newest) { return newest.error.has_value(); }))
     words += "\nMean error\n" + errorTable(findings);
   if (findings.drills.front().answers > 0)
