@@ -42,6 +42,8 @@ fail() {
 }
 
 # --- Packages (Debian names), one per line --------------------------------------------------------
+#
+# The sign @ stands for a version number; see numbered().
 
 buildPackages=(
   cmake
@@ -91,7 +93,7 @@ testPackages=(
   jackd2
   libasound2-plugins
   libatspi2.0-dev
-  libclang-rt-14-dev
+  libclang-rt-dev
   libebur128-dev
   libgtest-dev
   librapidcheck-dev
@@ -125,8 +127,8 @@ docsPackages=(
 )
 
 lintPackages=(
-  clang-format-14
-  clang-tidy-14
+  clang-format
+  clang-tidy
   doxygen
   flake8
   qt6-declarative-dev-tools
@@ -146,13 +148,15 @@ coveragePackages=(
 
 matrixPackages=(
   clang
-  clang-19
+  clang-@
   g++-aarch64-linux-gnu
   g++-mingw-w64-x86-64-posix
-  libc++-19-dev-wasm32
-  libc++abi-19-dev-wasm32
-  libclang-rt-19-dev-wasm32
-  lld-19
+  libc++-@-dev-wasm32
+  libc++-dev
+  libc++abi-@-dev-wasm32
+  libc++abi-dev
+  libclang-rt-@-dev-wasm32
+  lld-@
   nodejs
   qemu-user
   wasi-libc
@@ -169,36 +173,87 @@ checkPackages=(
   mandoc
 )
 
-# Installs missing packages. Without apt-get, or without the rights to use it, prints the packages
-# and continues; the build then reports what it cannot find.
-provide() {
-  if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
-    say "No apt-get. Required packages, by their Debian names: $*"
-    return
-  fi
+# Prints those of the packages that apt can install. It also knows names that others only refer to.
+candidates() {
+  apt-cache madison "$@" | awk '{print $1}' | sort -u
+}
+
+# numbered NAME...: prints the names of packages, with the sign @ replaced by the greatest number for
+# which apt knows all of those that have it. Without such a number they are printed as they are.
+numbered() {
+  local -a with=() found=()
+  local name number
+  for name in "$@"; do
+    if [[ $name == *@* ]]; then with+=("$name"); else printf '%s\n' "$name"; fi
+  done
+  ((${#with[@]} > 0)) || return 0
+  local pattern=${with[0]//+/[+]}
+  while read -r number; do
+    mapfile -t found < <(candidates "${with[@]//@/"$number"}")
+    if ((${#found[@]} == ${#with[@]})); then
+      with=("${found[@]}")
+      break
+    fi
+  done < <(apt-cache pkgnames "${with[0]%%@*}" | sed -nE "s/^${pattern//@/([0-9]+)}\$/\\1/p" | sort -rn)
+  printf '%s\n' "${with[@]}"
+}
+
+# Prints those of the packages that are not installed.
+missingOf() {
   local -A installed=()
-  local -a missing=()
   local name
   while read -r name; do installed[$name]=1; done < <(
     dpkg-query -W -f '${db:Status-Status} ${Package}\n' "$@" 2>/dev/null | sed -n 's/^installed //p')
   for name in "$@"; do
-    [[ -n ${installed[$name]-} ]] || missing+=("$name")
+    [[ -n ${installed[$name]-} ]] || printf '%s\n' "$name"
   done
+}
+
+# ask TEXT PACKAGE...: says what this user cannot install, except packages that it has named before.
+declare -A asked=()
+ask() {
+  local text=$1 name
+  local -a new=()
+  shift
+  for name in "$@"; do
+    [[ -n ${asked[$name]-} ]] || new+=("$name")
+    asked[$name]=1
+  done
+  ((${#new[@]} == 0)) || say "$text ${new[*]}"
+}
+
+# Installs missing packages. A user who may not is told once what to ask for; the build and the
+# tests then do without.
+provide() {
+  if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+    ask 'No apt-get. Required packages, by their Debian names:' "$@"
+    return
+  fi
+  local -a names=() missing=() known=()
+  mapfile -t names < <(numbered "$@")
+  mapfile -t missing < <(missingOf "${names[@]}")
   ((${#missing[@]} > 0)) || return 0
 
-  say "Installing missing packages: ${missing[*]}"
   local -a as=(env DEBIAN_FRONTEND=noninteractive)
   if ((EUID != 0)); then
-    if ! command -v sudo >/dev/null; then
-      say "Neither root nor sudo. Run as root: apt-get install ${missing[*]}"
-      return
-    fi
     # Without a terminal, sudo cannot ask for a password.
     if [[ -t 0 ]]; then as=(sudo "${as[@]}"); else as=(sudo -n "${as[@]}"); fi
+    if ! "${as[@]}" true 2>/dev/null; then
+      ask 'Going on without missing packages. Ask an administrator for: apt-get install' \
+        "${missing[@]}"
+      return
+    fi
   fi
   "${as[@]}" apt-get update </dev/null || say 'Cannot refresh the package lists; using the old ones'
+  # A bare system knows no packages before.
+  mapfile -t names < <(numbered "${missing[@]}")
+  mapfile -t known < <(candidates "${names[@]}")
+  mapfile -t missing < <(printf '%s\n' "${names[@]}" | grep -vxF -f <(printf '%s\n' "${known[@]}"))
+  ((${#missing[@]} == 0)) || ask 'This system has no packages with these names:' "${missing[@]}"
+  ((${#known[@]} > 0)) || return 0
+  say "Installing missing packages: ${known[*]}"
   "${as[@]}" apt-get install -y --no-install-recommends -o DPkg::Lock::Timeout=300 \
-    "${missing[@]}" </dev/null || fail "apt-get could not install: ${missing[*]}"
+    "${known[@]}" </dev/null || fail "apt-get could not install: ${known[*]}"
 }
 
 # --- Build ----------------------------------------------------------------------------------------
