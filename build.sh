@@ -16,6 +16,9 @@ Usage: ./build.sh [COMMAND]
   test [OPTIONS]    build and run the tests; other arguments go to ctest, for example -R Signals
       --long        the long tests instead of the default ones
       --matrix      the tests across compilers and architectures
+      --systems [NAME...]
+                    run and test in bare systems, made for this in build/systems/ (as root): those
+                    named of bookworm, trixie, testing and sid, else the first three
       --asan        build them with the address and undefined-behaviour sanitizers
       --tsan        the tests of threaded code, with the thread sanitizer
       --coverage    measure the line coverage; fails below 95 % in training and synthesis
@@ -163,6 +166,12 @@ matrixPackages=(
   wine64
 )
 
+# For test --systems.
+systemsPackages=(
+  debootstrap
+  git
+)
+
 # For package --check.
 checkPackages=(
   appstream
@@ -267,6 +276,8 @@ configure() {
   [[ -z $warnings ]] || set -- "$@" "VELTO_WARNINGS_AS_ERRORS=$warnings"
   local stale=false
   [[ -f $folder/CMakeCache.txt && -f $folder/build.ninja ]] || stale=true
+  # What was missing may have been installed since.
+  $stale || ! grep -q '^VELTO_MISSING:INTERNAL=.' "$folder/CMakeCache.txt" || stale=true
   for setting in "$@"; do
     $stale || grep -qE "^${setting%%=*}:[A-Z]+=${setting#*=}\$" "$folder/CMakeCache.txt" || stale=true
   done
@@ -402,6 +413,7 @@ runTests() {
     case $1 in
       --long) label=long packages=("${longPackages[@]}") ;;
       --matrix) label=matrix packages=("${matrixPackages[@]}") ;;
+      --systems) shift; compareSystems "$@" ;;
       --asan) preset=asan-ubsan folder=$root/build-asan-ubsan ;;
       --tsan) preset=tsan folder=$root/build-tsan label=threads ;;
       --coverage)
@@ -430,9 +442,39 @@ runTests() {
   "${wrapper[@]}" ctest --test-dir "$folder" -L "^$label\$" --no-tests=error --no-label-summary \
     --output-on-failure -j2 --output-log "$log" "${extra[@]}" || status=$?
   if [[ $preset == coverage ]]; then coverage "$folder" || status=1; fi
+  local output=$folder/Testing/Temporary/LastTest.log skipped
+  skipped=$(skippedTests "$output") || true
+  [[ -z $skipped ]] || printf 'Skipped:\n%s\n' "$skipped"
   # Print the summary as the last line.
-  grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+$' "$log" | tail -n 1 || true
+  local summary
+  summary=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+$' "$log" | tail -n 1) || true
+  printf '%s, %d skipped\n' "$summary" "$(grep -c . <<<"$skipped")"
   exit "$status"
+}
+
+# compareSystems [NAME...]: runs and tests this tree in bare systems; see there for the names.
+compareSystems() {
+  ((EUID == 0)) || fail 'test --systems: only root can make systems'
+  provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
+    "${systemsPackages[@]}"
+  configure release "$root/build" VELTO_BUILD_TESTS=ON
+  compile "$root/build" --target velto_render_hashes
+  exec "$root/Tests/systems/compare-systems" "$root/build/bin/velto_render_hashes" \
+    "$root/build/systems" "$@"
+}
+
+# skippedTests LOG: prints a line for each test that ctest, or a test program, has skipped: its name
+# and the reason.
+skippedTests() {
+  awk '
+    /^[0-9]+\/[0-9]+ Testing: / { name = $3 }
+    /^Skipped: / { print "  " name ": " substr($0, 10) }
+    /: Skipped$/ {
+      place = $1
+      sub(/.*\//, "", place)
+      getline
+      print "  " name ", " place " " $0
+    }' "$1"
 }
 
 # Each suppression file names libraries that are built without the sanitizer, with the reason. The
