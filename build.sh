@@ -16,6 +16,9 @@ Usage: ./build.sh [COMMAND]
   test [OPTIONS]    build and run the tests; other arguments go to ctest, for example -R Signals
       --long        the long tests instead of the default ones
       --matrix      the tests across compilers and architectures
+      --systems [NAME...]
+                    run and test in bare systems, made for this in build/systems/ (as root): those
+                    named of bookworm, trixie, testing and sid, else the first three
       --asan        build them with the address and undefined-behaviour sanitizers
       --tsan        the tests of threaded code, with the thread sanitizer
       --coverage    measure the line coverage; fails below 95 % in training and synthesis
@@ -42,6 +45,8 @@ fail() {
 }
 
 # --- Packages (Debian names), one per line --------------------------------------------------------
+#
+# The sign @ stands for a version number; see numbered().
 
 buildPackages=(
   cmake
@@ -90,7 +95,7 @@ testPackages=(
   jackd2
   libasound2-plugins
   libatspi2.0-dev
-  libclang-rt-14-dev
+  libclang-rt-dev
   libebur128-dev
   libgtest-dev
   librapidcheck-dev
@@ -125,8 +130,8 @@ docsPackages=(
 )
 
 lintPackages=(
-  clang-format-14
-  clang-tidy-14
+  clang-format
+  clang-tidy
   doxygen
   flake8
   qt6-declarative-dev-tools
@@ -146,17 +151,25 @@ coveragePackages=(
 
 matrixPackages=(
   clang
-  clang-19
+  clang-@
   g++-aarch64-linux-gnu
   g++-mingw-w64-x86-64-posix
-  libc++-19-dev-wasm32
-  libc++abi-19-dev-wasm32
-  libclang-rt-19-dev-wasm32
-  lld-19
+  libc++-@-dev-wasm32
+  libc++-dev
+  libc++abi-@-dev-wasm32
+  libc++abi-dev
+  libclang-rt-@-dev-wasm32
+  lld-@
   nodejs
   qemu-user
   wasi-libc
   wine64
+)
+
+# For test --systems.
+systemsPackages=(
+  debootstrap
+  git
 )
 
 # For package --check.
@@ -169,36 +182,87 @@ checkPackages=(
   mandoc
 )
 
-# Installs missing packages. Without apt-get, or without the rights to use it, prints the packages
-# and continues; the build then reports what it cannot find.
-provide() {
-  if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
-    say "No apt-get. Required packages, by their Debian names: $*"
-    return
-  fi
+# Prints those of the packages that apt can install. It also knows names that others only refer to.
+candidates() {
+  apt-cache madison "$@" | awk '{print $1}' | sort -u
+}
+
+# numbered NAME...: prints the names of packages, with the sign @ replaced by the greatest number for
+# which apt knows all of those that have it. Without such a number they are printed as they are.
+numbered() {
+  local -a with=() found=()
+  local name number
+  for name in "$@"; do
+    if [[ $name == *@* ]]; then with+=("$name"); else printf '%s\n' "$name"; fi
+  done
+  ((${#with[@]} > 0)) || return 0
+  local pattern=${with[0]//+/[+]}
+  while read -r number; do
+    mapfile -t found < <(candidates "${with[@]//@/"$number"}")
+    if ((${#found[@]} == ${#with[@]})); then
+      with=("${found[@]}")
+      break
+    fi
+  done < <(apt-cache pkgnames "${with[0]%%@*}" | sed -nE "s/^${pattern//@/([0-9]+)}\$/\\1/p" | sort -rn)
+  printf '%s\n' "${with[@]}"
+}
+
+# Prints those of the packages that are not installed.
+missingOf() {
   local -A installed=()
-  local -a missing=()
   local name
   while read -r name; do installed[$name]=1; done < <(
     dpkg-query -W -f '${db:Status-Status} ${Package}\n' "$@" 2>/dev/null | sed -n 's/^installed //p')
   for name in "$@"; do
-    [[ -n ${installed[$name]-} ]] || missing+=("$name")
+    [[ -n ${installed[$name]-} ]] || printf '%s\n' "$name"
   done
+}
+
+# ask TEXT PACKAGE...: says what this user cannot install, except packages that it has named before.
+declare -A asked=()
+ask() {
+  local text=$1 name
+  local -a new=()
+  shift
+  for name in "$@"; do
+    [[ -n ${asked[$name]-} ]] || new+=("$name")
+    asked[$name]=1
+  done
+  ((${#new[@]} == 0)) || say "$text ${new[*]}"
+}
+
+# Installs missing packages. A user who may not is told once what to ask for; the build and the
+# tests then do without.
+provide() {
+  if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+    ask 'No apt-get. Required packages, by their Debian names:' "$@"
+    return
+  fi
+  local -a names=() missing=() known=()
+  mapfile -t names < <(numbered "$@")
+  mapfile -t missing < <(missingOf "${names[@]}")
   ((${#missing[@]} > 0)) || return 0
 
-  say "Installing missing packages: ${missing[*]}"
   local -a as=(env DEBIAN_FRONTEND=noninteractive)
   if ((EUID != 0)); then
-    if ! command -v sudo >/dev/null; then
-      say "Neither root nor sudo. Run as root: apt-get install ${missing[*]}"
-      return
-    fi
     # Without a terminal, sudo cannot ask for a password.
     if [[ -t 0 ]]; then as=(sudo "${as[@]}"); else as=(sudo -n "${as[@]}"); fi
+    if ! "${as[@]}" true 2>/dev/null; then
+      ask 'Going on without missing packages. Ask an administrator for: apt-get install' \
+        "${missing[@]}"
+      return
+    fi
   fi
   "${as[@]}" apt-get update </dev/null || say 'Cannot refresh the package lists; using the old ones'
+  # A bare system knows no packages before.
+  mapfile -t names < <(numbered "${missing[@]}")
+  mapfile -t known < <(candidates "${names[@]}")
+  mapfile -t missing < <(printf '%s\n' "${names[@]}" | grep -vxF -f <(printf '%s\n' "${known[@]}"))
+  ((${#missing[@]} == 0)) || ask 'This system has no packages with these names:' "${missing[@]}"
+  ((${#known[@]} > 0)) || return 0
+  say "Installing missing packages: ${known[*]}"
   "${as[@]}" apt-get install -y --no-install-recommends -o DPkg::Lock::Timeout=300 \
-    "${missing[@]}" </dev/null || fail "apt-get could not install: ${missing[*]}"
+    "${known[@]}" </dev/null || fail "apt-get could not install: ${known[*]}"
 }
 
 # --- Build ----------------------------------------------------------------------------------------
@@ -212,6 +276,8 @@ configure() {
   [[ -z $warnings ]] || set -- "$@" "VELTO_WARNINGS_AS_ERRORS=$warnings"
   local stale=false
   [[ -f $folder/CMakeCache.txt && -f $folder/build.ninja ]] || stale=true
+  # What was missing may have been installed since.
+  $stale || ! grep -q '^VELTO_MISSING:INTERNAL=.' "$folder/CMakeCache.txt" || stale=true
   for setting in "$@"; do
     $stale || grep -qE "^${setting%%=*}:[A-Z]+=${setting#*=}\$" "$folder/CMakeCache.txt" || stale=true
   done
@@ -347,6 +413,7 @@ runTests() {
     case $1 in
       --long) label=long packages=("${longPackages[@]}") ;;
       --matrix) label=matrix packages=("${matrixPackages[@]}") ;;
+      --systems) shift; compareSystems "$@" ;;
       --asan) preset=asan-ubsan folder=$root/build-asan-ubsan ;;
       --tsan) preset=tsan folder=$root/build-tsan label=threads ;;
       --coverage)
@@ -375,9 +442,39 @@ runTests() {
   "${wrapper[@]}" ctest --test-dir "$folder" -L "^$label\$" --no-tests=error --no-label-summary \
     --output-on-failure -j2 --output-log "$log" "${extra[@]}" || status=$?
   if [[ $preset == coverage ]]; then coverage "$folder" || status=1; fi
+  local output=$folder/Testing/Temporary/LastTest.log skipped
+  skipped=$(skippedTests "$output") || true
+  [[ -z $skipped ]] || printf 'Skipped:\n%s\n' "$skipped"
   # Print the summary as the last line.
-  grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+$' "$log" | tail -n 1 || true
+  local summary
+  summary=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+$' "$log" | tail -n 1) || true
+  printf '%s, %d skipped\n' "$summary" "$(grep -c . <<<"$skipped")"
   exit "$status"
+}
+
+# compareSystems [NAME...]: runs and tests this tree in bare systems; see there for the names.
+compareSystems() {
+  ((EUID == 0)) || fail 'test --systems: only root can make systems'
+  provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
+    "${systemsPackages[@]}"
+  configure release "$root/build" VELTO_BUILD_TESTS=ON
+  compile "$root/build" --target velto_render_hashes
+  exec "$root/Tests/systems/compare-systems" "$root/build/bin/velto_render_hashes" \
+    "$root/build/systems" "$@"
+}
+
+# skippedTests LOG: prints a line for each test that ctest, or a test program, has skipped: its name
+# and the reason.
+skippedTests() {
+  awk '
+    /^[0-9]+\/[0-9]+ Testing: / { name = $3 }
+    /^Skipped: / { print "  " name ": " substr($0, 10) }
+    /: Skipped$/ {
+      place = $1
+      sub(/.*\//, "", place)
+      getline
+      print "  " name ", " place " " $0
+    }' "$1"
 }
 
 # Each suppression file names libraries that are built without the sanitizer, with the reason. The

@@ -9,6 +9,8 @@
 #include "kit/Forked.h"
 #include "kit/NumberedProfile.h"
 
+#include <algorithm>
+
 namespace velto {
 namespace {
 
