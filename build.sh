@@ -25,6 +25,8 @@ Usage: ./build.sh [COMMAND]
   docs              generate the API reference, build/docs/html/index.html
   package           build a Debian package, in build-package/
       --check       also check it with linters and by installing it in a bare Debian 12 (as root)
+  web               build the practice page for browsers, a folder of static files, in build-web/
+      --serve       then open it on this machine, at http://localhost:8080 (VELTO_PORT)
   bench [OPTIONS]   build and run the benchmarks, time the first frame and a key's way to the screen,
                     and count the instructions of a render; options go to the benchmarks, for
                     example --benchmark_filter=render
@@ -157,6 +159,23 @@ matrixPackages=(
   qemu-user
   wasi-libc
   wine64
+)
+
+webPackages=(
+  clang-19
+  cmake
+  fonts-inter
+  fonts-jetbrains-mono
+  libc++-19-dev-wasm32
+  libc++abi-19-dev-wasm32
+  libclang-rt-19-dev-wasm32
+  lld-19
+  ninja-build
+  nlohmann-json3-dev
+  node-typescript
+  python3
+  python3-fonttools
+  wasi-libc
 )
 
 # For package --check.
@@ -456,6 +475,33 @@ package() {
   "$root/Tests/package/check-package" "$package" "$folder/velto.png"
 }
 
+# --- Web ------------------------------------------------------------------------------------------
+
+web() {
+  local modules=$root/build-wasm page=$root/build-web serve=false compiler=
+  if [[ ${1-} == --serve ]]; then serve=true; shift; fi
+  (($# == 0)) || fail "web: unknown option '$1'; try ./build.sh help" 2
+  provide "${webPackages[@]}"
+  # The newest clang that has a C++ library for wasm32.
+  for compiler in $(compgen -c clang++- | grep -xE 'clang\+\+-[0-9]+' | sort -Vru) clang++; do
+    if "$compiler" --target=wasm32-wasi -std=c++20 -fsyntax-only -include vector -x c++ /dev/null \
+      2>/dev/null; then break; fi
+  done
+  if ! grep -qs "^CMAKE_CXX_COMPILER:[A-Z]*=.*/$compiler\$" "$modules/CMakeCache.txt"; then
+    rm -rf "$modules"
+    say 'Configuring the WebAssembly modules in build-wasm/'
+    cmake -G Ninja -S "$root/Sources/Velto/web/wasm" -B "$modules" -DCMAKE_BUILD_TYPE=Release \
+      -DCMAKE_CXX_COMPILER="$compiler"
+  fi
+  compile "$modules"
+  say 'Putting the page together in build-web/'
+  "$root/Sources/Velto/web/page/assemble" "$modules/modules" "$page"
+  $serve || return 0
+  local port=${VELTO_PORT-8080}
+  say "Velto: http://localhost:$port/"
+  exec python3 -m http.server "$port" --bind 127.0.0.1 --directory "$page"
+}
+
 # --- Bench ----------------------------------------------------------------------------------------
 
 configureBench() {
@@ -490,6 +536,7 @@ case $command in
   lint) lint "$@" ;;
   docs) (($# == 0)) || fail "docs: unexpected argument '$1'; try ./build.sh help" 2; docs ;;
   package) package "$@" ;;
+  web) web "$@" ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;
