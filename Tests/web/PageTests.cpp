@@ -452,3 +452,70 @@ TEST(PageColours, TellBandsApartByTheirError) {
   EXPECT_EQ(missed,
             (json{{"height", 34}, {"dark", "rgb(231 76 60)"}, {"light", "rgb(192 57 43)"}}));
 }
+
+namespace {
+
+bool merge(const std::string& record) {
+  std::copy(record.begin(), record.end(), velto_page_input(record.size()));
+  return velto_page_mergeRecord(record.size());
+}
+
+// The record of a page on which `answers` answers were given.
+std::string recordOf(int answers) {
+  Browser& browser = playing(1);
+  for (int i = 0; i < answers; ++i) {
+    velto_page_advance();
+    velto_page_advance();
+    browser.renderLatest();
+  }
+  return browser.kept.value();
+}
+
+std::size_t rows(const std::string& record) {
+  return Coding::decodeStored(record).value().attempts.size();
+}
+
+} // namespace
+
+TEST(PageRecord, MergesWhatAnotherPageHasKept) {
+  const std::string other = recordOf(2);
+  Browser& browser = playing(1);
+  velto_page_advance();
+  ASSERT_EQ(rows(browser.kept.value()), 1U);
+  EXPECT_TRUE(merge(other));
+  EXPECT_EQ(rows(browser.kept.value()), 3U);
+  EXPECT_TRUE(merge(other)) << "each answer counts once";
+  EXPECT_EQ(rows(browser.kept.value()), 3U);
+  velto_page_recordKept();
+  velto_page_advance();
+  browser.renderLatest();
+  velto_page_advance();
+  EXPECT_EQ(rows(browser.kept.value()), 4U);
+  EXPECT_EQ(Browser::state()["progress"]["today"], "4");
+}
+
+TEST(PageRecord, KeepsWhatItStartedWithInAMerge) {
+  const std::string first = recordOf(2);
+  const std::string other = recordOf(3);
+  Browser& browser = playing(1, false, first);
+  EXPECT_TRUE(merge(other));
+  EXPECT_EQ(rows(browser.kept.value()), 5U);
+}
+
+TEST(PageRecord, RefusesToMergeWhatIsNoRecord) {
+  const Browser& browser = playing(1);
+  for (const char* text : {"", "{", "[]", "\xff"}) {
+    EXPECT_FALSE(merge(text));
+    EXPECT_FALSE(browser.kept);
+  }
+}
+
+TEST(PageRecord, TellsRecordsFromOtherTexts) {
+  const auto isRecord = [](const std::string& text) {
+    std::copy(text.begin(), text.end(), velto_page_input(text.size()));
+    return velto_page_isRecord(text.size());
+  };
+  EXPECT_TRUE(isRecord(recordOf(1)));
+  EXPECT_FALSE(isRecord(""));
+  EXPECT_FALSE(isRecord("{}x"));
+}

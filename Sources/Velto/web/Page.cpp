@@ -136,9 +136,7 @@ struct Page::Waiting {
 
 Page::Page(PageHost& host, Start start)
     : host_(host), waiting_(std::make_shared<Waiting>()),
-      session_(std::make_unique<PracticeCourse>(
-                   std::make_unique<PageStore>(host, std::move(start.record))),
-               start.drill,
+      session_(course(host, std::move(start.record), store_), start.drill,
                {.background = {},
                 // There is one thread: a call takes place where it is made.
                 .main = [](const WorkQueues::Work& work) { work(); },
@@ -149,6 +147,12 @@ Page::Page(PageHost& host, Start start)
                       host.render(trial, noise);
                     }},
                player(host, engine_), start.secondsSince1970, start.trials) {}
+
+std::unique_ptr<Course> Page::course(PageHost& host, std::string record, PageStore*& store) {
+  auto made = std::make_unique<PageStore>(host, std::move(record), Profile::detailRows);
+  store = made.get();
+  return std::make_unique<PracticeCourse>(std::move(made));
+}
 
 std::unique_ptr<Player> Page::player(PageHost& host, PageEngine*& engine) {
   auto made = std::make_unique<PageEngine>(host);
@@ -281,6 +285,14 @@ void Page::soundOpened(double latencySeconds) {
 
 void Page::soundFailed(std::string reason) {
   engine_->failed(std::move(reason));
+}
+
+void Page::recordKept() {
+  store_->isKept();
+}
+
+bool Page::mergeRecord(std::string_view bytes) {
+  return store_->merge(bytes);
 }
 
 std::string Page::state() const {

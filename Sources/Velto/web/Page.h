@@ -14,6 +14,7 @@
 namespace velto {
 
 class PageEngine;
+class PageStore;
 
 // Reads and changes one session. The page calls a command, then draws state() anew. Lengths are in
 // CSS pixels, which the window calls points.
@@ -60,6 +61,11 @@ public:
   void soundOpened(double latencySeconds);
   void soundFailed(std::string reason);
 
+  // The host has kept what keepRecord() gave it last.
+  void recordKept();
+  // Merges another record with this one, and has the result kept. False if `bytes` are no record.
+  bool mergeRecord(std::string_view bytes);
+
   // What the window shows, as JSON.
   [[nodiscard]] std::string state() const;
   // Where ticks, markers and chips of the answer's scale are, as JSON. `answerChip` and `truthChip`
@@ -78,6 +84,8 @@ public:
   [[nodiscard]] const Session& session() const { return session_; }
 
 private:
+  [[nodiscard]] static std::unique_ptr<Course> course(PageHost& host, std::string record,
+                                                      PageStore*& store);
   [[nodiscard]] static std::unique_ptr<Player> player(PageHost& host, PageEngine*& engine);
   [[nodiscard]] bool isAnswerable() const;
   [[nodiscard]] bool canAdvance() const;
@@ -88,6 +96,7 @@ private:
 
   PageHost& host_;
   PageEngine* engine_ = nullptr; // the player's
+  PageStore* store_ = nullptr;   // the record's
   std::shared_ptr<Waiting> waiting_;
   Session session_;
 };

@@ -31,7 +31,9 @@ public:
   virtual void switchTo(std::int64_t chosen) = 0;
   virtual void silence() = 0;
 
-  // Keeps the bytes of the practice record in place of the last ones.
+  // Keeps the bytes of the practice record in place of the last ones. Page::recordKept() says when
+  // that is done. If another page has kept something meanwhile, Page::mergeRecord() gets that
+  // instead.
   virtual void keepRecord(std::string_view bytes) = 0;
 };
 

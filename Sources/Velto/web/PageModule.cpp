@@ -1,6 +1,7 @@
 // velto.wasm
 #include "Interface.h"
 #include "Page.h"
+#include "PageStore.h"
 
 #include <algorithm>
 #include <limits>
@@ -180,6 +181,18 @@ void velto_page_soundOpened(double latencySeconds) {
 
 void velto_page_soundFailed(std::size_t size) {
   page().soundFailed(instance().takeInput(size));
+}
+
+void velto_page_recordKept() {
+  page().recordKept();
+}
+
+bool velto_page_mergeRecord(std::size_t size) {
+  return page().mergeRecord(instance().takeInput(size));
+}
+
+bool velto_page_isRecord(std::size_t size) {
+  return PageStore::isRecord(instance().takeInput(size));
 }
 
 const char* velto_page_state() {

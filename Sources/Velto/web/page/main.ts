@@ -1,5 +1,6 @@
 // The practice page.
 import { Practice, type Host } from "./practice.js";
+import { RecordFile } from "./record.js";
 import { Sound } from "./sound.js";
 import { View } from "./view.js";
 import type { Job, Rendered } from "./messages.js";
@@ -29,8 +30,34 @@ class Renderer {
 }
 
 async function run(): Promise<void> {
-  let record = new Uint8Array();
-  let failure = "";
+  let failure = "";      // of sound
+  let storageError = ""; // why the record is not stored
+  let isLasting = true;  // the browser does not drop what is stored
+  let isImporting = false;
+  const file = new RecordFile({
+    kept: () => {
+      storageError = "";
+      practice.call("recordKept");
+      if (isImporting) location.reload();
+      else void askToLast();
+    },
+    conflict: (other) => {
+      if (!practice.mergeRecord(other)) file.save(latest);
+    },
+    failed: (reason) => {
+      storageError = reason;
+      if (started) draw();
+    },
+  });
+  let latest = new Uint8Array(); // the bytes of the record
+  let started = false;
+  let asked = false;
+  async function askToLast(): Promise<void> {
+    if (asked || navigator.storage === undefined) return;
+    asked = true;
+    isLasting = await navigator.storage.persisted() || await navigator.storage.persist();
+    draw();
+  }
   const renderer = new Renderer((rendered) => {
     practice.takeRender(rendered);
     document.documentElement.dataset["hash"] = rendered.hash;
@@ -49,13 +76,40 @@ async function run(): Promise<void> {
       sound.tell({ kind: "play", channels, chosen, delayFrames, throughSilence }),
     switchTo: (chosen) => sound.tell({ kind: "switch", chosen }),
     silence: () => sound.tell({ kind: "silence" }),
-    keepRecord: (bytes) => { record = bytes; },
+    keepRecord: (bytes) => {
+      file.save(bytes);
+      offer(bytes);
+    },
   };
   const practice = await Practice.create(host);
   const options = new URLSearchParams(location.search);
   const isFair = options.get("trials") !== "standard";
-  practice.start(Math.max(drills.indexOf(options.get("drill") ?? ""), 0), isFair,
-    record);
+  const exported = document.getElementById("export") as HTMLAnchorElement;
+  function offer(bytes: Uint8Array): void {
+    latest = bytes;
+    URL.revokeObjectURL(exported.href);
+    exported.href = URL.createObjectURL(new Blob([bytes], { type: "application/json" }));
+    exported.hidden = false;
+  }
+  const record = await file.load((bytes) => practice.isRecord(bytes));
+  if (record.length > 0) offer(record);
+  practice.start(Math.max(drills.indexOf(options.get("drill") ?? ""), 0), isFair, record);
+  const importFile = document.getElementById("importFile") as HTMLInputElement;
+  let importError = "";
+  importFile.addEventListener("change", () => void (async () => {
+    const chosen = importFile.files?.[0];
+    if (chosen === undefined) return;
+    importFile.value = "";
+    isImporting = practice.mergeRecord(new Uint8Array(await chosen.arrayBuffer()));
+    importError = isImporting ? "" : `${chosen.name} is no record of Velto.`;
+    draw();
+  })());
+  document.getElementById("import")!.addEventListener("keydown", (event) => {
+    if (event.key !== "Enter" && event.key !== " ") return;
+    event.preventDefault();
+    event.stopPropagation();
+    importFile.click();
+  });
 
   const command = (name: string) => (...args: number[]): void => {
     practice.call(name, ...args);
@@ -79,7 +133,10 @@ async function run(): Promise<void> {
       : sound.waits ? "Press a key or click anywhere to hear the trial." : "",
     conversion === undefined ? ""
       : `This system plays at ${conversion} Hz; the browser converts the sound from 48000 Hz.`,
-    "The record of this practice lasts until the page is closed.",
+    storageError === "" ? ""
+      : `The record is not stored (${storageError}). Export it before you close the page.`,
+    isLasting ? "" : "This browser may drop the record: export it now and then.",
+    importError,
   ].filter((text) => text !== "").join(" ");
 
   function draw(): void {
@@ -113,6 +170,8 @@ async function run(): Promise<void> {
   addEventListener("blur", follow);
   addEventListener("focus", follow);
   follow();
+  started = true;
+  draw();
   await document.fonts.ready;
   draw();
 }

@@ -144,6 +144,14 @@ export class Practice {
     this.call("takeRender", BigInt.asIntN(64, rendered.seed));
   }
 
+  isRecord(bytes: Uint8Array): boolean {
+    return this.call("isRecord", this.give(bytes)) !== 0;
+  }
+
+  mergeRecord(bytes: Uint8Array): boolean {
+    return this.call("mergeRecord", this.give(bytes)) !== 0;
+  }
+
   soundFailed(reason: string): void {
     this.call("soundFailed", this.give(new TextEncoder().encode(reason)));
   }

@@ -274,7 +274,10 @@ export class View {
       (index) => this.actions.chooseMaterial(index))
       .forEach((material, i) => setText(material, state.materials[i]!.title));
     setText(element("primaryText"), state.primary);
-    element<HTMLButtonElement>("primary").disabled = !state.canAdvance;
+    const primary = element<HTMLButtonElement>("primary");
+    primary.disabled = !state.canAdvance;
+    primary.style.width = "";
+    primary.style.width = px(Math.ceil(primary.getBoundingClientRect().width));
   }
 
   private verdict(state: State): void {
