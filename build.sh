@@ -18,6 +18,7 @@ Usage: ./build.sh [COMMAND]
       --matrix      the tests across compilers and architectures
       --asan        build them with the address and undefined-behaviour sanitizers
       --tsan        the tests of threaded code, with the thread sanitizer
+      --web         the practice page in Chromium; playwright-core comes from npm
       --coverage    measure the line coverage; fails below 95 % in training and synthesis
   lint              run the formatters and checkers over the sources
       --fix         let the formatters rewrite the sources
@@ -176,6 +177,11 @@ webPackages=(
   python3
   python3-fonttools
   wasi-libc
+)
+
+# For test --web, with npm, which Node.js from elsewhere brings along.
+webTestPackages=(
+  chromium
 )
 
 # For package --check.
@@ -359,7 +365,23 @@ trial() {
 
 # --- Test -----------------------------------------------------------------------------------------
 
+# Checks the practice page in a browser.
+testWeb() {
+  (($# == 0)) || fail "test --web: unexpected argument '$1'; try ./build.sh help" 2
+  local folder=$root/build tests=$root/Tests/web/browser
+  provide "${buildPackages[@]}" "${webTestPackages[@]}"
+  command -v npm >/dev/null || provide npm
+  web
+  configure release "$folder" VELTO_BUILD_TESTS=ON
+  compile "$folder" --target velto_render_hashes
+  [[ -d $tests/node_modules/playwright-core ]] || (cd "$tests" && npm ci --no-audit --no-fund)
+  say 'Testing: the page in Chromium; screenshots in build/web-pictures/'
+  (cd "$root" && node "$tests/check.mjs" build-web "$folder/bin/velto_render_hashes" \
+    "$folder/web-pictures")
+}
+
 runTests() {
+  if [[ ${1-} == --web ]]; then shift; testWeb "$@"; return; fi
   local preset=release folder=$root/build label=default
   local -a extra=() packages=() wrapper=() targets=()
   while (($# > 0)); do
