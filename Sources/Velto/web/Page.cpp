@@ -346,16 +346,16 @@ std::string Page::state() const {
   flag(json, "answerable", isAnswerable());
   if (scale) {
     const double truth = trial ? Drills::truth(*trial) : 0;
-    const auto shownTruth = grade && truth > 0 ? std::optional(truth) : std::nullopt;
+    const bool showsTruth = grade && truth > 0;
     const bool hasAnswer = session_.drill() != Drill::frequency || session_.answer() > 0;
     real(json, "value", session_.answer());
     real(json, "lowest", scale->lowest());
     real(json, "highest", scale->highest());
     text(json, "text", hasAnswer ? scale->text(session_.answer()) : "");
-    text(json, "truthText", shownTruth ? scale->text(*shownTruth) : "");
+    text(json, "truthText", showsTruth ? scale->text(truth) : "");
     std::string spoken = hasAnswer ? scale->spoken(session_.answer()) : "";
-    if (shownTruth)
-      spoken += ", actual " + scale->spoken(*shownTruth);
+    if (showsTruth)
+      spoken += ", actual " + scale->spoken(truth);
     text(json, "spoken", spoken);
   } else {
     json.key("choices");
