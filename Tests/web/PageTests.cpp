@@ -208,8 +208,9 @@ TEST(Page, GradesARightAnswerInEachDrillAndKeepsIt) {
     EXPECT_EQ(state["answer"]["answerable"], false);
     EXPECT_EQ(state["progress"]["today"], "1");
     EXPECT_EQ(state["progress"]["accuracy"], "100%");
-    if (drill < 3)
+    if (drill < 3) {
       EXPECT_NE(state["answer"]["truthText"], "");
+    }
     ASSERT_TRUE(browser.kept);
     const auto stored = Coding::decodeStored(*browser.kept);
     ASSERT_TRUE(stored);
