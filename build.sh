@@ -21,6 +21,7 @@ Usage: ./build.sh [COMMAND]
                     named of bookworm, trixie, testing and sid, else the first three
       --asan        build them with the address and undefined-behaviour sanitizers
       --tsan        the tests of threaded code, with the thread sanitizer
+      --web         the practice page in Chromium; playwright-core comes from npm
       --coverage    measure the line coverage; fails below 95 % in training and synthesis
   lint              run the formatters and checkers over the sources
       --fix         let the formatters rewrite the sources
@@ -28,6 +29,8 @@ Usage: ./build.sh [COMMAND]
   docs              generate the API reference, build/docs/html/index.html
   package           build a Debian package, in build-package/
       --check       also check it with linters and by installing it in a bare Debian 12 (as root)
+  web               build the practice page for browsers, a folder of static files, in build-web/
+      --serve       then open it on this machine, at http://localhost:8080 (VELTO_PORT)
   bench [OPTIONS]   build and run the benchmarks, time the first frame and a key's way to the screen,
                     and count the instructions of a render; options go to the benchmarks, for
                     example --benchmark_filter=render
@@ -170,6 +173,28 @@ matrixPackages=(
 systemsPackages=(
   debootstrap
   git
+)
+
+webPackages=(
+  clang-@
+  cmake
+  fonts-inter
+  fonts-jetbrains-mono
+  libc++-@-dev-wasm32
+  libc++abi-@-dev-wasm32
+  libclang-rt-@-dev-wasm32
+  lld-@
+  ninja-build
+  nlohmann-json3-dev
+  node-typescript
+  python3
+  python3-fonttools
+  wasi-libc
+)
+
+# For test --web, with npm, which Node.js from elsewhere brings along.
+webTestPackages=(
+  chromium
 )
 
 # For package --check.
@@ -406,7 +431,23 @@ trial() {
 
 # --- Test -----------------------------------------------------------------------------------------
 
+# Checks the practice page in a browser.
+testWeb() {
+  (($# == 0)) || fail "test --web: unexpected argument '$1'; try ./build.sh help" 2
+  local folder=$root/build tests=$root/Tests/web/browser
+  provide "${buildPackages[@]}" "${webTestPackages[@]}"
+  command -v npm >/dev/null || provide npm
+  web
+  configure release "$folder" VELTO_BUILD_TESTS=ON
+  compile "$folder" --target velto_render_hashes
+  [[ -d $tests/node_modules/playwright-core ]] || (cd "$tests" && npm ci --no-audit --no-fund)
+  say 'Testing: the page in Chromium; screenshots in build/web-pictures/'
+  (cd "$root" && node "$tests/check.mjs" build-web "$folder/bin/velto_render_hashes" \
+    "$folder/web-pictures")
+}
+
 runTests() {
+  if [[ ${1-} == --web ]]; then shift; testWeb "$@"; return; fi
   local preset=release folder=$root/build label=default
   local -a extra=() packages=() wrapper=() targets=()
   while (($# > 0)); do
@@ -553,6 +594,33 @@ package() {
   "$root/Tests/package/check-package" "$package" "$folder/velto.png"
 }
 
+# --- Web ------------------------------------------------------------------------------------------
+
+web() {
+  local modules=$root/build-wasm page=$root/build-web serve=false compiler=
+  if [[ ${1-} == --serve ]]; then serve=true; shift; fi
+  (($# == 0)) || fail "web: unknown option '$1'; try ./build.sh help" 2
+  provide "${webPackages[@]}"
+  # The newest clang that has a C++ library for wasm32.
+  for compiler in $(compgen -c clang++- | grep -xE 'clang\+\+-[0-9]+' | sort -Vru) clang++; do
+    if "$compiler" --target=wasm32-wasi -std=c++20 -fsyntax-only -include vector -x c++ /dev/null \
+      2>/dev/null; then break; fi
+  done
+  if ! grep -qs "^CMAKE_CXX_COMPILER:[A-Z]*=.*/$compiler\$" "$modules/CMakeCache.txt"; then
+    rm -rf "$modules"
+    say 'Configuring the WebAssembly modules in build-wasm/'
+    cmake -G Ninja -S "$root/Sources/Velto/web/wasm" -B "$modules" -DCMAKE_BUILD_TYPE=Release \
+      -DCMAKE_CXX_COMPILER="$compiler"
+  fi
+  compile "$modules"
+  say 'Putting the page together in build-web/'
+  "$root/Sources/Velto/web/page/assemble" "$modules/modules" "$page"
+  $serve || return 0
+  local port=${VELTO_PORT-8080}
+  say "Velto: http://localhost:$port/"
+  exec python3 -m http.server "$port" --bind 127.0.0.1 --directory "$page"
+}
+
 # --- Bench ----------------------------------------------------------------------------------------
 
 configureBench() {
@@ -587,6 +655,7 @@ case $command in
   lint) lint "$@" ;;
   docs) (($# == 0)) || fail "docs: unexpected argument '$1'; try ./build.sh help" 2; docs ;;
   package) package "$@" ;;
+  web) web "$@" ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;
