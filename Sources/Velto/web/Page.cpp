@@ -232,6 +232,9 @@ bool Page::press(const PageKeys::Press& press, Focus focus) {
       return true;
     }
   }
+  // A held Return does nothing; the browser must not click the button that has the focus.
+  if (press.key == "Enter" && !press.isModified)
+    return true;
   const auto move = PageKeys::move(press);
   if (!move || focus == Focus::elsewhere)
     return false;
