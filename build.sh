@@ -185,7 +185,6 @@ webPackages=(
   libclang-rt-@-dev-wasm32
   lld-@
   ninja-build
-  nlohmann-json3-dev
   node-typescript
   python3
   python3-fonttools
