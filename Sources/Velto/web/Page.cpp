@@ -298,23 +298,9 @@ bool Page::mergeRecord(std::string_view bytes) {
   return store_->merge(bytes);
 }
 
-std::string Page::state() const {
+void Page::writeTrial(JSON::Writer& json) const {
   const auto& trial = session_.trial();
   const auto& grade = session_.grade();
-  const auto& stats = session_.profile().stats();
-  const auto scale = PageScale::of(session_.drill());
-  JSON::Writer json;
-  json.beginObject();
-  integer(json, "drill", static_cast<int>(Drill::Case(session_.drill())));
-  choices(json, "drills", session_.drill());
-  choices(json, "materials", session_.material());
-  text(json, "prompt", Wording::prompt(session_.drill()));
-  json.key("prompts");
-  json.beginArray();
-  for (const Drill drill : Drill::allCases)
-    json.string(Wording::prompt(drill));
-  json.endArray();
-
   const double difficulty = trial ? trial->difficulty : 0;
   text(json, "difficulty", Numbers::fixed(difficulty, 0));
   real(json, "difficultyShare", std::clamp(difficulty / 100, 0.0, 1.0));
@@ -342,7 +328,12 @@ std::string Page::state() const {
     text(json, "announcement", Wording::announcement(*grade));
     json.endObject();
   }
+}
 
+void Page::writeAnswer(JSON::Writer& json) const {
+  const auto& trial = session_.trial();
+  const auto& grade = session_.grade();
+  const auto scale = PageScale::of(session_.drill());
   json.key("answer");
   json.beginObject();
   text(json, "name", Wording::answerName(session_.drill()));
@@ -377,7 +368,10 @@ std::string Page::state() const {
     json.endArray();
   }
   json.endObject();
+}
 
+void Page::writeProgress(JSON::Writer& json) const {
+  const auto& stats = session_.profile().stats();
   json.key("progress");
   json.beginObject();
   const auto accuracy = session_.profile().accuracy(session_.drill());
@@ -405,6 +399,23 @@ std::string Page::state() const {
   flag(json, "hasCurve", curve.size() > 1);
   text(json, "curveDescription", Progress::curveDescription(curve));
   json.endObject();
+}
+
+std::string Page::state() const {
+  JSON::Writer json;
+  json.beginObject();
+  integer(json, "drill", static_cast<int>(Drill::Case(session_.drill())));
+  choices(json, "drills", session_.drill());
+  choices(json, "materials", session_.material());
+  text(json, "prompt", Wording::prompt(session_.drill()));
+  json.key("prompts");
+  json.beginArray();
+  for (const Drill drill : Drill::allCases)
+    json.string(Wording::prompt(drill));
+  json.endArray();
+  writeTrial(json);
+  writeAnswer(json);
+  writeProgress(json);
   json.endObject();
   return finished(json);
 }

@@ -1,6 +1,7 @@
 // Practice in a browser: the session behind the page, its commands, and what it shows.
 #pragma once
 
+#include "JSONWriter.h"
 #include "PageHost.h"
 #include "PageKeys.h"
 #include "Session.h"
@@ -89,6 +90,9 @@ private:
   [[nodiscard]] static std::unique_ptr<Player> player(PageHost& host, PageEngine*& engine);
   [[nodiscard]] bool isAnswerable() const;
   [[nodiscard]] bool canAdvance() const;
+  void writeTrial(JSON::Writer& json) const;
+  void writeAnswer(JSON::Writer& json) const;
+  void writeProgress(JSON::Writer& json) const;
   void answer(double value);
   void moveFocused(Move move, Focus focus);
 
