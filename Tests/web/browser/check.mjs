@@ -266,6 +266,103 @@ await checking("An imported record is merged; another file is refused", async ()
   await page.context().close();
 });
 
+// What the page's database holds, as text, by name; first replaces the record, if `bytes` are given.
+const stored = (page, bytes) => page.evaluate(async (replacement) => {
+  const done = (request) => new Promise((resolve, reject) => {
+    request.onsuccess = () => resolve(request.result);
+    request.onerror = () => reject(request.error);
+  });
+  const database = await done(indexedDB.open("velto", 1));
+  const files = database.transaction("files", "readwrite").objectStore("files");
+  if (replacement !== null)
+    await done(files.put({ bytes: new TextEncoder().encode(replacement), version: "other" },
+      "profile.json"));
+  const names = await done(files.getAllKeys());
+  const entries = await done(files.getAll());
+  database.close();
+  return Object.fromEntries(names.map((name, i) =>
+    [name, new TextDecoder().decode(entries[i].bytes)]));
+}, bytes ?? null);
+
+const storedAnswers = (page, count) => checkUntil(async () => {
+  const text = (await stored(page))["profile.json"];
+  return text?.startsWith('{"attempts"') && JSON.parse(text).attempts.length === count;
+}, `${count} answers are stored`);
+
+async function checkUntil(condition, what) {
+  for (let i = 0; i < 100; ++i) {
+    if (await condition()) return;
+    await new Promise((resolve) => setTimeout(resolve, 50));
+  }
+  expect(false, what);
+}
+
+const notice = (page) => page.locator("#notice").textContent();
+
+await checking("An entry that is no record is put aside before a save replaces it", async () => {
+  const page = await open("?drill=level");
+  await stored(page, "of another version"); // before the page has saved anything
+  await page.keyboard.press("Enter");
+  await storedAnswers(page, 1);
+  await stored(page, "of a third one"); // by another tab
+  await page.keyboard.press("Enter");
+  await ready(page);
+  await page.keyboard.press("Enter");
+  await storedAnswers(page, 2);
+  await page.reload();
+  await ready(page);
+  expect(await page.locator("#today").textContent() === "2", "both answers are there");
+  await stored(page, "of a fourth one");
+  await page.reload(); // which finds no record
+  await ready(page);
+  await page.keyboard.press("Enter");
+  await storedAnswers(page, 1);
+  const aside = Object.entries(await stored(page)).filter(([name]) => name.includes(".aside-"))
+    .map(([, text]) => text).sort();
+  expect(String(aside) === "of a fourth one,of a third one,of another version", `aside: ${aside}`);
+  await page.context().close();
+});
+
+await checking("A failed save is told, loses nothing, and does not reload the page later", async () => {
+  const giver = await open("?drill=level");
+  await giver.keyboard.press("Enter");
+  const file = await exportFrom(giver);
+  await giver.context().close();
+  const page = await open("?drill=level");
+  await page.keyboard.press("Enter");
+  await storedAnswers(page, 1);
+  const before = await stored(page);
+  await page.evaluate(() => {
+    const { put } = IDBObjectStore.prototype;
+    window.notReloaded = true;
+    IDBObjectStore.prototype.put = function full() {
+      IDBObjectStore.prototype.put = put;
+      throw new DOMException("full", "QuotaExceededError");
+    };
+  });
+  await page.locator("#importFile").setInputFiles(
+    { name: "profile.json", mimeType: "application/json", buffer: file });
+  await checkUntil(async () => (await notice(page)).includes("The record is not stored"),
+    "the page says so");
+  expect(JSON.stringify(await stored(page)) === JSON.stringify(before), "the old record stays");
+  await page.keyboard.press("Enter");
+  await ready(page);
+  await page.keyboard.press("Enter");
+  await storedAnswers(page, 3);
+  expect(!(await notice(page)).includes("not stored"), "it is stored again");
+  expect(await page.evaluate(() => window.notReloaded === true), "the page has not reloaded");
+  await page.context().close();
+});
+
+await checking("A page without render.wasm says that it cannot render", async () => {
+  const page = await (await browser.newContext()).newPage();
+  await page.route("**/render.wasm", (route) => route.fulfill({ status: 404 }));
+  await page.goto(address);
+  await checkUntil(async () => /Trials cannot be rendered.*render.wasm: 404/.test(await notice(page)),
+    "the notice");
+  await page.context().close();
+});
+
 await checking("Nothing is wider than the window, down to 360 points", async () => {
   for (const width of [360, 500, 701, 1000, 1001, 1600]) {
     const page = await open("", { viewport: { width, height: 740 } });

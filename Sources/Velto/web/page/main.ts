@@ -13,7 +13,8 @@ class Renderer {
   private isBusy = false;
   private next: Job | undefined;
 
-  constructor(take: (rendered: Rendered) => void) {
+  constructor(take: (rendered: Rendered) => void, failed: (reason: string) => void) {
+    this.worker.onerror = ({ message }) => failed(message);
     this.worker.onmessage = ({ data }: MessageEvent<Rendered>) => {
       this.isBusy = false;
       if (this.next !== undefined) this.render(this.next);
@@ -31,25 +32,26 @@ class Renderer {
 
 async function run(): Promise<void> {
   let failure = "";      // of sound
+  let renderError = "";
   let storageError = ""; // why the record is not stored
   let isLasting = true;  // the browser does not drop what is stored
   let isImporting = false;
   const file = new RecordFile({
+    isRecord: (bytes) => practice.isRecord(bytes),
     kept: () => {
       storageError = "";
       practice.call("recordKept");
       if (isImporting) location.reload();
       else void askToLast();
+      draw();
     },
-    conflict: (other) => {
-      if (!practice.mergeRecord(other)) file.save(latest);
-    },
+    conflict: (other) => void practice.mergeRecord(other),
     failed: (reason) => {
       storageError = reason;
+      isImporting = false;
       if (started) draw();
     },
   });
-  let latest = new Uint8Array(); // the bytes of the record
   let started = false;
   let asked = false;
   async function askToLast(): Promise<void> {
@@ -61,6 +63,9 @@ async function run(): Promise<void> {
   const renderer = new Renderer((rendered) => {
     practice.takeRender(rendered);
     document.documentElement.dataset["hash"] = rendered.hash;
+    draw();
+  }, (reason) => {
+    renderError = reason;
     draw();
   });
   const sound = new Sound((how) => {
@@ -86,12 +91,11 @@ async function run(): Promise<void> {
   const isFair = options.get("trials") !== "standard";
   const exported = document.getElementById("export") as HTMLAnchorElement;
   function offer(bytes: Uint8Array): void {
-    latest = bytes;
     URL.revokeObjectURL(exported.href);
     exported.href = URL.createObjectURL(new Blob([bytes], { type: "application/json" }));
     exported.hidden = false;
   }
-  const record = await file.load((bytes) => practice.isRecord(bytes));
+  const record = await file.load();
   if (record.length > 0) offer(record);
   practice.start(Math.max(drills.indexOf(options.get("drill") ?? ""), 0), isFair, record);
   const importFile = document.getElementById("importFile") as HTMLInputElement;
@@ -129,6 +133,7 @@ async function run(): Promise<void> {
   otherTrials.href = isFair ? "?trials=standard" : "?";
 
   const notices = (): string => [
+    renderError === "" ? "" : `Trials cannot be rendered: ${renderError}`,
     failure !== "" ? `There is no sound: ${failure}`
       : sound.waits ? "Press a key or click anywhere to hear the trial." : "",
     conversion === undefined ? ""

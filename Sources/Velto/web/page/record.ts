@@ -21,26 +21,26 @@ export class RecordFile {
   private next: Uint8Array | undefined;
 
   // `kept` is called when the latest save is on the disk, `conflict` with what another page has
-  // saved meanwhile: save the two merged. `failed` says why nothing is stored.
+  // saved meanwhile: save the two merged. `failed` says why nothing is stored. Stored bytes for
+  // which `isRecord` is false are put aside before a save replaces them.
   constructor(private readonly on: {
+    isRecord(bytes: Uint8Array): boolean;
     kept(): void;
     conflict(other: Uint8Array): void;
     failed(reason: string): void;
   }) {}
 
-  // The record; empty if there is none, or if the browser has no storage for this page. Bytes for
-  // which `isRecord` is false are put aside, so that nothing overwrites them.
-  async load(isRecord: (bytes: Uint8Array) => boolean): Promise<Uint8Array> {
+  // The record; empty if there is none, or if the browser has no storage for this page.
+  async load(): Promise<Uint8Array> {
     try {
       const opening = indexedDB.open("velto", 1);
       opening.onupgradeneeded = () => opening.result.createObjectStore("files");
       this.database = await done(opening);
-      const store = this.store();
-      const entry = await done(store.get(file)) as Entry | undefined;
-      if (entry === undefined) return new Uint8Array();
-      this.version = entry.version;
-      if (isRecord(entry.bytes)) return entry.bytes;
-      await done(store.put(entry, `${file}.aside-${new Date().toISOString()}`));
+      const entry = await done(this.store().get(file)) as Entry | undefined;
+      if (entry !== undefined && this.on.isRecord(entry.bytes)) {
+        this.version = entry.version;
+        return entry.bytes;
+      }
     } catch (error) {
       this.on.failed(String(error));
     }
@@ -68,19 +68,22 @@ export class RecordFile {
     if (this.database === undefined) return;
     try {
       const store = this.store();
-      const complete = new Promise<void>((resolve, reject) => {
+      const entry = await done(store.get(file)) as Entry | undefined;
+      if (entry !== undefined && entry.version !== this.version) {
+        if (this.on.isRecord(entry.bytes)) {
+          this.version = entry.version;
+          this.on.conflict(entry.bytes);
+          return;
+        }
+        store.put(entry, `${file}.aside-${new Date().toISOString()}`);
+      }
+      const version = String(crypto.getRandomValues(new Uint32Array(2)));
+      store.put({ bytes, version }, file);
+      // Both or neither.
+      await new Promise<void>((resolve, reject) => {
         store.transaction.oncomplete = () => resolve();
         store.transaction.onabort = () => reject(store.transaction.error);
       });
-      const entry = await done(store.get(file)) as Entry | undefined;
-      if (entry !== undefined && entry.version !== this.version) {
-        this.version = entry.version;
-        this.on.conflict(entry.bytes);
-        return;
-      }
-      const version = String(crypto.getRandomValues(new Uint32Array(2)));
-      await done(store.put({ bytes, version }, file));
-      await complete;
       this.version = version;
       if (this.next === undefined) this.on.kept();
     } catch (error) {

@@ -78,17 +78,15 @@ export class View {
     if (focus === Focus.elsewhere) return;
     for (const [group, known] of this.groups) {
       if (known !== focus) continue;
-      const stop = group.querySelector<HTMLElement>("[tabindex='0']:not([hidden])");
-      const radio = [...group.querySelectorAll<HTMLElement>("[role=radio]")]
-        .find((choice) => choice.tabIndex === 0);
-      (radio ?? stop)?.focus({ preventScroll: true });
+      [...group.querySelectorAll<HTMLElement>("[tabindex='0']")]
+        .find((stop) => stop.offsetParent !== null)?.focus({ preventScroll: true });
     }
   }
 
   private colours(): void {
-    const isLight = new URLSearchParams(location.search).get("appearance") === "light"
-      || (!new URLSearchParams(location.search).has("appearance")
-        && matchMedia("(prefers-color-scheme: light)").matches);
+    const wanted = new URLSearchParams(location.search).get("appearance")
+      ?? (matchMedia("(prefers-color-scheme: light)").matches ? "light" : "dark");
+    const isLight = wanted === "light";
     const palettes = this.practice.palettes();
     const palette: Palette = isLight ? palettes.light : palettes.dark;
     for (const [name, colour] of Object.entries(palette))

@@ -5,7 +5,13 @@ import type { Job, Rendered } from "./messages.js";
 // TypeScript knows the page's global scope, not a worker's.
 const scope = self as unknown as {
   onmessage: (event: MessageEvent<Job>) => void;
+  onunhandledrejection: (event: PromiseRejectionEvent) => void;
   postMessage(message: Rendered, transfer: Transferable[]): void;
+};
+
+// The page hears of an error, but not of a rejection.
+scope.onunhandledrejection = ({ reason }) => {
+  throw reason;
 };
 
 const loading = load("render.wasm");
