@@ -1,6 +1,7 @@
 #include "Drill.h"
 #include "Mixer.h"
 #include "Rendering.h"
+#include "SceneControl.h"
 #include "Signals.h"
 #include "Trial.h"
 
@@ -16,6 +17,7 @@
 #include <memory>
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
+#include <utility>
 #include <vector>
 
 namespace velto {
@@ -32,33 +34,24 @@ class Desk {
 public:
   void play(std::vector<Slot> slots, std::int64_t chosen, std::uint64_t startDelayFrames,
             Switching switching = Switching::crossfade) {
-    scene_.slots = {};
-    std::copy(slots.begin(), slots.end(), scene_.slots.begin());
-    scene_.startDelayFrames = startDelayFrames;
-    scene_.switching = switching;
-    scene_.chosen = chosen;
-    ++scene_.load;
-    mixer.publish(scene_);
+    control_.play(std::move(slots), chosen, startDelayFrames, switching);
+    mixer.publish(control_.scene());
   }
 
   void fadeTo(std::int64_t chosen) {
-    scene_.chosen = chosen;
-    ++scene_.ramp;
-    mixer.publish(scene_);
+    control_.switchTo(chosen);
+    mixer.publish(control_.scene());
   }
 
   void silence() {
-    scene_.slots = {};
-    scene_.startDelayFrames = 0;
-    scene_.chosen = -1;
-    ++scene_.load;
-    mixer.publish(scene_);
+    control_.silence();
+    mixer.publish(control_.scene());
   }
 
   // Closes the output and opens another one.
   void beginStream() {
-    ++scene_.stream;
-    silence();
+    control_.beginStream();
+    mixer.publish(control_.scene());
     mixer.releaseAllButLatest();
   }
 
@@ -79,12 +72,14 @@ public:
     return renderBoth(frames, blockFrames).l;
   }
 
-  [[nodiscard]] float volume(std::size_t voice) const { return mixer.volume(voice, scene_.load); }
+  [[nodiscard]] float volume(std::size_t voice) const {
+    return mixer.volume(voice, control_.scene().load);
+  }
 
   Mixer mixer;
 
 private:
-  Scene scene_;
+  SceneControl control_;
 };
 
 class MixerWithBlocks : public ::testing::TestWithParam<std::size_t> {};
