@@ -63,7 +63,7 @@ struct Playing {
                     std::get<Assignment>(Assignment::open(desk.listFile(), desk.results())),
                     work.queues()),
                 Drill::frequency, work.queues(),
-                std::make_unique<kit::TestPlayer>(output.factory()), 0, Session::Trials::fair) {}
+                kit::makePlayer(output.factory()), 0, Session::Trials::fair) {}
 
   Session* operator->() { return &session; }
 

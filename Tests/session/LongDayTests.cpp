@@ -110,7 +110,7 @@ protected:
   kit::WorkerQueues work_;
   kit::FakeOutput output_;
   Session session_{Drill::frequency, work_.queues(),
-                   std::make_unique<kit::TestPlayer>(output_.factory()), 1'700'000'000};
+                   kit::makePlayer(output_.factory()), 1'700'000'000};
   std::size_t answers_ = 0;
   std::array<std::int64_t, 27> bandAnswers_{}, bandHits_{};
 };

@@ -116,7 +116,7 @@ struct Rig {
   kit::ManualQueues work;
   kit::FakeOutput output;
   Session session{Drill::frequency, work.queues(),
-                  std::make_unique<kit::TestPlayer>(output.factory(), std::chrono::milliseconds(1)),
+                  kit::makePlayer(output.factory(), std::chrono::milliseconds(1)),
                   launchTime};
 };
 

@@ -30,7 +30,7 @@ struct Rig {
   explicit Rig(Drill drill = Drill::frequency, double time = launchTime,
                Session::Trials trials = Session::Trials::standard)
       : session(std::make_unique<Session>(drill, work.queues(),
-                                          std::make_unique<kit::TestPlayer>(output.factory()), time,
+                                          kit::makePlayer(output.factory()), time,
                                           trials)) {}
 
   Session& operator*() const { return *session; }
@@ -100,7 +100,7 @@ TEST(SessionStartDeathTest, DiesIfTheTimeIsInvalid) {
   kit::FakeOutput output;
   for (const double time : impossible)
     EXPECT_DEATH(Session(Drill::frequency, work.queues(),
-                         std::make_unique<kit::TestPlayer>(output.factory()), time),
+                         kit::makePlayer(output.factory()), time),
                  "system time is out of range");
 }
 
