@@ -307,7 +307,8 @@ TEST(Mixer, ANewStreamPlaysNothingOfTheOldOne) {
 
 TEST_P(MixerWithBlocks, ASwitchThroughSilenceFallsFor75msAndRisesFor75ms) {
   Desk desk;
-  desk.play({constantSlot(10, 1, 1), constantSlot(10, -1, -1)}, 0, 0, Switching::throughSilence);
+  desk.play({constantSlot(10, 1, 1), constantSlot(10, 0.5F, 0.5F)}, 0, 0,
+            Switching::throughSilence);
   (void)desk.render(ramp);
   desk.fadeTo(1);
   const auto out = desk.render(ramp + 100, GetParam());
@@ -315,9 +316,9 @@ TEST_P(MixerWithBlocks, ASwitchThroughSilenceFallsFor75msAndRisesFor75ms) {
   for (std::size_t i = 0; i < half; ++i)
     ASSERT_NEAR(out[i], 1 - static_cast<double>(i) / half, 6e-8) << i;
   for (std::size_t i = half; i < ramp; ++i)
-    ASSERT_NEAR(out[i], -static_cast<double>(i - half) / half, 6e-8) << i;
+    ASSERT_NEAR(out[i], 0.5 * static_cast<double>(i - half) / half, 6e-8) << i;
   for (std::size_t i = ramp; i < out.size(); ++i)
-    ASSERT_EQ(out[i], -1.0F) << i;
+    ASSERT_EQ(out[i], 0.5F) << i;
 }
 
 TEST(Mixer, ASwitchThroughSilenceDuringAnotherStartsFromTheCurrentGain) {
