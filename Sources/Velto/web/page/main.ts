@@ -49,7 +49,9 @@ async function run(): Promise<void> {
     failed: (reason) => {
       storageError = reason;
       isImporting = false;
-      if (started) draw();
+      if (!started) return;
+      practice.call("recordFailed");
+      draw();
     },
   });
   let started = false;
