@@ -10,7 +10,8 @@ await checking("All renders have the hashes of the native program", async () => 
     .trim().split("\n").map((line) => line.split(": ")));
   const page = await open();
   const found = await page.evaluate(async () => {
-    const worker = new Worker("worker.js", { type: "module" });
+    const script = document.querySelector("script[src]").src;
+    const worker = new Worker(new URL("worker.js", script), { type: "module" });
     const names = ["frequency", "level", "dynamics", "polarity"];
     const materials = ["Pink noise", "Drum loop", "Synth pad"];
     const result = {};
@@ -42,8 +43,9 @@ await checking("The worklet plays half of each sample, sample by sample", async 
     const length = 9600;
     const delay = 960;
     const context = new OfflineAudioContext(2, frames, 48_000);
-    await context.audioWorklet.addModule("worklet.js");
-    const module = await (await fetch("mixer.wasm")).arrayBuffer();
+    const script = document.querySelector("script[src]").src;
+    await context.audioWorklet.addModule(new URL("worklet.js", script));
+    const module = await (await fetch(new URL("mixer.wasm", script))).arrayBuffer();
     const node = new AudioWorkletNode(context, "velto-mixer",
       { numberOfInputs: 0, outputChannelCount: [2], processorOptions: { module } });
     node.connect(context.destination);

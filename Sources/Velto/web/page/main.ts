@@ -9,7 +9,8 @@ const drills = ["frequency", "level", "dynamics", "polarity"];
 
 // Renders one trial at a time. Of the trials asked for meanwhile only the latest counts.
 class Renderer {
-  private readonly worker = new Worker("worker.js", { type: "module" });
+  private readonly worker = new Worker(new URL("worker.js", import.meta.url),
+    { type: "module" });
   private isBusy = false;
   private next: Job | undefined;
 
@@ -181,6 +182,9 @@ async function run(): Promise<void> {
   draw();
   await document.fonts.ready;
   draw();
+  // Where that fails the page works as long as its host can be reached.
+  navigator.serviceWorker?.register("offline.js", { updateViaCache: "none" })
+    .catch(() => undefined);
 }
 
 void run().catch((error: unknown) => {

@@ -66,7 +66,8 @@ export class Sound {
   private async prepare(): Promise<void> {
     this.context = new AudioContext({ sampleRate, latencyHint });
     const [response] = await Promise.all([
-      fetch("mixer.wasm"), this.context.audioWorklet.addModule("worklet.js")]);
+      fetch(new URL("mixer.wasm", import.meta.url)),
+      this.context.audioWorklet.addModule(new URL("worklet.js", import.meta.url))]);
     this.node = new AudioWorkletNode(this.context, "velto-mixer", {
       numberOfInputs: 0,
       outputChannelCount: [2],
