@@ -2,8 +2,8 @@
 import { execFileSync } from "node:child_process";
 import { mkdirSync } from "node:fs";
 import { join } from "node:path";
-import { checking, drills, expect, hashes, judged, open, pictures, ready, submit, verdict }
-  from "./kit.mjs";
+import { browser, checkUntil, checking, drills, expect, hashes, judged, newPage, open, pictures, ready,
+  submit, verdict } from "./kit.mjs";
 
 await checking("All renders have the hashes of the native program", async () => {
   const native = new Map(execFileSync(hashes, { encoding: "utf8", maxBuffer: 1e8 })
@@ -147,4 +147,48 @@ await checking("Sound waits for the first key, and the page says so", async () =
     () => !document.querySelector("#notice").textContent.includes("to hear the trial"),
     null, { timeout: 20_000 });
   await page.context().close();
+});
+
+await checking("A hidden page is silent, lets the audio thread rest, and resumes", async () => {
+  const context = await browser.newContext();
+  await context.addInitScript(() => {
+    const { connect } = AudioNode.prototype;
+    AudioNode.prototype.connect = function connectAndMeasure(...to) {
+      if (this instanceof AudioWorkletNode) {
+        window.analyser = this.context.createAnalyser();
+        connect.call(this, window.analyser);
+      }
+      return connect.apply(this, to);
+    };
+    window.heard = () => {
+      const data = new Float32Array(2048);
+      window.analyser.getFloatTimeDomainData(data);
+      return window.analyser.context.state === "running" && data.some((sample) => sample !== 0);
+    };
+    window.hide = (isHidden) => {
+      Object.defineProperty(document, "hidden", { configurable: true, get: () => isHidden });
+      document.dispatchEvent(new Event("visibilitychange"));
+    };
+  });
+  const page = await newPage(context, "?drill=level");
+  const heard = () => page.evaluate(() => window.analyser !== undefined && window.heard());
+  const state = () => page.evaluate(() => window.analyser.context.state);
+  await page.keyboard.press("2");
+  await checkUntil(heard, "the trial plays");
+  await page.evaluate(() => window.hide(true));
+  await checkUntil(async () => !await heard(), "a hidden page is silent");
+  await checkUntil(async () => await state() === "suspended", "the audio thread rests");
+  await page.keyboard.press("n"); // does not wake it
+  await ready(page);
+  await page.waitForTimeout(500);
+  expect(await state() === "suspended", "a new trial does not wake it");
+  await page.evaluate(() => window.hide(false));
+  await checkUntil(heard, "the page resumes");
+  await page.evaluate(() => {
+    window.hide(true);
+    window.hide(false);
+  });
+  await page.waitForTimeout(500);
+  expect(await heard(), "a short absence leaves it awake");
+  await context.close();
 });

@@ -172,7 +172,13 @@ async function run(): Promise<void> {
 
   // Silent while hidden or in the background.
   const follow = (): void => {
-    practice.call(document.hidden || !document.hasFocus() ? "suspend" : "resume");
+    if (document.hidden || !document.hasFocus()) {
+      practice.call("suspend");
+      sound.rest();
+    } else {
+      sound.wake();
+      practice.call("resume");
+    }
   };
   document.addEventListener("visibilitychange", follow);
   addEventListener("blur", follow);
