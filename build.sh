@@ -21,7 +21,7 @@ Usage: ./build.sh [COMMAND]
                     named of bookworm, trixie, testing and sid, else the first three
       --asan        build them with the address and undefined-behaviour sanitizers
       --tsan        the tests of threaded code, with the thread sanitizer
-      --web         the practice page in Chromium; playwright-core comes from npm
+      --web         the practice page in Chromium; playwright-core and axe-core come from npm
       --coverage    measure the line coverage; fails below 95 % in training and synthesis
   lint              run the formatters and checkers over the sources
       --fix         let the formatters rewrite the sources
@@ -439,7 +439,9 @@ testWeb() {
   web
   configure release "$folder" VELTO_BUILD_TESTS=ON
   compile "$folder" --target velto_render_hashes
-  [[ -d $tests/node_modules/playwright-core ]] || (cd "$tests" && npm ci --no-audit --no-fund)
+  [[ -e $tests/node_modules/.package-lock.json \
+    && ! $tests/package-lock.json -nt $tests/node_modules/.package-lock.json ]] \
+    || (cd "$tests" && npm ci --no-audit --no-fund)
   say 'Testing: the page in Chromium; screenshots in build/web-pictures/'
   (cd "$root" && node "$tests/check.mjs" build-web "$folder/bin/velto_render_hashes" \
     "$folder/web-pictures")
