@@ -1,5 +1,5 @@
-// The loops of Kernels. Kernels.cpp includes them once for each instruction set, each time in
-// another namespace, which is why there is no #pragma once.
+// The loops of Kernels. Kernels.cpp includes this file once for each instruction set, each time in
+// another namespace: it must not guard itself against that.
 
 // Makes columns of rows.
 void transpose(Quad (&rows)[4]) {
