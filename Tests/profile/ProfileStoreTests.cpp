@@ -609,7 +609,9 @@ TEST_F(UnreadableFile, AFileThatCannotBeOpenedIsPutAside) {
   EXPECT_EQ(program.ended(), EXIT_SUCCESS);
   EXPECT_EQ(answersOnFile(), 1);
   ASSERT_EQ(PutAside::all(file()).size(), 1U);
-  EXPECT_EQ(contentOf(PutAside::all(file())[0]), whole);
+  const fs::path aside = PutAside::all(file())[0];
+  fs::permissions(aside, fs::perms::owner_read);
+  EXPECT_EQ(contentOf(aside), whole);
 }
 
 TEST_F(UnreadableFile, IfItCannotBePutAsideTheNextAnswerTriesAgain) {
