@@ -109,6 +109,7 @@ testPackages=(
   nlohmann-json3-dev
   pipewire
   pipewire-pulse
+  psignifit
   python3-fonttools
   python3-ufolib2
   qt6-wayland
