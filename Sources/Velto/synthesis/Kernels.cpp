@@ -36,7 +36,7 @@ namespace {
 #endif
 
 namespace forAVX2 {
-#include "KernelLoops.h"
+#include "KernelLoops.h" // NOLINT(readability-duplicate-include)
 } // namespace forAVX2
 
 #ifdef __clang__
