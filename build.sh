@@ -109,6 +109,7 @@ testPackages=(
   nlohmann-json3-dev
   pipewire
   pipewire-pulse
+  psignifit
   python3-fonttools
   python3-ufolib2
   qt6-wayland
@@ -602,11 +603,7 @@ web() {
   if [[ ${1-} == --serve ]]; then serve=true; shift; fi
   (($# == 0)) || fail "web: unknown option '$1'; try ./build.sh help" 2
   provide "${webPackages[@]}"
-  # The newest clang that has a C++ library for wasm32.
-  for compiler in $(compgen -c clang++- | grep -xE 'clang\+\+-[0-9]+' | sort -Vru) clang++; do
-    if "$compiler" --target=wasm32-wasi -std=c++20 -fsyntax-only -include vector -x c++ /dev/null \
-      2>/dev/null; then break; fi
-  done
+  compiler=$("$root/Tests/matrix/wasm-compiler") || fail 'no clang here has a C++ library for wasm32'
   if ! grep -qs "^CMAKE_CXX_COMPILER:[A-Z]*=.*/$compiler\$" "$modules/CMakeCache.txt"; then
     rm -rf "$modules"
     say 'Configuring the WebAssembly modules in build-wasm/'

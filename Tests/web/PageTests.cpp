@@ -93,25 +93,28 @@ TEST(PageStart, FairTrialsHaveMixedSeedsAndAudibleNoise) {
   EXPECT_EQ(browser.jobs.back().seed, Drills::mixedSeed(1'700'000'000 + 2 * 40503));
 }
 
+// Polarity has three slots with channels of their own.
 TEST(PageSound, PlaysTheSamplesOfTheTrialAsSoonAsTheOutputIsOpen) {
-  Browser& browser = Browser::start();
-  EXPECT_EQ(browser.openings, 0);
-  browser.renderLatest();
-  EXPECT_EQ(browser.openings, 1);
-  EXPECT_TRUE(browser.plays.empty());
-  velto_page_soundOpened(0.02);
-  ASSERT_EQ(browser.plays.size(), 1U);
-  const Browser::Play& play = browser.plays.back();
-  EXPECT_EQ(play.chosen, 0);
-  EXPECT_EQ(play.delayFrames, 4800); // 0.12 s less the latency
-  EXPECT_FALSE(play.throughSilence);
-  const auto wanted = Drills::render(trialOf(browser.jobs.back()), 3.2);
-  ASSERT_EQ(play.samples.size(), 4U);
-  for (std::size_t i = 0; i < 4; ++i) {
-    const auto& samples = *(i % 2 == 0 ? wanted[i / 2].l : wanted[i / 2].r);
-    EXPECT_TRUE(
-        std::equal(samples.begin(), samples.end(), play.samples[i].begin(), play.samples[i].end()))
-        << i;
+  for (const int drill : {0, 3}) {
+    Browser& browser = Browser::start(drill);
+    EXPECT_EQ(browser.openings, 0);
+    browser.renderLatest();
+    EXPECT_EQ(browser.openings, 1);
+    EXPECT_TRUE(browser.plays.empty());
+    velto_page_soundOpened(0.02);
+    ASSERT_EQ(browser.plays.size(), 1U);
+    const Browser::Play& play = browser.plays.back();
+    EXPECT_EQ(play.chosen, 0);
+    EXPECT_EQ(play.delayFrames, 4800); // 0.12 s less the latency
+    EXPECT_FALSE(play.throughSilence);
+    const auto wanted = Drills::render(trialOf(browser.jobs.back()), 3.2);
+    ASSERT_EQ(play.samples.size(), 2 * wanted.size());
+    for (std::size_t i = 0; i < play.samples.size(); ++i) {
+      const auto& samples = *(i % 2 == 0 ? wanted[i / 2].l : wanted[i / 2].r);
+      EXPECT_TRUE(std::equal(samples.begin(), samples.end(), play.samples[i].begin(),
+                             play.samples[i].end()))
+          << drill << ' ' << i;
+    }
   }
 }
 
@@ -170,6 +173,7 @@ TEST(Page, ShowsAFreshTrialOfEachDrill) {
                            "B is compressed, loudness-matched. How much gain reduction?",
                            "One of the three has a flipped channel. Which?"};
   const char* texts[] = {"1k Hz", "2.00 dB", "5.00 dB"};
+  const double highest[] = {16000, 7, 14};
   for (int drill = 0; drill < 4; ++drill) {
     playing(drill);
     const json state = Browser::state();
@@ -187,6 +191,7 @@ TEST(Page, ShowsAFreshTrialOfEachDrill) {
     EXPECT_EQ(chosen(state["drills"]), drillFlags);
     if (drill < 3) {
       EXPECT_EQ(state["answer"]["text"], texts[drill]);
+      EXPECT_EQ(state["answer"]["highest"], highest[drill]);
       EXPECT_EQ(state["answer"]["truthText"], "");
       EXPECT_EQ(state["slots"].size(), 2U);
       EXPECT_EQ(state["slots"][1]["title"], "B");
