@@ -1,4 +1,5 @@
 // The record: where the browser keeps it, and what becomes of it when that goes wrong.
+import { randomUUID } from "node:crypto";
 import { mkdirSync, readdirSync, statSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { answer, browser, checkUntil, checking, expect, exportFrom, host, inScratch, launch, newPage,
@@ -240,22 +241,33 @@ await checking("A record that the browser deletes under the page is stored anew"
   await page.context().close();
 });
 
-await checking("The page opens with a database that is damaged on the disk", () =>
-  inScratch(async (scratch) => {
-    let own = await launch(scratch);
-    await answer(await newPage(own.context, "?drill=level"));
-    await own.close();
-    const databases = join(scratch, "Default", "IndexedDB");
-    const files = readdirSync(databases, { recursive: true }).map((name) => join(databases, name))
-      .filter((name) => statSync(name).isFile());
-    expect(files.length > 0, "there are files to damage");
-    for (const file of files) writeFileSync(file, Buffer.alloc(statSync(file).size, 0x5a));
-    own = await launch(scratch);
-    const page = await own.context.newPage();
-    await page.goto(`${host.address}?drill=level`);
-    await ready(page);
-    await answer(page);
-    expect(await today(page) === "1", "practice starts anew");
-    if (!(await notice(page)).includes("The record is not stored")) await storedAnswers(page, 1);
-    await own.close();
-  }));
+await checking("A damaged database is told, and practice starts anew", async () => {
+  const garble = (file) => writeFileSync(file, Buffer.alloc(statSync(file).size, 0x5a));
+  // Chromium has a file of its own for a large record. Where it repairs the rest, it tells nobody.
+  for (const [part, isTold] of [["", false], [".blob", true]])
+    await inScratch(async (scratch) => {
+      let own = await launch(scratch);
+      const former = await newPage(own.context, "?drill=level");
+      await answer(former);
+      const record = JSON.parse(await exportFrom(former));
+      const [row] = record.attempts;
+      record.attempts = Array.from({ length: 5000 }, () => ({ ...row, id: randomUUID().toUpperCase() }));
+      await stored(former, JSON.stringify(record));
+      await own.close();
+      const databases = join(scratch, "Default", "IndexedDB");
+      const files = readdirSync(databases, { recursive: true }).map((name) => join(databases, name))
+        .filter((name) => name.includes(part) && statSync(name).isFile());
+      expect(files.length > 0, "there are files to damage");
+      for (const file of files) garble(file);
+      own = await launch(scratch);
+      const page = await own.context.newPage();
+      await page.goto(`${host.address}?drill=level`);
+      await ready(page);
+      expect(await today(page) === "0", "nothing can be read");
+      expect((await notice(page)).includes("damaged") === isTold, `the notice: ${await notice(page)}`);
+      await answer(page);
+      await answer(page);
+      await storedAnswers(page, 2);
+      await own.close();
+    });
+});

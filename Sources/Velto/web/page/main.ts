@@ -35,6 +35,7 @@ async function run(): Promise<void> {
   let failure = "";      // of sound
   let renderError = "";
   let storageError = ""; // why the record is not stored
+  let isLost = false;    // what was stored cannot be read
   let isLasting = true;  // the browser does not drop what is stored
   let isImporting = false;
   const file = new RecordFile({
@@ -53,6 +54,9 @@ async function run(): Promise<void> {
       if (!started) return;
       practice.call("recordFailed");
       draw();
+    },
+    lost: () => {
+      isLost = true;
     },
   });
   let started = false;
@@ -143,6 +147,7 @@ async function run(): Promise<void> {
       : `This system plays at ${conversion} Hz; the browser converts the sound from 48000 Hz.`,
     storageError === "" ? ""
       : `The record is not stored (${storageError}). Export it before you close the page.`,
+    isLost ? "The record that this browser had stored is damaged; practice starts anew." : "",
     isLasting ? "" : "This browser may drop the record: export it now and then.",
     importError,
   ].filter((text) => text !== "").join(" ");

@@ -26,13 +26,15 @@ export class RecordFile {
 
   // `kept` is called when the latest save is on the disk, `conflict` with what another page has
   // saved meanwhile: save the two merged. `failed` says why nothing is stored; `kept` may still
-  // follow if that only takes long. Stored bytes for which `isRecord` is false are put aside before
+  // follow if that only takes long. `lost` is called if what was stored is damaged beyond reading;
+  // the next save replaces it. Stored bytes for which `isRecord` is false are put aside before
   // a save replaces them.
   constructor(private readonly on: {
     isRecord(bytes: Uint8Array): boolean;
     kept(): void;
     conflict(other: Uint8Array): void;
     failed(reason: string): void;
+    lost(): void;
   }) {}
 
   // The record; empty if there is none, or if the browser has no storage for this page.
@@ -40,8 +42,8 @@ export class RecordFile {
     const slow = new Promise<never>((_resolve, reject) =>
       setTimeout(() => reject("the browser's storage does not answer"), patience));
     try {
-      const reading = this.store().then((store) => done(store.get(file)));
-      const entry = await Promise.race([reading, slow]) as Entry | undefined;
+      const reading = this.store().then((store) => this.read(store));
+      const entry = await Promise.race([reading, slow]);
       if (entry !== undefined && this.on.isRecord(entry.bytes)) {
         this.version = entry.version;
         return entry.bytes;
@@ -82,6 +84,14 @@ export class RecordFile {
     return database;
   }
 
+  // The stored entry; undefined if there is none, or if what was in it is damaged.
+  private async read(store: IDBObjectStore): Promise<Entry | undefined> {
+    const entry = await done(store.get(file)) as Entry | null | undefined;
+    if (entry === undefined || entry?.bytes instanceof Uint8Array) return entry ?? undefined;
+    this.on.lost();
+    return undefined;
+  }
+
   // The next save opens the database anew.
   private close(): void {
     this.database?.close();
@@ -100,7 +110,7 @@ export class RecordFile {
     this.next = undefined;
     try {
       const store = await this.store();
-      const entry = await done(store.get(file)) as Entry | undefined;
+      const entry = await this.read(store);
       if (entry !== undefined && entry.version !== this.version) {
         if (this.on.isRecord(entry.bytes)) {
           this.version = entry.version;
