@@ -114,9 +114,10 @@ private:
 };
 
 // The scale at which Qt draws a bare window on this output. A fractional one needs a newer release;
-// older ones draw at the next whole scale, for the compositor to shrink.
+// older ones draw at the next whole scale, for the compositor to shrink. Qt 6.8 may complain on
+// standard error that the scale changed while the window was drawn.
 double drawnScale() {
-  return std::stod(run("QT_QPA_PLATFORM=wayland " VELTO_OUTPUT_SCALE));
+  return std::stod(run("(QT_QPA_PLATFORM=wayland " VELTO_OUTPUT_SCALE " 2>/dev/null)"));
 }
 
 // Runs the program to take its own screenshot.
