@@ -16,8 +16,12 @@ Usage: ./build.sh [COMMAND]
   test [OPTIONS]    build and run the tests; other arguments go to ctest, for example -R Signals
       --long        the long tests instead of the default ones
       --matrix      the tests across compilers and architectures
+      --systems [NAME...]
+                    run and test in bare systems, made for this in build/systems/ (as root): those
+                    named of bookworm, trixie, testing and sid, else the first three
       --asan        build them with the address and undefined-behaviour sanitizers
       --tsan        the tests of threaded code, with the thread sanitizer
+      --web         the practice page in Chromium; playwright-core comes from npm
       --coverage    measure the line coverage; fails below 95 % in training and synthesis
   lint              run the formatters and checkers over the sources
       --fix         let the formatters rewrite the sources
@@ -28,6 +32,8 @@ Usage: ./build.sh [COMMAND]
                     environment, DEBFULLNAME and DEBEMAIL name their maintainer
       --check       also check them: linters, bare Debian 12, 13 and testing (as root), a second
                     build that must give the same bytes
+  web               build the practice page for browsers, a folder of static files, in build-web/
+      --serve       then open it on this machine, at http://localhost:8080 (VELTO_PORT)
   bench [OPTIONS]   build and run the benchmarks, time the first frame and a key's way to the screen,
                     and count the instructions of a render; options go to the benchmarks, for
                     example --benchmark_filter=render
@@ -45,6 +51,8 @@ fail() {
 }
 
 # --- Packages (Debian names), one per line --------------------------------------------------------
+#
+# The sign @ stands for a version number; see numbered().
 
 buildPackages=(
   cmake
@@ -54,7 +62,6 @@ buildPackages=(
   libfontconfig-dev
   libsndfile1-dev
   ninja-build
-  nlohmann-json3-dev
   pkg-config
   qt6-base-dev
   qt6-declarative-dev
@@ -99,7 +106,7 @@ testPackages=(
   jackd2
   libasound2-plugins
   libatspi2.0-dev
-  libclang-rt-14-dev
+  libclang-rt-dev
   libebur128-dev
   libgtest-dev
   librapidcheck-dev
@@ -107,6 +114,7 @@ testPackages=(
   libxcb1-dev
   libxml2-utils
   locales
+  nlohmann-json3-dev
   pipewire
   pipewire-pulse
   python3-fonttools
@@ -133,8 +141,8 @@ docsPackages=(
 )
 
 lintPackages=(
-  clang-format-14
-  clang-tidy-14
+  clang-format
+  clang-tidy
   doxygen
   flake8
   qt6-declarative-dev-tools
@@ -154,17 +162,46 @@ coveragePackages=(
 
 matrixPackages=(
   clang
-  clang-19
+  clang-@
   g++-aarch64-linux-gnu
   g++-mingw-w64-x86-64-posix
-  libc++-19-dev-wasm32
-  libc++abi-19-dev-wasm32
-  libclang-rt-19-dev-wasm32
-  lld-19
+  libc++-@-dev-wasm32
+  libc++-dev
+  libc++abi-@-dev-wasm32
+  libc++abi-dev
+  libclang-rt-@-dev-wasm32
+  lld-@
   nodejs
   qemu-user
   wasi-libc
   wine64
+)
+
+# For test --systems.
+systemsPackages=(
+  debootstrap
+  git
+)
+
+webPackages=(
+  clang-@
+  cmake
+  fonts-inter
+  fonts-jetbrains-mono
+  libc++-@-dev-wasm32
+  libc++abi-@-dev-wasm32
+  libclang-rt-@-dev-wasm32
+  lld-@
+  ninja-build
+  node-typescript
+  python3
+  python3-fonttools
+  wasi-libc
+)
+
+# For test --web, with npm, which Node.js from elsewhere brings along.
+webTestPackages=(
+  chromium
 )
 
 # For package --check.
@@ -186,36 +223,87 @@ checkPackages=(
   wtype
 )
 
-# Installs missing packages. Without apt-get, or without the rights to use it, prints the packages
-# and continues; the build then reports what it cannot find.
-provide() {
-  if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
-    say "No apt-get. Required packages, by their Debian names: $*"
-    return
-  fi
+# Prints those of the packages that apt can install. It also knows names that others only refer to.
+candidates() {
+  apt-cache madison "$@" | awk '{print $1}' | sort -u
+}
+
+# numbered NAME...: prints the names of packages, with the sign @ replaced by the greatest number for
+# which apt knows all of those that have it. Without such a number they are printed as they are.
+numbered() {
+  local -a with=() found=()
+  local name number
+  for name in "$@"; do
+    if [[ $name == *@* ]]; then with+=("$name"); else printf '%s\n' "$name"; fi
+  done
+  ((${#with[@]} > 0)) || return 0
+  local pattern=${with[0]//+/[+]}
+  while read -r number; do
+    mapfile -t found < <(candidates "${with[@]//@/"$number"}")
+    if ((${#found[@]} == ${#with[@]})); then
+      with=("${found[@]}")
+      break
+    fi
+  done < <(apt-cache pkgnames "${with[0]%%@*}" | sed -nE "s/^${pattern//@/([0-9]+)}\$/\\1/p" | sort -rn)
+  printf '%s\n' "${with[@]}"
+}
+
+# Prints those of the packages that are not installed.
+missingOf() {
   local -A installed=()
-  local -a missing=()
   local name
   while read -r name; do installed[$name]=1; done < <(
     dpkg-query -W -f '${db:Status-Status} ${Package}\n' "$@" 2>/dev/null | sed -n 's/^installed //p')
   for name in "$@"; do
-    [[ -n ${installed[$name]-} ]] || missing+=("$name")
+    [[ -n ${installed[$name]-} ]] || printf '%s\n' "$name"
   done
+}
+
+# ask TEXT PACKAGE...: says what this user cannot install, except packages that it has named before.
+declare -A asked=()
+ask() {
+  local text=$1 name
+  local -a new=()
+  shift
+  for name in "$@"; do
+    [[ -n ${asked[$name]-} ]] || new+=("$name")
+    asked[$name]=1
+  done
+  ((${#new[@]} == 0)) || say "$text ${new[*]}"
+}
+
+# Installs missing packages. A user who may not is told once what to ask for; the build and the
+# tests then do without.
+provide() {
+  if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+    ask 'No apt-get. Required packages, by their Debian names:' "$@"
+    return
+  fi
+  local -a names=() missing=() known=()
+  mapfile -t names < <(numbered "$@")
+  mapfile -t missing < <(missingOf "${names[@]}")
   ((${#missing[@]} > 0)) || return 0
 
-  say "Installing missing packages: ${missing[*]}"
   local -a as=(env DEBIAN_FRONTEND=noninteractive)
   if ((EUID != 0)); then
-    if ! command -v sudo >/dev/null; then
-      say "Neither root nor sudo. Run as root: apt-get install ${missing[*]}"
-      return
-    fi
     # Without a terminal, sudo cannot ask for a password.
     if [[ -t 0 ]]; then as=(sudo "${as[@]}"); else as=(sudo -n "${as[@]}"); fi
+    if ! "${as[@]}" true 2>/dev/null; then
+      ask 'Going on without missing packages. Ask an administrator for: apt-get install' \
+        "${missing[@]}"
+      return
+    fi
   fi
   "${as[@]}" apt-get update </dev/null || say 'Cannot refresh the package lists; using the old ones'
+  # A bare system knows no packages before.
+  mapfile -t names < <(numbered "${missing[@]}")
+  mapfile -t known < <(candidates "${names[@]}")
+  mapfile -t missing < <(printf '%s\n' "${names[@]}" | grep -vxF -f <(printf '%s\n' "${known[@]}"))
+  ((${#missing[@]} == 0)) || ask 'This system has no packages with these names:' "${missing[@]}"
+  ((${#known[@]} > 0)) || return 0
+  say "Installing missing packages: ${known[*]}"
   "${as[@]}" apt-get install -y --no-install-recommends -o DPkg::Lock::Timeout=300 \
-    "${missing[@]}" </dev/null || fail "apt-get could not install: ${missing[*]}"
+    "${known[@]}" </dev/null || fail "apt-get could not install: ${known[*]}"
 }
 
 # --- Build ----------------------------------------------------------------------------------------
@@ -229,6 +317,8 @@ configure() {
   [[ -z $warnings ]] || set -- "$@" "VELTO_WARNINGS_AS_ERRORS=$warnings"
   local stale=false
   [[ -f $folder/CMakeCache.txt && -f $folder/build.ninja ]] || stale=true
+  # What was missing may have been installed since.
+  $stale || ! grep -q '^VELTO_MISSING:INTERNAL=.' "$folder/CMakeCache.txt" || stale=true
   for setting in "$@"; do
     $stale || grep -qE "^${setting%%=*}:[A-Z]+=${setting#*=}\$" "$folder/CMakeCache.txt" || stale=true
   done
@@ -357,13 +447,30 @@ trial() {
 
 # --- Test -----------------------------------------------------------------------------------------
 
+# Checks the practice page in a browser.
+testWeb() {
+  (($# == 0)) || fail "test --web: unexpected argument '$1'; try ./build.sh help" 2
+  local folder=$root/build tests=$root/Tests/web/browser
+  provide "${buildPackages[@]}" "${webTestPackages[@]}"
+  command -v npm >/dev/null || provide npm
+  web
+  configure release "$folder" VELTO_BUILD_TESTS=ON
+  compile "$folder" --target velto_render_hashes
+  [[ -d $tests/node_modules/playwright-core ]] || (cd "$tests" && npm ci --no-audit --no-fund)
+  say 'Testing: the page in Chromium; screenshots in build/web-pictures/'
+  (cd "$root" && node "$tests/check.mjs" build-web "$folder/bin/velto_render_hashes" \
+    "$folder/web-pictures")
+}
+
 runTests() {
+  if [[ ${1-} == --web ]]; then shift; testWeb "$@"; return; fi
   local preset=release folder=$root/build label=default
   local -a extra=() packages=() wrapper=() targets=()
   while (($# > 0)); do
     case $1 in
       --long) label=long packages=("${longPackages[@]}") ;;
       --matrix) label=matrix packages=("${matrixPackages[@]}") ;;
+      --systems) shift; compareSystems "$@" ;;
       --asan) preset=asan-ubsan folder=$root/build-asan-ubsan ;;
       --tsan) preset=tsan folder=$root/build-tsan label=threads ;;
       --coverage)
@@ -392,9 +499,39 @@ runTests() {
   "${wrapper[@]}" ctest --test-dir "$folder" -L "^$label\$" --no-tests=error --no-label-summary \
     --output-on-failure -j2 --output-log "$log" "${extra[@]}" || status=$?
   if [[ $preset == coverage ]]; then coverage "$folder" || status=1; fi
+  local output=$folder/Testing/Temporary/LastTest.log skipped
+  skipped=$(skippedTests "$output") || true
+  [[ -z $skipped ]] || printf 'Skipped:\n%s\n' "$skipped"
   # Print the summary as the last line.
-  grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+$' "$log" | tail -n 1 || true
+  local summary
+  summary=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+$' "$log" | tail -n 1) || true
+  printf '%s, %d skipped\n' "$summary" "$(grep -c . <<<"$skipped")"
   exit "$status"
+}
+
+# compareSystems [NAME...]: runs and tests this tree in bare systems; see there for the names.
+compareSystems() {
+  ((EUID == 0)) || fail 'test --systems: only root can make systems'
+  provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${testPackages[@]}" \
+    "${systemsPackages[@]}"
+  configure release "$root/build" VELTO_BUILD_TESTS=ON
+  compile "$root/build" --target velto_render_hashes
+  exec "$root/Tests/systems/compare-systems" "$root/build/bin/velto_render_hashes" \
+    "$root/build/systems" "$@"
+}
+
+# skippedTests LOG: prints a line for each test that ctest, or a test program, has skipped: its name
+# and the reason.
+skippedTests() {
+  awk '
+    /^[0-9]+\/[0-9]+ Testing: / { name = $3 }
+    /^Skipped: / { print "  " name ": " substr($0, 10) }
+    /: Skipped$/ {
+      place = $1
+      sub(/.*\//, "", place)
+      getline
+      print "  " name ", " place " " $0
+    }' "$1"
 }
 
 # Each suppression file names libraries that are built without the sanitizer, with the reason. The
@@ -468,6 +605,33 @@ package() {
   "$root/Tests/package/check" "$folder"
 }
 
+# --- Web ------------------------------------------------------------------------------------------
+
+web() {
+  local modules=$root/build-wasm page=$root/build-web serve=false compiler=
+  if [[ ${1-} == --serve ]]; then serve=true; shift; fi
+  (($# == 0)) || fail "web: unknown option '$1'; try ./build.sh help" 2
+  provide "${webPackages[@]}"
+  # The newest clang that has a C++ library for wasm32.
+  for compiler in $(compgen -c clang++- | grep -xE 'clang\+\+-[0-9]+' | sort -Vru) clang++; do
+    if "$compiler" --target=wasm32-wasi -std=c++20 -fsyntax-only -include vector -x c++ /dev/null \
+      2>/dev/null; then break; fi
+  done
+  if ! grep -qs "^CMAKE_CXX_COMPILER:[A-Z]*=.*/$compiler\$" "$modules/CMakeCache.txt"; then
+    rm -rf "$modules"
+    say 'Configuring the WebAssembly modules in build-wasm/'
+    cmake -G Ninja -S "$root/Sources/Velto/web/wasm" -B "$modules" -DCMAKE_BUILD_TYPE=Release \
+      -DCMAKE_CXX_COMPILER="$compiler"
+  fi
+  compile "$modules"
+  say 'Putting the page together in build-web/'
+  "$root/Sources/Velto/web/page/assemble" "$modules/modules" "$page"
+  $serve || return 0
+  local port=${VELTO_PORT-8080}
+  say "Velto: http://localhost:$port/"
+  exec python3 -m http.server "$port" --bind 127.0.0.1 --directory "$page"
+}
+
 # --- Bench ----------------------------------------------------------------------------------------
 
 configureBench() {
@@ -502,6 +666,7 @@ case $command in
   lint) lint "$@" ;;
   docs) (($# == 0)) || fail "docs: unexpected argument '$1'; try ./build.sh help" 2; docs ;;
   package) package "$@" ;;
+  web) web "$@" ;;
   bench) bench "$@" ;;
   help | --help | -h) usage ;;
   *) fail "unknown command '$command'; try ./build.sh help" 2 ;;

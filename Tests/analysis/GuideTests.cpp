@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <sstream>
 
@@ -56,7 +57,7 @@ TEST(Guide, TellsHowOftenTheBestAnswerWithoutListeningHits) {
     EXPECT_TRUE(isFair || table[i][1] == "`velto`") << table[i][1];
     for (std::size_t k = 2; k < head.size(); ++k) {
       const BlindAnswer answer =
-          bestBlindAnswer(*drill, std::stod(head[k]), isFair ? spread : clock);
+          BlindAnswer::best(Targets::of(*drill, std::stod(head[k]), isFair ? spread : clock));
       EXPECT_EQ(std::stoi(table[i][k]), std::lround(100 * answer.hitRate))
           << table[i][0] << " " << table[i][1] << " at " << head[k];
       ++figures;

@@ -72,6 +72,7 @@ struct SimulatedListener {
 struct SimulatedAnswers {
   std::vector<HitOrMiss> answers;
   double meanThreshold = 0; // the true one, while they were given
+  double lastThreshold = 0; // at the last of them
 };
 
 // `count` answers to trials placed by a staircase that starts as a new one.
@@ -108,6 +109,7 @@ struct SimulatedAnswers {
     if (n >= 0) {
       result.answers.push_back({.difficulty = staircase.difficulty, .hit = hit});
       result.meanThreshold += threshold / count;
+      result.lastThreshold = threshold;
     }
     staircase.record(hit);
   }

@@ -1,4 +1,6 @@
-// How often the threshold's interval holds the truth, and how wide it is.
+// How often the threshold's interval holds the truth, and how wide it is. The truth of a listener
+// who changes is the mean of the thresholds at all answers. How often the interval holds the
+// threshold at the last answer is printed as well, but not promised.
 #include "ThresholdFit.h"
 
 #include "SimulatedListener.h"
@@ -19,6 +21,7 @@ using Change = SimulatedListener::Change;
 struct Study {
   int runs = 0;
   int held = 0;         // intervals that hold the true threshold
+  int heldLast = 0;     // intervals that hold that of the last answer
   int open = 0;         // intervals with an open end
   double meanWidth = 0; // an open end counts as the end of the scale
   double bias = 0;
@@ -35,6 +38,7 @@ Study study(const SimulatedListener& listener, int answers, double guessRate, in
     const auto practice = practise(listener, answers, guessRate, seed);
     const ThresholdFit fit = ThresholdFit::of(practice.answers, guessRate).value();
     result.held += holds(fit, practice.meanThreshold) ? 1 : 0;
+    result.heldLast += holds(fit, practice.lastThreshold) ? 1 : 0;
     result.open += fit.lower && fit.upper ? 0 : 1;
     result.meanWidth += (fit.upper.value_or(100) - fit.lower.value_or(0)) / runs;
     result.bias += (fit.threshold - practice.meanThreshold) / runs;
@@ -127,10 +131,10 @@ TEST_P(ThresholdStudy, IntervalsHoldTheTruthAndAreNarrow) {
       char text[200];
       std::snprintf(text, sizeof text,
                     "guess %4.1f %%  %-20s at %4.0f, width %3.0f: %3d answers: %5.1f %% hold, "
-                    "mean width %4.1f, open %3.0f %%, bias %+5.1f",
+                    "last %5.1f %%, mean width %4.1f, open %3.0f %%, bias %+5.1f",
                     100 * guessRate, listener.name.c_str(), listener.threshold, listener.width,
-                    size.answers, 100.0 * result.held / runs, result.meanWidth,
-                    100.0 * result.open / runs, result.bias);
+                    size.answers, 100.0 * result.held / runs, 100.0 * result.heldLast / runs,
+                    result.meanWidth, 100.0 * result.open / runs, result.bias);
       std::puts(text);
       EXPECT_GE(result.held, fewestHeld(runs, size.share)) << text;
       if (one.isNarrow) {

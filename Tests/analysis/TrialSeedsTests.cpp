@@ -1,5 +1,6 @@
 #include "TrialSeeds.h"
 
+#include "BlindAnswer.h"
 #include "Trial.h"
 #include "kit/RecordTesting.h"
 
@@ -37,6 +38,43 @@ TEST(TrialSeeds, SpreadOnesFillTheRangeOfTargetsEvenly) {
   EXPECT_EQ(targets.back(), 6);
   EXPECT_EQ(targets[targets.size() / 2], 4.35);
   EXPECT_EQ(targets[targets.size() / 4], 3.55);
+}
+
+TEST(TrialSeeds, SpreadOnesLeaveTheSameToGuessersAsAllSeeds) {
+  const auto seeds = TrialSeeds::spread();
+  for (const Drill drill : Drill::allCases)
+    for (double difficulty = 0; difficulty <= 100; difficulty += 4.75) {
+      const auto sampled = BlindAnswer::best(Targets::of(drill, difficulty, seeds));
+      const auto exact = BlindAnswer::best(Targets::spread(drill, difficulty));
+      EXPECT_NEAR(sampled.hitRate, exact.hitRate, 5e-4) << drill.rawValue() << " " << difficulty;
+      EXPECT_NEAR(sampled.meanError, exact.meanError, 5e-4)
+          << drill.rawValue() << " " << difficulty;
+      EXPECT_EQ(sampled.targets, exact.targets) << drill.rawValue() << " " << difficulty;
+    }
+}
+
+TEST(TrialSeeds, ClockOnesAskForOneValueOfLevelAndDynamics) {
+  const auto seeds = TrialSeeds::clock(utc(2026, 11, 22));
+  const std::map<double, double> targets{{0, 3.05}, {20, 2.5}, {40, 1.9}, {60, 1.35}};
+  for (const auto& [difficulty, target] : targets) {
+    const auto answer = BlindAnswer::best(Targets::of(Drill::level, difficulty, seeds));
+    EXPECT_EQ(answer.hitRate, 1);
+    EXPECT_EQ(answer.answer, target);
+    EXPECT_NEAR(answer.lowestTarget, target, 0.051);
+    EXPECT_NEAR(answer.highestTarget, target, 0.051);
+    EXPECT_LT(answer.meanError, 0.025);
+    EXPECT_EQ(BlindAnswer::best(Targets::of(Drill::dynamics, difficulty, seeds)).hitRate, 1);
+  }
+}
+
+TEST(TrialSeeds, ClockOnesAskForAllBandsAndSlots) {
+  const auto seeds = TrialSeeds::clock(utc(2026, 11, 22));
+  for (const double difficulty : {0.0, 37.0, 100.0}) {
+    EXPECT_NEAR(BlindAnswer::best(Targets::of(Drill::frequency, difficulty, seeds)).hitRate,
+                3.0 / 27, 0.005);
+    EXPECT_NEAR(BlindAnswer::best(Targets::of(Drill::polarity, difficulty, seeds)).hitRate, 1.0 / 3,
+                0.005);
+  }
 }
 
 TEST(TrialSeeds, ClockCountsSecondsThroughAYear) {

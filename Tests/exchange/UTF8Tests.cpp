@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 namespace velto {
 namespace {
@@ -20,6 +21,13 @@ TEST(UTF8, RefusesWhatIsIllFormed) {
                            "\xE0\xA0", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF", "\xF0\x90\x80",
                            "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF", "a\xFE", "\xE1\x80g"})
     EXPECT_FALSE(UTF8::isValid(text)) << text;
+}
+
+// Whatever follows in memory: here the rest of the sequence.
+TEST(UTF8, RefusesASequenceThatIsCutOff) {
+  for (const std::string_view text : {"\xC2\x80", "\xE0\xA0\x80", "\xF0\x90\x80\x80"})
+    for (std::size_t bytes = 1; bytes < text.size(); ++bytes)
+      EXPECT_FALSE(UTF8::isValid(text.substr(0, bytes))) << text << " " << bytes;
 }
 
 } // namespace

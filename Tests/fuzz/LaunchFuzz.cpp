@@ -6,6 +6,7 @@
 #include "Numbers.h"
 #include "Trial.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <string>

@@ -47,9 +47,19 @@ std::vector<std::string> statesOf(AtspiAccessible* object) {
   return states;
 }
 
+// Releases of the bus name a role differently, and releases of Qt choose another one for a group.
+std::string roleOf(AtspiAccessible* object) {
+  const AtspiRole role = atspi_accessible_get_role(object, nullptr);
+  if (role == ATSPI_ROLE_PUSH_BUTTON)
+    return "push button";
+  if (role == ATSPI_ROLE_PANEL || role == ATSPI_ROLE_GROUPING)
+    return "group";
+  return taken(atspi_accessible_get_role_name(object, nullptr));
+}
+
 AccessibleObject describe(AtspiAccessible* object) {
   AccessibleObject described;
-  described.role = taken(atspi_accessible_get_role_name(object, nullptr));
+  described.role = roleOf(object);
   described.name = taken(atspi_accessible_get_name(object, nullptr));
   described.description = taken(atspi_accessible_get_description(object, nullptr));
   described.states = statesOf(object);
@@ -119,8 +129,7 @@ struct ScreenReader::Bus {
     Owned<AtspiAccessible> found;
     dispatch();
     visit(program.get(), [&](AtspiAccessible* object) {
-      if (taken(atspi_accessible_get_name(object, nullptr)) != name ||
-          taken(atspi_accessible_get_role_name(object, nullptr)) != role ||
+      if (taken(atspi_accessible_get_name(object, nullptr)) != name || roleOf(object) != role ||
           !contains(statesOf(object), "showing"))
         return false;
       found.reset(static_cast<AtspiAccessible*>(g_object_ref(object)));

@@ -11,7 +11,7 @@ namespace velto::kit {
 
 // What the bus reported about an object at one moment.
 struct AccessibleObject {
-  std::string role; // as the bus names it: "slider", "radio button"
+  std::string role; // as the bus names it ("slider", "radio button"), or "push button", "group"
   std::string name, description;
   std::vector<std::string> states;  // "showing", "checked"
   std::vector<std::string> actions; // "Press"

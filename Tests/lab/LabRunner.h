@@ -20,6 +20,14 @@ public:
   [[nodiscard]] const std::filesystem::path& folder() const { return scratch_.path(); }
   [[nodiscard]] std::filesystem::path record() const { return folder() / "profile.json"; }
 
+  // The names in the folder, with what the files hold.
+  [[nodiscard]] std::map<std::string, std::string> files() const {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder()))
+      files[entry.path().filename().string()] = kit::contentOf(entry.path());
+    return files;
+  }
+
   [[nodiscard]] kit::ChildResult run(Words words, kit::ChildOptions options = {}) const {
     options.environment.try_emplace("HOME", folder().string());
     options.environment.try_emplace("VELTO_PROFILE_DIR", folder().string());

@@ -1,4 +1,5 @@
 // velto-lab report.
+#include "Coding.h"
 #include "LabRunner.h"
 #include "kit/RecordTesting.h"
 
@@ -57,6 +58,18 @@ TEST(LabReport, AnalysesTheNewestAnswers) {
   EXPECT_NE(newest.find("data-label=\"Newest\">1</td><td data-label=\"Hits\">0\u00A0%<"),
             std::string::npos)
       << newest;
+}
+
+// A Velto that was killed: its only answer is in a copy.
+TEST(LabReport, CountsAnswersThatOnlyACopyHolds) {
+  const LabRunner lab;
+  const Stored one = Coding::decodeStored(oneAnswer).value();
+  put(lab.record(), Coding::encode(Stored{}).value());
+  put(lab.record().string() + ".saving-12345678",
+      Coding::encodeBackup(oneAnswer, one.attempts, 0, 1).value());
+  const auto before = lab.files();
+  EXPECT_NE(lab.run({"report", "-"}).out.find("1\u00A0answer,"), std::string::npos);
+  EXPECT_EQ(lab.files(), before);
 }
 
 TEST(LabReport, RefusesWhatItCannotReadOrWrite) {

@@ -7,10 +7,13 @@
 #include "TrialList.h"
 #include "kit/Answers.h"
 #include "kit/CapturedOutput.h"
+#include "kit/Chance.h"
 #include "kit/Files.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
+#include <cmath>
 #include <map>
 #include <string>
 
@@ -202,6 +205,52 @@ TEST_F(LabSessionScore, PrintsJSON) {
       "\"answers\":1,\"hits\":0,\"meanError\":2,"))
       << result.out;
   EXPECT_TRUE(result.out.ends_with("\"meanSeconds\":4,\"meanSwitches\":2}]}]}\n")) << result.out;
+}
+
+// Twenty listeners without ears give the answer that simulate names, each to 100 trials a drill of
+// a list of their own. Hits are binomial: with the bounds used here, one of the 80 scores would be
+// outside in 1 of 100 runs, and a sum, within four standard deviations, in 1 of 4000. The lists are
+// fixed, and so is the outcome.
+TEST_F(LabSessionScore, OfTwentyWhoDoNotListenIsWhatSimulatePredicts) {
+  constexpr int listeners = 20, trials = 100;
+  constexpr double confidence = 1 - 0.01 / (2 * 4 * listeners);
+  struct Predicted {
+    double answer = 0, hitRate = 0;
+    int hits = 0;
+  };
+  std::map<std::string, Predicted> drills;
+  const auto simulated =
+      nlohmann::json::parse(lab_.run({"simulate", "--json", "--difficulty", "40"}).out);
+  for (const nlohmann::json& row : simulated["trials"])
+    drills[row["drill"]] = {.answer = row["fair"]["answer"], .hitRate = row["fair"]["hitRate"]};
+  ASSERT_EQ(drills.size(), 4U);
+
+  for (int listener = 0; listener < listeners; ++listener) {
+    const auto made = lab_.run(newList({"--count", std::to_string(4 * trials), "--difficulty", "40",
+                                        "--random-seed", std::to_string(listener)}));
+    put("list.velto", made.out);
+    put("blind.csv", resultsOf(listOf(made), [&](const Trial& trial) {
+          return drills.at(std::string(trial.drill.rawValue())).answer;
+        }));
+    const auto scored = nlohmann::json::parse(
+        lab_.run({"session", "score", "--json", "list.velto", "blind.csv"}).out);
+    for (const nlohmann::json& score : scored["listeners"][0]["scores"]) {
+      Predicted& drill = drills.at(score["drill"]);
+      const int hits = score["hits"];
+      EXPECT_EQ(score["answers"], trials);
+      EXPECT_LE(hits, kit::mostHitsByChance(drill.hitRate, trials, confidence)) << score;
+      EXPECT_LE(trials - hits, kit::mostHitsByChance(1 - drill.hitRate, trials, confidence))
+          << score;
+      EXPECT_NEAR(score["guessingHitRate"].get<double>(), drill.hitRate, 5e-4) << score;
+      drill.hits += hits;
+    }
+  }
+  for (const auto& [name, drill] : drills) {
+    constexpr int all = listeners * trials;
+    EXPECT_NEAR(drill.hits, drill.hitRate * all,
+                4 * std::sqrt(all * drill.hitRate * (1 - drill.hitRate)))
+        << name;
+  }
 }
 
 TEST_F(LabSessionScore, GradesFromTheListWhateverTheFileSays) {

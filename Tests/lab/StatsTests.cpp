@@ -61,6 +61,23 @@ TEST(LabStats, FailsIfTheRecordCannotBeRead) {
   EXPECT_TRUE(isOneComplaint(result.error)) << result.error;
 }
 
+// A Velto that was killed: its newest answers are in a copy only.
+TEST(LabStats, CountsAnswersThatOnlyACopyHolds) {
+  const LabRunner lab;
+  const Stored whole = practice();
+  Stored older = whole;
+  older.attempts.resize(150);
+  const std::vector<Attempt> unsaved(whole.attempts.begin() + 150, whole.attempts.end());
+  put(lab.record().string() + ".saving-12345678",
+      Coding::encodeBackup(Coding::encode(whole).value(), unsaved, 0, 1).value());
+  for (const std::string& file : {Coding::encode(older).value(), std::string("{\"attempts\":[")}) {
+    put(lab.record(), file);
+    const auto before = lab.files();
+    EXPECT_EQ(statsOf(lab, {})["days"][0]["answers"], 160) << file;
+    EXPECT_EQ(lab.files(), before);
+  }
+}
+
 TEST(LabStats, RefusesCountsThatNoRecordHas) {
   for (const char* count : {"0", "5001", "-1", "1.5", "x"}) {
     const auto result = LabRunner().run({"stats", "--newest", count});
@@ -127,7 +144,9 @@ TEST(LabStats, TellsTheSameInWords) {
   for (const char* text :
        {"160 answers; 1 day of practice from 2026-05-04 to 2026-05-04, 2.7 hours in 1 sitting.",
         "\nlevel           40  75 %          35\n", "trials without --fair", "proves nothing",
-        "\nThreshold", "\nMean error\n", "     200       40  75 %"})
+        "\nThreshold: the difficulty at which half of the trials are heard, on average over these "
+        "answers\n",
+        "\nMean error\n", "     200       40  75 %"})
     EXPECT_NE(words.find(text), std::string::npos) << text << "\n" << words;
 }
 

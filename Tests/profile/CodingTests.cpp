@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 namespace velto {
 namespace {
@@ -438,6 +439,7 @@ TEST(Coding, IgnoresACommaLocale) {
   const auto trial = Coding::decodeTrial(trialText);
   const auto text = Coding::encode(trialValue);
   const auto five = Coding::decodeStaircase(changed(staircaseText, ":6,", ":5.0,"));
+  const auto tiny = Coding::decodeStaircase(changed(staircaseText, "44.25", "1.5e-400"));
   const std::string pointAfter = localeconv()->decimal_point;
   setlocale(LC_ALL, previous.c_str());
   EXPECT_EQ(point, ",");
@@ -445,6 +447,7 @@ TEST(Coding, IgnoresACommaLocale) {
   EXPECT_EQ(trial, trialValue);
   EXPECT_EQ(text, trialText);
   EXPECT_EQ(five.value().reversals, 5);
+  EXPECT_EQ(tiny.value().difficulty, 0);
 }
 
 TEST(Coding, DrillAndMaterialNamesMatchExactly) {

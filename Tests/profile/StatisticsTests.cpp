@@ -3,6 +3,7 @@
 #include "kit/RecordTesting.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace velto {
 namespace {

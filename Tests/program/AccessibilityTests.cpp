@@ -293,7 +293,7 @@ TEST(ScreenReaderAlone, EveryVisibleObjectHasANameAndARole) {
       continue;
     SCOPED_TRACE(object.role + " " + object.name);
     roles.insert(object.role);
-    if (object.role == "panel")
+    if (object.role == "group")
       groups.insert(object.name);
     if (object.role == "label")
       labels.insert(object.name);

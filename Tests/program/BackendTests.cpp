@@ -24,6 +24,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <sys/socket.h>
@@ -54,13 +55,18 @@ std::string alsaOnPulse() {
   return alsaConfiguration("type pulse server \"unix:" + deskFolder() + "/pulse/native\"");
 }
 
-// True if the newest 100 ms at the sink hold sound.
+// True if the newest 100 ms at the sink hold sound. False if they cannot be recorded: a server that
+// was stopped refuses new clients until it has accepted the five that its socket keeps waiting.
 bool sinkSounds() {
-  Recorder recorder;
-  recorder.waitForMore(9600);
-  const Recording sound = recorder.stop();
-  const std::size_t begin = sound.frames() - 4800;
-  return Measure::rmsDB(std::span(sound.l).subspan(begin)) > -60;
+  try {
+    Recorder recorder;
+    recorder.waitForMore(9600);
+    const Recording sound = recorder.stop();
+    const std::size_t begin = sound.frames() - 4800;
+    return Measure::rmsDB(std::span(sound.l).subspan(begin)) > -60;
+  } catch (const std::runtime_error&) {
+    return false;
+  }
 }
 
 // A sound system, as the program finds it.

@@ -2,15 +2,18 @@
 #include "ReportPage.h"
 
 #include "ReportRecords.h"
+#include "StyleSheet.h"
 #include "kit/Command.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <regex>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace velto {
 namespace {
@@ -50,14 +53,14 @@ std::string errorsOf(const std::string& command, const std::string& page) {
 }
 
 std::string xmlErrors(const std::string& page) {
-  return errorsOf(VELTO_XMLLINT " --nonet --noout", page);
+  return errorsOf("xmllint --nonet --noout", page);
 }
 
 TEST(ReportPage, IsValidHTMLAndXML) {
   for (const auto& [name, record] : records()) {
     const std::string page = reportPage(reported(record));
     EXPECT_EQ(xmlErrors(page), "") << name;
-    EXPECT_EQ(errorsOf(VELTO_TIDY " -quiet -errors --drop-empty-elements no", page), "") << name;
+    EXPECT_EQ(errorsOf("tidy -quiet -errors --drop-empty-elements no", page), "") << name;
   }
 }
 
@@ -131,9 +134,85 @@ TEST(ReportPage, CanBeReadWithoutItsDrawings) {
     words += page.substr(at, drawing - at);
     at = drawing == page.npos ? drawing : page.find("</svg>", drawing);
   }
-  for (const char* part : {"What to practise next", ">125<", ">100", "You hear it half of the time",
-                           "Your mean error is", "Difficulty over", "2026-11", "3\u00A0days"})
+  for (const char* part :
+       {"What to practise next", ">125<", ">100", "you heard it half of the time",
+        "Your mean error is", "Difficulty over", "2026-11", "3\u00A0days"})
     EXPECT_NE(words.find(part), std::string::npos) << part;
+}
+
+// The parts of `text` that a pattern's first group captures.
+std::vector<std::string> captured(const std::string& text, const char* pattern) {
+  const std::regex regex(pattern);
+  std::vector<std::string> parts;
+  for (auto at = std::sregex_iterator(text.begin(), text.end(), regex);
+       at != std::sregex_iterator(); ++at)
+    parts.push_back((*at)[1]);
+  return parts;
+}
+
+// The width in em of a table whose cells do not wrap, except between the words of its heads. A
+// character of a sans-serif face is 0.62 em wide at most, on average.
+double widthOf(const std::string& table) {
+  std::vector<std::size_t> longest;
+  for (const std::string& row : captured(table, "<tr>(.*?)</tr>")) {
+    std::size_t column = 0;
+    const bool isHead = row.starts_with("<th>") || row.starts_with("<th scope=\"col\"");
+    for (std::string cell : captured(row, "<t[hd][^>]*>([^<]*)<")) {
+      std::size_t length = 0, word = 0;
+      for (const char byte : cell) {
+        const bool isContinued = (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+        word = isHead && byte == ' ' ? 0 : word + (isContinued ? 0 : 1);
+        length = std::max(length, word);
+      }
+      longest.resize(std::max(longest.size(), column + 1));
+      longest[column] = std::max(longest[column], length);
+      ++column;
+    }
+  }
+  double characters = 0;
+  for (const std::size_t length : longest)
+    characters += static_cast<double>(length);
+  EXPECT_GE(longest.size(), 5U) << table;
+  return 0.62 * characters;
+}
+
+// On a phone of 360 points there are 298 between the paddings of page and section.
+TEST(ReportPage, FitsAPhone) {
+  constexpr double room = 360 - 2 * 16 - 2 * (14 + 1), cellPadding = 2 * 3, fontSize = 12;
+  const std::string css = StyleSheet::text(), screen = css.substr(0, css.find("@media print"));
+  for (const char* rule :
+       {"main{max-width:1080px;margin:0 auto;padding:20px 16px 32px}",
+        "padding:14px;margin:0 0 14px",
+        "@media screen and (max-width:719px){\ntable{font-size:12px}th,td{padding:3px}",
+        "@media (min-width:720px){.pair{grid-template-columns:repeat(2,minmax(0,1fr))}}",
+        ".pair{display:grid;grid-template-columns:minmax(0,1fr)"})
+    EXPECT_NE(screen.find(rule), std::string::npos) << rule;
+  for (const std::string& width : captured(screen, "[{;](?:min-)?width:([^;}]*)"))
+    EXPECT_EQ(width, "100%");
+
+  for (const auto& [name, record] : records()) {
+    const std::string page = reportPage(reported(record));
+    for (const char* part : {" style=", "<svg width", "<svg height", "<pre", "<table width"})
+      EXPECT_EQ(page.find(part), std::string::npos) << name << ": " << part;
+    for (const std::string& table : captured(page, "<table>(.*?)</table>")) {
+      const auto columns = captured(table.substr(0, table.find("</tr>")), "(<th)").size();
+      EXPECT_LE(widthOf(table) * fontSize + static_cast<double>(columns) * cellPadding, room)
+          << name << ": " << table;
+    }
+  }
+}
+
+// The paper's rules come last, so that they also win over those of a dark desktop.
+TEST(StyleSheet, HasRulesForPaper) {
+  const std::string css = StyleSheet::text();
+  const std::size_t print = css.find("@media print{");
+  ASSERT_NE(print, css.npos);
+  EXPECT_GT(print, css.rfind("prefers-color-scheme:dark"));
+  EXPECT_GT(print, css.rfind("@media screen"));
+  const std::string paper = css.substr(print);
+  for (const char* rule : {":root{color-scheme:light;--bg:#ffffff;", "@page{size:A4;margin:10mm}",
+                           "break-inside:avoid", "main{max-width:none;padding:0}"})
+    EXPECT_NE(paper.find(rule), std::string::npos) << rule;
 }
 
 TEST(ReportPage, SaysWhichTrialsItTakesThemFor) {

@@ -216,6 +216,21 @@ TEST(AssignedSession, GoesOnAfterTheLastAnswerOnTheDisk) {
   EXPECT_TRUE(kit::contentOf(desk.results()).starts_with(whole.substr(0, whole.find('\n', 100))));
 }
 
+// Again and again: the end comes before the writer's thread has begun, but sometimes it does not.
+TEST(AssignedSession, EndsOnceTheLastAnswerIsInTheFile) {
+  for (int times = 0; times < 20; ++times) {
+    const Desk desk;
+    kit::WorkerQueues work;
+    {
+      AssignedCourse course(std::get<Assignment>(Assignment::open(desk.listFile(), desk.results())),
+                            work.queues());
+      ASSERT_TRUE(course.next(Drill::frequency, Material::pinkNoise, 0));
+      EXPECT_FALSE(course.keep({.answer = 1}, [](const auto&) {}));
+    }
+    EXPECT_EQ(desk.answersOnDisk(), 1U);
+  }
+}
+
 TEST(AssignedSession, AdaptsByTheAnswersAcrossAnInterruption) {
   TrialList list{.difficulty = TrialList::Difficulty::staircase, .trials = {}};
   for (std::uint64_t seed = 1; seed <= 4; ++seed)

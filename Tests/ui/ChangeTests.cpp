@@ -265,7 +265,7 @@ TEST(BindingUpdates, ARecordedAnswerUpdatesEachFigureOnce) {
                                                   {"announcement", 1},
                                                   {"canSubmit", 1},
                                                   {"answerable", 1},
-                                                  {"over", 1}}));
+                                                  {"primary", 1}}));
   stage.reset();
   stage.session.newTrial();
   stage.session.setMaterial(Material::pad);

@@ -12,7 +12,7 @@ TEST(PanelView, HasItsTitlePaddingAndOutline) {
   const Picture picture = snippet.picture();
   QQuickItem* title = snippet.item("panelTitle");
   expectText(title, picture,
-             {"WEAKNESS MAP", "JetBrains Mono", "Medium", 10, 1.4, "#9A8F84", "#FFFBF6"});
+             {"WEAKNESS MAP", "JetBrains Mono", medium, 10, 1.4, "#9A8F84", "#FFFBF6"});
   EXPECT_EQ(Stage::box(title).topLeft(), QPointF(14, 14));
   const QRectF content = Stage::box(snippet.item("content"));
   EXPECT_EQ(content.topLeft(), QPointF(14, 14 + title->height() + 10));

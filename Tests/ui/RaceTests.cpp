@@ -12,6 +12,8 @@
 #include "kit/Stage.h"
 
 #include <QCoreApplication>
+#include <QExposeEvent>
+#include <QRegion>
 #include <QThreadPool>
 #include <QtTest/QTest>
 
@@ -253,4 +255,20 @@ TEST(Race, RandomInputKeepsTheInvariantsOfTheSession) {
   EXPECT_EQ(storm.session().player().current(), 1);
   QTest::keyClick(&storm.window(), Qt::Key_Return);
   EXPECT_NE(Moment(storm.session()).newest, newest);
+}
+
+// Some platforms hide a window, and tell it so, only when it is destroyed.
+TEST(ClosingWindow, TakesEventsUntilItIsGone) {
+  int sent = 0;
+  {
+    Storm storm(1);
+    QQuickView& window = storm.window();
+    QObject::connect(window.rootObject(), &QObject::destroyed, &window, [&] {
+      QExposeEvent event{QRegion()};
+      QCoreApplication::sendEvent(&window, &event);
+      Q_EMIT window.activeChanged();
+      ++sent;
+    });
+  }
+  EXPECT_EQ(sent, 1);
 }

@@ -49,11 +49,11 @@ void expectStat(const Stage& stage, const Picture& picture, const Hues& hues, co
              .ground = hues.bg,
              .probe = {12, 27}});
   expectText(stage.item("statLabel" + label), picture,
-             {label, "Inter", "Medium", 8, 1.2, hues.faint, hues.bg});
+             {label, "Inter", medium, 8, 1.2, hues.faint, hues.bg});
   const bool brand = BrandType::registered();
   expectText(stage.item("statValue" + label), picture,
-             {value, brand ? "MORLA Display" : "Inter", brand ? "Regular" : "Semi Bold", 19, 0,
-              hues.ink, hues.bg});
+             {value, brand ? "MORLA Display" : "Inter", brand ? regular : semibold, 19, 0, hues.ink,
+              hues.bg});
   const QRectF number = stage.box("statValue" + label);
   const QRectF caption = stage.box("statLabel" + label);
   EXPECT_LE(number.bottom(), caption.top());
@@ -97,19 +97,19 @@ TEST(SidePanel, ExplainsAnEmptyRecord) {
     expectStat(stage, picture, hues, "TODAY", "0", 950);
     expectStat(stage, picture, hues, "ACC", "—", 1060);
     expectText(stage.item("mapTitle"), picture,
-               {"weakness map", "Inter", "Regular", 9, 0, hues.faint, hues.bg});
+               {"weakness map", "Inter", regular, 9, 0, hues.faint, hues.bg});
     for (int band = 0; band < 27; ++band)
       expectBar(stage, picture, hues.bg, band, 6, hues.track);
     expectText(stage.item("weakestText"), picture,
-               {"needs 3 answers in a band before it names a weak spot", "Inter", "Regular", 9, 0,
+               {"needs 3 answers in a band before it names a weak spot", "Inter", regular, 9, 0,
                 hues.faint, hues.bg});
     expectText(stage.item("curveTitle"), picture,
-               {"progress · frequency", "Inter", "Regular", 9, 0, hues.faint, hues.bg});
+               {"progress · frequency", "Inter", regular, 9, 0, hues.faint, hues.bg});
     expectText(
         stage.item("curveHint"), picture,
-        {"answer a few to draw the curve", "JetBrains Mono", "Regular", 9, 0, hues.faint, hues.bg});
+        {"answer a few to draw the curve", "JetBrains Mono", regular, 9, 0, hues.faint, hues.bg});
     expectText(stage.item("keyHint"), picture,
-               {"1/2/3 pick · space switch · ↩ submit", "JetBrains Mono", "Regular", 10, 0,
+               {"1/2/3 pick · space switch · ↩ submit", "JetBrains Mono", regular, 10, 0,
                 hues.faint, hues.bg});
     EXPECT_EQ(stage.find("curve"), nullptr);
     EXPECT_EQ(stage.find("curveFrame"), nullptr);
@@ -134,8 +134,7 @@ TEST(SidePanel, LabelsFiveBandsFromEdgeToEdge) {
     std::vector<QRectF> boxes;
     for (int i = 0; i < 5; ++i) {
       QQuickItem* label = stage.item("bandLabel" + QString::number(i));
-      expectText(label, picture,
-                 {texts[i], "JetBrains Mono", "Regular", 8, 0, hues.faint, hues.bg});
+      expectText(label, picture, {texts[i], "JetBrains Mono", regular, 8, 0, hues.faint, hues.bg});
       boxes.push_back(Stage::box(label));
       EXPECT_EQ(boxes.back().top(), 140);
     }
@@ -205,7 +204,7 @@ TEST(SidePanel, OutlinesAndNamesTheWeakestBand) {
   });
   inBothPalettes(stage, [&](const Picture& picture, const Hues& hues) {
     expectText(stage.item("weakestText"), picture,
-               {"weakest · 3.15k Hz — 0.42 oct mean error over 7", "Inter", "Regular", 9, 0,
+               {"weakest · 3.15k Hz — 0.42 oct mean error over 7", "Inter", regular, 9, 0,
                 hues.muted, hues.bg});
     for (int band = 0; band < 27; ++band) {
       QQuickItem* bar = stage.item("bar" + QString::number(band));
@@ -305,7 +304,7 @@ TEST(BrandType, WordmarkAndFiguresUseTheFaceOnceItIsRegistered) {
   Stage stage;
   inBothPalettes(stage, [&](const Picture& picture, const Hues& hues) {
     expectText(stage.item("wordmark"), picture,
-               {"MORLA Velto", "MORLA Display", "Regular", 22, 0, hues.ink, hues.bg});
+               {"MORLA Velto", "MORLA Display", regular, 22, 0, hues.ink, hues.bg});
     expectStat(stage, picture, hues, "TODAY", "0", 950);
   });
 }

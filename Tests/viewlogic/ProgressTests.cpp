@@ -5,6 +5,7 @@
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <vector>
 

@@ -44,3 +44,28 @@ TEST(Wording, JoinsTheVerdictInAFixedOrder) {
   EXPECT_EQ(Wording::verdict(true), "HIT");
   EXPECT_EQ(Wording::verdict(false), "MISS");
 }
+
+TEST(Wording, NamesAnswers) {
+  EXPECT_EQ(Wording::answerName(Drill::frequency), "Frequency");
+  EXPECT_EQ(Wording::answerName(Drill::level), "How much louder");
+  EXPECT_EQ(Wording::answerName(Drill::dynamics), "How much gain reduction");
+  EXPECT_EQ(Wording::answerName(Drill::polarity), "Flipped slot");
+}
+
+TEST(Wording, CaptionsSlotsOnceTheFlippedOneIsKnown) {
+  EXPECT_EQ(Wording::slotCaption(1, std::nullopt), "?");
+  EXPECT_EQ(Wording::slotCaption(1, 1), "FLIPPED");
+  EXPECT_EQ(Wording::slotCaption(1, 2), "in phase");
+}
+
+TEST(Wording, SaysWhatThePrimaryButtonDoes) {
+  EXPECT_EQ(Wording::primary(false, false), "Submit");
+  EXPECT_EQ(Wording::primary(true, false), "Next");
+  EXPECT_EQ(Wording::primary(true, true), "Close");
+}
+
+TEST(Wording, SaysWhatHappensBeforeTheVerdict) {
+  EXPECT_EQ(Wording::status(true, false), "rendering…");
+  EXPECT_EQ(Wording::status(false, true), "saving…");
+  EXPECT_EQ(Wording::status(false, false), "listen, then answer");
+}

@@ -1,6 +1,8 @@
 #include "RecordAnalysis.h"
 
 #include "Bands.h"
+#include "BlindAnswer.h"
+#include "Targets.h"
 #include "TrialSeeds.h"
 
 #include <algorithm>
@@ -47,8 +49,11 @@ std::optional<ThresholdFit> thresholdOf(std::span<const Attempt> rows, double gu
 }
 
 NewestAnswers newestAnswers(Drill drill, std::span<const Attempt> rows, SeedSource seeds) {
-  BlindAnswers blind(seeds == SeedSource::spread ? TrialSeeds::spread()
-                                                 : TrialSeeds::clock(rows.front().date));
+  const auto trialSeeds =
+      seeds == SeedSource::spread ? TrialSeeds::spread() : TrialSeeds::clock(rows.front().date);
+  BlindAnswers blind([&trialSeeds](Drill asked, double difficulty) {
+    return Targets::of(asked, difficulty, trialSeeds);
+  });
   const auto count = static_cast<double>(rows.size());
   double blindHits = 0;
   double blindError = 0;

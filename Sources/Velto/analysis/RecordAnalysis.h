@@ -1,7 +1,7 @@
 // What a practice record says about a listener, and what it does not prove.
 #pragma once
 
-#include "BlindAnswer.h"
+#include "Drill.h"
 #include "Intervals.h"
 #include "Record.h"
 #include "ThresholdFit.h"

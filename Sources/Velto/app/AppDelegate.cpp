@@ -88,6 +88,11 @@ AppDelegate::AppDelegate(LaunchOptions options, OutputDeviceFactory makeDevice,
 }
 
 AppDelegate::~AppDelegate() {
+  // Qt on Wayland sends events from a window that is being destroyed.
+  if (window_) {
+    window_->removeEventFilter(this);
+    disconnect(window_.get(), nullptr, this, nullptr);
+  }
   window_.reset();
   preparation_.engine.reset();
   // Renders in progress still post their results to the event loop.

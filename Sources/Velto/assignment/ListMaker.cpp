@@ -25,7 +25,7 @@ private:
 
 // A seed for a trial of `listed`: for a frequency trial, seeds are drawn until the target's band
 // passes a draw by its weight.
-std::uint64_t seedFor(const ListedTrial& listed, const Blind::Weights& weights, Seeds& seeds) {
+std::uint64_t seedFor(const ListedTrial& listed, const BandWeights& weights, Seeds& seeds) {
   const double heaviest = *std::max_element(weights.begin(), weights.end());
   while (true) {
     const std::uint64_t seed = seeds.next();

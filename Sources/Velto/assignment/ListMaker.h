@@ -1,8 +1,8 @@
 // Makes lists of trials.
 #pragma once
 
-#include "Blind.h"
 #include "Drill.h"
+#include "Targets.h"
 #include "TrialList.h"
 
 #include <cstddef>
@@ -23,7 +23,7 @@ struct ListRequest {
   std::optional<Material> material{}; // each drill's default material if there is none
   TrialList::Difficulty difficulty = TrialList::Difficulty::fixed;
   std::uint64_t randomSeed = 0;
-  Blind::Weights bandWeights = Blind::even; // how often each band is the target
+  BandWeights bandWeights = Targets::evenBands; // how often each band is the target
 };
 
 // The same request gives the same list. Seeds are spread over 64 bits: those of different random

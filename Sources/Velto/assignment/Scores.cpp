@@ -1,5 +1,7 @@
 #include "Scores.h"
 
+#include "Targets.h"
+
 #include <algorithm>
 
 namespace velto {
@@ -16,20 +18,20 @@ std::size_t trialsOf(const TrialList& list, Drill drill) {
 constexpr double Score::*means[] = {&Score::error,   &Score::blindHits, &Score::blindError,
                                     &Score::seconds, &Score::switches,  &Score::difficulty};
 
-Score scoreOf(Drill drill, const Results::Reading& reading, BlindTable& table) {
+Score scoreOf(Drill drill, const Results::Reading& reading, BlindAnswers& answers) {
   Score score{.drill = drill, .trials = trialsOf(reading.sitting.list(), drill)};
   std::vector<double> chances;
   for (const Results::Row& row : reading.rows) {
     if (row.trial.drill != drill)
       continue;
     const double difficulty = row.trial.difficulty;
-    const Blind& blind = table.at(drill, difficulty);
-    chances.push_back(blind.hits);
+    const BlindAnswer& blind = answers.at(drill, difficulty);
+    chances.push_back(blind.hitRate);
     ++score.answers;
     score.hits += row.grade.correct ? 1 : 0;
     score.error += row.grade.error;
-    score.blindHits += blind.hits;
-    score.blindError += blind.error;
+    score.blindHits += blind.hitRate;
+    score.blindError += blind.meanError;
     score.seconds += row.given.seconds;
     score.switches += static_cast<double>(row.given.switches);
     score.difficulty += difficulty;
@@ -44,14 +46,12 @@ Score scoreOf(Drill drill, const Results::Reading& reading, BlindTable& table) {
 
 } // namespace
 
-const Blind& BlindTable::at(Drill drill, double difficulty) {
-  const auto [place, isNew] = known_.try_emplace({drill, difficulty});
-  if (isNew)
-    place->second = Blind::at(drill, difficulty);
-  return place->second;
+BlindAnswers blindAnswersToLists() {
+  return BlindAnswers(
+      [](Drill drill, double difficulty) { return Targets::spread(drill, difficulty); });
 }
 
-std::vector<Score> scoresOf(const Results::Reading& reading, BlindTable& blind) {
+std::vector<Score> scoresOf(const Results::Reading& reading, BlindAnswers& blind) {
   std::vector<Score> scores;
   for (const Drill drill : Drill::allCases)
     if (trialsOf(reading.sitting.list(), drill) > 0)

@@ -1,14 +1,12 @@
 // Scores of a class.
 #pragma once
 
-#include "Blind.h"
+#include "BlindAnswer.h"
 #include "Drill.h"
 #include "Results.h"
 #include "Trial.h"
 
 #include <cstddef>
-#include <map>
-#include <utility>
 #include <vector>
 
 namespace velto {
@@ -28,18 +26,11 @@ struct Score {
   double difficulty = 0; // mean
 };
 
-// Computes what one gets without listening once for each drill and difficulty. One object belongs
-// to one thread.
-class BlindTable {
-public:
-  [[nodiscard]] const Blind& at(Drill drill, double difficulty);
-
-private:
-  std::map<std::pair<Drill::Case, double>, Blind> known_;
-};
+// What the best answers without listening get in trials whose seeds are spread over 64 bits.
+[[nodiscard]] BlindAnswers blindAnswersToLists();
 
 // One per drill of the list, in the order of the drills. Grades from the list.
-[[nodiscard]] std::vector<Score> scoresOf(const Results::Reading& reading, BlindTable& blind);
+[[nodiscard]] std::vector<Score> scoresOf(const Results::Reading& reading, BlindAnswers& blind);
 
 // The scores of several listeners in one drill (1 or more) as if one had given all answers.
 // `byGuessing` is 1.

@@ -1,51 +1,38 @@
 #include "TextNumbers.h"
 
+#include "NumberText.h"
 #include "Numbers.h"
 
 #include <charconv>
-#include <cmath>
 #include <system_error>
 
 namespace velto {
 
-namespace {
-
-template <typename Number, typename... Format>
-std::optional<Number> parsed(std::string_view text, Format... format) {
-  Number value{};
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value, format...);
-  if (result.ec != std::errc{} || result.ptr != end)
-    return std::nullopt;
-  return value;
-}
-
-} // namespace
-
 std::optional<double> TextNumbers::real(std::string_view text) {
-  const auto value = parsed<double>(text);
-  if (!value || !std::isfinite(*value) || Numbers::shortest(*value) != text)
+  const auto value = NumberText::real(text);
+  if (!value || Numbers::shortest(*value) != text)
     return std::nullopt;
   return value;
 }
 
 std::optional<double> TextNumbers::fixed(std::string_view text, int decimals) {
-  const auto value = parsed<double>(text);
-  if (!value || !std::isfinite(*value) || Numbers::fixed(*value, decimals) != text)
+  const auto value = NumberText::real(text);
+  if (!value || Numbers::fixed(*value, decimals) != text)
     return std::nullopt;
   return value;
 }
 
 std::optional<std::uint64_t> TextNumbers::count(std::string_view text) {
-  const auto value = parsed<std::uint64_t>(text);
+  const auto value = NumberText::natural(text);
   if (!value || std::to_string(*value) != text)
     return std::nullopt;
   return value;
 }
 
 std::optional<std::uint64_t> TextNumbers::hexadecimal(std::string_view text) {
-  const auto value = parsed<std::uint64_t>(text, 16);
-  if (!value || hexadecimal(*value) != text)
+  std::uint64_t value = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), value, 16);
+  if (result.ec != std::errc{} || hexadecimal(value) != text)
     return std::nullopt;
   return value;
 }

@@ -99,33 +99,29 @@ void Engine::play(std::vector<Slot> slots, std::int64_t chosen, double secondsTo
                   Switching switching) {
   const auto framesToSound =
       static_cast<std::uint64_t>(std::llround(secondsToSound * sampleRateHz));
-  const std::size_t count = std::min(slots.size(), scene_.slots.size());
-  scene_.slots = {};
-  std::move(slots.begin(), slots.begin() + static_cast<std::ptrdiff_t>(count),
-            scene_.slots.begin());
-  scene_.startDelayFrames =
-      framesToSound - std::min<std::uint64_t>(framesToSound, deviceThread_.latencyFrames());
-  scene_.switching = switching;
-  scene_.chosen = chosen;
-  ++scene_.load;
+  control_.play(std::move(slots), chosen,
+                framesToSound -
+                    std::min<std::uint64_t>(framesToSound, deviceThread_.latencyFrames()),
+                switching);
   publish();
 }
 
 void Engine::switchTo(std::int64_t chosen) {
-  scene_.chosen = chosen;
-  ++scene_.ramp;
+  control_.switchTo(chosen);
   publish();
 }
 
 void Engine::stop() {
-  if (isStarted_)
-    silence();
+  if (isStarted_) {
+    control_.silence();
+    publish();
+  }
   isStarted_ = false;
   deviceThread_.closeLater();
 }
 
 float Engine::volume(std::size_t slot) const {
-  return source_->mixer.volume(slot, scene_.load);
+  return source_->mixer.volume(slot, control_.scene().load);
 }
 
 BusFormat Engine::outputFormat() const {
@@ -155,7 +151,7 @@ CallbackCounts Engine::callbackCounts() const {
 void Engine::installTap(std::size_t bufferFrames, OutputTap::Block block) {
   removeTap();
   tap_ = std::make_unique<OutputTap>(outputFormat(), bufferFrames, std::move(block));
-  scene_.tap = tap_->ring();
+  control_.setTap(tap_->ring());
   publish();
 }
 
@@ -164,26 +160,18 @@ void Engine::removeTap() {
     return;
   tap_->stop();
   tap_.reset();
-  scene_.tap = nullptr;
+  control_.setTap(nullptr);
   publish();
 }
 
 void Engine::publish() {
-  source_->publish(scene_);
-}
-
-void Engine::silence() {
-  scene_.slots = {};
-  scene_.startDelayFrames = 0;
-  scene_.chosen = -1;
-  ++scene_.load;
-  publish();
+  source_->publish(control_.scene());
 }
 
 // Starts a new stream, silent, for the device that will be opened.
 void Engine::beginStream() {
-  ++scene_.stream;
-  silence();
+  control_.beginStream();
+  publish();
 }
 
 } // namespace velto

@@ -5,6 +5,7 @@
 #include "OutputDevice.h"
 #include "OutputTap.h"
 #include "PlaybackEngine.h"
+#include "SceneControl.h"
 #include "UnderrunCounter.h"
 
 #include <chrono>
@@ -62,12 +63,11 @@ private:
   class Source;
 
   void publish();
-  void silence();
   void beginStream();
 
   const std::shared_ptr<Source> source_; // shared with the device thread
   bool isStarted_ = false;
-  Scene scene_; // the latest one
+  SceneControl control_;
   std::unique_ptr<OutputTap> tap_;
   DeviceThread deviceThread_; // last: its destructor waits for the device
 };

@@ -10,7 +10,6 @@
 #include <atomic>
 #include <chrono>
 #include <cubeb/cubeb.h>
-#include <span>
 #include <string_view>
 #include <utility>
 
@@ -234,12 +233,6 @@ private:
 };
 
 } // namespace
-
-void fillOutput(Renderer& renderer, float* interleaved, std::size_t frames) noexcept {
-  renderer.render(interleaved, frames);
-  for (float& sample : std::span(interleaved, 2 * frames))
-    sample *= outputHeadroom;
-}
 
 OutputDeviceFactory systemOutput(std::string jackFinder) {
   return [system = std::make_shared<System>(std::move(jackFinder))] {

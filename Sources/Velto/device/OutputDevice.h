@@ -1,6 +1,7 @@
 // The sound output of the system.
 #pragma once
 
+#include "Headroom.h"
 #include "Renderer.h"
 
 #include <chrono>
@@ -12,18 +13,9 @@
 
 namespace velto {
 
-// Factor applied to every rendered sample: -6.02 dB; halving is exact. Every material has an RMS
-// level of -20 dB, but in the level drill drum hits peak about 6 dB above full scale, and the
-// converter would clip them.
-inline constexpr float outputHeadroom = 0.5F;
-
 // Requested output latency: 60 ms. On two busy cores, the longest gap between callbacks within a
 // minute was 40 ms.
 inline constexpr std::size_t outputLatencyFrames = 2880;
-
-// The body of the device's callback: `renderer` fills the block, then the headroom is applied.
-// Real-time safe.
-void fillOutput(Renderer& renderer, float* interleaved, std::size_t frames) noexcept;
 
 // A stereo output of 32-bit floats at 48000 Hz. Each device is started at most once. To play again
 // after stop(), create a new device, so that no frame of the old stream is replayed.

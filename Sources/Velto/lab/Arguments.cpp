@@ -1,10 +1,10 @@
 #include "Arguments.h"
 
-#include "Coding.h"
 #include "Command.h"
+#include "Folders.h"
 #include "NumberText.h"
 #include "Numbers.h"
-#include "SafeFile.h"
+#include "RecordFile.h"
 
 #include <CLI/CLI.hpp>
 
@@ -115,15 +115,13 @@ ProfileLocation Lab::Arguments::recordLocation() {
   return *std::move(location);
 }
 
-Stored Lab::Arguments::readRecord(const std::filesystem::path& file) {
-  using enum SafeFile::Reading::State;
-  const SafeFile::Reading reading = SafeFile::read(file);
-  if (reading.state == missing)
-    return {};
-  auto record = reading.state == complete ? Coding::decodeStored(reading.bytes) : std::nullopt;
-  if (!record)
-    throw Failure("the record cannot be read: " + file.string());
-  return *std::move(record);
+Stored Lab::Arguments::readRecord(const ProfileLocation& location) {
+  if (auto record = RecordFile::load(location))
+    return *std::move(record);
+  for (const auto& file : {location.file(), location.earlierFile.value_or(location.file())})
+    if (Folders::exists(file))
+      throw Failure("the record cannot be read: " + file.string());
+  return {};
 }
 
 } // namespace velto

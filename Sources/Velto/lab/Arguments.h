@@ -48,8 +48,8 @@ void addOptionalPath(CLI::App& arguments, const std::string& placeholder, std::s
 
 // Where the practice record is. Throws Failure if there is no usable folder.
 [[nodiscard]] ProfileLocation recordLocation();
-// The record in `file`, to be measured; an empty one if there is no file. Throws Failure if it
-// cannot be read.
-[[nodiscard]] Stored readRecord(const std::filesystem::path& file);
+// The record that Velto would load, with what only copies hold after an unclean end; an empty one
+// if there is none. Throws Failure if it cannot be read. Changes nothing on the disk.
+[[nodiscard]] Stored readRecord(const ProfileLocation& location);
 
 } // namespace velto::Lab::Arguments

@@ -23,7 +23,7 @@ struct Wish {
 };
 
 void report(const Wish& wish) {
-  const Stored record = Lab::Arguments::readRecord(Lab::Arguments::recordLocation().file());
+  const Stored record = Lab::Arguments::readRecord(Lab::Arguments::recordLocation());
   ReportData data;
   {
     Lab::Progress progress("analysing", Drill::allCases.size());

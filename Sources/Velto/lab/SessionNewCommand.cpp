@@ -2,6 +2,7 @@
 
 #include "Arguments.h"
 #include "Assignment.h"
+#include "BlindAnswer.h"
 #include "Coding.h"
 #include "Console.h"
 #include "Date.h"
@@ -10,6 +11,7 @@
 #include "RandomBytes.h"
 #include "StandardStreams.h"
 #include "Statistics.h"
+#include "Targets.h"
 
 #include <CLI/CLI.hpp>
 
@@ -51,9 +53,9 @@ Stored recordIn(const std::string& path) {
   return *std::move(stored);
 }
 
-Blind::Weights weightsOf(const Stored& stored) {
+BandWeights weightsOf(const Stored& stored) {
   const Stats stats = Statistics::compute(stored.attempts, stored.lifetime, Date::now());
-  Blind::Weights weights{};
+  BandWeights weights{};
   for (const BandStat& band : stats.bands) {
     const double error = band.attempts > 0 ? band.meanErrorOct : unknownError;
     weights.at(static_cast<std::size_t>(band.index)) = 1 + weightPerOctave * std::min(error, 1.0);
@@ -76,7 +78,7 @@ ListRequest requestOf(const Wishes& wishes) {
                       .difficulty = wishes.isStaircase ? TrialList::Difficulty::staircase
                                                        : TrialList::Difficulty::fixed,
                       .randomSeed = 0,
-                      .bandWeights = Blind::even};
+                      .bandWeights = Targets::evenBands};
   Stored stored;
   if (!wishes.record.empty()) {
     if (std::find(wishes.drills.begin(), wishes.drills.end(), Drill::frequency) ==
@@ -97,15 +99,19 @@ std::string percent(double share) {
   return Numbers::fixed(100 * share, 0) + " %";
 }
 
+double guessRate(Drill drill, double difficulty, const BandWeights& weights) {
+  return BlindAnswer::best(Targets::spread(drill, difficulty, weights)).hitRate;
+}
+
 // What one gets without listening, and whether that is much.
 std::string guessLine(const ListRequest& request, const ListRequest::Part& part) {
-  const double start = Blind::at(part.drill, part.difficulty, request.bandWeights).hits;
+  const double start = guessRate(part.drill, part.difficulty, request.bandWeights);
   double most = start;
   std::string line = "velto-lab: " + std::string(part.drill.rawValue()) + " at difficulty " +
                      Numbers::shortest(part.difficulty) +
                      ": the best guess without listening hits " + percent(start);
   if (request.difficulty == TrialList::Difficulty::staircase) {
-    const double end = Blind::at(part.drill, 100, request.bandWeights).hits;
+    const double end = guessRate(part.drill, 100, request.bandWeights);
     most = std::max(start, end);
     if (percent(end) != percent(start))
       line += ", at difficulty 100 " + percent(end);

@@ -29,7 +29,7 @@ struct Listener {
   std::optional<std::size_t> changedLine;
 };
 
-Listener listenerOf(const TrialList& list, const std::string& file, BlindTable& blind) {
+Listener listenerOf(const TrialList& list, const std::string& file, BlindAnswers& blind) {
   const auto text = Assignment::textOf(file);
   if (const auto* failure = std::get_if<Assignment::Failure>(&text))
     throw Lab::Failure(failure->line);
@@ -172,7 +172,7 @@ void score(const std::string& listFile, const std::vector<std::string>& files, b
     throw Lab::Failure(*wrong);
   Lab::Progress progress("scoring", files.size());
   std::vector<Listener> listeners;
-  BlindTable blind;
+  BlindAnswers blind = blindAnswersToLists();
   for (const std::string& file : files) {
     listeners.push_back(listenerOf(std::get<TrialList>(list), file, blind));
     progress.advance();

@@ -7,6 +7,7 @@
 #include "JSONWriter.h"
 #include "Numbers.h"
 #include "Table.h"
+#include "Targets.h"
 #include "TrialSeeds.h"
 
 #include <chrono>
@@ -56,8 +57,8 @@ std::vector<Row> simulate(const Options& options, int year) {
     for (const double difficulty : difficulties) {
       rows.push_back({.drill = drill,
                       .difficulty = difficulty,
-                      .clock = bestBlindAnswer(drill, difficulty, clock),
-                      .spread = bestBlindAnswer(drill, difficulty, spread)});
+                      .clock = BlindAnswer::best(Targets::of(drill, difficulty, clock)),
+                      .spread = BlindAnswer::best(Targets::of(drill, difficulty, spread))});
       progress.advance();
     }
   }

@@ -41,9 +41,10 @@ struct Findings {
 
 Findings analyse(const Options& options) {
   Findings findings;
-  findings.file = Lab::Arguments::recordLocation().file();
+  const ProfileLocation location = Lab::Arguments::recordLocation();
+  findings.file = location.file();
   findings.seeds = options.fair ? SeedSource::spread : SeedSource::clock;
-  const Stored record = Lab::Arguments::readRecord(findings.file);
+  const Stored record = Lab::Arguments::readRecord(location);
   Lab::Progress progress("analysing", Drill::allCases.size());
   for (const Drill drill : Drill::allCases) {
     findings.drills.push_back(DrillAnalysis::of(drill, record, findings.seeds, options.newest));
@@ -225,8 +226,10 @@ std::string words(const Findings& findings) {
              (findings.seeds == SeedSource::spread ? "trials of --fair" : "trials without --fair") +
              "):\n" + hitTable(findings);
   if (has(findings, [](const NewestAnswers& newest) { return newest.threshold.has_value(); }))
-    words += "\nThreshold: the difficulty at which half of the trials are heard\n" +
-             thresholdTable(findings);
+    words +=
+        "\nThreshold: the difficulty at which half of the trials are heard, on average over these "
+        "answers\n" +
+        thresholdTable(findings);
   if (has(findings, [](const NewestAnswers& newest) { return newest.error.has_value(); }))
     words += "\nMean error\n" + errorTable(findings);
   if (findings.drills.front().answers > 0)

@@ -1,7 +1,11 @@
 #include "JSONNumbers.h"
 
+#include "CLocale.h"
+
 #include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <string>
 #include <system_error>
@@ -18,6 +22,13 @@ std::optional<Integer> parsed(std::string_view text) {
   if (result.ec != std::errc{} || result.ptr != end)
     return std::nullopt;
   return value;
+}
+
+// The number of digits at the beginning.
+std::size_t digitsIn(std::string_view text) {
+  const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
+  const auto end = std::find_if_not(text.begin(), text.end(), isDigit);
+  return static_cast<std::size_t>(end - text.begin());
 }
 
 // The exponent of a number, 0 if it has none; nullopt if it exceeds 32 bits.
@@ -58,7 +69,50 @@ std::optional<std::string> wholeDigits(std::string_view text) {
   return digits.append(static_cast<std::size_t>(zeros), '0');
 }
 
+// Slow, for any number.
+double realInCLocale(std::string_view text) {
+  double value = 0;
+  runInCLocale([&] { value = std::strtod(std::string(text).c_str(), nullptr); });
+  return value;
+}
+
 } // namespace
+
+std::size_t JSONNumbers::length(std::string_view text) {
+  std::size_t at = text.starts_with('-') ? 1 : 0;
+  const std::size_t whole = digitsIn(text.substr(at));
+  if (whole == 0 || (whole > 1 && text[at] == '0'))
+    return 0;
+  at += whole;
+  if (at < text.size() && text[at] == '.') {
+    const std::size_t fraction = digitsIn(text.substr(at + 1));
+    if (fraction == 0)
+      return 0;
+    at += 1 + fraction;
+  }
+  if (at < text.size() && (text[at] == 'e' || text[at] == 'E')) {
+    ++at;
+    if (at < text.size() && (text[at] == '+' || text[at] == '-'))
+      ++at;
+    const std::size_t exponent = digitsIn(text.substr(at));
+    if (exponent == 0)
+      return 0;
+    at += exponent;
+  }
+  return at;
+}
+
+std::optional<double> JSONNumbers::real(std::string_view text) {
+  double value = 0;
+#ifdef __cpp_lib_to_chars // libc++ before version 20 has no from_chars for doubles
+  const char* const end = text.data() + text.size();
+  if (std::from_chars(text.data(), end, value).ec == std::errc{})
+    return value;
+#endif
+  // from_chars does not tell what rounds to 0 from what is infinite.
+  value = realInCLocale(text);
+  return std::isfinite(value) ? std::optional(value) : std::nullopt;
+}
 
 std::optional<std::int64_t> JSONNumbers::integer(std::string_view text) {
   if (text.starts_with('+')) {
@@ -70,12 +124,16 @@ std::optional<std::int64_t> JSONNumbers::integer(std::string_view text) {
 }
 
 std::optional<std::int64_t> JSONNumbers::wholeInt64(std::string_view text) {
+  if (const auto plain = parsed<std::int64_t>(text))
+    return plain;
   const bool negative = text.starts_with('-');
   const auto digits = wholeDigits(text.substr(negative ? 1 : 0));
   return digits ? parsed<std::int64_t>((negative ? "-" : "") + *digits) : std::nullopt;
 }
 
 std::optional<std::uint64_t> JSONNumbers::wholeUInt64(std::string_view text) {
+  if (const auto plain = parsed<std::uint64_t>(text))
+    return plain;
   const bool negative = text.starts_with('-');
   const auto digits = wholeDigits(text.substr(negative ? 1 : 0));
   if (!digits || (negative && *digits != "0"))

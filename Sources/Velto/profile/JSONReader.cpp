@@ -1,9 +1,7 @@
 #include "JSONReader.h"
 
-#include "CLocale.h"
 #include "JSONNumbers.h"
-
-#include <nlohmann/json.hpp>
+#include "JSONStrings.h"
 
 #include <cstddef>
 #include <string>
@@ -14,25 +12,10 @@ namespace velto::JSON {
 
 namespace {
 
-template <typename To, typename From>
-std::optional<To> ifInRange(From value) {
-  return std::in_range<To>(value) ? std::optional(static_cast<To>(value)) : std::nullopt;
-}
+enum class Kind : bool { array, object };
 
-Number whole(std::uint64_t value) {
-  return {static_cast<double>(value), ifInRange<std::int64_t>(value), value};
-}
-
-// The parser reports integers here only if they begin with a minus sign, so 0 stands for "-0".
-Number whole(std::int64_t value) {
-  return {value == 0 ? -0.0 : static_cast<double>(value), value, ifInRange<std::uint64_t>(value)};
-}
-
-Number decimal(double value, std::string_view text) {
-  return {value, JSONNumbers::wholeInt64(text), JSONNumbers::wholeUInt64(text)};
-}
-
-// Forwards parser events to the reader in charge. For skipped values it only counts the nesting.
+// Forwards what the parser reads to the reader in charge. For skipped values it only counts the
+// nesting.
 class Dispatcher {
 public:
   explicit Dispatcher(Reader& root) : next_(&root) {}
@@ -43,41 +26,37 @@ public:
   bool boolean(bool value) {
     return scalar([&](Reader& reader) { return reader.boolean(value); });
   }
-  bool number_integer(std::int64_t value) {
-    return scalar([&](Reader& reader) { return reader.number(whole(value)); });
+  bool number(const Number& value) {
+    return scalar([&](Reader& reader) { return reader.number(value); });
   }
-  bool number_unsigned(std::uint64_t value) {
-    return scalar([&](Reader& reader) { return reader.number(whole(value)); });
-  }
-  bool number_float(double value, const std::string& text) {
-    return scalar([&](Reader& reader) { return reader.number(decimal(value, text)); });
-  }
-  bool string(const std::string& value) {
+  bool string(std::string_view value) {
     return scalar([&](Reader& reader) { return reader.string(value); });
   }
-  bool binary(const nlohmann::json::binary_t&) { return false; }
 
-  bool start_object(std::size_t) {
-    return enter([](Reader& reader) { return reader.beginObject(); }, Kind::object);
+  bool begin(Kind kind) {
+    Reader* const taker = skippedLevels_ > 0 ? nullptr : reader();
+    if (taker == nullptr) {
+      ++skippedLevels_;
+      return true;
+    }
+    open_.push_back({taker, kind});
+    return kind == Kind::object ? taker->beginObject() : taker->beginArray();
   }
-  bool start_array(std::size_t) {
-    return enter([](Reader& reader) { return reader.beginArray(); }, Kind::array);
-  }
-  bool key(const std::string& name) {
+  void key(std::string_view name) {
     if (skippedLevels_ == 0)
       next_ = open_.back().reader->member(name);
-    return true;
   }
-  bool end_object() { return leave(); }
-  bool end_array() { return leave(); }
-
-  bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception&) {
-    return false;
+  bool end() {
+    if (skippedLevels_ > 0) {
+      --skippedLevels_;
+      return true;
+    }
+    Reader* const ended = open_.back().reader;
+    open_.pop_back();
+    return ended->end();
   }
 
 private:
-  enum class Kind { object, array };
-
   struct Open {
     Reader* reader;
     Kind kind;
@@ -98,45 +77,141 @@ private:
     return taker == nullptr || take(*taker);
   }
 
-  template <typename Begin>
-  bool enter(Begin begin, Kind kind) {
-    Reader* const taker = skippedLevels_ > 0 ? nullptr : reader();
-    if (taker == nullptr) {
-      ++skippedLevels_;
-      return true;
-    }
-    open_.push_back({taker, kind});
-    return begin(*taker);
-  }
-
-  bool leave() {
-    if (skippedLevels_ > 0) {
-      --skippedLevels_;
-      return true;
-    }
-    Reader* const ended = open_.back().reader;
-    open_.pop_back();
-    return ended->end();
-  }
-
   Reader* next_;
   std::vector<Open> open_;
   std::size_t skippedLevels_ = 0;
 };
 
+// Each function reads what it is named after, and returns false if that is malformed or refused.
+class Parser {
+public:
+  Parser(std::string_view text, Reader& root) : rest_(text), out_(root) {}
+
+  bool text() {
+    take("\xEF\xBB\xBF"); // a byte order mark
+    if (!value())
+      return false;
+    while (!levels_.empty())
+      if (!nextInLevel())
+        return false;
+    skipSpace();
+    return rest_.empty();
+  }
+
+private:
+  bool take(std::string_view token) {
+    const bool isNext = rest_.starts_with(token);
+    if (isNext)
+      rest_.remove_prefix(token.size());
+    return isNext;
+  }
+  bool take(char character) {
+    const bool isNext = rest_.starts_with(character);
+    if (isNext)
+      rest_.remove_prefix(1);
+    return isNext;
+  }
+
+  void skipSpace() {
+    const auto isSpace = [](char character) {
+      return character == ' ' || character == '\n' || character == '\r' || character == '\t';
+    };
+    while (!rest_.empty() && rest_.front() <= ' ' && isSpace(rest_.front()))
+      rest_.remove_prefix(1);
+  }
+
+  // Of an array or object only its beginning.
+  bool value() {
+    skipSpace();
+    if (rest_.empty())
+      return false;
+    switch (rest_.front()) {
+    case '{':
+      return begin(Kind::object);
+    case '[':
+      return begin(Kind::array);
+    case '"': {
+      const auto value = string();
+      return value && out_.string(*value);
+    }
+    case 't':
+      return take("true") && out_.boolean(true);
+    case 'f':
+      return take("false") && out_.boolean(false);
+    case 'n':
+      return take("null") && out_.null();
+    default:
+      return number();
+    }
+  }
+
+  bool begin(Kind kind) {
+    rest_.remove_prefix(1);
+    levels_.push_back(kind == Kind::object);
+    isLevelEmpty_ = true;
+    return out_.begin(kind);
+  }
+
+  // The end of the innermost array or object, or its next value.
+  bool nextInLevel() {
+    const bool isObject = levels_.back();
+    const bool isFirst = std::exchange(isLevelEmpty_, false);
+    skipSpace();
+    if (take(isObject ? '}' : ']')) {
+      levels_.pop_back();
+      return out_.end();
+    }
+    return (isFirst || take(',')) && (!isObject || key()) && value();
+  }
+
+  bool key() {
+    skipSpace();
+    if (!rest_.starts_with('"'))
+      return false;
+    const auto name = string();
+    if (!name)
+      return false;
+    out_.key(*name);
+    skipSpace();
+    return take(':');
+  }
+
+  std::optional<std::string_view> string() {
+    const auto token = JSONStrings::first(rest_, buffer_);
+    if (!token)
+      return std::nullopt;
+    rest_.remove_prefix(token->length);
+    return token->value;
+  }
+
+  bool number() {
+    const std::string_view text = rest_.substr(0, JSONNumbers::length(rest_));
+    if (text.empty())
+      return false;
+    rest_.remove_prefix(text.size());
+    const auto real = JSONNumbers::real(text);
+    return real && out_.number({*real, text});
+  }
+
+  std::string_view rest_;
+  Dispatcher out_;
+  std::vector<bool> levels_;  // the open arrays and objects: true for an object
+  bool isLevelEmpty_ = false; // the innermost one has just begun
+  std::string buffer_;
+};
+
 } // namespace
 
+std::optional<std::int64_t> Number::int64() const {
+  return JSONNumbers::wholeInt64(text);
+}
+
+std::optional<std::uint64_t> Number::uint64() const {
+  return JSONNumbers::wholeUInt64(text);
+}
+
 bool read(std::string_view text, Reader& root) {
-  // The parser treats a zero byte as the end of its input and would ignore the rest.
-  if (text.find('\0') != text.npos)
-    return false;
-  bool accepted = false;
-  // The parser takes its decimal point from the locale.
-  runInCLocale([&] {
-    Dispatcher dispatcher(root);
-    accepted = nlohmann::json::sax_parse(text.begin(), text.end(), &dispatcher);
-  });
-  return accepted;
+  return Parser(text, root).text();
 }
 
 } // namespace velto::JSON

@@ -7,12 +7,15 @@
 
 namespace velto::JSON {
 
-// A number in each type that can hold it. 5.0 and 5e0 are integers; 1.9 and numbers out of range
-// are not.
+// A finite number, valid during the call that passes it.
 struct Number {
   double real = 0;
-  std::optional<std::int64_t> int64;
-  std::optional<std::uint64_t> uint64;
+  std::string_view text;
+
+  // The integer that it equals exactly: 5.0 and 5e0 are integers; 1.9 and numbers out of range are
+  // not.
+  [[nodiscard]] std::optional<std::int64_t> int64() const;
+  [[nodiscard]] std::optional<std::uint64_t> uint64() const;
 };
 
 // Receives values of one kind. Each function returns whether the value is acceptable; the first
@@ -39,9 +42,9 @@ public:
   virtual bool end() { return true; }
 };
 
-// True if the whole of `text` is one well-formed JSON value (RFC 8259, UTF-8) that `root` accepted.
-// Deep nesting costs no stack, and one bit of memory per level. Any thread. Independent of the
-// process's locale.
+// True if the whole of `text` is one well-formed JSON value (RFC 8259, UTF-8, with or without a
+// byte order mark) of finite numbers that `root` accepted. Deep nesting costs no stack, and one bit
+// of memory per level. Any thread. Independent of the process's locale.
 [[nodiscard]] bool read(std::string_view text, Reader& root);
 
 } // namespace velto::JSON

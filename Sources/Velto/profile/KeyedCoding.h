@@ -201,13 +201,13 @@ public:
 template <>
 class ValueReader<std::int64_t> : public Filling<std::int64_t> {
 public:
-  bool number(const JSON::Number& value) override { return accept(value.int64); }
+  bool number(const JSON::Number& value) override { return accept(value.int64()); }
 };
 
 template <>
 class ValueReader<std::uint64_t> : public Filling<std::uint64_t> {
 public:
-  bool number(const JSON::Number& value) override { return accept(value.uint64); }
+  bool number(const JSON::Number& value) override { return accept(value.uint64()); }
 };
 
 template <>
@@ -240,8 +240,8 @@ template <>
 class ValueReader<std::optional<std::int64_t>> : public Filling<std::optional<std::int64_t>> {
 public:
   bool number(const JSON::Number& value) override {
-    place() = value.int64;
-    return value.int64.has_value();
+    place() = value.int64();
+    return place().has_value();
   }
 };
 

@@ -26,7 +26,9 @@ Attempt Profile::answered(const Trial& trial, const Drills::Grade& grade, Date d
 Profile::Profile() : Profile(ProfileLocation::resolve(Environment::ofProcess())) {}
 
 Profile::Profile(const ProfileLocation& location)
-    : store_(std::make_unique<ProfileStore>(location, detailRows)) {
+    : Profile(std::make_unique<ProfileStore>(location, detailRows)) {}
+
+Profile::Profile(std::unique_ptr<RecordStore> store) : store_(std::move(store)) {
   load();
 }
 

@@ -24,7 +24,7 @@
 
 namespace velto {
 
-class ProfileStore;
+class RecordStore;
 
 // Main thread only; nothing waits for a disk but the destructor. File errors are not reported: a
 // missing, unreadable or malformed file without a backup is an empty record. A failed save keeps
@@ -38,6 +38,8 @@ public:
   // loads it. Computes the statistics if it could be loaded.
   Profile();
   explicit Profile(const ProfileLocation& location);
+  // Loads the record from `store` and saves it there.
+  explicit Profile(std::unique_ptr<RecordStore> store);
   // An empty record that is never saved. Touches no file.
   struct Unsaved {};
   explicit Profile(Unsaved);
@@ -75,7 +77,7 @@ public:
   // save does not merge.
   void replace(std::vector<Attempt> attempts, std::map<std::string, Staircase> staircases);
 
-  // Saves as ProfileStore::save() does. Leaves the file unchanged if a number is not finite, or if
+  // Saves as RecordStore::save() does. Leaves the file unchanged if a number is not finite, or if
   // the disk has no room for a backup.
   void save();
   // Waits until everything is on the disk as far as it can be. False if that takes longer than
@@ -102,7 +104,7 @@ private:
 
   Stored stored_;
   Stats stats_;
-  std::unique_ptr<ProfileStore> store_; // null if the record is never saved
+  std::unique_ptr<RecordStore> store_; // null if the record is never saved
 };
 
 } // namespace velto

@@ -26,7 +26,7 @@
 #include "BackgroundWriter.h"
 #include "BackupFile.h"
 #include "ProfileLocation.h"
-#include "Record.h"
+#include "RecordStore.h"
 #include "SafeFile.h"
 
 #include <chrono>
@@ -40,8 +40,8 @@
 
 namespace velto {
 
-// Main thread only. Failures are not reported; the next save tries again.
-class ProfileStore {
+// Main thread only.
+class ProfileStore final : public RecordStore {
 public:
   // How long the destructor waits for the disk and for other programs.
   static constexpr std::chrono::milliseconds endPatience{2000};
@@ -51,36 +51,27 @@ public:
   ProfileStore(const ProfileLocation& location, std::size_t detailRows);
   // Waits until all is on the disk and the copies are removed. What takes longer than endPatience
   // is left to the next load.
-  ~ProfileStore();
-  ProfileStore(const ProfileStore&) = delete;
-  ProfileStore& operator=(const ProfileStore&) = delete;
+  ~ProfileStore() override;
 
-  // The record; nullopt if there is none that can be read. Does not wait for the lock. Changes
-  // nothing on disk. Call at most once, before the other functions.
-  [[nodiscard]] std::optional<Stored> load();
+  // Does not wait for the lock. Changes nothing on disk.
+  [[nodiscard]] std::optional<Stored> load() override;
 
-  // Call for each new answer, before it is saved. It counts as unsaved until the file has it.
-  void add(const Attempt& attempt) { unsaved_.push_back(attempt); }
+  void add(const Attempt& attempt) override { unsaved_.push_back(attempt); }
 
-  // The next save overwrites the file instead of merging. Answers added so far no longer count as
-  // unsaved.
-  void overwriteNext() {
+  void overwriteNext() override {
     overwrites_ = true;
     unsaved_.clear();
   }
 
-  // Saves the record; `stored` has all answers that were added. Does not wait. A no-op if a number
-  // is not finite.
-  void save(const Stored& stored);
+  void save(const Stored& stored) override;
 
-  // Merges `stored` with what a save found in the file; nullopt if nobody else has changed the
-  // file. Call before each answer: until it is called, each save merges again.
-  [[nodiscard]] std::optional<Stored> takeMerged(const Stored& stored);
+  // Until it is called, each save merges again.
+  [[nodiscard]] std::optional<Stored> takeMerged(const Stored& stored) override;
 
   // Waits until the writer is idle. False if that takes longer than `most`.
-  bool wait(std::chrono::milliseconds most);
+  bool wait(std::chrono::milliseconds most) override;
 
-  [[nodiscard]] const std::filesystem::path& file() const { return file_; }
+  [[nodiscard]] const std::filesystem::path& file() const override { return file_; }
 
 private:
   struct Snapshot;

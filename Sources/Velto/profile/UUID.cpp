@@ -2,6 +2,7 @@
 
 #include "RandomBytes.h"
 
+#include <array>
 #include <cstddef>
 
 namespace velto {
@@ -12,15 +13,26 @@ bool isHyphenPosition(std::size_t position) {
   return position == 8 || position == 13 || position == 18 || position == 23;
 }
 
-std::optional<unsigned> hexadecimalDigit(char character) {
-  if (character >= '0' && character <= '9')
-    return static_cast<unsigned>(character - '0');
-  if (character >= 'A' && character <= 'F')
-    return static_cast<unsigned>(character - 'A' + 10);
-  if (character >= 'a' && character <= 'f')
-    return static_cast<unsigned>(character - 'a' + 10);
-  return std::nullopt;
+constexpr std::uint8_t noDigit = 0xFF;
+
+// The value of each character as a hexadecimal digit, or noDigit.
+constexpr auto hexadecimalDigits = [] {
+  std::array<std::uint8_t, 256> values{};
+  values.fill(noDigit);
+  for (std::uint8_t value = 0; value < 16; ++value) {
+    values[static_cast<unsigned char>("0123456789ABCDEF"[value])] = value;
+    values[static_cast<unsigned char>("0123456789abcdef"[value])] = value;
+  }
+  return values;
+}();
+
+std::uint8_t hexadecimalDigit(char character) {
+  return hexadecimalDigits[static_cast<unsigned char>(character)];
 }
+
+// The positions of the first digits of the bytes; hyphens separate some of them.
+constexpr std::array<std::size_t, 16> bytePositions{0,  2,  4,  6,  9,  11, 14, 16,
+                                                    19, 21, 24, 26, 28, 30, 32, 34};
 
 } // namespace
 
@@ -35,20 +47,17 @@ UUID UUID::random() {
 std::optional<UUID> UUID::fromString(std::string_view text) {
   if (text.size() != textLength)
     return std::nullopt;
-  UUID uuid;
-  std::size_t digits = 0;
-  for (std::size_t position = 0; position < textLength; ++position) {
-    if (isHyphenPosition(position)) {
-      if (text[position] != '-')
-        return std::nullopt;
-      continue;
-    }
-    const auto digit = hexadecimalDigit(text[position]);
-    if (!digit)
+  for (const std::size_t position : {8U, 13U, 18U, 23U})
+    if (text[position] != '-')
       return std::nullopt;
-    auto& byte = uuid.bytes[digits / 2];
-    byte = static_cast<std::uint8_t>((static_cast<unsigned>(byte) << 4) | *digit);
-    ++digits;
+  UUID uuid;
+  for (std::size_t index = 0; index < bytePositions.size(); ++index) {
+    const std::size_t position = bytePositions[index];
+    const unsigned high = hexadecimalDigit(text[position]);
+    const unsigned low = hexadecimalDigit(text[position + 1]);
+    if (high == noDigit || low == noDigit)
+      return std::nullopt;
+    uuid.bytes[index] = static_cast<std::uint8_t>(high << 4U | low);
   }
   return uuid;
 }

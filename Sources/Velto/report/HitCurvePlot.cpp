@@ -84,11 +84,12 @@ Figure HitCurvePlot::of(const DrillReport& report) {
   if (!newest || !newest->threshold)
     return {.drawing = {}, .caption = "Too few answers for a curve."};
   const ThresholdFit& fit = *newest->threshold;
-  std::string caption = "You hear it half of the time at difficulty " + Phrases::threshold(fit);
+  std::string caption = "On average over " + Phrases::counted(newest->answers, "answer") +
+                        " you heard it half of the time at difficulty " + Phrases::threshold(fit);
   if (fit.lower || fit.upper)
     caption += " (95 % interval: " + Phrases::bounds(fit) + ")";
   else
-    caption += ", but " + Phrases::counted(newest->answers, "answer") + " bound it on neither side";
+    caption += ", but they bound it on neither side";
   if (fit.threshold >= 0 && fit.threshold <= 100)
     caption += ", which is " + Phrases::meaning(report.analysis.drill, fit.threshold);
   caption +=

@@ -142,7 +142,8 @@ void appendSummary(Markup& page, const ReportData& data) {
   page.close().close();
   page.element("p", {{"class", "note"}},
                "Hits and figures are those of the newest answers. Half heard: the difficulty at "
-               "which you hear the difference half of the time, corrected for guessing. Without "
+               "which you heard the difference half of the time on average over these answers, "
+               "corrected for guessing. Without "
                "listening: the best answers of somebody who reads the difficulty off the window. "
                "A figure proves hearing if chance explains it in less than 1 of 40 cases.");
   page.close();

@@ -2,12 +2,21 @@
 #pragma once
 
 #include "Course.h"
+#include "RecordStore.h"
+
+#include <memory>
+#include <utility>
 
 namespace velto {
 
 // Trials have the difficulty of the practice record, which gets the answers.
 class PracticeCourse : public Course {
 public:
+  // The user's practice record; see Profile.
+  PracticeCourse() = default;
+  // The record in `store`.
+  explicit PracticeCourse(std::unique_ptr<RecordStore> store) : profile_(std::move(store)) {}
+
   [[nodiscard]] bool isFree() const override { return true; }
   [[nodiscard]] std::optional<Trial> next(Drill drill, Material material,
                                           std::uint64_t seed) override;

@@ -99,6 +99,14 @@ void Session::newTrial() {
 
   const Noise noise = trials_ == Trials::fair ? Noise::audible : Noise::asDrawn;
   wanted_->store(trial_->seed);
+  if (queues_.render) {
+    queues_.render(*trial_, noise,
+                   [seed = trial_->seed, self = std::weak_ptr(self_)](std::vector<Slot> slots) {
+                     if (const auto session = self.lock())
+                       (*session)->takeRender(seed, std::move(slots));
+                   });
+    return;
+  }
   queues_.background(
       [trial = *trial_, noise, main = queues_.main, self = std::weak_ptr(self_), wanted = wanted_] {
         if (wanted->load() != trial.seed)

@@ -1,7 +1,7 @@
 // The practice controller: the chosen drill and material, the current trial and its audio, the
 // pending answer and its grade.
 //
-// Main thread only. Trials are rendered on the background queue, from a copy.
+// Main thread only. Trials are rendered where the work queues say, from a copy.
 #pragma once
 
 #include "Course.h"

@@ -64,9 +64,11 @@ void PracticeModel::announce(Session::Field field) {
     break;
   case rendering:
     Q_EMIT renderingChanged();
+    Q_EMIT statusChanged();
     break;
   case keeping:
     Q_EMIT keepingChanged();
+    Q_EMIT statusChanged();
     Q_EMIT answerableChanged();
     break;
   case record:
@@ -151,10 +153,6 @@ QString PracticeModel::place() const {
   return place ? text(Wording::progress(place->number, place->count)) : QString();
 }
 
-bool PracticeModel::isOver() const {
-  return session_.isOver();
-}
-
 bool PracticeModel::keeping() const {
   return session_.keeping().isPending;
 }
@@ -186,6 +184,14 @@ double PracticeModel::truth() const {
 
 bool PracticeModel::correct() const {
   return session_.grade() && session_.grade()->correct;
+}
+
+QString PracticeModel::primary() const {
+  return text(Wording::primary(graded(), session_.isOver()));
+}
+
+QString PracticeModel::status() const {
+  return text(Wording::status(rendering(), keeping()));
 }
 
 QString PracticeModel::verdict() const {

@@ -37,8 +37,6 @@ class PracticeModel : public QObject {
   Q_PROPERTY(bool isFree READ isFree CONSTANT FINAL)
   // "3 of 20", in a course that ends; else empty.
   Q_PROPERTY(QString place READ place NOTIFY trialChanged FINAL)
-  // The last trial of a course is graded.
-  Q_PROPERTY(bool over READ isOver NOTIFY gradeChanged FINAL)
   // The submitted answer is being kept.
   Q_PROPERTY(bool keeping READ keeping NOTIFY keepingChanged FINAL)
   // A sentence that says why it could not be kept; else empty.
@@ -52,6 +50,10 @@ class PracticeModel : public QObject {
   // The right answer in the same unit; only meaningful once graded.
   Q_PROPERTY(double truth READ truth NOTIFY trialChanged FINAL)
   Q_PROPERTY(bool correct READ correct NOTIFY gradeChanged FINAL)
+  // The primary button's text.
+  Q_PROPERTY(QString primary READ primary NOTIFY gradeChanged FINAL)
+  // What happens before the verdict.
+  Q_PROPERTY(QString status READ status NOTIFY statusChanged FINAL)
   Q_PROPERTY(QString verdict READ verdict NOTIFY gradeChanged FINAL)
   Q_PROPERTY(QString verdictDetail READ verdictDetail NOTIFY gradeChanged FINAL)
   Q_PROPERTY(
@@ -82,7 +84,6 @@ public:
   [[nodiscard]] bool canSubmit() const;
   [[nodiscard]] bool isFree() const;
   [[nodiscard]] QString place() const;
-  [[nodiscard]] bool isOver() const;
   [[nodiscard]] bool keeping() const;
   [[nodiscard]] QString keepingError() const;
   [[nodiscard]] bool answerable() const;
@@ -91,6 +92,8 @@ public:
   [[nodiscard]] bool graded() const;
   [[nodiscard]] double truth() const;
   [[nodiscard]] bool correct() const;
+  [[nodiscard]] QString primary() const;
+  [[nodiscard]] QString status() const;
   [[nodiscard]] QString verdict() const;
   [[nodiscard]] QString verdictDetail() const;
   [[nodiscard]] QString announcement() const;
@@ -110,6 +113,7 @@ Q_SIGNALS:
   void currentSlotChanged();
   void renderingChanged();
   void keepingChanged();
+  void statusChanged(); // with each of these two
   void answerableChanged();
   // The listener leaves a course that is over.
   void finished();

@@ -11,7 +11,7 @@
 
 namespace velto {
 
-// One set of colours. A plain value; all colours are sRGB.
+// A Colors::Palette for QML. A plain value; all colours are sRGB.
 struct Palette {
   Q_GADGET
   QML_VALUE_TYPE(veltoPalette)
@@ -58,15 +58,13 @@ public:
   [[nodiscard]] static const Palette& light();
 };
 
-// Blends the red, green and blue of `from` toward `to` by `t`, clamped to 0...1. Ignores opacity:
-// the result is opaque. Aborts if a colour is invalid.
+// See Colors::mix. Aborts if a colour is invalid.
 [[nodiscard]] QColor mix(const QColor& from, const QColor& to, double t);
 
-// `top` laid over `ground`, both with their opacities.
+// See Colors::laidOver.
 [[nodiscard]] QColor laidOver(const QColor& top, const QColor& ground);
 
-// The colour of a band in the weakness map: from `good` through `warn` to `bad` as `weakness` goes
-// from 0 to 1; clamped beyond.
+// See Colors::weakness.
 [[nodiscard]] QColor weaknessColor(const Palette& palette, double weakness);
 
 // The palette that items inherit: `Theme.palette` is the palette set on the item, else that of the
@@ -125,11 +123,8 @@ public:
     return velto::laidOver(top, ground);
   }
 
-  // `color` at `opacity`, 0 to 1.
-  Q_INVOKABLE static QColor faded(QColor color, double opacity) {
-    color.setAlphaF(color.alphaF() * static_cast<float>(opacity));
-    return color;
-  }
+  // See Colors::faded.
+  Q_INVOKABLE static QColor faded(const QColor& color, double opacity);
 };
 
 } // namespace velto

@@ -53,6 +53,38 @@ std::string Wording::slotTitle(Drill drill, std::int64_t index) {
   return std::string(1, static_cast<char>('A' + index));
 }
 
+std::string_view Wording::answerName(Drill drill) {
+  switch (drill) {
+  case Drill::frequency:
+    return "Frequency";
+  case Drill::level:
+    return "How much louder";
+  case Drill::dynamics:
+    return "How much gain reduction";
+  case Drill::polarity:
+    return "Flipped slot";
+  }
+  fatalError("unknown drill");
+}
+
+std::string_view Wording::slotCaption(std::int64_t index, std::optional<std::int64_t> flipped) {
+  if (!flipped)
+    return "?";
+  return index == *flipped ? "FLIPPED" : "in phase";
+}
+
+std::string_view Wording::primary(bool isGraded, bool isOver) {
+  if (isOver)
+    return "Close";
+  return isGraded ? "Next" : "Submit";
+}
+
+std::string_view Wording::status(bool isRendering, bool isKeeping) {
+  if (isRendering)
+    return "rendering…";
+  return isKeeping ? "saving…" : "listen, then answer";
+}
+
 std::string_view Wording::verdict(bool correct) {
   return correct ? "HIT" : "MISS";
 }

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,15 @@ namespace velto::Wording {
 [[nodiscard]] std::string_view title(Material material);
 // "A" and "B", or "1", "2", "3" for the polarity drill; `index` from 0.
 [[nodiscard]] std::string slotTitle(Drill drill, std::int64_t index);
+// What an answer is called: "Frequency", "How much louder".
+[[nodiscard]] std::string_view answerName(Drill drill);
+// The caption of a slot to answer with, `index` from 0: "?" until the flipped slot is known, then
+// "FLIPPED" or "in phase".
+[[nodiscard]] std::string_view slotCaption(std::int64_t index, std::optional<std::int64_t> flipped);
+// The primary button: "Submit", "Next" or, after the last trial of a list, "Close".
+[[nodiscard]] std::string_view primary(bool isGraded, bool isOver);
+// What happens before the verdict: "rendering…", "saving…" or "listen, then answer".
+[[nodiscard]] std::string_view status(bool isRendering, bool isKeeping);
 // "HIT" or "MISS"
 [[nodiscard]] std::string_view verdict(bool correct);
 // "you 1k Hz   ·   actual 3.15k Hz   ·   1.66 oct off"

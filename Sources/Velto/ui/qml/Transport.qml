@@ -85,7 +85,7 @@ Item {
 
             objectName: "primaryButton"
             texts: transport.session.isFree ? ["Submit", "Next"] : ["Submit", "Next", "Close"]
-            text: transport.session.over ? "Close" : transport.session.graded ? "Next" : "Submit"
+            text: transport.session.primary
             available: transport.session.graded || transport.session.canSubmit
             onActivated: transport.session.advance()
         }

@@ -17,7 +17,7 @@ Item {
         visible: !verdict.session.graded && !failure.visible
         x: 10
         height: parent.height
-        text: verdict.session.rendering ? "rendering…" : verdict.session.keeping ? "saving…" : "listen, then answer"
+        text: verdict.session.status
         size: 11
         color: Theme.palette.muted
     }

@@ -2,7 +2,6 @@
 
 #include "Bands.h"
 #include "Grading.h"
-#include "Trial.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,24 +10,6 @@
 namespace velto {
 
 namespace {
-
-// The different targets, ascending, each with one of its trials and the number of them.
-struct Target {
-  Trial trial;
-  std::size_t trials = 0;
-};
-using Targets = std::map<double, Target>;
-
-Targets targetsOf(Drill drill, double difficulty, std::span<const std::uint64_t> seeds) {
-  Targets targets;
-  for (const std::uint64_t seed : seeds) {
-    const Trial trial = Drills::makeTrial(difficulty, Drills::defaultMaterial(drill), seed, drill);
-    Target& target = targets[Drills::truth(trial)];
-    target.trial = trial;
-    ++target.trials;
-  }
-  return targets;
-}
 
 // The window's answers between two targets; none outside is better.
 std::vector<double> answersWithin(Drill drill, double lowest, double highest) {
@@ -56,37 +37,40 @@ std::vector<double> answersWithin(Drill drill, double lowest, double highest) {
 
 } // namespace
 
-BlindAnswer bestBlindAnswer(Drill drill, double difficulty, std::span<const std::uint64_t> seeds) {
-  const Targets targets = targetsOf(drill, difficulty, seeds);
+BlindAnswer BlindAnswer::best(std::span<const Target> targets) {
   BlindAnswer best{.meanError = std::numeric_limits<double>::infinity(),
                    .targets = targets.size(),
-                   .lowestTarget = targets.begin()->first,
-                   .highestTarget = targets.rbegin()->first};
-  std::size_t mostHits = 0;
+                   .lowestTarget = Drills::truth(targets.front().trial),
+                   .highestTarget = Drills::truth(targets.back().trial)};
+  double all = 0;
+  for (const Target& target : targets)
+    all += target.weight;
+  double mostHits = 0;
   double errorsOfBest = 0;
+  const Drill drill = targets.front().trial.drill;
   for (const double answer : answersWithin(drill, best.lowestTarget, best.highestTarget)) {
-    std::size_t hits = 0;
+    double hits = 0;
     double errors = 0;
-    for (const auto& [value, target] : targets) {
+    for (const Target& target : targets) {
       const Drills::Grade grade = Drills::grade(answer, target.trial);
-      hits += grade.correct ? target.trials : 0;
-      errors += grade.error * static_cast<double>(target.trials);
+      hits += grade.correct ? target.weight : 0;
+      errors += grade.error * target.weight;
     }
-    best.meanError = std::min(best.meanError, errors / static_cast<double>(seeds.size()));
+    best.meanError = std::min(best.meanError, errors / all);
     if (hits > mostHits || (hits == mostHits && errors < errorsOfBest)) {
       mostHits = hits;
       errorsOfBest = errors;
       best.answer = answer;
     }
   }
-  best.hitRate = static_cast<double>(mostHits) / static_cast<double>(seeds.size());
+  best.hitRate = mostHits / all;
   return best;
 }
 
 const BlindAnswer& BlindAnswers::at(Drill drill, double difficulty) {
   const auto [place, isNew] = known_.try_emplace({drill, difficulty});
   if (isNew)
-    place->second = bestBlindAnswer(drill, difficulty, seeds_);
+    place->second = BlindAnswer::best(targetsAt_(drill, difficulty));
   return place->second;
 }
 

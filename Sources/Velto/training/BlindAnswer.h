@@ -2,9 +2,10 @@
 #pragma once
 
 #include "Drill.h"
+#include "Targets.h"
 
 #include <cstddef>
-#include <cstdint>
+#include <functional>
 #include <map>
 #include <span>
 #include <utility>
@@ -23,25 +24,27 @@ struct BlindAnswer {
   double lowestTarget = 0; // Hz, dB or slot
   double highestTarget = 0;
 
+  // The best one for `targets`: those of one drill, one or more, ascending. Answers are those of
+  // the window: the bands, the slots, and decibels in steps of 0.05 (level) and 0.5 (dynamics). Any
+  // thread.
+  [[nodiscard]] static BlindAnswer best(std::span<const Target> targets);
+
   bool operator==(const BlindAnswer&) const = default;
 };
-
-// The best one over the trials of `seeds`, which are not empty. Answers are those of
-// the window: the bands, the slots, and decibels in steps of 0.05 (level) and 0.5 (dynamics).
-[[nodiscard]] BlindAnswer bestBlindAnswer(Drill drill, double difficulty,
-                                          std::span<const std::uint64_t> seeds);
 
 // The same for many answers: computes each drill and difficulty once. One object belongs to one
 // thread.
 class BlindAnswers {
 public:
-  explicit BlindAnswers(std::vector<std::uint64_t> seeds) : seeds_(std::move(seeds)) {}
+  using TargetsAt = std::function<std::vector<Target>(Drill drill, double difficulty)>;
+
+  explicit BlindAnswers(TargetsAt targetsAt) : targetsAt_(std::move(targetsAt)) {}
 
   // Valid as long as this object.
   [[nodiscard]] const BlindAnswer& at(Drill drill, double difficulty);
 
 private:
-  std::vector<std::uint64_t> seeds_;
+  TargetsAt targetsAt_;
   std::map<std::pair<Drill::Case, double>, BlindAnswer> known_;
 };
 
