@@ -57,17 +57,19 @@ void provide(const QString& family) {
 // Makes a bundle's own fonts and configuration the current ones, if the system has no configuration
 // of fonts.
 void configureFromBundle() {
-  FcChar8* const configured = FcConfigFilename(nullptr);
   const QString file = resourceFile(QStringLiteral("fonts/fonts.conf"));
-  if (configured == nullptr && !file.isEmpty()) {
-    FcConfig* const config = FcConfigCreate();
-    const QByteArray path = QFile::encodeName(file);
-    if (FcConfigParseAndLoad(config, reinterpret_cast<const FcChar8*>(path.constData()), FcTrue) &&
-        FcConfigBuildFonts(config))
-      FcConfigSetCurrent(config);
-    FcConfigDestroy(config);
-  }
-  FcStrFree(configured);
+  if (file.isEmpty())
+    return;
+  FcConfig* const config = FcConfigCreate();
+  // Of a null configuration, it would load the default one first, and complain if there is none.
+  FcChar8* const ofSystem = FcConfigGetFilename(config, nullptr);
+  const QByteArray path = QFile::encodeName(file);
+  if (ofSystem == nullptr &&
+      FcConfigParseAndLoad(config, reinterpret_cast<const FcChar8*>(path.constData()), FcTrue) &&
+      FcConfigBuildFonts(config))
+    FcConfigSetCurrent(config);
+  FcStrFree(ofSystem);
+  FcConfigDestroy(config);
 }
 
 QString familyFor(QFontDatabase::SystemFont role, const QString& setting, const QString& fallback) {
