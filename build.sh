@@ -126,6 +126,7 @@ testPackages=(
   valgrind
   wireplumber
   wtype
+  xz-utils
 )
 
 # For test --long: file systems on loop devices.

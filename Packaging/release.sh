@@ -40,7 +40,7 @@ copySources() {
     done
   else
     (cd "$source" && find . \( -path ./build -o -path './build-*' -o -path ./debian -o -path ./.git \
-      -o -path ./.pc -o -name __pycache__ \) -prune -o ! -type d -printf '%P\0')
+      -o -path ./.pc -o -name __pycache__ -o -name node_modules \) -prune -o ! -type d -printf '%P\0')
   fi | tar --create --directory "$source" --null --files-from=- | tar --extract --directory "$1"
 }
 
