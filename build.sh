@@ -215,6 +215,7 @@ checkPackages=(
   faketime
   file
   flatpak-builder
+  libarchive-tools
   librsvg2-bin
   lintian
   makepkg
