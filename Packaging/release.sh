@@ -31,7 +31,7 @@ pack() {
 }
 
 # copySources FOLDER: copies the sources without what was built. In a clone, that is what git tracks,
-# as it is in the folder now.
+# as it is in the folder now. All have the time of the release, as they will when unpacked.
 copySources() {
   mkdir -p "$1"
   if [[ $(git -C "$source" rev-parse --show-toplevel 2>/dev/null) == "$source" ]]; then
@@ -42,6 +42,7 @@ copySources() {
     (cd "$source" && find . \( -path ./build -o -path './build-*' -o -path ./debian -o -path ./.git \
       -o -path ./.pc -o -name __pycache__ -o -name node_modules \) -prune -o ! -type d -printf '%P\0')
   fi | tar --create --directory "$source" --null --files-from=- | tar --extract --directory "$1"
+  find "$1" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
 }
 
 # fillIn TEMPLATE [NAME=VALUE...]: prints a template with @NAME@ replaced, and always @VERSION@ and
