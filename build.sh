@@ -21,7 +21,7 @@ Usage: ./build.sh [COMMAND]
                     named of bookworm, trixie, testing and sid, else the first three
       --asan        build them with the address and undefined-behaviour sanitizers
       --tsan        the tests of threaded code, with the thread sanitizer
-      --web         the practice page in Chromium; playwright-core comes from npm
+      --web         the practice page in Chromium; playwright-core and axe-core come from npm
       --coverage    measure the line coverage; fails below 95 % in training and synthesis
   lint              run the formatters and checkers over the sources
       --fix         let the formatters rewrite the sources
@@ -117,6 +117,7 @@ testPackages=(
   nlohmann-json3-dev
   pipewire
   pipewire-pulse
+  psignifit
   python3-fonttools
   python3-ufolib2
   qt6-wayland
@@ -458,7 +459,9 @@ testWeb() {
   web
   configure release "$folder" VELTO_BUILD_TESTS=ON
   compile "$folder" --target velto_render_hashes
-  [[ -d $tests/node_modules/playwright-core ]] || (cd "$tests" && npm ci --no-audit --no-fund)
+  [[ -e $tests/node_modules/.package-lock.json \
+    && ! $tests/package-lock.json -nt $tests/node_modules/.package-lock.json ]] \
+    || (cd "$tests" && npm ci --no-audit --no-fund)
   say 'Testing: the page in Chromium; screenshots in build/web-pictures/'
   (cd "$root" && node "$tests/check.mjs" build-web "$folder/bin/velto_render_hashes" \
     "$folder/web-pictures")
@@ -614,11 +617,7 @@ web() {
   if [[ ${1-} == --serve ]]; then serve=true; shift; fi
   (($# == 0)) || fail "web: unknown option '$1'; try ./build.sh help" 2
   provide "${webPackages[@]}"
-  # The newest clang that has a C++ library for wasm32.
-  for compiler in $(compgen -c clang++- | grep -xE 'clang\+\+-[0-9]+' | sort -Vru) clang++; do
-    if "$compiler" --target=wasm32-wasi -std=c++20 -fsyntax-only -include vector -x c++ /dev/null \
-      2>/dev/null; then break; fi
-  done
+  compiler=$("$root/Tests/matrix/wasm-compiler") || fail 'no clang here has a C++ library for wasm32'
   if ! grep -qs "^CMAKE_CXX_COMPILER:[A-Z]*=.*/$compiler\$" "$modules/CMakeCache.txt"; then
     rm -rf "$modules"
     say 'Configuring the WebAssembly modules in build-wasm/'

@@ -57,8 +57,9 @@ TEST(ListMaker, SpreadsSeedsOver64Bits) {
 // deviations (240), and one that weighs nothing of none.
 TEST(ListMaker, WeightsTheBands) {
   ListRequest request = requestFor({Drill::frequency}, 1000, 0);
-  request.bandWeights[10] = 4;
-  request.bandWeights[3] = 0;
+  request.bandWeights = Targets::evenBands;
+  request.bandWeights->at(10) = 4;
+  request.bandWeights->at(3) = 0;
   std::array<int, 27> targets{};
   for (; request.randomSeed < 20; ++request.randomSeed)
     for (const ListedTrial& listed : makeList(request).trials)
@@ -68,4 +69,15 @@ TEST(ListMaker, WeightsTheBands) {
   EXPECT_EQ(targets[3], 0);
   EXPECT_NEAR(targets[10], all * 4 / weights, 240);
   EXPECT_NEAR(targets[11], all / weights, 130);
+}
+
+TEST(ListMaker, StoresTheWeightsInThousandthsOfTheHeaviest) {
+  ListRequest request = requestFor({Drill::frequency}, 1, 0);
+  EXPECT_FALSE(makeList(request).bandWeights);
+  request.bandWeights.emplace().fill(0.1);
+  request.bandWeights->at(26) = 0.3;
+  BandWeights stored{};
+  stored.fill(333);
+  stored[26] = 1000;
+  EXPECT_EQ(makeList(request).bandWeights, stored);
 }

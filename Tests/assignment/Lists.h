@@ -28,9 +28,13 @@ namespace velto::testing {
 // Of at most 60 trials.
 [[nodiscard]] inline rc::Gen<TrialList> trialLists() {
   return rc::gen::apply(
-      [](bool isStaircase, std::vector<ListedTrial> trials) {
+      [](bool isStaircase, bool isWeighted, BandWeights weights, std::vector<ListedTrial> trials) {
         trials.resize(std::min<std::size_t>(trials.size(), 60));
         TrialList list{.difficulty = TrialList::Difficulty::fixed, .trials = std::move(trials)};
+        if (isWeighted) {
+          weights[weights.size() / 2] = TrialList::heaviestBand;
+          list.bandWeights = weights;
+        }
         if (isStaircase) {
           list.difficulty = TrialList::Difficulty::staircase;
           for (ListedTrial& trial : list.trials)
@@ -41,7 +45,9 @@ namespace velto::testing {
         }
         return list;
       },
-      rc::gen::arbitrary<bool>(),
+      rc::gen::arbitrary<bool>(), rc::gen::arbitrary<bool>(),
+      rc::gen::container<BandWeights>(
+          rc::gen::map(rc::gen::inRange(0, 1001), [](int k) { return 1.0 * k; })),
       rc::gen::nonEmpty(rc::gen::container<std::vector<ListedTrial>>(listedTrials())));
 }
 

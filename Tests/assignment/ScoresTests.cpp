@@ -11,8 +11,6 @@ using namespace velto;
 
 namespace {
 
-BlindAnswers blind = blindAnswersToLists();
-
 TrialList listOf(Drill drill, double difficulty, std::size_t count, std::uint64_t randomSeed) {
   return makeList({.parts = {{.drill = drill, .difficulty = difficulty}},
                    .count = count,
@@ -37,7 +35,9 @@ Results::Reading resultsOf(const TrialList& list, Answer answer) {
 
 TEST(Scores, CountEachDrillAndShowWhatGuessingGets) {
   ListRequest request{.parts = {{Drill::polarity, 30}, {Drill::level, 40}}, .count = 9};
-  const auto reading = resultsOf(makeList(request), [](const Trial& trial) {
+  const TrialList list = makeList(request);
+  BlindAnswers blind = blindAnswersTo(list);
+  const auto reading = resultsOf(list, [](const Trial& trial) {
     return trial.drill == Drill::level ? kit::missOf(trial) : kit::truthOf(trial);
   });
   const auto scores = scoresOf(reading, blind);
@@ -61,11 +61,22 @@ TEST(Scores, CountEachDrillAndShowWhatGuessingGets) {
 
 TEST(Scores, AreZeroWithoutAnswers) {
   const TrialList list = listOf(Drill::dynamics, 20, 3, 1);
+  BlindAnswers blind = blindAnswersTo(list);
   const auto scores = scoresOf(std::get<Results::Reading>(Results::read(list, "")), blind);
   ASSERT_EQ(scores.size(), 1U);
   EXPECT_EQ(scores[0].trials, 3U);
   EXPECT_EQ(scores[0].answers, 0U);
   EXPECT_EQ(scores[0].error, 0);
+}
+
+// Without weights the best band to name hits for itself and both neighbours; 400 Hz, the heaviest
+// one here, hits for 500 Hz, too, but not for 315 Hz.
+TEST(Scores, KnowHowOftenAListAsksForEachBand) {
+  ListRequest request{.parts = {{Drill::frequency, 40}}, .count = 1};
+  EXPECT_NEAR(blindAnswersTo(makeList(request)).at(Drill::frequency, 40).hitRate, 3.0 / 27, 1e-12);
+  request.bandWeights = Targets::evenBands;
+  request.bandWeights->at(10) = 4;
+  EXPECT_NEAR(blindAnswersTo(makeList(request)).at(Drill::frequency, 40).hitRate, 5.0 / 30, 1e-12);
 }
 
 TEST(Scores, AddUpToThoseOfTheClass) {

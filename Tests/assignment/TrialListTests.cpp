@@ -7,6 +7,7 @@
 
 #include <limits>
 #include <string>
+#include <vector>
 
 using namespace velto;
 
@@ -70,6 +71,36 @@ TEST(TrialList, NamesTheLineThatIsWrong) {
         << end;
   EXPECT_EQ(complaint("velto-session 1\ndifficulty fixed\nend 0 0000000000000000\n"),
             "line 3: there is no trial");
+}
+
+TEST(TrialList, HasALineForTheWeightsOfTheBands) {
+  TrialList list{.difficulty = TrialList::Difficulty::fixed,
+                 .trials = {{Drill::frequency, Material::pinkNoise, 40, 1}},
+                 .bandWeights = BandWeights{}};
+  list.bandWeights->at(0) = 1000;
+  list.bandWeights->at(26) = 250;
+  const std::string text = list.text();
+  const std::string line = "bands 1000 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 250\n";
+  EXPECT_EQ(text.find("\n" + line), std::string("velto-session 1\ndifficulty fixed").size());
+  const auto complaintWith = [&](std::string_view other) {
+    std::string changed = text;
+    return complaint(changed.replace(changed.find(line), line.size(), other));
+  };
+  EXPECT_EQ(complaintWith(line), "");
+  const std::string zeros = " 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0"; // 25
+  for (const std::string& other : std::vector<std::string>{
+           "bands\n", "bandsman\n", "bands 1000\n", "bands 1000" + zeros + "\n",
+           "bands 1000" + zeros + " 0 0\n", "bands 1000" + zeros + " 0 \n",
+           "bands  1000" + zeros + " 0\n", "bands 999" + zeros + " 0\n",
+           "bands 1000" + zeros + " 1001\n", "bands 1000" + zeros + " 1.5\n",
+           "bands 1000" + zeros + " 01\n", "bands 1000" + zeros + " -1\n"})
+    EXPECT_EQ(complaintWith(other),
+              "line 3: not the weights of 27 bands: whole numbers up to 1000, "
+              "which the heaviest has")
+        << other;
+  EXPECT_EQ(complaintWith(line + line), "line 4: unknown drill");
+  list.bandWeights->at(0) = 999;
+  EXPECT_DEATH(static_cast<void>(list.text()), "breaks its rules");
 }
 
 TEST(TrialList, TakesDifficultiesFrom0To100InOneSpellingOnly) {
@@ -147,11 +178,11 @@ TEST(TrialList, RefusesEveryDamagedByte) {
 
 // Never crashes, and accepts nothing but what it writes.
 RC_GTEST_PROP(TrialListLaw, ReadsAnyText, ()) {
-  const auto words = *rc::gen::container<std::vector<std::string>>(
-      rc::gen::oneOf(rc::gen::elementOf(std::vector<std::string>{
-                         "velto-session 1\n", "difficulty fixed\n", "difficulty staircase\n",
-                         "frequency pink 1 ", "0123456789abcdef\n", "end 1 ", "end", " ", "\n"}),
-                     rc::gen::arbitrary<std::string>()));
+  const auto words = *rc::gen::container<std::vector<std::string>>(rc::gen::oneOf(
+      rc::gen::elementOf(std::vector<std::string>{
+          "velto-session 1\n", "difficulty fixed\n", "difficulty staircase\n", "frequency pink 1 ",
+          "0123456789abcdef\n", "bands 1000 1", "end 1 ", "end", " ", "\n"}),
+      rc::gen::arbitrary<std::string>()));
   std::string text;
   for (const std::string& word : words)
     text += word;

@@ -1,6 +1,7 @@
 #include "Drill.h"
 #include "Mixer.h"
 #include "Rendering.h"
+#include "SceneControl.h"
 #include "Signals.h"
 #include "Trial.h"
 
@@ -16,6 +17,7 @@
 #include <memory>
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
+#include <utility>
 #include <vector>
 
 namespace velto {
@@ -32,33 +34,24 @@ class Desk {
 public:
   void play(std::vector<Slot> slots, std::int64_t chosen, std::uint64_t startDelayFrames,
             Switching switching = Switching::crossfade) {
-    scene_.slots = {};
-    std::copy(slots.begin(), slots.end(), scene_.slots.begin());
-    scene_.startDelayFrames = startDelayFrames;
-    scene_.switching = switching;
-    scene_.chosen = chosen;
-    ++scene_.load;
-    mixer.publish(scene_);
+    control_.play(std::move(slots), chosen, startDelayFrames, switching);
+    mixer.publish(control_.scene());
   }
 
   void fadeTo(std::int64_t chosen) {
-    scene_.chosen = chosen;
-    ++scene_.ramp;
-    mixer.publish(scene_);
+    control_.switchTo(chosen);
+    mixer.publish(control_.scene());
   }
 
   void silence() {
-    scene_.slots = {};
-    scene_.startDelayFrames = 0;
-    scene_.chosen = -1;
-    ++scene_.load;
-    mixer.publish(scene_);
+    control_.silence();
+    mixer.publish(control_.scene());
   }
 
   // Closes the output and opens another one.
   void beginStream() {
-    ++scene_.stream;
-    silence();
+    control_.beginStream();
+    mixer.publish(control_.scene());
     mixer.releaseAllButLatest();
   }
 
@@ -79,12 +72,14 @@ public:
     return renderBoth(frames, blockFrames).l;
   }
 
-  [[nodiscard]] float volume(std::size_t voice) const { return mixer.volume(voice, scene_.load); }
+  [[nodiscard]] float volume(std::size_t voice) const {
+    return mixer.volume(voice, control_.scene().load);
+  }
 
   Mixer mixer;
 
 private:
-  Scene scene_;
+  SceneControl control_;
 };
 
 class MixerWithBlocks : public ::testing::TestWithParam<std::size_t> {};
@@ -312,7 +307,8 @@ TEST(Mixer, ANewStreamPlaysNothingOfTheOldOne) {
 
 TEST_P(MixerWithBlocks, ASwitchThroughSilenceFallsFor75msAndRisesFor75ms) {
   Desk desk;
-  desk.play({constantSlot(10, 1, 1), constantSlot(10, -1, -1)}, 0, 0, Switching::throughSilence);
+  desk.play({constantSlot(10, 1, 1), constantSlot(10, 0.5F, 0.5F)}, 0, 0,
+            Switching::throughSilence);
   (void)desk.render(ramp);
   desk.fadeTo(1);
   const auto out = desk.render(ramp + 100, GetParam());
@@ -320,9 +316,9 @@ TEST_P(MixerWithBlocks, ASwitchThroughSilenceFallsFor75msAndRisesFor75ms) {
   for (std::size_t i = 0; i < half; ++i)
     ASSERT_NEAR(out[i], 1 - static_cast<double>(i) / half, 6e-8) << i;
   for (std::size_t i = half; i < ramp; ++i)
-    ASSERT_NEAR(out[i], -static_cast<double>(i - half) / half, 6e-8) << i;
+    ASSERT_NEAR(out[i], 0.5 * static_cast<double>(i - half) / half, 6e-8) << i;
   for (std::size_t i = ramp; i < out.size(); ++i)
-    ASSERT_EQ(out[i], -1.0F) << i;
+    ASSERT_EQ(out[i], 0.5F) << i;
 }
 
 TEST(Mixer, ASwitchThroughSilenceDuringAnotherStartsFromTheCurrentGain) {

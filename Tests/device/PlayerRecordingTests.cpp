@@ -412,7 +412,7 @@ class LastOnItsDesk : public Recorded {};
 
 TEST_F(LastOnItsDesk, SurvivesTheEndOfTheServer) {
   const std::vector<Slot> slots{noiseSlot(loopFrames, 1), noiseSlot(loopFrames, 2)};
-  auto player = std::make_unique<kit::TestPlayer>();
+  std::optional<kit::TestPlayer> player(std::in_place);
   player->load(slots, 0);
   ASSERT_TRUE(eventually([] { return !streams().empty(); }));
   (void)kit::runCommand("pactl exit");

@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <fstream>
 #include <string>
 #include <utility>
 
@@ -63,14 +64,30 @@ private:
   int status_ = -1;
 };
 
+// Moves this process to mounts of its own. Another user than root also gets a user namespace, and
+// keeps the own name in it: a user whom it does not know may not write to what it mounts. Returns
+// false if this is not permitted.
+[[nodiscard]] inline bool takeOwnMounts() {
+  const uid_t user = ::geteuid();
+  const gid_t group = ::getegid();
+  if (::unshare(CLONE_NEWNS | (user == 0 ? 0 : CLONE_NEWUSER)) != 0)
+    return false;
+  if (user != 0) {
+    const auto same = [](auto id) { return std::to_string(id) + " " + std::to_string(id) + " 1"; };
+    std::ofstream("/proc/self/setgroups") << "deny";
+    if (!(std::ofstream("/proc/self/uid_map") << same(user) << std::flush) ||
+        !(std::ofstream("/proc/self/gid_map") << same(group) << std::flush))
+      return false;
+  }
+  return ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+}
+
 // Runs `body` in a process with its own mounts. Returns false if that is not permitted.
 template <typename Body>
 [[nodiscard]] bool withOwnMounts(Body body) {
   constexpr int notAllowed = 77;
   Forked forked([&] {
-    const int userNamespace = ::geteuid() == 0 ? 0 : CLONE_NEWUSER;
-    if (::unshare(CLONE_NEWNS | userNamespace) != 0 ||
-        ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+    if (!takeOwnMounts())
       ::_exit(notAllowed);
     body();
   });

@@ -120,6 +120,25 @@ TEST(LabSessionNew, AsksMoreOftenForTheWeakBandsOfARecord) {
   // 4 kHz and 5 kHz are hits for one another.
   EXPECT_EQ(result.error, "velto-lab: frequency at difficulty 35: the best guess without listening "
                           "hits 17 %\n");
+  kit::put(lab.folder() / "weak.velto", result.out);
+  kit::put(lab.folder() / "mine.csv", resultsOf(list, kit::missOf));
+  const auto scored =
+      nlohmann::json::parse(lab.run({"session", "score", "--json", "weak.velto", "mine.csv"}).out);
+  EXPECT_NEAR(scored["listeners"][0]["scores"][0]["guessingHitRate"].get<double>(), 5.0 / 30, 1e-3);
+}
+
+// A program that was killed while it saved leaves a copy with the record, and the file cut short.
+TEST(LabSessionNew, ReadsTheCopyThatAnUncleanEndLeft) {
+  const LabRunner lab;
+  Stored stored;
+  stored.staircases["frequency"] = {.difficulty = 35};
+  kit::put(lab.record(), "{");
+  kit::put(lab.record().string() + ".backup-12345678",
+           Coding::encodeBackup(Coding::encode(stored).value(), {}, 0, 1).value());
+  for (const char* file : {"profile.json", "./profile.json"}) {
+    const auto made = lab.run(newList({"--drill", "frequency", "--for", file}));
+    EXPECT_EQ(listOf(made).trials.front().difficulty, 35) << made.error;
+  }
 }
 
 TEST(LabSessionNew, RefusesWrongUse) {

@@ -7,7 +7,7 @@
 #include "kit/Forked.h"
 #include "kit/NumberedProfile.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -609,7 +609,9 @@ TEST_F(UnreadableFile, AFileThatCannotBeOpenedIsPutAside) {
   EXPECT_EQ(program.ended(), EXIT_SUCCESS);
   EXPECT_EQ(answersOnFile(), 1);
   ASSERT_EQ(PutAside::all(file()).size(), 1U);
-  EXPECT_EQ(contentOf(PutAside::all(file())[0]), whole);
+  const fs::path aside = PutAside::all(file())[0];
+  fs::permissions(aside, fs::perms::owner_read);
+  EXPECT_EQ(contentOf(aside), whole);
 }
 
 TEST_F(UnreadableFile, IfItCannotBePutAsideTheNextAnswerTriesAgain) {
@@ -765,7 +767,8 @@ TEST_P(EveryFault, LosesNoAnswerThatWasRecorded) {
       };
       if (isDeadly(fault)) {
         Forked dying(practise);
-        EXPECT_THAT(dying.ended(), ::testing::AnyOf(128 + SIGKILL, EXIT_SUCCESS));
+        const int status = dying.ended();
+        EXPECT_TRUE(status == 128 + SIGKILL || status == EXIT_SUCCESS) << status;
         ASSERT_GE(answersOnFile(), 4);
         ASSERT_LE(answersOnFile(), 5);
       } else {

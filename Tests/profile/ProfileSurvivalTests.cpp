@@ -307,6 +307,7 @@ TEST_F(ProfileSurvival, SixteenProgramsAtOnceLoseNoAnswer) {
   if (!besideTheFile().empty()) {
     Profile next(location());
     next.save();
+    ASSERT_TRUE(next.waitForDisk(patience));
   }
   const Stored all = stored().value();
   EXPECT_EQ(all.attempts.size(), Profile::detailRows);

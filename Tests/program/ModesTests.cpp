@@ -26,7 +26,8 @@ const std::string noDisplay = "Velto: there is no display to open a window on\n"
 const std::string refusal = "refusing to seed demo data without VELTO_PROFILE_DIR set\n";
 const std::string seeded = "seeded 160 demo attempts\n";
 
-// No display, no sound server, no sound card and no home.
+// No display, no sound server, no sound card and no home. Fontconfig gets a cache of its own: it
+// complains if the user may write to none.
 std::map<std::string, std::string> nothingAround() {
   return {{"ALSA_CONFIG_PATH", "/dev/null"},
           {"JACK_NO_START_SERVER", "1"},
@@ -36,7 +37,8 @@ std::map<std::string, std::string> nothingAround() {
 ChildResult run(Words switches, ChildOptions options = {}) {
   static const ScratchFolder temporary;
   options.environment.merge(nothingAround());
-  options.environment.try_emplace("TMPDIR", temporary.path().string());
+  for (const char* name : {"TMPDIR", "XDG_CACHE_HOME"})
+    options.environment.try_emplace(name, temporary.path().string());
   switches.insert(switches.begin(), VELTO_PROGRAM);
   return kit::runChild(switches, options);
 }

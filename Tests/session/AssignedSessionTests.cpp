@@ -62,8 +62,8 @@ struct Playing {
       : session(std::make_unique<AssignedCourse>(
                     std::get<Assignment>(Assignment::open(desk.listFile(), desk.results())),
                     work.queues()),
-                Drill::frequency, work.queues(),
-                std::make_unique<kit::TestPlayer>(output.factory()), 0, Session::Trials::fair) {}
+                Drill::frequency, work.queues(), kit::makePlayer(output.factory()), 0,
+                Session::Trials::fair) {}
 
   Session* operator->() { return &session; }
 

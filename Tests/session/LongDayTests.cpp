@@ -109,8 +109,8 @@ protected:
   kit::ScratchProfile scratch_;
   kit::WorkerQueues work_;
   kit::FakeOutput output_;
-  Session session_{Drill::frequency, work_.queues(),
-                   std::make_unique<kit::TestPlayer>(output_.factory()), 1'700'000'000};
+  Session session_{Drill::frequency, work_.queues(), kit::makePlayer(output_.factory()),
+                   1'700'000'000};
   std::size_t answers_ = 0;
   std::array<std::int64_t, 27> bandAnswers_{}, bandHits_{};
 };

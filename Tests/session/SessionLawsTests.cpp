@@ -116,8 +116,7 @@ struct Rig {
   kit::ManualQueues work;
   kit::FakeOutput output;
   Session session{Drill::frequency, work.queues(),
-                  std::make_unique<kit::TestPlayer>(output.factory(), std::chrono::milliseconds(1)),
-                  launchTime};
+                  kit::makePlayer(output.factory(), std::chrono::milliseconds(1)), launchTime};
 };
 
 void requireSame(const Model& model, Rig& rig) {

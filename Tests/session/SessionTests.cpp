@@ -29,9 +29,8 @@ struct Rig {
 
   explicit Rig(Drill drill = Drill::frequency, double time = launchTime,
                Session::Trials trials = Session::Trials::standard)
-      : session(std::make_unique<Session>(drill, work.queues(),
-                                          std::make_unique<kit::TestPlayer>(output.factory()), time,
-                                          trials)) {}
+      : session(std::make_unique<Session>(drill, work.queues(), kit::makePlayer(output.factory()),
+                                          time, trials)) {}
 
   Session& operator*() const { return *session; }
   Session* operator->() const { return session.get(); }
@@ -99,8 +98,7 @@ TEST(SessionStartDeathTest, DiesIfTheTimeIsInvalid) {
   kit::ManualQueues work;
   kit::FakeOutput output;
   for (const double time : impossible)
-    EXPECT_DEATH(Session(Drill::frequency, work.queues(),
-                         std::make_unique<kit::TestPlayer>(output.factory()), time),
+    EXPECT_DEATH(Session(Drill::frequency, work.queues(), kit::makePlayer(output.factory()), time),
                  "system time is out of range");
 }
 

@@ -153,7 +153,7 @@ private:
 };
 
 std::unique_ptr<Player> playerOn(kit::FakeOutput& output) {
-  return std::make_unique<kit::TestPlayer>(output.factory(), 1ms, Player::Opening::inBackground);
+  return kit::makePlayer(output.factory(), 1ms, Player::Opening::inBackground);
 }
 
 constexpr double launchTime = 1'700'000'000;

@@ -3,7 +3,6 @@
 
 #include "kit/Seen.h"
 
-#include "PageColors.h"
 #include "Theme.h"
 
 #include <QFile>
@@ -148,30 +147,6 @@ TEST(Contrast, PairsBelow4_5AreListedInTheDocument) {
 }
 
 // Checks that every text of the window, on its background, is in the list above.
-// The report of velto-lab looks like the window.
-TEST(Contrast, TheReportHasTheColoursOfTheWindow) {
-  const auto expectSame = [](const PageColors& page, const Palette& window) {
-    const auto same = [&](PageColor color, const QColor& other, const char* name) {
-      EXPECT_EQ(QColor::fromRgb(color).rgb(), over(other, window.bg).rgb())
-          << name << " " << window.isDark;
-    };
-    same(page.bg, window.bg, "bg");
-    same(page.surface, window.surface, "surface");
-    same(page.ink, window.ink, "ink");
-    same(page.muted, window.muted, "muted");
-    same(page.track, window.track, "track");
-    same(page.identity, window.identity, "identity");
-    same(page.signal, window.signal, "signal");
-    same(page.control, window.control, "control");
-    same(page.good, window.good, "good");
-    same(page.warn, window.warn, "warn");
-    same(page.bad, window.bad, "bad");
-    EXPECT_EQ(QColor::fromRgb(page.line).rgb(), over(window.line, window.bg).rgb());
-  };
-  expectSame(PageColors::dark(), Palette::dark());
-  expectSame(PageColors::light(), Palette::light());
-}
-
 TEST(Contrast, PairingsIncludeEveryTextOfTheWindow) {
   enum class State { ungraded, hit, miss };
   for (const bool dark : {true, false})

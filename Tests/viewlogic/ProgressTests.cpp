@@ -75,6 +75,7 @@ TEST(ProgressBars, GrowWithTheMeanErrorUpToTheirLimit) {
   EXPECT_EQ(barOf(1, 1.2), (Progress::Bar{34, 1.0}));
   EXPECT_EQ(barOf(1, 5), (Progress::Bar{34, 1.0}));
   EXPECT_EQ(barOf(1, std::numeric_limits<double>::infinity()), (Progress::Bar{34, 1.0}));
+  EXPECT_EQ(barOf(1, std::numeric_limits<double>::quiet_NaN()), (Progress::Bar{34, 1.0}));
   EXPECT_EQ(barOf(1, -0.3), (Progress::Bar{12, 0.0}));
 }
 

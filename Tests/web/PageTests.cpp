@@ -44,6 +44,12 @@ std::vector<bool> chosen(const json& list) {
   return flags;
 }
 
+// Submits the answer and says that the record is kept.
+void submit() {
+  velto_page_advance();
+  velto_page_recordKept();
+}
+
 // The right answer, given by the command that the page has for it.
 void answerRight(const Browser& browser) {
   const Trial trial = trialOf(browser.jobs.back());
@@ -87,25 +93,28 @@ TEST(PageStart, FairTrialsHaveMixedSeedsAndAudibleNoise) {
   EXPECT_EQ(browser.jobs.back().seed, Drills::mixedSeed(1'700'000'000 + 2 * 40503));
 }
 
+// Polarity has three slots with channels of their own.
 TEST(PageSound, PlaysTheSamplesOfTheTrialAsSoonAsTheOutputIsOpen) {
-  Browser& browser = Browser::start();
-  EXPECT_EQ(browser.openings, 0);
-  browser.renderLatest();
-  EXPECT_EQ(browser.openings, 1);
-  EXPECT_TRUE(browser.plays.empty());
-  velto_page_soundOpened(0.02);
-  ASSERT_EQ(browser.plays.size(), 1U);
-  const Browser::Play& play = browser.plays.back();
-  EXPECT_EQ(play.chosen, 0);
-  EXPECT_EQ(play.delayFrames, 4800); // 0.12 s less the latency
-  EXPECT_FALSE(play.throughSilence);
-  const auto wanted = Drills::render(trialOf(browser.jobs.back()), 3.2);
-  ASSERT_EQ(play.samples.size(), 4U);
-  for (std::size_t i = 0; i < 4; ++i) {
-    const auto& samples = *(i % 2 == 0 ? wanted[i / 2].l : wanted[i / 2].r);
-    EXPECT_TRUE(
-        std::equal(samples.begin(), samples.end(), play.samples[i].begin(), play.samples[i].end()))
-        << i;
+  for (const int drill : {0, 3}) {
+    Browser& browser = Browser::start(drill);
+    EXPECT_EQ(browser.openings, 0);
+    browser.renderLatest();
+    EXPECT_EQ(browser.openings, 1);
+    EXPECT_TRUE(browser.plays.empty());
+    velto_page_soundOpened(0.02);
+    ASSERT_EQ(browser.plays.size(), 1U);
+    const Browser::Play& play = browser.plays.back();
+    EXPECT_EQ(play.chosen, 0);
+    EXPECT_EQ(play.delayFrames, 4800); // 0.12 s less the latency
+    EXPECT_FALSE(play.throughSilence);
+    const auto wanted = Drills::render(trialOf(browser.jobs.back()), 3.2);
+    ASSERT_EQ(play.samples.size(), 2 * wanted.size());
+    for (std::size_t i = 0; i < play.samples.size(); ++i) {
+      const auto& samples = *(i % 2 == 0 ? wanted[i / 2].l : wanted[i / 2].r);
+      EXPECT_TRUE(std::equal(samples.begin(), samples.end(), play.samples[i].begin(),
+                             play.samples[i].end()))
+          << drill << ' ' << i;
+    }
   }
 }
 
@@ -164,6 +173,7 @@ TEST(Page, ShowsAFreshTrialOfEachDrill) {
                            "B is compressed, loudness-matched. How much gain reduction?",
                            "One of the three has a flipped channel. Which?"};
   const char* texts[] = {"1k Hz", "2.00 dB", "5.00 dB"};
+  const double highest[] = {16000, 7, 14};
   for (int drill = 0; drill < 4; ++drill) {
     playing(drill);
     const json state = Browser::state();
@@ -181,6 +191,7 @@ TEST(Page, ShowsAFreshTrialOfEachDrill) {
     EXPECT_EQ(chosen(state["drills"]), drillFlags);
     if (drill < 3) {
       EXPECT_EQ(state["answer"]["text"], texts[drill]);
+      EXPECT_EQ(state["answer"]["highest"], highest[drill]);
       EXPECT_EQ(state["answer"]["truthText"], "");
       EXPECT_EQ(state["slots"].size(), 2U);
       EXPECT_EQ(state["slots"][1]["title"], "B");
@@ -198,7 +209,7 @@ TEST(Page, GradesARightAnswerInEachDrillAndKeepsIt) {
     Browser& browser = playing(drill);
     EXPECT_FALSE(browser.kept);
     answerRight(browser);
-    velto_page_advance();
+    submit();
     const json state = Browser::state();
     ASSERT_TRUE(state.contains("verdict")) << drill;
     EXPECT_EQ(state["verdict"]["correct"], true);
@@ -228,7 +239,7 @@ TEST(Page, ShowsTheFlippedSlotAndTheChosenOneOfAMiss) {
   const auto odd = static_cast<std::size_t>(trialOf(browser.jobs.back()).oddSlot);
   const std::size_t wrong = (odd + 1) % 3;
   velto_page_answerSlot(static_cast<int>(wrong));
-  velto_page_advance();
+  submit();
   const json state = Browser::state();
   EXPECT_EQ(state["verdict"]["word"], "MISS");
   for (std::size_t i = 0; i < 3; ++i) {
@@ -244,7 +255,7 @@ TEST(Page, TakesNoAnswerAfterTheVerdict) {
   for (int drill = 0; drill < 4; ++drill) {
     const Browser& browser = playing(drill);
     answerRight(browser);
-    velto_page_advance();
+    submit();
     const json before = Browser::state();
     velto_page_answerAt(1, 100);
     velto_page_answerSlot(0);
@@ -259,7 +270,7 @@ TEST(Page, TakesNoAnswerAfterTheVerdict) {
 TEST(Page, RestoresTheRecordItStartsWith) {
   const Browser& first = playing(1);
   answerRight(first);
-  velto_page_advance();
+  submit();
   const std::string record = first.kept.value();
   playing(1, false, record);
   const json state = Browser::state();
@@ -300,6 +311,7 @@ TEST(PageKeys, DriveATrialOfEachDrill) {
     EXPECT_EQ(browser.switches.back(), 0);
     EXPECT_TRUE(Browser::press("ArrowRight", answer));
     EXPECT_TRUE(Browser::press("Enter"));
+    velto_page_recordKept();
     EXPECT_TRUE(Browser::state().contains("verdict"));
     EXPECT_TRUE(Browser::press("Enter"));
     EXPECT_FALSE(Browser::state().contains("verdict"));
@@ -361,12 +373,14 @@ TEST(PageKeys, AreInertWithModifiersAndWithCapsLock) {
   EXPECT_FALSE(Browser::press("Enter", elsewhere, modified));
   EXPECT_FALSE(Browser::state().contains("verdict"));
   EXPECT_TRUE(Browser::press("Enter", elsewhere, capsLock));
+  velto_page_recordKept();
   EXPECT_TRUE(Browser::state().contains("verdict"));
 }
 
 TEST(PageKeys, AHeldReturnSubmitsOnce) {
   playing(0);
   EXPECT_TRUE(Browser::press("Enter"));
+  velto_page_recordKept();
   EXPECT_TRUE(Browser::press("Enter", elsewhere, repeated));
   EXPECT_TRUE(Browser::state().contains("verdict"));
 }
@@ -385,7 +399,7 @@ TEST(PageLayout, PlacesTicksMarkersAndChips) {
   EXPECT_EQ(strip["answer"]["chipX"], 6);
   EXPECT_EQ(strip["answer"]["chipY"], 6);
   EXPECT_FALSE(strip.contains("truth"));
-  velto_page_advance();
+  submit();
   strip = Browser::parsed(velto_page_strip(738, 60, 100, 1));
   const double x = frequencyScale.position(trialOf(browser.jobs.back()).targetFreq, 738);
   EXPECT_NEAR(strip["truth"]["bar"].get<double>(), x - 1, 0.5);
@@ -407,7 +421,7 @@ TEST(PageLayout, HasBarsAndACurve) {
   for (int i = 0; i < 2; ++i) {
     Browser& browser = Browser::ofPage();
     answerRight(browser);
-    velto_page_advance();
+    submit();
     velto_page_advance();
     browser.renderLatest();
   }
@@ -446,7 +460,7 @@ TEST(PageColours, TellBandsApartByTheirError) {
             (json{{"height", 6}, {"dark", "rgb(31 33 41)"}, {"light", "rgb(232 221 212)"}}));
   const double target = trialOf(Browser::ofPage().jobs.back()).targetFreq;
   velto_page_answerAt(target > 800 ? 0 : 100, 100); // more than 1.2 octaves off
-  velto_page_advance();
+  submit();
   const json after = Browser::state()["progress"]["bars"];
   const json& missed = after[Bands::nearestIndex(target)];
   EXPECT_EQ(missed,
@@ -464,7 +478,7 @@ bool merge(const std::string& record) {
 std::string recordOf(int answers) {
   Browser& browser = playing(1);
   for (int i = 0; i < answers; ++i) {
-    velto_page_advance();
+    submit();
     velto_page_advance();
     browser.renderLatest();
   }
@@ -476,6 +490,81 @@ std::size_t rows(const std::string& record) {
 }
 
 } // namespace
+
+TEST(PageRecord, IsKeptBeforeTheVerdictShows) {
+  for (int drill = 0; drill < 4; ++drill) {
+    Browser& browser = playing(drill, false, recordOf(1));
+    answerRight(browser);
+    const json before = Browser::state();
+    velto_page_advance();
+    EXPECT_EQ(rows(browser.kept.value()), 2U);
+    json state = Browser::state();
+    EXPECT_FALSE(state.contains("verdict"));
+    EXPECT_EQ(state["status"], "saving…");
+    EXPECT_EQ(state["canAdvance"], false);
+    EXPECT_EQ(state["answer"]["answerable"], false);
+    EXPECT_EQ(state["progress"], before["progress"]) << "figures give nothing away";
+    EXPECT_EQ(Browser::parsed(velto_page_curve(320, 64)).size(), 0U);
+
+    // The trial can neither be left nor answered again.
+    browser.kept.reset();
+    const std::size_t jobs = browser.jobs.size();
+    for (const char* key : {"Enter", "n"})
+      EXPECT_TRUE(Browser::press(key));
+    EXPECT_TRUE(Browser::press("Home", answer));
+    velto_page_advance();
+    velto_page_chooseDrill((drill + 1) % 4);
+    velto_page_chooseMaterial(1);
+    velto_page_answerSlot(0);
+    velto_page_answerAt(1, 100);
+    EXPECT_EQ(Browser::state(), state);
+    EXPECT_EQ(browser.jobs.size(), jobs);
+    EXPECT_FALSE(browser.kept);
+
+    velto_page_recordKept();
+    state = Browser::state();
+    EXPECT_EQ(state["verdict"]["word"], "HIT");
+    EXPECT_EQ(state["progress"]["today"], "2");
+    EXPECT_FALSE(browser.kept) << "it is kept once";
+    EXPECT_TRUE(Browser::press("n"));
+    EXPECT_EQ(browser.jobs.size(), jobs + 1);
+  }
+}
+
+TEST(PageRecord, LetsPracticeGoOnWhereItCannotBeKept) {
+  const std::string other = recordOf(2);
+  Browser& browser = playing(1);
+  velto_page_advance();
+  velto_page_recordFailed();
+  EXPECT_TRUE(Browser::state().contains("verdict"));
+  EXPECT_EQ(Browser::state()["progress"]["today"], "1");
+  velto_page_recordFailed();
+  velto_page_recordKept();
+  EXPECT_EQ(Browser::state()["progress"]["today"], "1");
+  velto_page_advance();
+  browser.renderLatest();
+  velto_page_advance();
+  EXPECT_EQ(rows(browser.kept.value()), 2U) << "the next save has both";
+  velto_page_recordFailed();
+  EXPECT_TRUE(merge(other));
+  EXPECT_EQ(rows(browser.kept.value()), 4U) << "so has a merge";
+}
+
+TEST(PageRecord, ShowsTheVerdictAfterAMerge) {
+  const std::string other = recordOf(2);
+  Browser& browser = playing(1);
+  velto_page_advance();
+  EXPECT_TRUE(merge(other));
+  EXPECT_FALSE(Browser::state().contains("verdict"));
+  EXPECT_EQ(rows(browser.kept.value()), 3U);
+  velto_page_recordKept();
+  EXPECT_TRUE(Browser::state().contains("verdict"));
+  velto_page_advance();
+  browser.renderLatest();
+  submit();
+  EXPECT_EQ(rows(browser.kept.value()), 4U);
+  EXPECT_EQ(Browser::state()["progress"]["today"], "4");
+}
 
 TEST(PageRecord, MergesWhatAnotherPageHasKept) {
   const std::string other = recordOf(2);
@@ -489,7 +578,7 @@ TEST(PageRecord, MergesWhatAnotherPageHasKept) {
   velto_page_recordKept();
   velto_page_advance();
   browser.renderLatest();
-  velto_page_advance();
+  submit();
   EXPECT_EQ(rows(browser.kept.value()), 4U);
   EXPECT_EQ(Browser::state()["progress"]["today"], "4");
 }

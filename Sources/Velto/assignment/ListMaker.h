@@ -23,11 +23,12 @@ struct ListRequest {
   std::optional<Material> material{}; // each drill's default material if there is none
   TrialList::Difficulty difficulty = TrialList::Difficulty::fixed;
   std::uint64_t randomSeed = 0;
-  BandWeights bandWeights = Targets::evenBands; // how often each band is the target
+  std::optional<BandWeights> bandWeights{}; // how often each band is the target; all alike if none
 };
 
 // The same request gives the same list. Seeds are spread over 64 bits: those of different random
-// seeds and of different trials are unrelated. Any thread.
+// seeds and of different trials are unrelated. Weights are rounded to thousandths of the heaviest.
+// Any thread.
 [[nodiscard]] TrialList makeList(const ListRequest& request);
 
 } // namespace velto

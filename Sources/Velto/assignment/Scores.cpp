@@ -46,9 +46,11 @@ Score scoreOf(Drill drill, const Results::Reading& reading, BlindAnswers& answer
 
 } // namespace
 
-BlindAnswers blindAnswersToLists() {
-  return BlindAnswers(
-      [](Drill drill, double difficulty) { return Targets::spread(drill, difficulty); });
+BlindAnswers blindAnswersTo(const TrialList& list) {
+  const BandWeights weights = list.bandWeights.value_or(Targets::evenBands);
+  return BlindAnswers([weights](Drill drill, double difficulty) {
+    return Targets::spread(drill, difficulty, weights);
+  });
 }
 
 std::vector<Score> scoresOf(const Results::Reading& reading, BlindAnswers& blind) {

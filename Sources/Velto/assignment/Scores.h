@@ -5,6 +5,7 @@
 #include "Drill.h"
 #include "Results.h"
 #include "Trial.h"
+#include "TrialList.h"
 
 #include <cstddef>
 #include <vector>
@@ -26,8 +27,9 @@ struct Score {
   double difficulty = 0; // mean
 };
 
-// What the best answers without listening get in trials whose seeds are spread over 64 bits.
-[[nodiscard]] BlindAnswers blindAnswersToLists();
+// What the best answers without listening get in trials of the list, which ignore the sound but
+// know how often the list asks for each band.
+[[nodiscard]] BlindAnswers blindAnswersTo(const TrialList& list);
 
 // One per drill of the list, in the order of the drills. Grades from the list.
 [[nodiscard]] std::vector<Score> scoresOf(const Results::Reading& reading, BlindAnswers& blind);

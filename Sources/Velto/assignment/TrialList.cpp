@@ -18,6 +18,7 @@ namespace {
 constexpr std::string_view firstLine = "velto-session 1";
 constexpr std::string_view fixedLine = "difficulty fixed";
 constexpr std::string_view staircaseLine = "difficulty staircase";
+constexpr std::string_view bandsWord = "bands";
 
 std::string wordOf(Material material) {
   std::string word(material.shortName());
@@ -38,6 +39,13 @@ std::string lineOf(const ListedTrial& trial) {
          Numbers::shortest(trial.difficulty) + " " + TextNumbers::hexadecimal(trial.seed) + "\n";
 }
 
+std::string lineOf(const BandWeights& weights) {
+  std::string line(bandsWord);
+  for (const double weight : weights)
+    line.append(" ").append(Numbers::fixed(weight, 0));
+  return line + "\n";
+}
+
 std::string endLine(std::size_t count, std::string_view before) {
   return "end " + std::to_string(count) + " " +
          TextNumbers::hexadecimal(TextNumbers::hash(before)) + "\n";
@@ -49,6 +57,8 @@ std::string body(const TrialList& list) {
   text += '\n';
   text += list.difficulty == TrialList::Difficulty::staircase ? staircaseLine : fixedLine;
   text += '\n';
+  if (list.bandWeights)
+    text += lineOf(*list.bandWeights);
   for (const ListedTrial& trial : list.trials)
     text += lineOf(trial);
   return text;
@@ -56,6 +66,28 @@ std::string body(const TrialList& list) {
 
 bool isDifficulty(double value) {
   return value >= 0 && value <= 100 && !std::signbit(value);
+}
+
+bool areWeights(const BandWeights& weights) {
+  return *std::max_element(weights.begin(), weights.end()) == TrialList::heaviestBand &&
+         std::all_of(weights.begin(), weights.end(), [](double weight) {
+           return weight >= 0 && !std::signbit(weight) && weight == std::trunc(weight);
+         });
+}
+
+// nullopt unless there is one number a band, as lineOf() writes them.
+std::optional<BandWeights> weightsIn(std::string_view line) {
+  BandWeights weights{};
+  line.remove_prefix(bandsWord.size());
+  for (double& weight : weights) {
+    const std::string_view word = line.substr(0, line.find(' ', 1));
+    const auto number = word.starts_with(' ') ? TextNumbers::count(word.substr(1)) : std::nullopt;
+    if (!number)
+      return std::nullopt;
+    weight = static_cast<double>(*number);
+    line.remove_prefix(word.size());
+  }
+  return line.empty() && areWeights(weights) ? std::optional(weights) : std::nullopt;
 }
 
 bool startsAgree(const std::vector<ListedTrial>& trials, const ListedTrial& trial) {
@@ -67,6 +99,7 @@ bool startsAgree(const std::vector<ListedTrial>& trials, const ListedTrial& tria
 bool obeysTheRules(const TrialList& list) {
   const bool isStaircase = list.difficulty == TrialList::Difficulty::staircase;
   return !list.trials.empty() && list.trials.size() <= TrialList::mostTrials &&
+         (!list.bandWeights || areWeights(*list.bandWeights)) &&
          std::all_of(list.trials.begin(), list.trials.end(), [&](const ListedTrial& trial) {
            return isDifficulty(trial.difficulty) &&
                   (!isStaircase || startsAgree(list.trials, trial));
@@ -86,6 +119,13 @@ public:
       const auto line = nextLine();
       if (!line)
         return located("the last line, \"end\", is missing");
+      if (number_ == bandsLine && line->starts_with(bandsWord)) {
+        list_.bandWeights = weightsIn(*line);
+        if (!list_.bandWeights)
+          return located("not the weights of 27 bands: whole numbers up to 1000, which the "
+                         "heaviest has");
+        continue;
+      }
       if (line->starts_with("end ")) {
         if (auto wrong = readEnd(before))
           return located(std::move(*wrong));
@@ -98,6 +138,7 @@ public:
 
 private:
   using Wrong = std::optional<std::string>;
+  static constexpr std::size_t bandsLine = 3;
 
   // nullopt at the end, and for a line without a line feed.
   std::optional<std::string_view> nextLine() {

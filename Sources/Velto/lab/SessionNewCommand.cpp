@@ -2,16 +2,17 @@
 
 #include "Arguments.h"
 #include "Assignment.h"
-#include "BlindAnswer.h"
 #include "Coding.h"
 #include "Console.h"
 #include "Date.h"
 #include "ListMaker.h"
 #include "Numbers.h"
+#include "ProfileLocation.h"
 #include "RandomBytes.h"
+#include "RecordFile.h"
+#include "Scores.h"
 #include "StandardStreams.h"
 #include "Statistics.h"
-#include "Targets.h"
 
 #include <CLI/CLI.hpp>
 
@@ -19,6 +20,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,6 +46,12 @@ struct Wishes {
 };
 
 Stored recordIn(const std::string& path) {
+  // Beside a profile.json there may be copies of a program that did not end cleanly.
+  const auto file = std::filesystem::absolute(path);
+  const ProfileLocation location{file.parent_path(), std::nullopt};
+  if (file == location.file())
+    if (auto record = RecordFile::load(location))
+      return *std::move(record);
   const auto text = Assignment::textOf(path);
   if (const auto* failure = std::get_if<Assignment::Failure>(&text))
     throw Lab::Failure(failure->line);
@@ -77,8 +85,7 @@ ListRequest requestOf(const Wishes& wishes) {
                       .material = wishes.material,
                       .difficulty = wishes.isStaircase ? TrialList::Difficulty::staircase
                                                        : TrialList::Difficulty::fixed,
-                      .randomSeed = 0,
-                      .bandWeights = Targets::evenBands};
+                      .randomSeed = 0};
   Stored stored;
   if (!wishes.record.empty()) {
     if (std::find(wishes.drills.begin(), wishes.drills.end(), Drill::frequency) ==
@@ -99,19 +106,15 @@ std::string percent(double share) {
   return Numbers::fixed(100 * share, 0) + " %";
 }
 
-double guessRate(Drill drill, double difficulty, const BandWeights& weights) {
-  return BlindAnswer::best(Targets::spread(drill, difficulty, weights)).hitRate;
-}
-
 // What one gets without listening, and whether that is much.
-std::string guessLine(const ListRequest& request, const ListRequest::Part& part) {
-  const double start = guessRate(part.drill, part.difficulty, request.bandWeights);
+std::string guessLine(const TrialList& list, const ListRequest::Part& part, BlindAnswers& blind) {
+  const double start = blind.at(part.drill, part.difficulty).hitRate;
   double most = start;
   std::string line = "velto-lab: " + std::string(part.drill.rawValue()) + " at difficulty " +
                      Numbers::shortest(part.difficulty) +
                      ": the best guess without listening hits " + percent(start);
-  if (request.difficulty == TrialList::Difficulty::staircase) {
-    const double end = guessRate(part.drill, 100, request.bandWeights);
+  if (list.difficulty == TrialList::Difficulty::staircase) {
+    const double end = blind.at(part.drill, 100).hitRate;
     most = std::max(start, end);
     if (percent(end) != percent(start))
       line += ", at difficulty 100 " + percent(end);
@@ -144,10 +147,12 @@ void make(Wishes wishes) {
   if (wishes.drills.empty())
     wishes.drills.assign(Drill::allCases.begin(), Drill::allCases.end());
   const ListRequest request = requestOf(wishes);
-  Lab::Console::print(makeList(request).text());
+  const TrialList list = makeList(request);
+  Lab::Console::print(list.text());
   // Not to standard output, which has the list.
+  BlindAnswers blind = blindAnswersTo(list);
   for (const ListRequest::Part& part : request.parts)
-    StandardStreams::writeToError(guessLine(request, part));
+    StandardStreams::writeToError(guessLine(list, part, blind));
 }
 
 } // namespace

@@ -172,7 +172,7 @@ void score(const std::string& listFile, const std::vector<std::string>& files, b
     throw Lab::Failure(*wrong);
   Lab::Progress progress("scoring", files.size());
   std::vector<Listener> listeners;
-  BlindAnswers blind = blindAnswersToLists();
+  BlindAnswers blind = blindAnswersTo(std::get<TrialList>(list));
   for (const std::string& file : files) {
     listeners.push_back(listenerOf(std::get<TrialList>(list), file, blind));
     progress.advance();

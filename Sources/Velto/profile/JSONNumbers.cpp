@@ -1,6 +1,7 @@
 #include "JSONNumbers.h"
 
 #include "CLocale.h"
+#include "NumberText.h"
 
 #include <algorithm>
 #include <charconv>
@@ -13,16 +14,6 @@
 namespace velto {
 
 namespace {
-
-template <typename Integer>
-std::optional<Integer> parsed(std::string_view text) {
-  Integer value = 0;
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value);
-  if (result.ec != std::errc{} || result.ptr != end)
-    return std::nullopt;
-  return value;
-}
 
 // The number of digits at the beginning.
 std::size_t digitsIn(std::string_view text) {
@@ -120,25 +111,25 @@ std::optional<std::int64_t> JSONNumbers::integer(std::string_view text) {
     if (text.starts_with('-'))
       return std::nullopt;
   }
-  return parsed<std::int64_t>(text);
+  return NumberText::integer(text);
 }
 
 std::optional<std::int64_t> JSONNumbers::wholeInt64(std::string_view text) {
-  if (const auto plain = parsed<std::int64_t>(text))
+  if (const auto plain = NumberText::integer(text))
     return plain;
   const bool negative = text.starts_with('-');
   const auto digits = wholeDigits(text.substr(negative ? 1 : 0));
-  return digits ? parsed<std::int64_t>((negative ? "-" : "") + *digits) : std::nullopt;
+  return digits ? NumberText::integer((negative ? "-" : "") + *digits) : std::nullopt;
 }
 
 std::optional<std::uint64_t> JSONNumbers::wholeUInt64(std::string_view text) {
-  if (const auto plain = parsed<std::uint64_t>(text))
+  if (const auto plain = NumberText::natural(text))
     return plain;
   const bool negative = text.starts_with('-');
   const auto digits = wholeDigits(text.substr(negative ? 1 : 0));
   if (!digits || (negative && *digits != "0"))
     return std::nullopt;
-  return parsed<std::uint64_t>(*digits);
+  return NumberText::natural(*digits);
 }
 
 } // namespace velto

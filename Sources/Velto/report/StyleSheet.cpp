@@ -1,6 +1,6 @@
 #include "StyleSheet.h"
 
-#include "PageColors.h"
+#include "Colors.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,22 +19,43 @@ std::string numbered(char letter, std::int64_t number) {
   return name;
 }
 
-std::string variable(const std::string& name, PageColor color) {
-  return "--" + name + ":" + PageColors::text(color) + ";";
+// "#0b0c0f", of an opaque colour.
+std::string hex(const Colors::Color& color) {
+  constexpr const char* digits = "0123456789abcdef";
+  std::string text = "#";
+  for (const float part : {color.red, color.green, color.blue}) {
+    const auto value = static_cast<unsigned>(std::lround(255 * part));
+    text += digits[value >> 4U];
+    text += digits[value & 0xFU];
+  }
+  return text;
 }
 
-std::string variables(const PageColors& colors) {
+std::string variable(const std::string& name, const Colors::Color& color) {
+  return "--" + name + ":" + hex(color) + ";";
+}
+
+std::string variables(const Colors::Palette& colors) {
+  const Colors::Color line = Colors::laidOver(colors.line, colors.bg);
   std::string text = variable("bg", colors.bg) + variable("surface", colors.surface) +
                      variable("ink", colors.ink) + variable("muted", colors.muted) +
-                     variable("line", colors.line) + variable("identity", colors.identity) +
+                     variable("line", line) + variable("identity", colors.identity) +
                      variable("signal", colors.signal) + variable("control", colors.control) +
                      variable("good", colors.good) + variable("bad", colors.bad);
   for (int i = 0; i <= weaknessSteps; ++i)
-    text += variable(numbered('w', i), colors.weakness(static_cast<double>(i) / weaknessSteps));
+    text += variable(numbered('w', i), Colors::weakness(colors.good, colors.warn, colors.bad,
+                                                        static_cast<double>(i) / weaknessSteps));
   for (std::size_t i = 0; i < dayStrength.size(); ++i)
     text += variable(numbered('d', static_cast<std::int64_t>(i)),
-                     PageColors::mixed(colors.track, colors.signal, dayStrength.at(i)));
+                     Colors::mix(colors.track, colors.signal, dayStrength.at(i)));
   return text;
+}
+
+// The light palette on white.
+Colors::Palette paper() {
+  Colors::Palette palette = Colors::light();
+  palette.bg = palette.surface = {1, 1, 1, 1};
+  return palette;
 }
 
 std::string fills() {
@@ -129,10 +150,10 @@ std::string StyleSheet::dayClass(std::int64_t answers) {
 }
 
 std::string StyleSheet::text() {
-  return ":root{color-scheme:light dark;" + variables(PageColors::light()) + "}" +
-         "@media (prefers-color-scheme:dark){:root{" + variables(PageColors::dark()) + "}}" +
-         rules + fills() + "@media print{:root{color-scheme:light;" +
-         variables(PageColors::paper()) + "}" + paperRules + "}";
+  return ":root{color-scheme:light dark;" + variables(Colors::light()) + "}" +
+         "@media (prefers-color-scheme:dark){:root{" + variables(Colors::dark()) + "}}" + rules +
+         fills() + "@media print{:root{color-scheme:light;" + variables(paper()) + "}" +
+         paperRules + "}";
 }
 
 } // namespace velto

@@ -77,10 +77,10 @@ double Measure::rmsDB(std::span<const float> x) {
   return rms.levelDB(x.size());
 }
 
-double Measure::RunningRMS::levelDB(std::size_t count) const {
+double Measure::rmsDB(double sumOfSquares, std::size_t count) {
   if (count == 0)
     return -std::numeric_limits<double>::infinity();
-  return decibels(std::sqrt(sumOfSquares_ / static_cast<double>(count)), 1e-12);
+  return decibels(std::sqrt(sumOfSquares / static_cast<double>(count)), 1e-12);
 }
 
 double Measure::peakDB(std::span<const float> x) {

@@ -96,6 +96,8 @@ namespace Measure {
 // RMS level in dB; -infinity for an empty buffer, -240 for digital silence, 0 for a square wave of
 // ±1.
 [[nodiscard]] double rmsDB(std::span<const float> x);
+// Same, of `count` samples whose squares add up to `sumOfSquares`.
+[[nodiscard]] double rmsDB(double sumOfSquares, std::size_t count);
 
 // Accumulates an RMS level, for loops that compute the samples anyway.
 class RunningRMS {
@@ -112,7 +114,7 @@ public:
     sumOfSquares_ += squares[1];
   }
   // Same as rmsDB() of the samples added so far, `count` in number.
-  [[nodiscard]] double levelDB(std::size_t count) const;
+  [[nodiscard]] double levelDB(std::size_t count) const { return rmsDB(sumOfSquares_, count); }
 
 private:
   double sumOfSquares_ = 0;

@@ -2,14 +2,13 @@
 
 #include "DrumVoices.h"
 #include "FatalError.h"
+#include "Kernels.h"
 #include "Numbers.h"
 #include "Pair.h"
 #include "Xorshift64.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstring>
 
 namespace velto {
 
@@ -72,117 +71,6 @@ void addHat(std::span<float> loop, std::size_t start, std::span<const double> en
   }
 }
 
-// Paul Kellet's refined pink filter: six one-pole filters and a delayed tap, summed in this order.
-// Filters are computed in pairs, sums in pairs of successive frames.
-class PinkFilter {
-public:
-  // Filters two frames of white noise.
-  Pair next(Pair noise) {
-    const Poles now = after(poles_, noise[0]);
-    const Poles then = after(now, noise[1]);
-    const Pair tap{tap_, 0.115926 * noise[0]};
-    poles_ = then;
-    tap_ = 0.115926 * noise[1];
-    return 0.11 * (firstOfEach(now.b01, then.b01) + secondOfEach(now.b01, then.b01) +
-                   firstOfEach(now.b23, then.b23) + secondOfEach(now.b23, then.b23) +
-                   firstOfEach(now.b45, then.b45) + secondOfEach(now.b45, then.b45) + tap +
-                   0.5362 * noise);
-  }
-
-private:
-  struct Poles {
-    Pair b01{}, b23{}, b45{};
-  };
-
-  static Poles after(const Poles& poles, double noise) {
-    const Pair w = both(noise);
-    return {Pair{0.99886, 0.99332} * poles.b01 + Pair{0.0555179, 0.0750759} * w,
-            Pair{0.969, 0.8665} * poles.b23 + Pair{0.153852, 0.3104856} * w,
-            Pair{0.55, -0.7616} * poles.b45 + Pair{0.5329522, -0.016898} * w};
-  }
-
-  Poles poles_;
-  double tap_ = 0;
-};
-
-// Twelve sawtooth oscillators on an A major chord, three per note, with random phases.
-//
-// Phases are stored doubled: doubling is exact, so the sums are the same. Oscillators are computed
-// in pairs, sums in pairs of successive frames.
-class SawtoothChord {
-public:
-  static constexpr std::size_t blockFrames = 8;
-  using Block = std::array<Pair, blockFrames / 2>; // successive frames
-
-  explicit SawtoothChord(Xorshift64& generator) {
-    constexpr std::array<double, 4> rootsHz{110.0, 164.81, 220.0, 277.18};
-    constexpr std::array<double, 3> detunings{0.994, 1.0, 1.007};
-    for (std::size_t i = 0; i < voices; ++i) {
-      const double increment = rootsHz[i / 3] * detunings[i % 3] / sampleRateHz;
-      oscillators_[i / 2].increment[i % 2] = 2 * increment;
-      oscillators_[i / 2].phase[i % 2] = 2 * generator.nextUnit();
-    }
-  }
-
-  // The mean of the oscillators in each of the next frames.
-  Block next() {
-    return next([](std::size_t) {});
-  }
-
-  // Same, and calls `meanwhile` with 0 to blockFrames / 2 - 1 between oscillators. Interleaving
-  // hides the latency of dependent operations such as a filter's.
-  template <typename Meanwhile>
-  Block next(Meanwhile meanwhile) {
-    Block sums{};
-    for (std::size_t i = 0; i < oscillators_.size(); ++i) {
-      if (i < sums.size())
-        meanwhile(i);
-      Oscillators& pair = oscillators_[i];
-      if (pair.mayWrap())
-        pair.addTo<true>(sums);
-      else
-        pair.addTo<false>(sums);
-    }
-    for (Pair& sum : sums)
-      sum /= static_cast<double>(voices);
-    return sums;
-  }
-
-private:
-  static constexpr std::size_t voices = 12;
-
-  struct Oscillators {
-    Pair increment{};
-    Pair phase{}; // in [0, 2)
-
-    // Whether a phase may reach 2 within a block, with a frame of margin for rounding.
-    [[nodiscard]] bool mayWrap() const {
-      const Pair end = phase + static_cast<double>(blockFrames + 1) * increment;
-      return end[0] >= 2 || end[1] >= 2;
-    }
-
-    template <bool wraps>
-    Pair advance() {
-      phase += increment;
-      if constexpr (wraps)
-        phase -= phase >= 2.0 ? both(2.0) : both(0.0);
-      return phase;
-    }
-
-    template <bool wraps>
-    void addTo(Block& sums) {
-      for (Pair& sum : sums) {
-        const Pair now = advance<wraps>();
-        const Pair then = advance<wraps>();
-        sum += firstOfEach(now, then) - 1.0;
-        sum += secondOfEach(now, then) - 1.0;
-      }
-    }
-  };
-
-  std::array<Oscillators, voices / 2> oscillators_;
-};
-
 float gainToOutputLevel(std::span<const float> x) {
   return Measure::gainFrom(Measure::rmsDB(x), outputLevelDB);
 }
@@ -220,20 +108,22 @@ Samples Signals::pad(double seconds, std::uint64_t seed) {
 }
 
 float Signals::fillPink(std::span<float> out, std::uint64_t seed, Noise noise) {
-  Xorshift64 generator(seed);
-  PinkFilter filter;
   if (noise == Noise::asDrawn) {
-    const double levelDB =
-        fillPairs(out, [&] { return rounded(filter.next(generator.nextNoisePair())); });
-    return Measure::gainFrom(levelDB, outputLevelDB);
+    const double sumOfSquares = Kernels::best().pinkNoise(out, seed, 0);
+    return Measure::gainFrom(Measure::rmsDB(sumOfSquares, out.size()), outputLevelDB);
   }
+  Kernels::best().pinkNoise(out, seed, noiseMean);
   // A fourth-order Butterworth high-pass in two sections.
   PairedBiquad first(Biquad::highpass(20, 0.5412, sampleRateHz));
   PairedBiquad second(Biquad::highpass(20, 1.3066, sampleRateHz));
-  const double levelDB = fillPairs(out, [&] {
-    return second.process(
-        first.process(rounded(filter.next(generator.nextNoisePair() - noiseMean))));
-  });
+  std::size_t frame = 0;
+  const auto nextPink = [&] {
+    const bool isLast = frame + 1 == out.size();
+    const SamplePair pink = isLast ? SamplePair{out[frame]} : pairAt(out, frame);
+    frame += 2;
+    return pink;
+  };
+  const double levelDB = fillPairs(out, [&] { return second.process(first.process(nextPink())); });
   return Measure::gainFrom(levelDB, outputLevelDB);
 }
 
@@ -262,17 +152,7 @@ float Signals::fillDrums(std::span<float> out, std::uint64_t seed) {
 float Signals::fillPad(std::span<float> out, std::uint64_t seed) {
   constexpr std::size_t fadeFrames = 480;
 
-  Xorshift64 generator(seed);
-  SawtoothChord chord(generator);
-  PairedBiquad filter(Biquad::lowpass(5200, 0.6, sampleRateHz));
-  SawtoothChord::Block means = chord.next();
-  for (std::size_t begin = 0; begin < out.size(); begin += SawtoothChord::blockFrames) {
-    std::array<SamplePair, means.size()> filtered{};
-    means = chord.next([&](std::size_t i) { filtered[i] = filter.process(rounded(means[i])); });
-    const std::size_t count = std::min(SawtoothChord::blockFrames, out.size() - begin);
-    std::memcpy(&out[begin], filtered.data(), count * sizeof(float));
-  }
-
+  Kernels::best().pad(out, seed);
   for (std::size_t i = 0; i < std::min(out.size(), fadeFrames); ++i) {
     const float gain = static_cast<float>(i) / static_cast<float>(fadeFrames);
     out[i] *= gain;

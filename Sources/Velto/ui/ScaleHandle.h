@@ -12,8 +12,8 @@ namespace velto {
 class ScaleHandle : public velto::FocusStop {
   Q_OBJECT
   QML_ELEMENT
-  Q_PROPERTY(double answer READ value WRITE setAnswer NOTIFY valueChanged FINAL)
-  Q_PROPERTY(double value READ value WRITE ask NOTIFY valueChanged FINAL)
+  Q_PROPERTY(double answer READ value WRITE setAnswer NOTIFY answerChanged FINAL)
+  Q_PROPERTY(double value READ value WRITE ask NOTIFY answerChanged FINAL)
   Q_PROPERTY(double minimumValue MEMBER minimumValue_ NOTIFY rangeChanged FINAL)
   Q_PROPERTY(double maximumValue MEMBER maximumValue_ NOTIFY rangeChanged FINAL)
   Q_PROPERTY(double stepSize MEMBER stepSize_ NOTIFY rangeChanged FINAL) // 0: the steps vary
@@ -26,7 +26,9 @@ public:
   void ask(double value) { Q_EMIT asked(value); }
 
 Q_SIGNALS:
-  void valueChanged();
+  // Not valueChanged, of which Qt Quick would tell assistive technology in some releases only; this
+  // class tells it in all.
+  void answerChanged();
   void rangeChanged();
   // A request to answer `value`, which may be any number.
   void asked(double value);

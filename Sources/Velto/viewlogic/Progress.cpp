@@ -75,7 +75,8 @@ Progress::Bar Progress::bar(const BandStat& band) {
   if (band.attempts == 0)
     return {.height = 6, .weakness = std::nullopt};
   const double t = band.meanErrorOct / fullScaleOctaves;
-  const double weakness = t <= 0 ? 0 : std::min(t, 1.0);
+  // In this order std::min makes 1 of NaN, too.
+  const double weakness = t <= 0 ? 0 : std::min(1.0, t);
   return {.height = lowest + (tallestBar - lowest) * weakness, .weakness = weakness};
 }
 

@@ -39,7 +39,7 @@ struct Bar {
 
 inline constexpr double tallestBar = 34; // points
 
-// A band without answers has the lowest bar.
+// A band without answers has the lowest bar; one whose mean error is NaN has the tallest.
 [[nodiscard]] Bar bar(const BandStat& band);
 
 // The bands that are labelled under the map.

@@ -80,6 +80,7 @@ VELTO_EXPORT(soundFailed) void velto_page_soundFailed(std::size_t size);
 
 // See Page. The record is in the input.
 VELTO_EXPORT(recordKept) void velto_page_recordKept();
+VELTO_EXPORT(recordFailed) void velto_page_recordFailed();
 VELTO_EXPORT(mergeRecord) bool velto_page_mergeRecord(std::size_t size);
 // True if the input is a record. May be called before start().
 VELTO_EXPORT(isRecord) bool velto_page_isRecord(std::size_t size);

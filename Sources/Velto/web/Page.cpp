@@ -5,10 +5,10 @@
 #include "JSONWriter.h"
 #include "KeyMoves.h"
 #include "Numbers.h"
+#include "PageCourse.h"
 #include "PageEngine.h"
 #include "PageScale.h"
 #include "PageStore.h"
-#include "PracticeCourse.h"
 #include "Progress.h"
 #include "Wording.h"
 
@@ -16,6 +16,7 @@
 #include <array>
 #include <cmath>
 #include <memory>
+#include <span>
 #include <utility>
 
 namespace velto {
@@ -112,6 +113,12 @@ void choices(JSON::Writer& json, std::string_view key, const Enumeration& chosen
   json.endArray();
 }
 
+// The difficulties of a drill's newest answers.
+std::span<const double> curveOf(Drill drill, const Stats& stats) {
+  const auto found = stats.curves.find(std::string(drill.rawValue()));
+  return found == stats.curves.end() ? std::span<const double>() : found->second;
+}
+
 std::string shares(int count, double width, double gap, double devicePixelRatio) {
   JSON::Writer json;
   json.beginArray();
@@ -136,7 +143,7 @@ struct Page::Waiting {
 
 Page::Page(PageHost& host, Start start)
     : host_(host), waiting_(std::make_shared<Waiting>()),
-      session_(course(host, std::move(start.record), store_), start.drill,
+      session_(course(std::move(start.record)), start.drill,
                {.background = {},
                 // There is one thread: a call takes place where it is made.
                 .main = [](const WorkQueues::Work& work) { work(); },
@@ -148,10 +155,12 @@ Page::Page(PageHost& host, Start start)
                     }},
                player(host, engine_), start.secondsSince1970, start.trials) {}
 
-std::unique_ptr<Course> Page::course(PageHost& host, std::string record, PageStore*& store) {
-  auto made = std::make_unique<PageStore>(host, std::move(record), Profile::detailRows);
-  store = made.get();
-  return std::make_unique<PracticeCourse>(std::move(made));
+std::unique_ptr<Course> Page::course(std::string record) {
+  auto store = std::make_unique<PageStore>(host_, std::move(record), Profile::detailRows);
+  store_ = store.get();
+  auto made = std::make_unique<PageCourse>(std::move(store));
+  course_ = made.get();
+  return made;
 }
 
 std::unique_ptr<Player> Page::player(PageHost& host, PageEngine*& engine) {
@@ -176,7 +185,7 @@ void Page::chooseSlot(int index) {
 }
 
 bool Page::isAnswerable() const {
-  return session_.trial() && !session_.grade();
+  return session_.trial() && !session_.grade() && !session_.keeping().isPending;
 }
 
 bool Page::canAdvance() const {
@@ -207,9 +216,11 @@ void Page::answerNearest(double value) {
 
 void Page::advance() {
   if (session_.grade())
-    session_.newTrial();
-  else
-    session_.submit();
+    return session_.newTrial();
+  session_.submit();
+  // A record that has no JSON is not saved.
+  if (!store_->isSaving())
+    course_->saveEnded();
 }
 
 bool Page::press(const PageKeys::Press& press, Focus focus) {
@@ -292,6 +303,12 @@ void Page::soundFailed(std::string reason) {
 
 void Page::recordKept() {
   store_->isKept();
+  course_->saveEnded();
+}
+
+void Page::recordFailed() {
+  store_->hasFailed();
+  course_->saveEnded();
 }
 
 bool Page::mergeRecord(std::string_view bytes) {
@@ -371,11 +388,13 @@ void Page::writeAnswer(JSON::Writer& json) const {
 }
 
 void Page::writeProgress(JSON::Writer& json) const {
-  const auto& stats = session_.profile().stats();
+  const Stats& stats = course_->stats();
   json.key("progress");
   json.beginObject();
-  const auto accuracy = session_.profile().accuracy(session_.drill());
-  const auto curve = session_.profile().curve(session_.drill());
+  const std::string drill(session_.drill().rawValue());
+  const auto found = stats.accuracy.find(drill);
+  const auto accuracy = found == stats.accuracy.end() ? std::nullopt : std::optional(found->second);
+  const auto curve = curveOf(session_.drill(), stats);
   text(json, "streak", Progress::streak(stats.streak));
   text(json, "today", std::to_string(stats.todayCount));
   text(json, "accuracy", Progress::accuracy(accuracy));
@@ -447,7 +466,7 @@ std::string Page::curve(double width, double height) const {
   JSON::Writer json;
   json.beginArray();
   for (const auto& point :
-       Progress::curve(session_.profile().curve(session_.drill()), width, height)) {
+       Progress::curve(curveOf(session_.drill(), course_->stats()), width, height)) {
     json.beginArray();
     json.real(point.x);
     json.real(point.y);

@@ -14,6 +14,7 @@
 
 namespace velto {
 
+class PageCourse;
 class PageEngine;
 class PageStore;
 
@@ -47,7 +48,8 @@ public:
   void answerAt(double x, double width);
   // Answers with the value on the scale that is nearest to `value`.
   void answerNearest(double value);
-  // The action of the primary button.
+  // The action of the primary button. The verdict on an answer shows once recordKept() or
+  // recordFailed() has been called.
   void advance();
   // Handles a key press; false if it means nothing here.
   bool press(const PageKeys::Press& press, Focus focus);
@@ -62,8 +64,9 @@ public:
   void soundOpened(double latencySeconds);
   void soundFailed(std::string reason);
 
-  // The host has kept what keepRecord() gave it last.
+  // The host has kept what keepRecord() gave it last, or cannot keep it.
   void recordKept();
+  void recordFailed();
   // Merges another record with this one, and has the result kept. False if `bytes` are no record.
   bool mergeRecord(std::string_view bytes);
 
@@ -85,8 +88,7 @@ public:
   [[nodiscard]] const Session& session() const { return session_; }
 
 private:
-  [[nodiscard]] static std::unique_ptr<Course> course(PageHost& host, std::string record,
-                                                      PageStore*& store);
+  [[nodiscard]] std::unique_ptr<Course> course(std::string record);
   [[nodiscard]] static std::unique_ptr<Player> player(PageHost& host, PageEngine*& engine);
   [[nodiscard]] bool isAnswerable() const;
   [[nodiscard]] bool canAdvance() const;
@@ -101,6 +103,7 @@ private:
   PageHost& host_;
   PageEngine* engine_ = nullptr; // the player's
   PageStore* store_ = nullptr;   // the record's
+  PageCourse* course_ = nullptr; // the session's
   std::shared_ptr<Waiting> waiting_;
   Session session_;
 };

@@ -31,9 +31,10 @@ public:
   virtual void switchTo(std::int64_t chosen) = 0;
   virtual void silence() = 0;
 
-  // Keeps the bytes of the practice record in place of the last ones. Page::recordKept() says when
-  // that is done. If another page has kept something meanwhile, Page::mergeRecord() gets that
-  // instead.
+  // Keeps the bytes of the practice record in place of the last ones. Once they are on the disk,
+  // Page::recordKept() is called, or recordFailed() if that is impossible; neither during this
+  // call. Of several calls only the latest is answered. If another page has kept something
+  // meanwhile, Page::mergeRecord() gets that, and what it has kept in turn is answered.
   virtual void keepRecord(std::string_view bytes) = 0;
 };
 

@@ -187,6 +187,10 @@ void velto_page_recordKept() {
   page().recordKept();
 }
 
+void velto_page_recordFailed() {
+  page().recordFailed();
+}
+
 bool velto_page_mergeRecord(std::size_t size) {
   return page().mergeRecord(instance().takeInput(size));
 }

@@ -18,8 +18,11 @@ std::optional<Stored> PageStore::load() {
 
 void PageStore::save(const Stored& stored) {
   latest_ = stored;
-  if (const auto bytes = Coding::encode(stored))
-    host_.keepRecord(*bytes);
+  const auto bytes = Coding::encode(stored);
+  if (!bytes)
+    return;
+  isSaving_ = true;
+  host_.keepRecord(*bytes);
 }
 
 bool PageStore::merge(std::string_view bytes) {

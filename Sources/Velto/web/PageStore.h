@@ -26,8 +26,15 @@ public:
   // True if `bytes` are a record.
   [[nodiscard]] static bool isRecord(std::string_view bytes);
 
-  // The host has kept the latest save.
-  void isKept() { unsaved_.clear(); }
+  // True until the host has said how the latest save ended.
+  [[nodiscard]] bool isSaving() const { return isSaving_; }
+  // The host has kept it.
+  void isKept() {
+    isSaving_ = false;
+    unsaved_.clear();
+  }
+  // The host could not keep it.
+  void hasFailed() { isSaving_ = false; }
   // Merges another record with the latest save, and saves the result. False if `bytes` are no
   // record.
   bool merge(std::string_view bytes);
@@ -46,6 +53,7 @@ private:
   const std::size_t detailRows_;
   Stored latest_; // loaded or saved
   std::vector<Attempt> unsaved_;
+  bool isSaving_ = false;
   std::optional<Stored> merged_; // not taken yet
   const std::filesystem::path file_ = "profile.json";
 };

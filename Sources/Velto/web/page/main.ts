@@ -9,7 +9,8 @@ const drills = ["frequency", "level", "dynamics", "polarity"];
 
 // Renders one trial at a time. Of the trials asked for meanwhile only the latest counts.
 class Renderer {
-  private readonly worker = new Worker("worker.js", { type: "module" });
+  private readonly worker = new Worker(new URL("worker.js", import.meta.url),
+    { type: "module" });
   private isBusy = false;
   private next: Job | undefined;
 
@@ -49,7 +50,9 @@ async function run(): Promise<void> {
     failed: (reason) => {
       storageError = reason;
       isImporting = false;
-      if (started) draw();
+      if (!started) return;
+      practice.call("recordFailed");
+      draw();
     },
   });
   let started = false;
@@ -169,7 +172,13 @@ async function run(): Promise<void> {
 
   // Silent while hidden or in the background.
   const follow = (): void => {
-    practice.call(document.hidden || !document.hasFocus() ? "suspend" : "resume");
+    if (document.hidden || !document.hasFocus()) {
+      practice.call("suspend");
+      sound.rest();
+    } else {
+      sound.wake();
+      practice.call("resume");
+    }
   };
   document.addEventListener("visibilitychange", follow);
   addEventListener("blur", follow);
@@ -179,6 +188,9 @@ async function run(): Promise<void> {
   draw();
   await document.fonts.ready;
   draw();
+  // Where that fails the page works as long as its host can be reached.
+  navigator.serviceWorker?.register("offline.js", { updateViaCache: "none" })
+    .catch(() => undefined);
 }
 
 void run().catch((error: unknown) => {

@@ -55,10 +55,10 @@ export interface Module {
   readonly memory: WebAssembly.Memory;
 }
 
-// Compiles `address` and starts it with the functions in `host`.
-export async function load(address: string, host: WebAssembly.ModuleImports = {}): Promise<Module> {
-  const response = await fetch(address);
-  if (!response.ok) throw new Error(`${address}: ${response.status}`);
+// Compiles `file`, which is beside this one, and starts it with the functions in `host`.
+export async function load(file: string, host: WebAssembly.ModuleImports = {}): Promise<Module> {
+  const response = await fetch(new URL(file, import.meta.url));
+  if (!response.ok) throw new Error(`${file}: ${response.status}`);
   // Static hosts may send any media type, which streaming compilation would refuse.
   const bytes = await response.arrayBuffer();
   let memory: WebAssembly.Memory | undefined;

@@ -4,6 +4,8 @@ import type { Order } from "./messages.js";
 const sampleRate = 48000;
 // Seconds. A page that was kept busy for 20 s lost no frame with this; the shortest latency did.
 const latencyHint = 0.05;
+// Milliseconds after which a fade has been heard.
+const fading = 200;
 
 type Ended = { readonly latency: number } | { readonly error: string };
 
@@ -13,6 +15,8 @@ export class Sound {
   private preparing: Promise<void> | undefined;
   private isWanted = false;
   private isOpen = false;
+  private isResting = false;
+  private resting: number | undefined;
 
   // `ended` is called when an opening has succeeded or failed.
   constructor(private readonly ended: (how: Ended) => void) {}
@@ -46,6 +50,22 @@ export class Sound {
       order.kind === "play" ? order.channels.map((channel) => channel.buffer) : []);
   }
 
+  // Lets the audio thread rest until wake(), because a context uses the processor also while it is
+  // silent.
+  rest(): void {
+    clearTimeout(this.resting);
+    this.resting = setTimeout(() => {
+      this.isResting = true;
+      void this.context?.suspend();
+    }, fading);
+  }
+
+  wake(): void {
+    clearTimeout(this.resting);
+    if (this.isResting) void this.context?.resume();
+    this.isResting = false;
+  }
+
   private async start(): Promise<void> {
     try {
       this.preparing ??= this.prepare();
@@ -66,7 +86,8 @@ export class Sound {
   private async prepare(): Promise<void> {
     this.context = new AudioContext({ sampleRate, latencyHint });
     const [response] = await Promise.all([
-      fetch("mixer.wasm"), this.context.audioWorklet.addModule("worklet.js")]);
+      fetch(new URL("mixer.wasm", import.meta.url)),
+      this.context.audioWorklet.addModule(new URL("worklet.js", import.meta.url))]);
     this.node = new AudioWorkletNode(this.context, "velto-mixer", {
       numberOfInputs: 0,
       outputChannelCount: [2],

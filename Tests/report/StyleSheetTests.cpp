@@ -1,6 +1,4 @@
-// The colours of the page: text on its grounds, in all three sets, read from the style sheet.
-#include "PageColors.h"
-
+// The page's style sheet: its three sets of colours, text on its grounds, and classes.
 #include "StyleSheet.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <map>
 #include <regex>
 #include <set>
@@ -16,20 +15,37 @@
 namespace velto {
 namespace {
 
-using Variables = std::map<std::string, PageColor>;
+// Red, green and blue, 0 to 1.
+using Color = std::array<double, 3>;
+using Variables = std::map<std::string, Color>;
 
 // Relative luminance and contrast as WCAG 2 defines them.
-double luminance(PageColor color) {
-  const auto linear = [color](int shift) {
-    const double c = static_cast<double>(color >> shift & 0xFFU) / 255;
+double luminance(const Color& color) {
+  const auto linear = [&color](std::size_t part) {
+    const double c = color.at(part);
     return c <= 0.04045 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
   };
-  return 0.2126 * linear(16) + 0.7152 * linear(8) + 0.0722 * linear(0);
+  return 0.2126 * linear(0) + 0.7152 * linear(1) + 0.0722 * linear(2);
 }
 
-double contrast(PageColor a, PageColor b) {
+double contrast(const Color& a, const Color& b) {
   const double x = luminance(a), y = luminance(b);
   return (std::max(x, y) + 0.05) / (std::min(x, y) + 0.05);
+}
+
+// Of "0b0c0f".
+Color colorOf(const std::string& digits) {
+  Color color{};
+  for (std::size_t part = 0; part < color.size(); ++part)
+    color.at(part) = std::stoi(digits.substr(2 * part, 2), nullptr, 16) / 255.0;
+  return color;
+}
+
+Color laidOver(const Color& top, double opacity, const Color& ground) {
+  Color color{};
+  for (std::size_t part = 0; part < color.size(); ++part)
+    color.at(part) = ground.at(part) + opacity * (top.at(part) - ground.at(part));
+  return color;
 }
 
 // The variables that each rule for :root sets, in order: light, dark, paper.
@@ -43,7 +59,7 @@ std::array<Variables, 3> sets() {
     const std::string body = (*at)[1];
     for (auto one = std::sregex_iterator(body.begin(), body.end(), variable);
          one != std::sregex_iterator(); ++one)
-      all.at(count)[(*one)[1]] = static_cast<PageColor>(std::stoul((*one)[2], nullptr, 16));
+      all.at(count)[(*one)[1]] = colorOf((*one)[2]);
     ++count;
   }
   EXPECT_EQ(count, 3U);
@@ -61,7 +77,7 @@ std::set<std::string> used(const char* pattern) {
   return names;
 }
 
-TEST(PageColors, GiveTextAContrastOfFourAndAHalf) {
+TEST(StyleSheet, GivesTextAContrastOfFourAndAHalf) {
   // What text is written in, and what it is written on.
   std::set<std::string> inks = used("[{;]color:var\\(--(\\w+)\\)");
   inks.merge(used("\\.tick,\\.name,\\.count\\{fill:var\\(--(\\w+)\\)"));
@@ -78,34 +94,33 @@ TEST(PageColors, GiveTextAContrastOfFourAndAHalf) {
       for (const std::string& ground : grounds)
         EXPECT_GE(contrast(colors.at(ink), colors.at(ground)), 4.5) << ink << " on " << ground;
       // Labels of a plot may lie on an interval.
-      EXPECT_GE(contrast(colors.at(ink),
-                         PageColors::mixed(colors.at("surface"), colors.at("signal"), veil)),
+      EXPECT_GE(contrast(colors.at(ink), laidOver(colors.at("signal"), veil, colors.at("surface"))),
                 4.5)
           << ink << " on an interval";
     }
 }
 
 // Lines and marks that carry a figure: 3, as WCAG 2 asks of graphics.
-TEST(PageColors, GiveMarksAContrastOfThree) {
+TEST(StyleSheet, GivesMarksAContrastOfThree) {
   for (const Variables& colors : sets())
     for (const char* name : {"signal", "control", "ink", "muted", "w0", "w5", "w10", "d4"})
       EXPECT_GE(contrast(colors.at(name), colors.at("surface")), 3) << name;
 }
 
-TEST(PageColors, Mix) {
-  EXPECT_EQ(PageColors::mixed(0x000000, 0xFFFFFF, 0.5), 0x808080U);
-  EXPECT_EQ(PageColors::mixed(0x102030, 0x405060, -1), 0x102030U);
-  EXPECT_EQ(PageColors::mixed(0x102030, 0x405060, 2), 0x405060U);
-  EXPECT_EQ(PageColors::mixed(0x102030, 0x405060, 0.25), 0x1C2C3CU);
-  EXPECT_EQ(PageColors::text(0x0B0C0F), "#0b0c0f");
-}
-
-TEST(PageColors, GoFromStrongToWeak) {
-  const PageColors& colors = PageColors::dark();
-  EXPECT_EQ(colors.weakness(0), colors.good);
-  EXPECT_EQ(colors.weakness(0.5), colors.warn);
-  EXPECT_EQ(colors.weakness(1), colors.bad);
-  EXPECT_EQ(colors.weakness(7), colors.bad);
+// The light palette's line is translucent in the window.
+TEST(StyleSheet, HasColoursForScreenAndPaper) {
+  const auto [light, dark, paper] = sets();
+  EXPECT_EQ(light.at("bg"), colorOf("faf3ef"));
+  EXPECT_EQ(light.at("line"), colorOf("dfd9d6"));
+  EXPECT_EQ(dark.at("bg"), colorOf("0b0c0f"));
+  EXPECT_EQ(dark.at("line"), colorOf("26272e"));
+  EXPECT_EQ(paper.at("bg"), colorOf("ffffff"));
+  EXPECT_EQ(paper.at("surface"), colorOf("ffffff"));
+  EXPECT_EQ(paper.at("ink"), light.at("ink"));
+  EXPECT_EQ(dark.at("w0"), dark.at("good"));
+  EXPECT_EQ(dark.at("w5"), colorOf("ff9f0a"));
+  EXPECT_EQ(dark.at("w10"), dark.at("bad"));
+  EXPECT_EQ(dark.at("d4"), dark.at("signal"));
 }
 
 TEST(StyleSheet, SortsBandsAndDays) {
