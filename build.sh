@@ -27,8 +27,11 @@ Usage: ./build.sh [COMMAND]
       --fix         let the formatters rewrite the sources
       --quick       skip clang-tidy for tests and benchmarks that the last commit did not change
   docs              generate the API reference, build/docs/html/index.html
-  package           build a Debian package, in build-package/
-      --check       also check it with linters and by installing it in a bare Debian 12 (as root)
+  package           build the packages in build-package/release/: for Debian, with its source; a
+                    bundle that runs from any folder; RPM; recipes for Arch Linux and Flatpak. In the
+                    environment, DEBFULLNAME and DEBEMAIL name their maintainer
+      --check       also check them: linters, bare Debian 12, 13 and testing (as root), a second
+                    build that must give the same bytes
   web               build the practice page for browsers, a folder of static files, in build-web/
       --serve       then open it on this machine, at http://localhost:8080 (VELTO_PORT)
   bench [OPTIONS]   build and run the benchmarks, time the first frame and a key's way to the screen,
@@ -75,8 +78,13 @@ runPackages=(
 )
 
 packagePackages=(
+  binutils
+  debhelper
   dpkg-dev
-  file
+  patchelf
+  qt6-wayland
+  rpm
+  xz-utils
 )
 
 deskPackages=(
@@ -119,6 +127,7 @@ testPackages=(
   valgrind
   wireplumber
   wtype
+  xz-utils
 )
 
 # For test --long: file systems on loop devices.
@@ -200,11 +209,21 @@ webTestPackages=(
 # For package --check.
 checkPackages=(
   appstream
+  autopkgtest
+  cpio
   debootstrap
   desktop-file-utils
+  faketime
+  file
+  flatpak-builder
+  libarchive-tools
   librsvg2-bin
   lintian
+  makepkg
   mandoc
+  rpmlint
+  sway
+  wtype
 )
 
 # Prints those of the packages that apt can install. It also knows names that others only refer to.
@@ -581,19 +600,14 @@ package() {
   local folder=$root/build-package check=false
   if [[ ${1-} == --check ]]; then check=true; shift; fi
   (($# == 0)) || fail "package: unknown option '$1'; try ./build.sh help" 2
-  provide "${buildPackages[@]}" "${packagePackages[@]}"
-  configure release "$folder" VELTO_BUILD_TESTS=OFF \
-    CMAKE_CXX_FLAGS='-fstack-protector-strong -D_FORTIFY_SOURCE=2' \
-    CMAKE_EXE_LINKER_FLAGS=-Wl,-z,relro,-z,now
-  compile "$folder"
-  rm -f "$folder"/velto_*.deb
-  (cd "$folder" && cpack -G DEB)
-  local package
-  package=$(compgen -G "$folder/velto_*.deb")
-  say "Package: $package"
+  # shellcheck source=Packaging/release.sh
+  (. "$root/Packaging/release.sh"; needMaintainer)
+  provide "${buildPackages[@]}" "${runPackages[@]}" "${packagePackages[@]}"
+  "$root/Packaging/make" "$folder"
+  say "Packages: $folder/release"
   $check || return 0
   provide "${checkPackages[@]}" "${deskPackages[@]}"
-  "$root/Tests/package/check-package" "$package" "$folder/velto.png"
+  "$root/Tests/package/check" "$folder"
 }
 
 # --- Web ------------------------------------------------------------------------------------------

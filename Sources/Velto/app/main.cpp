@@ -113,6 +113,7 @@ int runAssignment(int argc, char** argv, const LaunchOptions& options) {
 // invalid TMPDIR prevents this, because the check must change nothing on disk.
 bool runBrandCheck(int argc, char** argv) {
   qInstallMessageHandler(reportMessages);
+  Fonts::readConfigurationAhead().wait();
   qputenv("QT_QPA_PLATFORM", "offscreen");
   const auto temporary = Environment::ofProcess().variable("TMPDIR");
   Environment::setVariable("TMPDIR", "/there is no such folder");

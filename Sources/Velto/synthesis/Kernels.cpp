@@ -23,8 +23,8 @@ const Kernels& Kernels::baseline() {
   return kernels;
 }
 
-// GCC for Windows does not align the stack for AVX.
-#if defined(__x86_64__) && !defined(_WIN32)
+// Where programs are not ELF, GCC may not align the stack for AVX.
+#if defined(__x86_64__) && defined(__ELF__)
 
 namespace {
 

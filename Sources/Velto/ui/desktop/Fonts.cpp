@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QFile>
 #include <QFontDatabase>
 #include <QFontInfo>
 
@@ -42,12 +43,44 @@ bool isGenericAlias(const QString& family) {
   return aliases.contains(family, Qt::CaseInsensitive);
 }
 
+// Registers a family that the system lacks, if it lies beside the program, as in a relocatable
+// bundle: in files such as fonts/JetBrainsMono-Bold.ttf.
+void provide(const QString& family) {
+  if (QFontDatabase::hasFamily(family))
+    return;
+  const QString compact = QString(family).remove(QLatin1Char(' '));
+  const QStringList files = resourceFiles(QStringLiteral("fonts"), compact + QStringLiteral("-*"));
+  for (const QString& file : files)
+    QFontDatabase::addApplicationFont(file);
+}
+
+// Makes a bundle's own fonts and configuration the current ones, if the system has no configuration
+// of fonts.
+void configureFromBundle() {
+  const QString file = resourceFile(QStringLiteral("fonts/fonts.conf"));
+  if (file.isEmpty())
+    return;
+  FcConfig* const config = FcConfigCreate();
+  // Of a null configuration, it would load the default one first, and complain if there is none.
+  FcChar8* const ofSystem = FcConfigGetFilename(config, nullptr);
+  const QByteArray path = QFile::encodeName(file);
+  if (ofSystem == nullptr &&
+      FcConfigParseAndLoad(config, reinterpret_cast<const FcChar8*>(path.constData()), FcTrue) &&
+      FcConfigBuildFonts(config))
+    FcConfigSetCurrent(config);
+  FcStrFree(ofSystem);
+  FcConfigDestroy(config);
+}
+
 QString familyFor(QFontDatabase::SystemFont role, const QString& setting, const QString& fallback) {
   const QString themed = QFontDatabase::systemFont(role).family();
   if (!isGenericAlias(themed))
     return themed;
   const QString fromPortal = portalFamily(setting);
-  return fromPortal.isEmpty() ? fallback : fromPortal;
+  if (!fromPortal.isEmpty())
+    return fromPortal;
+  provide(fallback);
+  return fallback;
 }
 
 } // namespace
@@ -75,7 +108,10 @@ std::vector<Portal::Setting> Fonts::portalSettings() {
 }
 
 std::future<void> Fonts::readConfigurationAhead() {
-  return std::async(std::launch::async, [] { FcInit(); });
+  return std::async(std::launch::async, [] {
+    configureFromBundle();
+    FcInit();
+  });
 }
 
 Fonts::Fonts(QObject* parent) : QObject(parent) {

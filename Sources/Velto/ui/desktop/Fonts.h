@@ -43,8 +43,9 @@ class Fonts : public QObject {
 public:
   // The settings that the constructor waits for.
   [[nodiscard]] static std::vector<Portal::Setting> portalSettings();
-  // Reads the configuration of the system's fonts on another thread. Done before the first font is
-  // used, it saves that time. Needs no QGuiApplication.
+  // Reads the configuration of the system's fonts on another thread, or that of a relocatable
+  // bundle if the system has none. Done before the first font is used, it saves that time. Needs no
+  // QGuiApplication.
   [[nodiscard]] static std::future<void> readConfigurationAhead();
 
   explicit Fonts(QObject* parent = nullptr);
