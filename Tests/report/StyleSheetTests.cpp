@@ -128,6 +128,7 @@ TEST(StyleSheet, SortsBandsAndDays) {
   EXPECT_EQ(StyleSheet::weaknessClass(0.6), "w5");
   EXPECT_EQ(StyleSheet::weaknessClass(1.2), "w10");
   EXPECT_EQ(StyleSheet::weaknessClass(9), "w10");
+  EXPECT_EQ(StyleSheet::weaknessClass(std::nan("")), "w10");
   EXPECT_EQ(StyleSheet::dayClass(0), "d0");
   EXPECT_EQ(StyleSheet::dayClass(1), "d1");
   EXPECT_EQ(StyleSheet::dayClass(19), "d1");

@@ -3,6 +3,7 @@
 #include "Bands.h"
 #include "Phrases.h"
 #include "Plot.h"
+#include "Progress.h"
 #include "StyleSheet.h"
 
 #include <algorithm>
@@ -30,7 +31,7 @@ std::vector<PlotTick> bandTicks() {
 }
 
 std::string draw(std::span<const BandAnalysis> bands, const std::string& caption) {
-  double most = StyleSheet::fullScaleOctaves;
+  double most = Progress::fullScaleOctaves;
   for (const BandAnalysis& band : bands)
     most = std::max({most, band.meanErrorOct, band.meanError ? band.meanError->upper : 0.0});
   most = std::min(most, 9.0); // more octaves than the drill has

@@ -1,6 +1,7 @@
 #include "StyleSheet.h"
 
 #include "Colors.h"
+#include "Progress.h"
 
 #include <algorithm>
 #include <cmath>
@@ -138,8 +139,8 @@ constexpr const char* paperRules = "@page{size:A4;margin:10mm}"
 } // namespace
 
 std::string StyleSheet::weaknessClass(double meanErrorOct) {
-  const double t = std::clamp(meanErrorOct / fullScaleOctaves, 0.0, 1.0);
-  return numbered('w', std::lround(t * weaknessSteps));
+  const auto weakness = Progress::bar({.attempts = 1, .meanErrorOct = meanErrorOct}).weakness;
+  return numbered('w', std::lround(*weakness * weaknessSteps));
 }
 
 std::string StyleSheet::dayClass(std::int64_t answers) {

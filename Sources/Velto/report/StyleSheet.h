@@ -7,14 +7,12 @@
 
 namespace velto::StyleSheet {
 
-// The mean error at which a band has the colour of the weakest, as in the window.
-inline constexpr double fullScaleOctaves = 1.2;
 // Answers that a band needs to be named.
 inline constexpr std::int64_t answersToNameABand = 3;
 // Up to these numbers of answers a day has the first, second and third colour.
 inline constexpr std::array<std::int64_t, 3> dayLimits{19, 49, 99};
 
-// The class of a band with this mean error, octaves: "w0" to "w10".
+// The class of a band with this mean error, octaves: "w0" to "w10", coloured as in the window.
 [[nodiscard]] std::string weaknessClass(double meanErrorOct);
 // The class of a day with this number of answers: "d0" to "d4".
 [[nodiscard]] std::string dayClass(std::int64_t answers);

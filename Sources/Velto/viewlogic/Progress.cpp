@@ -70,7 +70,6 @@ std::string Progress::weakest(const std::optional<BandStat>& band) {
 }
 
 Progress::Bar Progress::bar(const BandStat& band) {
-  constexpr double fullScaleOctaves = 1.2;
   constexpr double lowest = 12; // of a band with answers
   if (band.attempts == 0)
     return {.height = 6, .weakness = std::nullopt};

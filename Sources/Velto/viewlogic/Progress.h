@@ -38,6 +38,8 @@ struct Bar {
 };
 
 inline constexpr double tallestBar = 34; // points
+// The mean error from which on a band has the tallest bar and the colour of the weakest.
+inline constexpr double fullScaleOctaves = 1.2;
 
 // A band without answers has the lowest bar; one whose mean error is NaN has the tallest.
 [[nodiscard]] Bar bar(const BandStat& band);
