@@ -437,15 +437,6 @@ void Staircase::record(bool correct) {
 
 namespace {
 
-double gainReduction(double level, double threshold) {
-  const double over = level - threshold;
-  if (over >= 3)
-    return over - 0.25 * over;
-  if (over > -3)
-    return 0.75 * ((over + 3) * (over + 3)) / 12;
-  return 0;
-}
-
 // The smoothed gain reduction of every sample at a threshold.
 std::vector<double> smoothedReduction(const Samples& x, double threshold) {
   const double attack = std::exp(-1 / (0.005 * 48000));
@@ -473,6 +464,15 @@ double largest(const std::vector<double>& values) {
 }
 
 } // namespace
+
+double gainReduction(double level, double threshold) {
+  const double over = level - threshold;
+  if (over >= 3)
+    return over - 0.25 * over;
+  if (over > -3)
+    return 0.75 * ((over + 3) * (over + 3)) / 12;
+  return 0;
+}
 
 Compressed compressorHitting(double targetGR, const Samples& x) {
   if (x.empty())

@@ -104,6 +104,9 @@ struct Staircase {
 
 // Rendering
 
+// The static curve, in dB.
+double gainReduction(double level, double threshold);
+
 struct Compressed {
   Samples out;
   double grDB;

@@ -29,7 +29,10 @@ struct Pink {
   double sumOfSquares = 0;
 };
 
-Pink pinkOneByOne(std::size_t frames, std::uint64_t seed, double removed) {
+Pink pinkOneByOne(std::size_t frames, std::uint64_t seed, bool audible) {
+  const double removed = audible ? 1 : 0;
+  Biquad first = Biquad::highpass(20, 0.5412, sampleRateHz);
+  Biquad second = Biquad::highpass(20, 1.3066, sampleRateHz);
   Xorshift64 generator(seed);
   double b0 = 0, b1 = 0, b2 = 0, b3 = 0, b4 = 0, b5 = 0, b6 = 0;
   Pink pink;
@@ -41,8 +44,10 @@ Pink pinkOneByOne(std::size_t frames, std::uint64_t seed, double removed) {
     b3 = 0.86650 * b3 + w * 0.3104856;
     b4 = 0.55000 * b4 + w * 0.5329522;
     b5 = -0.7616 * b5 - w * 0.0168980;
-    const auto sample = static_cast<float>(0.11 * (b0 + b1 + b2 + b3 + b4 + b5 + b6 + w * 0.5362));
+    auto sample = static_cast<float>(0.11 * (b0 + b1 + b2 + b3 + b4 + b5 + b6 + w * 0.5362));
     b6 = w * 0.115926;
+    if (audible)
+      sample = second.process(first.process(sample));
     pink.samples.push_back(sample);
     pink.sumOfSquares += static_cast<double>(sample) * static_cast<double>(sample);
   }
@@ -75,19 +80,22 @@ std::vector<float> padOneByOne(std::size_t frames, std::uint64_t seed) {
 
 } // namespace
 
-// Lengths around those of a block and of a group of four frames.
+// Lengths around those of a block and of a group of four frames. Audible noise comes out twelve
+// frames late.
 TEST(Kernels, PinkNoiseOfAnyLengthIsThatOfOneSampleAtATime) {
   constexpr float untouched = 7;
   for (const Kernels* const kernels : allKernels())
-    for (const std::size_t frames : {0U, 1U, 2U, 3U, 4U, 5U, 255U, 256U, 257U, 512U, 5000U})
-      for (const double removed : {0.0, 1.0})
+    for (const std::size_t frames :
+         {0U, 1U, 2U, 3U, 4U, 5U, 243U, 244U, 245U, 255U, 256U, 257U, 512U, 5000U})
+      for (const bool audible : {false, true})
         for (const std::uint64_t seed : {0U, 1U, 12345U}) {
-          const Pink wanted = pinkOneByOne(frames, seed, removed);
+          const Pink wanted = pinkOneByOne(frames, seed, audible);
           std::vector<float> made(frames + 1, untouched);
-          const double sum = kernels->pinkNoise(std::span(made).first(frames), seed, removed);
+          const auto fill = audible ? kernels->audiblePinkNoise : kernels->pinkNoise;
+          const double sum = fill(std::span(made).first(frames), seed);
           EXPECT_TRUE(std::equal(wanted.samples.begin(), wanted.samples.end(), made.begin()))
               << frames << " frames of seed " << seed;
-          EXPECT_EQ(sum, wanted.sumOfSquares);
+          EXPECT_EQ(sum, wanted.sumOfSquares) << frames << " frames of seed " << seed;
           EXPECT_EQ(made.back(), untouched);
         }
 }

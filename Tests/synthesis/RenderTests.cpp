@@ -205,6 +205,62 @@ TEST(Compressor, AReductionEqualToTheTargetReachesIt) {
   expectMatchesModel(std::nextafter(reached, 100.0), x);
 }
 
+// The search passes over blocks of idle samples at once. One sample is above the knee, at any place
+// of a block, of the last one too, or alone after seconds of silence.
+TEST(Compressor, MatchesTheModelWhereverALoudSampleIs) {
+  for (const std::size_t frames : {64U, 67U}) {
+    for (std::size_t place = 0; place < frames; ++place) {
+      Samples x(frames, 1e-4f);
+      x[place] = -0.5f;
+      expectMatchesModel(0.02, x);
+    }
+  }
+  Samples x(100000, 1e-4f);
+  for (const std::size_t place : {0U, 1U, 1023U, 2047U, 50000U, 52046U, 99999U})
+    x[place] = 0.5f;
+  for (const double target : {0.01, 0.05, 0.1, 0.15})
+    expectMatchesModel(target, x);
+}
+
+// The largest smoothed reduction at the first threshold of the search, 20 dB below the peak.
+double reachedAtFirst(const Samples& x) {
+  const double attack = std::exp(-1 / (0.005 * rate)), release = std::exp(-1 / (0.12 * rate));
+  const double peakDB = reference::peakDB(x);
+  const double thresholdDB = (peakDB + (peakDB - 40)) / 2;
+  double envelope = 0, largest = 0;
+  for (const float sample : x) {
+    const double levelDB = 20 * std::log10(std::max(1e-9, std::abs(static_cast<double>(sample))));
+    const double reduction = reference::gainReduction(levelDB, thresholdDB);
+    const double decay = envelope < reduction ? attack : release;
+    envelope = reduction + decay * (envelope - reduction);
+    largest = std::max(largest, envelope);
+  }
+  return largest;
+}
+
+// The search approximates reductions. Targets that differ from one by less than the error, and by
+// a little more.
+TEST(Compressor, MatchesTheModelWhereTheReductionComesCloseToTheTarget) {
+  std::vector<Samples> sounds;
+  for (int i = 0; i < 40; ++i)
+    sounds.emplace_back(500, 0.3f + 0.011f * static_cast<float>(i));
+  // Middles of the intervals of approximateLevelDB(), where only rounding makes a difference.
+  for (int i = 0; i < 40; ++i)
+    sounds.emplace_back(500, 0.5f + (static_cast<float>(i) + 0.5f) / 512);
+  // Two bursts, the second one louder, with thousands of idle samples between them.
+  Samples bursts(2000, 0.5f);
+  bursts.resize(7000, 1e-3f);
+  bursts.resize(7300, 1.0f);
+  sounds.push_back(bursts);
+  for (const Samples& x : sounds) {
+    const double reached = reachedAtFirst(x);
+    for (const double offDB : {-1e-4, -3e-6, -1e-9, 0.0, 1e-9, 3e-6, 1e-4})
+      expectMatchesModel(reached + offDB, x);
+    expectMatchesModel(std::nextafter(reached, 0.0), x);
+    expectMatchesModel(std::nextafter(reached, 100.0), x);
+  }
+}
+
 // The output is computed in blocks of 512 frames, attenuated in blocks of 256.
 TEST(Compressor, MatchesTheModelAtEveryBlockEdge) {
   const Samples x = source(Material::drums, 0.04, 5);

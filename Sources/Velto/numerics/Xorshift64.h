@@ -30,8 +30,10 @@ public:
   // The next value in [0, 1).
   constexpr double nextUnit() { return unit(next()); }
 
-  // The next noise value, in [-1, 3) with a mean of +1, not in the usual [-1, 1). Every material's
-  // sound depends on this range.
+  static constexpr double noiseMean = 1;
+
+  // The next noise value, in [-1, 3), not in the usual [-1, 1). Every material's sound depends on
+  // this range.
   constexpr double nextNoise() { return top53Bits() * 0x1p-51 - 1; }
 
   // The next two noise values.

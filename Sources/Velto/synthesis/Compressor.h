@@ -1,7 +1,7 @@
 // The compressor of the dynamics drill. Searches the threshold for a given gain reduction.
 //
-// Pure functions. Any thread but the audio thread: they allocate and make up to fourteen passes
-// over their input.
+// Pure functions. Any thread but the audio thread: they make fourteen passes or more over their
+// input.
 #pragma once
 
 #include "DSP.h"

@@ -1,5 +1,7 @@
 #include "DSP.h"
 
+#include "Quad.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -84,9 +86,15 @@ double Measure::rmsDB(double sumOfSquares, std::size_t count) {
 }
 
 double Measure::peakDB(std::span<const float> x) {
-  float peak = 0;
-  for (const float sample : x)
-    peak = std::max(peak, std::abs(sample));
+  SampleQuad peaks{};
+  std::size_t i = 0;
+  for (; i + 4 <= x.size(); i += 4) {
+    const SampleQuad now = magnitudes(quadAt(x, i));
+    peaks = now > peaks ? now : peaks;
+  }
+  float peak = std::max({peaks[0], peaks[1], peaks[2], peaks[3]});
+  for (; i < x.size(); ++i)
+    peak = std::max(peak, std::abs(x[i]));
   return decibels(static_cast<double>(peak), 1e-12);
 }
 

@@ -13,59 +13,146 @@ void transpose(Quad (&rows)[4]) {
   rows[3] = __builtin_shufflevector(oddOf01, oddOf23, 2, 3, 6, 7);
 }
 
+// The first, and the second, elements of four pairs.
+void separate(const Pair (&rows)[4], Quad& first, Quad& second) {
+  const Quad rows02 = __builtin_shufflevector(rows[0], rows[2], 0, 1, 2, 3);
+  const Quad rows13 = __builtin_shufflevector(rows[1], rows[3], 0, 1, 2, 3);
+  first = __builtin_shufflevector(rows02, rows13, 0, 4, 2, 6);
+  second = __builtin_shufflevector(rows02, rows13, 1, 5, 3, 7);
+}
+
 // Six one-pole filters and a delayed tap, summed in this order. The filters of a frame are computed
 // together, the sums of four frames together.
-//
-// Generator, filters and the sum of squares are chains in which each step needs the one before. The
-// generator runs a block ahead and the sum a block behind, so that a processor can work on all
-// three at once.
-double pinkNoise(std::span<float> out, std::uint64_t seed, double removed) {
-  constexpr std::size_t blockFrames = 256;
-  const Quad decay0123{0.99886, 0.99332, 0.969, 0.8665};
-  const Quad input0123{0.0555179, 0.0750759, 0.153852, 0.3104856};
-  const Pair decay45{0.55, -0.7616}, input45{0.5329522, -0.016898};
+class PinkFilter {
+public:
+  // Filters white[0] to white[3]; white[-1] is the value before them.
+  SampleQuad next(const double* white) {
+    const Quad decay0123{0.99886, 0.99332, 0.969, 0.8665};
+    const Quad input0123{0.0555179, 0.0750759, 0.153852, 0.3104856};
+    const Pair decay45{0.55, -0.7616}, input45{0.5329522, -0.016898};
+    Quad poles[4];
+    Pair latePoles[4];
+    for (std::size_t k = 0; k < 4; ++k) {
+      poles[k] = b0123_ = decay0123 * b0123_ + input0123 * white[k];
+      latePoles[k] = b45_ = decay45 * b45_ + input45 * white[k];
+    }
+    transpose(poles);
+    Quad b4, b5;
+    separate(latePoles, b4, b5);
+    Quad now, before;
+    std::memcpy(&now, white, sizeof now);
+    std::memcpy(&before, white - 1, sizeof before);
+    return __builtin_convertvector(0.11 * (poles[0] + poles[1] + poles[2] + poles[3] + b4 + b5 +
+                                           0.115926 * before + 0.5362 * now),
+                                   SampleQuad);
+  }
 
+private:
+  Quad b0123_{};
+  Pair b45_{};
+};
+
+struct Unfiltered {
+  static constexpr std::size_t delayFrames = 0;
+  static SampleQuad next(const SampleQuad& samples) { return samples; }
+};
+
+// A fourth-order Butterworth high-pass at 20 Hz: two sections whose recursions are computed
+// together. Each call does what the recursions of the next one need, so that the processor can do
+// it beside them; the second section takes what the first one returned a call before.
+class Highpass20Hz {
+public:
+  static constexpr std::size_t delayFrames = 12;
+
+  Highpass20Hz()
+      : Highpass20Hz(Biquad::highpass(20, 0.5412, sampleRateHz),
+                     Biquad::highpass(20, 1.3066, sampleRateHz)) {}
+
+  // Returns the filtered samples of the third call before.
+  SampleQuad next(const SampleQuad& samples) {
+    Pair outputs[4]{
+        __builtin_shufflevector(even_, even_, 0, 1), __builtin_shufflevector(odd_, odd_, 0, 1),
+        __builtin_shufflevector(even_, even_, 2, 3), __builtin_shufflevector(odd_, odd_, 2, 3)};
+    Quad ofFirst, ofSecond;
+    first_.next(samples, ofFirst);
+    second_.next(between_, ofSecond);
+    even_ = __builtin_shufflevector(ofFirst, ofSecond, 0, 4, 2, 6);
+    odd_ = __builtin_shufflevector(ofFirst, ofSecond, 1, 5, 3, 7);
+    for (Pair& y : outputs) {
+      y = y - a1_ * y1_ - a2_ * y2_;
+      y2_ = y1_;
+      y1_ = y;
+    }
+    Quad first, second;
+    separate(outputs, first, second);
+    between_ = __builtin_convertvector(first, SampleQuad);
+    return __builtin_convertvector(second, SampleQuad);
+  }
+
+private:
+  // The feed-forward part of a section, of four frames together.
+  struct Forward {
+    double b0, b1, b2;
+    Quad x{}; // the previous input
+
+    void next(const SampleQuad& samples, Quad& sums) {
+      const Quad last = x;
+      x = __builtin_convertvector(samples, Quad);
+      const Quad x2 = __builtin_shufflevector(last, x, 2, 3, 4, 5);
+      const Quad x1 = __builtin_shufflevector(x2, x, 1, 4, 3, 6);
+      sums = b0 * x + b1 * x1 + b2 * x2;
+    }
+  };
+
+  Highpass20Hz(const Biquad& first, const Biquad& second)
+      : first_{first.b0, first.b1, first.b2}, second_{second.b0, second.b1, second.b2},
+        a1_{first.a1, second.a1}, a2_{first.a2, second.a2} {}
+
+  Forward first_, second_;
+  Pair a1_, a2_, y1_{}, y2_{};
+  Quad even_{}, odd_{};
+  SampleQuad between_{};
+};
+
+// Copies to `out` those of four samples, at `first` and behind it, that it has room for, and clears
+// the others. A negative `first` wraps around.
+void keep(SampleQuad& samples, std::span<float> out, std::size_t first) {
+  if (first < out.size() && out.size() - first >= 4) {
+    std::memcpy(&out[first], &samples, sizeof samples);
+    return;
+  }
+  for (std::size_t k = 0; k < 4; ++k)
+    if (first + k < out.size())
+      out[first + k] = samples[k];
+    else
+      samples[k] = 0;
+}
+
+// Pink noise through an `After`. Generator, filters and the sum of squares are chains in which each
+// step needs the one before. The generator runs a block ahead and the sum a block behind, so that a
+// processor can work on all of them at once.
+template <typename After>
+double filteredNoise(std::span<float> out, std::uint64_t seed, double removed) {
+  constexpr std::size_t blockFrames = 256;
   // White noise of two blocks in turn, after the last value of the block before.
   alignas(Quad) double noise[2][blockFrames + 4] = {};
   alignas(Quad) double squares[blockFrames] = {};
-  float last[blockFrames]; // a block that `out` has not room for
 
   Xorshift64 generator(seed);
   for (std::size_t i = 0; i < blockFrames; ++i)
     noise[0][4 + i] = generator.nextNoise() - removed;
-  Quad b0123{};
-  Pair b45{};
+  PinkFilter pink;
+  After after;
   double sum = 0;
-  std::size_t squared = 0; // how many of `squares` are part of `out`
-  for (std::size_t begin = 0, block = 0; begin < out.size(); begin += blockFrames, block ^= 1) {
+  const std::size_t end = out.size() + After::delayFrames;
+  for (std::size_t begin = 0, block = 0; begin < end; begin += blockFrames, block ^= 1) {
     const double* white = noise[block] + 4;
     double* nextWhite = noise[1 - block] + 4;
-    squared = std::min(blockFrames, out.size() - begin);
-    float* pink = squared == blockFrames ? &out[begin] : last;
     for (std::size_t i = 0; i < blockFrames; i += 4) {
       for (std::size_t k = i; k < i + 4; ++k)
         nextWhite[k] = generator.nextNoise() - removed;
-
-      Quad poles[4];
-      Pair latePoles[4];
-      for (std::size_t k = 0; k < 4; ++k) {
-        poles[k] = b0123 = decay0123 * b0123 + input0123 * white[i + k];
-        latePoles[k] = b45 = decay45 * b45 + input45 * white[i + k];
-      }
-      transpose(poles);
-      const Quad late02 = __builtin_shufflevector(latePoles[0], latePoles[2], 0, 1, 2, 3);
-      const Quad late13 = __builtin_shufflevector(latePoles[1], latePoles[3], 0, 1, 2, 3);
-      const Quad b4 = __builtin_shufflevector(late02, late13, 0, 4, 2, 6);
-      const Quad b5 = __builtin_shufflevector(late02, late13, 1, 5, 3, 7);
-      Quad now, before;
-      std::memcpy(&now, white + i, sizeof now);
-      std::memcpy(&before, white + i - 1, sizeof before);
-      const SampleQuad samples =
-          __builtin_convertvector(0.11 * (poles[0] + poles[1] + poles[2] + poles[3] + b4 + b5 +
-                                          0.115926 * before + 0.5362 * now),
-                                  SampleQuad);
-      std::memcpy(pink + i, &samples, sizeof samples);
-
+      SampleQuad samples = after.next(pink.next(white + i));
+      keep(samples, out, begin + i - After::delayFrames);
       for (std::size_t k = i; k < i + 4; ++k)
         sum += squares[k];
       const Quad exact = __builtin_convertvector(samples, Quad);
@@ -74,11 +161,17 @@ double pinkNoise(std::span<float> out, std::uint64_t seed, double removed) {
     }
     nextWhite[-1] = white[blockFrames - 1];
   }
-  if (squared < blockFrames)
-    std::copy_n(last, squared, out.end() - static_cast<std::ptrdiff_t>(squared));
-  for (std::size_t k = 0; k < squared; ++k)
-    sum += squares[k];
+  for (const double square : squares)
+    sum += square;
   return sum;
+}
+
+double pinkNoise(std::span<float> out, std::uint64_t seed) {
+  return filteredNoise<Unfiltered>(out, seed, 0);
+}
+
+double audiblePinkNoise(std::span<float> out, std::uint64_t seed) {
+  return filteredNoise<Highpass20Hz>(out, seed, Xorshift64::noiseMean);
 }
 
 // Twelve sawtooth oscillators on an A major chord, three per note, with random phases.

@@ -19,7 +19,9 @@ namespace forAny {
 } // namespace
 
 const Kernels& Kernels::baseline() {
-  static constexpr Kernels kernels{.pinkNoise = forAny::pinkNoise, .pad = forAny::pad};
+  static constexpr Kernels kernels{.pinkNoise = forAny::pinkNoise,
+                                   .audiblePinkNoise = forAny::audiblePinkNoise,
+                                   .pad = forAny::pad};
   return kernels;
 }
 
@@ -48,7 +50,9 @@ namespace forAVX2 {
 } // namespace
 
 const Kernels* Kernels::avx2() {
-  static constexpr Kernels kernels{.pinkNoise = forAVX2::pinkNoise, .pad = forAVX2::pad};
+  static constexpr Kernels kernels{.pinkNoise = forAVX2::pinkNoise,
+                                   .audiblePinkNoise = forAVX2::audiblePinkNoise,
+                                   .pad = forAVX2::pad};
   return __builtin_cpu_supports("avx2") != 0 ? &kernels : nullptr;
 }
 

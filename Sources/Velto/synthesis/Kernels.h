@@ -10,9 +10,12 @@
 namespace velto {
 
 struct Kernels {
-  // Fills `out` with pink noise: the white noise of `seed`, less `removed`, through Paul Kellet's
-  // refined filter, rounded. Returns the sum of the squares, added from the first to the last.
-  double (*pinkNoise)(std::span<float> out, std::uint64_t seed, double removed);
+  // Fills `out` with pink noise: the white noise of `seed` through Paul Kellet's refined filter,
+  // rounded. Returns the sum of the squares, added from the first to the last.
+  double (*pinkNoise)(std::span<float> out, std::uint64_t seed);
+
+  // The same of the white noise less its mean, then through a fourth-order high-pass at 20 Hz.
+  double (*audiblePinkNoise)(std::span<float> out, std::uint64_t seed);
 
   // Fills `out` with an A major chord: the mean of twelve sawtooth oscillators whose phases come
   // from `seed`, through a low-pass filter.

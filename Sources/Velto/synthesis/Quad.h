@@ -6,7 +6,11 @@
 
 #include "Pair.h"
 
+#include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <span>
 
 namespace velto {
 
@@ -14,5 +18,18 @@ using Quad = double __attribute__((vector_size(32)));
 
 // Four 32-bit floats.
 using SampleQuad = float __attribute__((vector_size(16)));
+
+// Samples i to i + 3 of `x`. All must exist.
+[[nodiscard]] inline SampleQuad quadAt(std::span<const float> x, std::size_t i) {
+  SampleQuad samples;
+  std::memcpy(&samples, &x[i], sizeof samples);
+  return samples;
+}
+
+// The absolute values.
+[[nodiscard]] inline SampleQuad magnitudes(const SampleQuad& samples) {
+  using Bits = std::uint32_t __attribute__((vector_size(16)));
+  return std::bit_cast<SampleQuad>(std::bit_cast<Bits>(samples) & 0x7fffffff);
+}
 
 } // namespace velto

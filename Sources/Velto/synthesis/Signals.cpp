@@ -15,7 +15,6 @@ namespace velto {
 namespace {
 
 constexpr double outputLevelDB = -20;
-constexpr double noiseMean = 1; // of Xorshift64::nextNoise
 
 // Fills `out` with the results of `next`, two samples at a time. Returns the level in dB.
 template <typename Next>
@@ -108,23 +107,10 @@ Samples Signals::pad(double seconds, std::uint64_t seed) {
 }
 
 float Signals::fillPink(std::span<float> out, std::uint64_t seed, Noise noise) {
-  if (noise == Noise::asDrawn) {
-    const double sumOfSquares = Kernels::best().pinkNoise(out, seed, 0);
-    return Measure::gainFrom(Measure::rmsDB(sumOfSquares, out.size()), outputLevelDB);
-  }
-  Kernels::best().pinkNoise(out, seed, noiseMean);
-  // A fourth-order Butterworth high-pass in two sections.
-  PairedBiquad first(Biquad::highpass(20, 0.5412, sampleRateHz));
-  PairedBiquad second(Biquad::highpass(20, 1.3066, sampleRateHz));
-  std::size_t frame = 0;
-  const auto nextPink = [&] {
-    const bool isLast = frame + 1 == out.size();
-    const SamplePair pink = isLast ? SamplePair{out[frame]} : pairAt(out, frame);
-    frame += 2;
-    return pink;
-  };
-  const double levelDB = fillPairs(out, [&] { return second.process(first.process(nextPink())); });
-  return Measure::gainFrom(levelDB, outputLevelDB);
+  const Kernels& kernels = Kernels::best();
+  const double sumOfSquares =
+      (noise == Noise::audible ? kernels.audiblePinkNoise : kernels.pinkNoise)(out, seed);
+  return Measure::gainFrom(Measure::rmsDB(sumOfSquares, out.size()), outputLevelDB);
 }
 
 float Signals::fillDrums(std::span<float> out, std::uint64_t seed) {
@@ -173,7 +159,7 @@ float Signals::fillDecorrelated(std::span<float> out, std::span<const float> mon
                                 double correlation, std::uint64_t seed, Noise noise) {
   Xorshift64 generator(seed + 7717);
   PairedBiquad filter(Biquad::lowpass(6000, 0.7, sampleRateHz));
-  const double removed = noise == Noise::audible ? noiseMean : 0;
+  const double removed = noise == Noise::audible ? Xorshift64::noiseMean : 0;
   const double noiseDB =
       fillPairs(out, [&] { return filter.process(rounded(generator.nextNoisePair() - removed)); });
   const float noiseGain = Measure::gainFrom(noiseDB, levelDB);
