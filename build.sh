@@ -155,6 +155,7 @@ benchPackages=(
   libbenchmark-dev
   libxcb-xtest0-dev
   libxcb1-dev
+  sox
   valgrind
 )
 
@@ -646,12 +647,20 @@ bench() {
   configureBench
   compile "$folder" --target velto_benchmarks velto_render_once velto velto_resources \
     velto_first_frame velto_bare_window velto_in_use
-  "$folder/bin/velto_benchmarks" "$@"
+  rm -f "$folder/run.json"
+  "$folder/bin/velto_benchmarks" --benchmark_out="$folder/run.json" --benchmark_out_format=json "$@"
+  # Absent if the options name another file.
+  if [[ -f $folder/run.json ]]; then
+    say 'Beside the reference model, floors and SoX'
+    "$root/Benchmarks/peers" "$folder/peers.json"
+    "$root/Benchmarks/table" "$folder/run.json" "$folder/peers.json"
+  fi
   say 'The first frame'
   "$root/Tests/desk/desk" -- "$folder/bin/velto_first_frame" "$folder/bin/velto" \
     "$folder/bin/velto_bare_window"
   say 'In use: from a key to the screen, processor, memory'
-  "$root/Tests/desk/desk" -- "$folder/bin/velto_in_use" "$folder/bin/velto"
+  "$root/Tests/desk/desk" -- "$folder/bin/velto_in_use" "$folder/bin/velto" \
+    "$folder/bin/velto_bare_window"
   say 'Instructions of one render'
   "$root/Benchmarks/compare-instructions" "$folder/bin/velto_render_once"
 }

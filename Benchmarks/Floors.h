@@ -1,9 +1,11 @@
-// Lower bounds for the cost of a material or a filter: only its chain of dependent operations, over
-// the samples of one trial.
+// Lower bounds for the cost of a material, a filter or a trial: only the chains of dependent
+// operations, over the samples of one trial.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace velto::benchmarks {
 
@@ -15,5 +17,19 @@ double onePoleChain(std::span<const float> x);
 double biquadChain(std::span<const float> x);
 // s = s + x
 double sumChain(std::span<const float> x);
+
+// The compressor's envelope, from the reductions of the static curve in dB, until it reaches
+// `targetDB`. Returns the number of steps.
+std::size_t envelopeChain(std::span<const double> reductionsDB, double targetDB);
+
+// The reductions at `thresholdDB` of each sample, dB.
+std::vector<double> reductionsOf(std::span<const float> x, double thresholdDB);
+
+// The compressor's search, round by round as its definition has it.
+struct Search {
+  double passes = 1; // over the whole of `x`: the shares that the rounds walk, and the last pass
+  double thresholdDB = 0;
+};
+Search searchOf(std::span<const float> x, double targetDB);
 
 } // namespace velto::benchmarks

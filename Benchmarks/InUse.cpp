@@ -1,12 +1,13 @@
-// velto_in_use PROGRAM [KEYS [SECONDS]]
+// velto_in_use PROGRAM BARE [KEYS [SECONDS]]
 //
 // Prints what a listener gets and what it costs while a trial plays: the time from a key to the
 // changed frame on the screen (median of KEYS, 60 by default), processor time over SECONDS (20) and
-// memory. Run on a private desk.
+// memory, in parts beside those of BARE, a program with a bare window. Run on a private desk.
 #include "Median.h"
 
 #include "kit/Desktop.h"
 #include "kit/Footprint.h"
+#include "kit/MemoryParts.h"
 #include "kit/ProgramRunner.h"
 #include "kit/Recorder.h"
 
@@ -110,8 +111,28 @@ void reportProcessor(const char* when, double used, std::size_t seconds) {
               100 * used / static_cast<double>(seconds), seconds);
 }
 
-void run(const std::string& path, int keys, std::size_t seconds) {
+MemoryParts partsOfBareWindow(Desktop& desktop, const std::string& path) {
+  const ProgramRunner program(path, {});
+  static_cast<void>(desktop.waitForWindow("MORLA Velto", program.pid()));
+  std::this_thread::sleep_for(2s);
+  return memoryParts(program.pid());
+}
+
+void reportParts(const MemoryParts& bare, const MemoryParts& program) {
+  std::printf("memory in parts, MB resident     bare window  velto\n");
+  double bareSum = 0, programSum = 0;
+  for (const auto& [part, megabytes] : program) {
+    const double bareMegabytes = bare.contains(part) ? bare.at(part) : 0;
+    std::printf("  %-36s %5.1f  %5.1f\n", part.c_str(), bareMegabytes, megabytes);
+    bareSum += bareMegabytes;
+    programSum += megabytes;
+  }
+  std::printf("  %-36s %5.1f  %5.1f\n", "sum", bareSum, programSum);
+}
+
+void run(const std::string& path, const std::string& barePath, int keys, std::size_t seconds) {
   Desktop desktop;
+  const MemoryParts bare = partsOfBareWindow(desktop, barePath);
   Recorder recorder;
   const ProgramRunner program(path, {"--drill", "level", "--appearance", "light"});
   const WindowId window = desktop.waitForWindow("MORLA Velto", program.pid());
@@ -122,6 +143,7 @@ void run(const std::string& path, int keys, std::size_t seconds) {
   const Footprint footprint = Footprint::of(program.pid());
   std::printf("memory while playing: %.1f MB resident, %.1f MB with shared pages divided\n",
               footprint.residentMegabytes, footprint.proportionalMegabytes);
+  reportParts(bare, memoryParts(program.pid()));
 
   constexpr int trials = 20;
   for (int i = 0; i < trials; ++i) {
@@ -152,13 +174,13 @@ void run(const std::string& path, int keys, std::size_t seconds) {
 } // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    std::fputs("usage: velto_in_use PROGRAM [KEYS [SECONDS]]\n", stderr);
+  if (argc < 3) {
+    std::fputs("usage: velto_in_use PROGRAM BARE [KEYS [SECONDS]]\n", stderr);
     return 2;
   }
   try {
-    run(argv[1], argc > 2 ? std::max(std::atoi(argv[2]), 1) : 60,
-        argc > 3 ? static_cast<std::size_t>(std::max(std::atoi(argv[3]), 2)) : 20);
+    run(argv[1], argv[2], argc > 3 ? std::max(std::atoi(argv[3]), 1) : 60,
+        argc > 4 ? static_cast<std::size_t>(std::max(std::atoi(argv[4]), 2)) : 20);
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());
