@@ -14,6 +14,7 @@
 #include <cstdarg>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <thread>
 #include <utility>
 
@@ -26,6 +27,7 @@ struct Armed {
   FileFaults::Where where = FileFaults::Where::thisThread;
   std::thread::id thread;
   std::size_t operations = 0;
+  std::string opened; // if not empty, only openings of this file count, in any thread
 };
 
 std::mutex mutex;
@@ -43,10 +45,17 @@ std::optional<Stuck> stuck; // with the mutex
 std::condition_variable released;
 thread_local std::size_t lockAttempts = 0;
 
-std::optional<FileFault> nextFault() {
+bool isCounted(const Armed& faults, const char* opened) {
+  if (!faults.opened.empty())
+    return opened != nullptr && faults.opened == opened;
+  const bool isThisThread = std::this_thread::get_id() == faults.thread;
+  return isThisThread == (faults.where == FileFaults::Where::thisThread);
+}
+
+// `opened` is the file that an operation opens, if it opens one.
+std::optional<FileFault> nextFault(const char* opened) {
   const std::lock_guard lock(mutex);
-  if (!armed || (std::this_thread::get_id() == armed->thread) !=
-                    (armed->where == FileFaults::Where::thisThread))
+  if (!armed || !isCounted(*armed, opened))
     return std::nullopt;
   const auto found = armed->faults.find(armed->operations++);
   return found == armed->faults.end() ? std::nullopt : std::optional(found->second);
@@ -70,8 +79,8 @@ int errorOf(FileFault fault) {
 // Performs `real`, or the fault armed for this operation. `half` performs the part of the operation
 // that a half fault lets through.
 template <typename Real, typename Half>
-auto faulty(Real real, Half half) -> decltype(real()) {
-  const auto fault = nextFault();
+auto faulty(Real real, Half half, const char* opened = nullptr) -> decltype(real()) {
+  const auto fault = nextFault(opened);
   if (!fault)
     return real();
   switch (*fault) {
@@ -100,10 +109,11 @@ auto faulty(Real real, Half half) -> decltype(real()) {
 
 // For operations that cannot be halved: FileFault::half performs them, other half faults skip them.
 template <typename Real>
-auto faulty(Real real) -> decltype(real()) {
-  return faulty(real, [&](FileFault fault) -> decltype(real()) {
-    return fault == FileFault::half ? real() : -1;
-  });
+auto faulty(Real real, const char* opened = nullptr) -> decltype(real()) {
+  return faulty(
+      real,
+      [&](FileFault fault) -> decltype(real()) { return fault == FileFault::half ? real() : -1; },
+      opened);
 }
 
 void waitIfStuck() {
@@ -129,7 +139,12 @@ int flushed(Real real) {
 
 FileFaults::FileFaults(std::map<std::size_t, FileFault> faults, Where where) {
   const std::lock_guard lock(mutex);
-  armed = Armed{std::move(faults), where, std::this_thread::get_id(), 0};
+  armed = Armed{std::move(faults), where, std::this_thread::get_id(), 0, {}};
+}
+
+FileFaults::FileFaults(const std::filesystem::path& file, std::size_t number, FileFault fault) {
+  const std::lock_guard lock(mutex);
+  armed = Armed{{{number, fault}}, Where::otherThreads, {}, 0, file.string()};
 }
 
 FileFaults::~FileFaults() {
@@ -195,7 +210,7 @@ int open(const char* path, int flags, ...) {
     va_end(arguments);
   }
   return faulty(
-      [&] { return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode)); });
+      [&] { return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode)); }, path);
 }
 
 ssize_t write(int descriptor, const void* bytes, size_t count) {

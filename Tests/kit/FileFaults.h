@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <filesystem>
 #include <map>
 
 namespace velto::kit {
@@ -30,6 +31,8 @@ public:
 
   explicit FileFaults(std::map<std::size_t, FileFault> faults = {},
                       Where where = Where::thisThread);
+  // Counts the times that any thread opens `file` only, and lets the one with this number fail.
+  FileFaults(const std::filesystem::path& file, std::size_t number, FileFault fault);
   FileFaults(const FileFaults&) = delete;
   FileFaults& operator=(const FileFaults&) = delete;
   ~FileFaults();
