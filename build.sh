@@ -608,6 +608,9 @@ package() {
   say "Packages: $folder/release"
   $check || return 0
   provide "${checkPackages[@]}" "${deskPackages[@]}"
+  # Its samples are those that the packages' programs have to render.
+  configureProgram
+  compile "$root/build" --target velto-lab
   "$root/Tests/package/check" "$folder"
 }
 
