@@ -21,7 +21,9 @@ Usage: ./build.sh [COMMAND]
                     named of bookworm, trixie, testing and sid, else the first three
       --asan        build them with the address and undefined-behaviour sanitizers
       --tsan        the tests of threaded code, with the thread sanitizer
-      --web         the practice page in Chromium; playwright-core and axe-core come from npm
+      --web [NAME...]
+                    the practice page in browsers, those named of chromium, firefox and webkit, else
+                    all three; playwright-core and axe-core come from npm
       --coverage    measure the line coverage; fails below 95 % in training and synthesis
   lint              run the formatters and checkers over the sources
       --fix         let the formatters rewrite the sources
@@ -205,6 +207,9 @@ webPackages=(
 # For test --web, with npm, which Node.js from elsewhere brings along.
 webTestPackages=(
   chromium
+  firefox-esr
+  gstreamer1.0-pulseaudio
+  webkit2gtk-driver
 )
 
 # For package --check.
@@ -451,11 +456,15 @@ trial() {
 
 # --- Test -----------------------------------------------------------------------------------------
 
-# Checks the practice page in a browser.
+# testWeb [NAME...]: checks the practice page in browsers.
 testWeb() {
-  (($# == 0)) || fail "test --web: unexpected argument '$1'; try ./build.sh help" 2
-  local folder=$root/build tests=$root/Tests/web/browser
-  provide "${buildPackages[@]}" "${webTestPackages[@]}"
+  local folder=$root/build tests=$root/Tests/web/browser browser status=0
+  for browser in "$@"; do
+    [[ $browser =~ ^(chromium|firefox|webkit)$ ]] \
+      || fail "test --web: unexpected argument '$browser'; try ./build.sh help" 2
+  done
+  (($# > 0)) || set -- chromium firefox webkit
+  provide "${buildPackages[@]}" "${deskPackages[@]}" "${webTestPackages[@]}"
   command -v npm >/dev/null || provide npm
   web
   configure release "$folder" VELTO_BUILD_TESTS=ON
@@ -463,9 +472,12 @@ testWeb() {
   [[ -e $tests/node_modules/.package-lock.json \
     && ! $tests/package-lock.json -nt $tests/node_modules/.package-lock.json ]] \
     || (cd "$tests" && npm ci --no-audit --no-fund)
-  say 'Testing: the page in Chromium; screenshots in build/web-pictures/'
-  (cd "$root" && node "$tests/check.mjs" build-web "$folder/bin/velto_render_hashes" \
-    "$folder/web-pictures")
+  for browser in "$@"; do
+    say "Testing: the page in $browser; screenshots in build/web-pictures/$browser/"
+    (cd "$root" && Tests/desk/desk --size 1920x1200x24 --buffer 250 -- node "$tests/check.mjs" \
+      "$browser" build-web "$folder/bin" "$folder/web-pictures/$browser") || status=1
+  done
+  return "$status"
 }
 
 runTests() {

@@ -1,12 +1,12 @@
-// Opens the practice page in Chromium and checks what it computes, plays, shows and stores.
+// Opens the practice page in a browser and checks what it computes, plays, shows and stores.
 //
-//   node check.mjs PAGE HASHES [PICTURES]
+//   node check.mjs BROWSER PAGE PROGRAMS [PICTURES]
 //
-// PAGE is the page's folder, HASHES the native program that prints hashes of renders. PICTURES is a
-// folder for screenshots. With VELTO_CHECKS, a regular expression, only the checks run whose names it
-// matches.
-if (process.argv.length < 4) {
-  console.error("usage: node check.mjs PAGE HASHES [PICTURES]");
+// BROWSER is chromium, firefox or webkit; the last one needs a display. PAGE is the page's folder,
+// PROGRAMS the one of the native programs that the page is compared with, PICTURES one for
+// screenshots. With VELTO_CHECKS, a regular expression, only the checks run whose names it matches.
+if (process.argv.length < 5) {
+  console.error("usage: node check.mjs BROWSER PAGE PROGRAMS [PICTURES]");
   process.exit(2);
 }
 const { end } = await import("./kit.mjs");

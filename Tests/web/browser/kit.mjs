@@ -1,90 +1,31 @@
-// The page's host, the browser, and what the checks share.
-import { spawn } from "node:child_process";
-import { createReadStream, existsSync, mkdtempSync, rmSync } from "node:fs";
-import { createServer } from "node:http";
+// The browser, and what the checks share.
+import { mkdirSync, mkdtempSync, readFileSync, rmSync } from "node:fs";
 import { tmpdir } from "node:os";
-import { extname, join, normalize } from "node:path";
-import { chromium } from "playwright-core";
+import { join } from "node:path";
+import { Host } from "./host.mjs";
 
-export const [folder, hashes, pictures] = process.argv.slice(2);
+export { Host };
+
+const [engine, served, programs, pictures] = process.argv.slice(2);
+export const folder = served;
+export const hashes = join(programs, "velto_render_hashes");
 export const drills = ["frequency", "level", "dynamics", "polarity"];
-
-const types = { ".html": "text/html", ".js": "text/javascript", ".json": "application/json",
-  ".css": "text/css", ".wasm": "application/wasm", ".svg": "image/svg+xml", ".png": "image/png",
-  ".woff": "font/woff" };
-
-// Serves a folder, which can be replaced, at an address that stays the same.
-export class Host {
-  requests = [];
-  #server;
-  #port = 0;
-
-  constructor(served) {
-    this.folder = served;
-  }
-  get address() {
-    return `http://127.0.0.1:${this.#port}/`;
-  }
-  async start() {
-    this.#server = createServer((request, response) => {
-      const path = normalize(new URL(request.url, "http://localhost").pathname);
-      const file = join(this.folder, path === "/" ? "index.html" : path);
-      this.requests.push(path);
-      if (!existsSync(file)) return response.writeHead(404).end();
-      response.writeHead(200,
-        { "Content-Type": types[extname(file)] ?? "application/octet-stream" });
-      return createReadStream(file).pipe(response);
-    });
-    await new Promise((resolve) => this.#server.listen(this.#port, "127.0.0.1", resolve));
-    this.#port = this.#server.address().port;
-    return this;
-  }
-  async stop() {
-    const stopped = new Promise((resolve) => this.#server.close(resolve));
-    this.#server.closeAllConnections();
-    await stopped;
-  }
-}
 
 export const host = await new Host(folder).start();
 
-const flags = [
-  // As in a browser with a window.
-  "--autoplay-policy=document-user-activation-required",
-  ...(process.getuid() === 0 ? ["--no-sandbox"] : [])];
-export const browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: flags,
-  ignoreDefaultArgs: ["--mute-audio"] });
-console.log(`Chromium ${browser.version()}`);
+const { open: openBrowser } = await import(engine === "chromium" ? "./chromium.mjs" : "./webdriver.mjs");
+export const browser = await openBrowser(engine);
+console.log(browser.title);
 
-// A Chromium of its own with its profile in `profile`.
-export async function launch(profile) {
-  const child = spawn("/usr/bin/chromium", [...flags, "--headless", "--remote-debugging-port=0",
-    "--no-first-run", "--disable-gpu", `--user-data-dir=${profile}`],
-  { detached: true, stdio: ["ignore", "ignore", "pipe"] });
-  const ended = new Promise((resolve) => child.on("exit", resolve));
-  const endpoint = await new Promise((resolve, reject) => {
-    let text = "";
-    child.stderr.on("data", (data) => {
-      text += data;
-      const found = /DevTools listening on (ws:\S+)/.exec(text);
-      if (found !== null) resolve(found[1]);
-    });
-    ended.then(() => reject(new Error(`Chromium has ended: ${text}`)));
-  });
-  const connection = await chromium.connectOverCDP(endpoint);
-  return {
-    context: connection.contexts()[0],
-    // Ends all of its processes at once, without a chance to save anything.
-    async kill() {
-      process.kill(-child.pid, "SIGKILL");
-      await ended;
-    },
-    async close() {
-      const session = await connection.newBrowserCDPSession();
-      await session.send("Browser.close").catch(() => undefined);
-      await ended;
-    },
-  };
+// The name of the version of the page in a folder.
+export const versionOf = (page) => readFileSync(join(page, "index.html"), "utf8")
+  .match(/src="([0-9a-f]{16})\/main\.js"/)[1];
+
+// Takes screenshots if a folder for them is given.
+export async function photograph(page, name, options = {}) {
+  if (pictures === undefined) return;
+  mkdirSync(pictures, { recursive: true });
+  await page.screenshot({ path: join(pictures, `${name}.png`), ...options });
 }
 
 // Calls `work` with an empty folder.
@@ -98,21 +39,30 @@ export async function inScratch(work) {
 }
 
 let failures = 0;
+let checks = 0;
+const skipped = [];
 export function expect(isTrue, what) {
   if (isTrue) return;
   ++failures;
   console.log(`  failed: ${what}`);
 }
 
-export async function checking(name, work) {
+// `need` names what a browser may lack.
+export async function checking(name, work, need = "") {
   if (!new RegExp(process.env.VELTO_CHECKS ?? "").test(name)) return;
+  if (need in browser.lacks) {
+    skipped.push(name);
+    console.log(`skipped ${name}: ${browser.lacks[need]}`);
+    return;
+  }
+  ++checks;
   const before = failures;
   try {
     await work();
   } catch (error) {
     expect(false, String(error));
   }
-  console.log(`${failures === before ? "ok    " : "FAILED"} ${name}`);
+  console.log(`${failures === before ? "ok     " : "FAILED "} ${name}`);
 }
 
 export async function checkUntil(condition, what) {
@@ -126,7 +76,7 @@ export async function checkUntil(condition, what) {
 export async function end() {
   await browser.close();
   await host.stop();
-  console.log(failures === 0 ? "All checks passed." : `${failures} failures`);
+  console.log(`${browser.title}: ${checks} checks, ${failures} failures, ${skipped.length} skipped`);
   process.exitCode = failures === 0 ? 0 : 1;
 }
 

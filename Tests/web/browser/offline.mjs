@@ -3,10 +3,7 @@ import { createHash } from "node:crypto";
 import { cpSync, existsSync, readFileSync, readdirSync, renameSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { answer, browser, checkUntil, checking, expect, folder, Host, inScratch, newPage,
-  notice, ready, today } from "./kit.mjs";
-
-const versionOf = (page) => readFileSync(join(page, "index.html"), "utf8")
-  .match(/src="([0-9a-f]{16})\/main\.js"/)[1];
+  notice, ready, today, versionOf } from "./kit.mjs";
 
 // A copy of the page as another build would make it, whose files differ.
 function rebuild(copy, version) {
@@ -148,4 +145,4 @@ await checking("The page can be installed", async () => {
   expect(real.length === 0, `it is installable: ${JSON.stringify(real)}`);
   await context.close();
   await host.stop();
-});
+}, "manifest");

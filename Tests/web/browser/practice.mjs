@@ -1,9 +1,7 @@
 // What the page computes and plays, and a trial of each drill.
 import { execFileSync } from "node:child_process";
-import { mkdirSync } from "node:fs";
-import { join } from "node:path";
-import { browser, checkUntil, checking, drills, expect, hashes, judged, newPage, open, pictures, ready,
-  submit, verdict } from "./kit.mjs";
+import { browser, checkUntil, checking, drills, expect, hashes, judged, newPage, open, photograph,
+  ready, submit, verdict } from "./kit.mjs";
 
 await checking("All renders have the hashes of the native program", async () => {
   const native = new Map(execFileSync(hashes, { encoding: "utf8", maxBuffer: 1e8 })
@@ -93,12 +91,10 @@ for (const drill of drills)
     await judged(page);
     expect(["HIT", "MISS"].includes(await verdict(page)), "there is a verdict");
     expect(await page.locator("#today").textContent() === "1", "the answer counts");
-    if (pictures !== undefined) {
-      mkdirSync(pictures, { recursive: true });
-      for (const colorScheme of ["dark", "light"]) {
-        await page.emulateMedia({ colorScheme });
-        await page.screenshot({ path: join(pictures, `${drill}-${colorScheme}.png`) });
-      }
+    await photograph(page, `${drill}-dark`);
+    if (!("appearance" in browser.lacks)) {
+      await page.emulateMedia({ colorScheme: "light" });
+      await photograph(page, `${drill}-light`);
     }
     await page.waitForTimeout(600); // not a double click
     await page.locator("#primary").click();
@@ -141,7 +137,7 @@ await checking("Sound waits for the first key, and the page says so", async () =
   const page = await open();
   const isAsked = () => page.evaluate(
     () => document.querySelector("#notice").textContent.includes("to hear the trial"));
-  expect(await isAsked(), "the page asks for a key");
+  await checkUntil(isAsked, "the page asks for a key");
   await page.keyboard.press("2");
   await page.waitForFunction(
     () => !document.querySelector("#notice").textContent.includes("to hear the trial"),

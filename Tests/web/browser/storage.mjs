@@ -1,8 +1,8 @@
 // The record: where the browser keeps it, and what becomes of it when that goes wrong.
 import { randomUUID } from "node:crypto";
-import { mkdirSync, readdirSync, statSync, writeFileSync } from "node:fs";
+import { readdirSync, statSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
-import { answer, browser, checkUntil, checking, expect, exportFrom, host, inScratch, launch, newPage,
+import { answer, browser, checkUntil, checking, expect, exportFrom, Host, host, inScratch, newPage,
   notice, open, ready, stored, storedAnswers, submit, today } from "./kit.mjs";
 
 await checking("Answers of two tabs are in one record, also after a reload", async () => {
@@ -104,44 +104,74 @@ const tellVerdicts = () => {
   }).observe(document, { attributes: true, childList: true, subtree: true });
 };
 
-await checking("A tab or browser that is killed at the verdict has stored the answer", () =>
+// Without a driver, so that the browser is as its users have it: the page answers by itself.
+await checking("A browser that is killed at the verdict has stored the answer", () =>
   inScratch(async (scratch) => {
-    let shown = 0;
-    for (const killed of ["tab", "browser"]) {
-      let own = await launch(scratch);
-      for (let i = 0; i < 10; ++i) {
-        const page = await own.context.newPage();
-        let tell;
-        const isTold = new Promise((resolve) => {
-          tell = resolve;
-        });
-        await page.exposeFunction("told", () => {
-          ++shown;
-          if (killed === "browser") void own.kill();
-          tell();
-        });
-        await page.addInitScript(tellVerdicts);
-        await page.goto(`${host.address}?drill=level`);
-        await ready(page);
-        expect(await today(page) === String(shown), `${await today(page)} answers, not ${shown}`);
-        void page.keyboard.press("Enter").catch(() => undefined);
-        await isTold;
-        if (killed === "browser") {
-          await own.kill();
-          own = await launch(scratch);
-        } else {
-          const session = await own.context.newCDPSession(page);
-          session.send("Page.crash").catch(() => undefined);
-          await page.waitForEvent("crash");
-          await page.close();
+    Host.prelude.push(`(${() => {
+      const tell = (name, text) => void fetch(`/told/${name}?with=${text}`, { method: "POST" });
+      let step = 0;
+      new MutationObserver(() => {
+        const text = (id) => document.getElementById(id)?.textContent;
+        const isJudged = document.getElementById("verdict")?.hidden === false;
+        if (step === 0 && text("status") === "listen, then answer" && !isJudged) {
+          step = 1;
+          tell("today", text("today"));
+        } else if (step === 1 && isJudged) {
+          step = 2;
+          tell("verdict", text("verdictWord"));
         }
-      }
-      const page = await newPage(own.context);
-      await storedAnswers(page, shown);
-      await own.close();
+      }).observe(document, { attributes: true, childList: true, characterData: true, subtree: true });
+      window.press = setInterval(() => {
+        if (step === 1) dispatchEvent(new KeyboardEvent("keydown", { key: "Enter" }));
+      }, 100);
+    }})();`);
+    const counts = [];
+    let shown = 0;
+    for (let i = 0; i < 10; ++i) {
+      let end;
+      const isTold = new Promise((resolve, reject) => {
+        end = resolve;
+        setTimeout(() => reject(new Error("no verdict within a minute")), 60_000).unref();
+      });
+      Host.told.set("today", (count) => counts.push(Number(count)));
+      Host.told.set("verdict", () => {
+        ++shown;
+        end(own.kill());
+      });
+      const own = browser.start(scratch, `${host.address}?drill=level`);
+      await isTold.finally(() => own.kill());
     }
-    expect(shown === 20, `${shown} verdicts`);
+    Host.prelude.length = 0;
+    Host.told.clear();
+    expect(counts.join() === "0,1,2,3,4,5,6,7,8,9", `answers at each start: ${counts}`);
+    expect(shown === 10, `${shown} verdicts`);
   }));
+
+await checking("A tab that is killed at the verdict has stored the answer", () =>
+  inScratch(async (scratch) => {
+    const own = await browser.launch(scratch);
+    for (let shown = 0; shown < 10; ++shown) {
+      const page = await own.context.newPage();
+      let tell;
+      const isTold = new Promise((resolve) => {
+        tell = resolve;
+      });
+      await page.exposeFunction("told", tell);
+      await page.addInitScript(tellVerdicts);
+      await page.goto(`${host.address}?drill=level`);
+      await ready(page);
+      expect(await today(page) === String(shown), `${await today(page)} answers, not ${shown}`);
+      void page.keyboard.press("Enter").catch(() => undefined);
+      await isTold;
+      const session = await own.context.newCDPSession(page);
+      session.send("Page.crash").catch(() => undefined);
+      await page.waitForEvent("crash");
+      await page.close();
+    }
+    const page = await newPage(own.context);
+    await storedAnswers(page, 10);
+    await own.close();
+  }), "crash");
 
 await checking("A hundred reloads at random moments lose no answer whose verdict showed", async () => {
   const context = await browser.newContext();
@@ -172,10 +202,7 @@ const notStored = (page) => checkUntil(
 
 await checking("Practice goes on in a browser that may store nothing", () =>
   inScratch(async (scratch) => {
-    mkdirSync(join(scratch, "Default"));
-    writeFileSync(join(scratch, "Default", "Preferences"),
-      JSON.stringify({ profile: { default_content_setting_values: { cookies: 2 } } }));
-    const own = await launch(scratch);
+    const own = await browser.launchWithoutStorage(scratch);
     const page = await own.context.newPage();
     await page.goto(`${host.address}?drill=level`);
     await ready(page);
@@ -187,7 +214,7 @@ await checking("Practice goes on in a browser that may store nothing", () =>
     await notStored(page);
     expect(JSON.parse(await exportFrom(page)).attempts.length === 2, "both can be exported");
     await own.close();
-  }));
+  }), "denial");
 
 await checking("Practice goes on while the storage does not answer", async () => {
   const context = await browser.newContext();
@@ -227,7 +254,7 @@ await checking("A full disk is told, and the next save has all answers", async (
   await storedAnswers(page, 3);
   expect(!(await notice(page)).includes("not stored"), "it is stored again");
   await context.close();
-});
+}, "quota");
 
 await checking("A record that the browser deletes under the page is stored anew", async () => {
   const page = await open("?drill=level");
@@ -239,14 +266,14 @@ await checking("A record that the browser deletes under the page is stored anew"
   await storedAnswers(page, 2);
   expect(!(await notice(page)).includes("not stored"), "there is nothing to tell");
   await page.context().close();
-});
+}, "deletion");
 
 await checking("A damaged database is told, and practice starts anew", async () => {
   const garble = (file) => writeFileSync(file, Buffer.alloc(statSync(file).size, 0x5a));
   // Chromium has a file of its own for a large record. Where it repairs the rest, it tells nobody.
   for (const [part, isTold] of [["", false], [".blob", true]])
     await inScratch(async (scratch) => {
-      let own = await launch(scratch);
+      let own = await browser.launch(scratch);
       const former = await newPage(own.context, "?drill=level");
       await answer(former);
       const record = JSON.parse(await exportFrom(former));
@@ -254,12 +281,12 @@ await checking("A damaged database is told, and practice starts anew", async () 
       record.attempts = Array.from({ length: 5000 }, () => ({ ...row, id: randomUUID().toUpperCase() }));
       await stored(former, JSON.stringify(record));
       await own.close();
-      const databases = join(scratch, "Default", "IndexedDB");
+      const databases = browser.databases(scratch);
       const files = readdirSync(databases, { recursive: true }).map((name) => join(databases, name))
         .filter((name) => name.includes(part) && statSync(name).isFile());
       expect(files.length > 0, "there are files to damage");
       for (const file of files) garble(file);
-      own = await launch(scratch);
+      own = await browser.launch(scratch);
       const page = await own.context.newPage();
       await page.goto(`${host.address}?drill=level`);
       await ready(page);
@@ -270,4 +297,4 @@ await checking("A damaged database is told, and practice starts anew", async () 
       await storedAnswers(page, 2);
       await own.close();
     });
-});
+}, "damage");

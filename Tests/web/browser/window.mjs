@@ -1,16 +1,18 @@
 // Where the elements are, and what the page says where it cannot run.
 import { existsSync } from "node:fs";
 import { join, normalize } from "node:path";
-import { browser, checkUntil, checking, expect, folder, host, notice, open, pictures }
+import { browser, checkUntil, checking, expect, folder, Host, host, notice, open, photograph, versionOf }
   from "./kit.mjs";
 
 await checking("A page without render.wasm says that it cannot render", async () => {
+  const lacking = await new Host(folder).start();
+  lacking.lacks = `/${versionOf(folder)}/render.wasm`;
   const page = await (await browser.newContext()).newPage();
-  await page.route("**/render.wasm", (route) => route.fulfill({ status: 404 }));
-  await page.goto(host.address);
+  await page.goto(lacking.address);
   await checkUntil(async () => /Trials cannot be rendered.*render.wasm: 404/.test(await notice(page)),
     "the notice");
   await page.context().close();
+  await lacking.stop();
 });
 
 await checking("Nothing is wider than the window, down to 360 points", async () => {
@@ -23,8 +25,7 @@ await checking("Nothing is wider than the window, down to 360 points", async () 
         .filter((button) => button.getBoundingClientRect().height < 44).map((button) => button.id
           || button.className));
       expect(small.length === 0, `targets are 44 points high, but not ${small}`);
-      if (pictures !== undefined)
-        await page.screenshot({ path: join(pictures, "phone.png"), fullPage: true });
+      await photograph(page, "phone", { fullPage: true });
     }
     await page.context().close();
   }
