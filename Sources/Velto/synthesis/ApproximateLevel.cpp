@@ -21,7 +21,7 @@ struct Middle {
 };
 
 std::array<Middle, intervals> middles() {
-  std::array<Middle, intervals> all;
+  std::array<Middle, intervals> all{};
   for (std::size_t i = 0; i < intervals; ++i) {
     const double middle = 1 + (static_cast<double>(i) + 0.5) / intervals;
     all[i] = {1 / middle, 20 * std::log10(middle)};
