@@ -667,8 +667,9 @@ bench() {
   # Absent if the options name another file.
   if [[ -f $folder/run.json ]]; then
     say 'Beside the reference model, floors and SoX'
-    "$root/Benchmarks/peers" "$folder/peers.json"
-    "$root/Benchmarks/table" "$folder/run.json" "$folder/peers.json"
+    local -a peers=("$folder/peers.json")
+    "$root/Benchmarks/peers" "${peers[@]}" || peers=()
+    "$root/Benchmarks/table" "$folder/run.json" "${peers[@]}"
   fi
   say 'The first frame'
   "$root/Tests/desk/desk" -- "$folder/bin/velto_first_frame" "$folder/bin/velto" \

@@ -508,8 +508,8 @@ TEST_F(ProfileFiles, AnUncleanEndOfManyProgramsIsClearedUp) {
   expectNothingBesideTheFile();
 }
 
-// An answer that only the copy of another, killed program has.
-// Each opening of each copy fails once.
+// An answer that only the copy of another, killed program has. Each opening of each copy fails
+// once.
 TEST_F(ProfileFiles, AnAbandonedCopyThatCannotBeReadForAMomentIsMergedLater) {
   for (const std::string kind : {"backup-", "saving-"}) {
     std::size_t openings = 1;

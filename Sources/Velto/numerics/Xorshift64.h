@@ -30,6 +30,7 @@ public:
   // The next value in [0, 1).
   constexpr double nextUnit() { return unit(next()); }
 
+  // Mean of nextNoise().
   static constexpr double noiseMean = 1;
 
   // The next noise value, in [-1, 3), not in the usual [-1, 1). Every material's sound depends on

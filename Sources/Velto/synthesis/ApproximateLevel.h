@@ -1,4 +1,4 @@
-// Levels in decibels where a bounded error is enough, at a fifth of the time of std::log10.
+// Levels in decibels where a bounded error is enough, without a logarithm.
 #pragma once
 
 namespace velto {

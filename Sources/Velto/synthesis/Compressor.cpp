@@ -123,8 +123,8 @@ bool anyReaches(float amplitude, std::span<const float> block) {
 // Same as staysBelow(), but passes over idle samples and approximates levels; nothing if the
 // reduction comes so close to the target that an error may decide.
 //
-// An error of a level changes the reduction by three quarters of it at most, and so the envelope,
-// which averages reductions. Rounding adds some 1e-16 of the envelope per sample.
+// The static curve has a slope of at most 3/4, and the envelope averages: it differs by less than a
+// level does. Rounding adds about 1e-16 of the envelope per sample.
 std::optional<bool> staysWellBelow(double targetGRdB, double thresholdDB,
                                    std::span<const float> x) {
   constexpr double marginDB = 1e-6;

@@ -58,8 +58,11 @@ struct Unfiltered {
 };
 
 // A fourth-order Butterworth high-pass at 20 Hz: two sections whose recursions are computed
-// together. Each call does what the recursions of the next one need, so that the processor can do
-// it beside them; the second section takes what the first one returned a call before.
+// together, in the two halves of a Pair.
+//
+// Each call runs the recursions on the feed-forward sums of the call before, then prepares those of
+// the next one; the second section's input is the first one's output of the call before. So the
+// recursions wait for nothing that their own call computes.
 class Highpass20Hz {
 public:
   static constexpr std::size_t delayFrames = 12;
@@ -114,8 +117,8 @@ private:
   SampleQuad between_{};
 };
 
-// Copies to `out` those of four samples, at `first` and behind it, that it has room for, and clears
-// the others. A negative `first` wraps around.
+// Copies four samples to the frames of `out` from `first` on. Clears those that are not frames of
+// `out`. A negative `first` has wrapped around.
 void keep(SampleQuad& samples, std::span<float> out, std::size_t first) {
   if (first < out.size() && out.size() - first >= 4) {
     std::memcpy(&out[first], &samples, sizeof samples);
@@ -128,9 +131,9 @@ void keep(SampleQuad& samples, std::span<float> out, std::size_t first) {
       samples[k] = 0;
 }
 
-// Pink noise through an `After`. Generator, filters and the sum of squares are chains in which each
-// step needs the one before. The generator runs a block ahead and the sum a block behind, so that a
-// processor can work on all of them at once.
+// Pink noise, filtered by `After`. Generator, filters and the sum of squares are chains in which
+// each step needs the one before. The generator runs a block ahead and the sum a block behind, so
+// that a processor can work on all of them at once.
 template <typename After>
 double filteredNoise(std::span<float> out, std::uint64_t seed, double removed) {
   constexpr std::size_t blockFrames = 256;

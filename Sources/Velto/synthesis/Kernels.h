@@ -14,7 +14,8 @@ struct Kernels {
   // rounded. Returns the sum of the squares, added from the first to the last.
   double (*pinkNoise)(std::span<float> out, std::uint64_t seed);
 
-  // The same of the white noise less its mean, then through a fourth-order high-pass at 20 Hz.
+  // Same, but removes the mean of the white noise first, and ends with a fourth-order high-pass at
+  // 20 Hz.
   double (*audiblePinkNoise)(std::span<float> out, std::uint64_t seed);
 
   // Fills `out` with an A major chord: the mean of twelve sawtooth oscillators whose phases come
