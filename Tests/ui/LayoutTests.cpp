@@ -272,8 +272,8 @@ TEST_P(EveryFace, KeepsTheChipsAtTheirOwnBarsForDecibels) {
   for (const double width : {560.0, 739.0})
     for (const bool level : {true, false}) {
       const double upper = level ? 7 : 14;
-      Snippet snippet(level ? "DecibelPicker { scaleModel: Scales.level }"
-                            : "DecibelPicker { scaleModel: Scales.dynamics }",
+      Snippet snippet(level ? "DecibelPicker { scaleModel: Scales.level; name: \"dB\" }"
+                            : "DecibelPicker { scaleModel: Scales.dynamics; name: \"dB\" }",
                       {{"width", width}});
       for (int i = 0; i <= 28; ++i)
         for (int j = 1; j <= 140; ++j) {

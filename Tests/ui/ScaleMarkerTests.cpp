@@ -72,10 +72,10 @@ TEST(Markers, AreTwoPointsWideOnWholePixelsAndCentredOnTheirValue) {
   } cases[] = {{"FrequencyPicker", 40, 0},
                {"FrequencyPicker", 800, 360},
                {"FrequencyPicker", 16000, 720},
-               {"DecibelPicker { scaleModel: Scales.level }", 0, 0},
-               {"DecibelPicker { scaleModel: Scales.level }", 7, 720},
-               {"DecibelPicker { scaleModel: Scales.dynamics }", 7, 360},
-               {"DecibelPicker { scaleModel: Scales.dynamics }", 14, 720}};
+               {"DecibelPicker { scaleModel: Scales.level; name: \"dB\" }", 0, 0},
+               {"DecibelPicker { scaleModel: Scales.level; name: \"dB\" }", 7, 720},
+               {"DecibelPicker { scaleModel: Scales.dynamics; name: \"dB\" }", 7, 360},
+               {"DecibelPicker { scaleModel: Scales.dynamics; name: \"dB\" }", 14, 720}};
   for (const char* role : {"answer", "truth"})
     for (const auto& c : cases) {
       SCOPED_TRACE(testing::Message() << role << ' ' << c.value << " on " << c.qml);

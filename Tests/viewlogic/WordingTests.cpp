@@ -52,6 +52,18 @@ TEST(Wording, NamesAnswers) {
   EXPECT_EQ(Wording::answerName(Drill::polarity), "Flipped slot");
 }
 
+TEST(Wording, NamesControlsForScreenReaders) {
+  EXPECT_EQ(Wording::playName("A"), "Play A");
+  EXPECT_EQ(Wording::slotName(0), "Slot 1");
+  EXPECT_EQ(Wording::spokenDifficulty("20"), "Difficulty, 20");
+  EXPECT_EQ(Wording::spokenProgress("3 of 20"), "Trial 3 of 20");
+}
+
+TEST(Wording, SpeaksTheRightAnswerOnceItIsKnown) {
+  EXPECT_EQ(Wording::spokenAnswer("1 kHz", ""), "1 kHz");
+  EXPECT_EQ(Wording::spokenAnswer("1 kHz", "3.15 kHz"), "1 kHz, actual 3.15 kHz");
+}
+
 TEST(Wording, CaptionsSlotsOnceTheFlippedOneIsKnown) {
   EXPECT_EQ(Wording::slotCaption(1, std::nullopt), "?");
   EXPECT_EQ(Wording::slotCaption(1, 1), "FLIPPED");
@@ -62,6 +74,9 @@ TEST(Wording, SaysWhatThePrimaryButtonDoes) {
   EXPECT_EQ(Wording::primary(false, false), "Submit");
   EXPECT_EQ(Wording::primary(true, false), "Next");
   EXPECT_EQ(Wording::primary(true, true), "Close");
+  using Texts = std::vector<std::string_view>;
+  EXPECT_EQ(Wording::primaryTexts(false), (Texts{"Submit", "Next"}));
+  EXPECT_EQ(Wording::primaryTexts(true), (Texts{"Submit", "Next", "Close"}));
 }
 
 TEST(Wording, SaysWhatHappensBeforeTheVerdict) {

@@ -53,6 +53,14 @@ std::string Wording::slotTitle(Drill drill, std::int64_t index) {
   return std::string(1, static_cast<char>('A' + index));
 }
 
+std::string Wording::playName(std::string_view slotTitle) {
+  return "Play " + std::string(slotTitle);
+}
+
+std::string Wording::spokenDifficulty(std::string_view value) {
+  return "Difficulty, " + std::string(value);
+}
+
 std::string_view Wording::answerName(Drill drill) {
   switch (drill) {
   case Drill::frequency:
@@ -67,6 +75,17 @@ std::string_view Wording::answerName(Drill drill) {
   fatalError("unknown drill");
 }
 
+std::string Wording::spokenAnswer(std::string_view answer, std::string_view truth) {
+  std::string text(answer);
+  if (!truth.empty())
+    text.append(", actual ").append(truth);
+  return text;
+}
+
+std::string Wording::slotName(std::int64_t index) {
+  return "Slot " + std::to_string(index + 1);
+}
+
 std::string_view Wording::slotCaption(std::int64_t index, std::optional<std::int64_t> flipped) {
   if (!flipped)
     return "?";
@@ -77,6 +96,13 @@ std::string_view Wording::primary(bool isGraded, bool isOver) {
   if (isOver)
     return "Close";
   return isGraded ? "Next" : "Submit";
+}
+
+std::vector<std::string_view> Wording::primaryTexts(bool ends) {
+  std::vector<std::string_view> texts{primary(false, false), primary(true, false)};
+  if (ends)
+    texts.push_back(primary(true, true));
+  return texts;
 }
 
 std::string_view Wording::status(bool isRendering, bool isKeeping) {
@@ -95,6 +121,10 @@ std::string Wording::verdictDetail(const Drills::Grade& grade) {
 
 std::string Wording::progress(std::size_t number, std::size_t count) {
   return std::to_string(number) + " of " + std::to_string(count);
+}
+
+std::string Wording::spokenProgress(std::string_view progress) {
+  return "Trial " + std::string(progress);
 }
 
 std::string Wording::notSaved(std::string_view reason) {

@@ -46,7 +46,7 @@ Item {
             visible: isLevel || area.session.drill === PracticeModel.Dynamics
             enabled: visible
             answerable: area.session.answerable
-            name: isLevel ? "How much louder" : "How much gain reduction"
+            name: Words.answerName(isLevel ? PracticeModel.Level : PracticeModel.Dynamics)
             scaleModel: isLevel ? Scales.level : Scales.dynamics
             value: visible ? area.session.answer : undefined
             truth: visible && area.session.graded && area.session.truth > 0 ? area.session.truth : undefined

@@ -10,13 +10,13 @@ Row {
     spacing: 8
 
     Accessible.role: Accessible.StaticText
-    Accessible.name: "Difficulty, " + value.text
+    Accessible.name: Words.spokenDifficulty(value.text)
 
     Label {
         objectName: "difficultyCaption"
         partOfName: true
         anchors.verticalCenter: parent.verticalCenter
-        text: "DIFFICULTY"
+        text: Words.difficulty
         size: 9
         font.weight: Font.Medium
         tracking: 1.2

@@ -11,7 +11,7 @@ Row {
     spacing: 4
 
     Accessible.role: Accessible.Grouping
-    Accessible.name: "Drill"
+    Accessible.name: Words.drills
 
     Repeater {
         id: chips

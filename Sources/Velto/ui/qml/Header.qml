@@ -13,7 +13,7 @@ Item {
         id: wordmark
 
         objectName: "wordmark"
-        text: "MORLA Velto"
+        text: Words.wordmark
         size: 22
         brand: true
     }
@@ -25,8 +25,7 @@ Item {
         anchors.bottom: parent.bottom
         width: Math.min(implicitWidth, parent.width - 20 - selector.width)
         wrapMode: Text.WordWrap
-        // Lines do not break after a dot.
-        text: "VELTO GYM ·\u00a0FREQUENCY ·\u00a0LEVEL ·\u00a0DYNAMICS ·\u00a0POLARITY"
+        text: Words.subtitle
         size: 9
         font.weight: Font.Medium
         tracking: 1.1

@@ -11,7 +11,7 @@ Row {
     spacing: 4
 
     Accessible.role: Accessible.Grouping
-    Accessible.name: "Material"
+    Accessible.name: Words.materials
 
     Repeater {
         id: buttons

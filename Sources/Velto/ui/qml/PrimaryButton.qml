@@ -7,7 +7,7 @@ Pressable {
 
     property alias text: label.text
     // All texts that the button may show. The widest sets its width.
-    property list<string> texts: [text]
+    property var texts: [text]
 
     implicitWidth: metrics.widestOf(texts) + 40
     implicitHeight: 36

@@ -54,7 +54,7 @@ Item {
                 objectName: marker.objectName + "Actual"
                 visible: marker.isTruth
                 y: value.y + value.baselineOffset - baselineOffset
-                text: "ACTUAL"
+                text: Words.actual
                 mono: true
                 size: 8
                 font.weight: Font.Bold

@@ -20,7 +20,7 @@ Item {
     readonly property var truthX: markerX(truth)
     readonly property string description: {
         const own = value === undefined ? "" : scaleModel.spoken(value);
-        return truth === undefined ? own : own + ", actual " + scaleModel.spoken(truth);
+        return Words.spokenAnswer(own, truth === undefined ? "" : scaleModel.spoken(truth));
     }
     readonly property real pixelRatio: Screen.devicePixelRatio
     readonly property var ticks: scaleModel.ticks

@@ -23,7 +23,7 @@ Item {
             Stat {
                 objectName: "stat" + label
                 width: figures.share
-                label: "STREAK"
+                label: Words.streak
                 value: panel.progress.streak
                 spoken: panel.progress.spokenStreak
             }
@@ -31,7 +31,7 @@ Item {
             Stat {
                 objectName: "stat" + label
                 width: figures.share
-                label: "TODAY"
+                label: Words.today
                 value: panel.progress.today
                 spoken: panel.progress.spokenToday
             }
@@ -39,7 +39,7 @@ Item {
             Stat {
                 objectName: "stat" + label
                 width: figures.share
-                label: "ACC"
+                label: Words.accuracy
                 value: panel.progress.accuracy
                 spoken: panel.progress.spokenAccuracy
             }
@@ -47,7 +47,7 @@ Item {
 
         Caption {
             objectName: "mapTitle"
-            text: "weakness map"
+            text: Words.mapTitle
         }
 
         WeaknessMap {
@@ -72,7 +72,7 @@ Item {
     Caption {
         objectName: "keyHint"
         anchors.bottom: parent.bottom
-        text: "1/2/3 pick · space switch · ↩ submit"
+        text: Words.keyHint
         mono: true
         size: 10
     }

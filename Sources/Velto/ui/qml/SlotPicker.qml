@@ -20,7 +20,7 @@ Item {
     implicitHeight: AnswerLayout.areaHeight
 
     Accessible.role: Accessible.Grouping
-    Accessible.name: "Flipped slot"
+    Accessible.name: Words.answerName(PracticeModel.Polarity)
 
     Item {
         Repeater {
@@ -39,7 +39,7 @@ Item {
                 width: AnswerLayout.shareWidth(index, picker.slotCount, picker.width, picker.gap, picker.pixelRatio)
                 height: AnswerLayout.stripHeight
                 ringRadius: 8
-                name: "Slot " + (index + 1)
+                name: Words.slotName(index)
                 choices: buttons
                 chosen: picker.value ?? -1
                 changeable: picker.answerable
@@ -91,7 +91,7 @@ Item {
                         objectName: "slotCaption" + slot.index
                         partOfName: true
                         anchors.horizontalCenter: parent.horizontalCenter
-                        text: !slot.known ? "?" : slot.flipped ? "FLIPPED" : "in phase"
+                        text: Words.slotCaption(slot.index, picker.truth ?? -1)
                         mono: true
                         size: 9
                         font.weight: Font.Medium

@@ -55,7 +55,7 @@ Item {
         objectName: "curveHint"
         visible: !sparkline.drawn
         height: parent.height
-        text: "answer a few to draw the curve"
+        text: Words.curveHint
         mono: true
         size: 9
         color: Theme.palette.faint

@@ -18,7 +18,7 @@ Item {
             spacing: 8
 
             Accessible.role: Accessible.Grouping
-            Accessible.name: "Version"
+            Accessible.name: Words.versions
 
             Repeater {
                 id: slotButtons
@@ -34,7 +34,7 @@ Item {
                     width: 52
                     height: 36
                     ringRadius: 7
-                    name: "Play " + modelData
+                    name: Words.playName(modelData)
                     choices: slotButtons
                     chosen: transport.session.currentSlot
                     onPicked: index => transport.session.select(index)
@@ -63,7 +63,7 @@ Item {
         Label {
             objectName: "switchHint"
             anchors.verticalCenter: parent.verticalCenter
-            text: "space = switch"
+            text: Words.switchHint
             mono: true
             size: 10
             color: Theme.palette.faint
@@ -84,7 +84,7 @@ Item {
             id: primary
 
             objectName: "primaryButton"
-            texts: transport.session.isFree ? ["Submit", "Next"] : ["Submit", "Next", "Close"]
+            texts: Words.primaryTexts(!transport.session.isFree)
             text: transport.session.primary
             available: transport.session.graded || transport.session.canSubmit
             onActivated: transport.session.advance()

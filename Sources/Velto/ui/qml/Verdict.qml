@@ -53,7 +53,7 @@ Item {
         size: 11
         color: Theme.palette.muted
 
-        Accessible.name: "Trial " + text
+        Accessible.name: Words.spokenProgress(text)
     }
 
     RoundedBox {

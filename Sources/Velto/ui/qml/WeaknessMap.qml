@@ -17,7 +17,7 @@ Column {
         height: map.labelTop + 12
 
         Accessible.role: Accessible.Chart
-        Accessible.name: "Weakness map"
+        Accessible.name: Words.map
         Accessible.description: map.progress.mapDescription
 
         Repeater {
