@@ -1,47 +1,21 @@
 #include "RoundedBox.h"
 
+#include "ContinuousCorner.h"
+
 #include <QPainter>
 #include <QPen>
 
 #include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstddef>
-#include <utility>
 
 namespace velto {
 
 namespace {
 
-constexpr double exponent = 3;
-constexpr int pointsPerCorner = 24;
-
-// The length of edge taken up by a superellipse corner that crosses the diagonal at the same point
-// as a circular arc of radius 1.
-double cornerReach() {
-  return (1 - std::sqrt(0.5)) / (1 - std::pow(2.0, -1 / exponent));
-}
-
-// The distances of a corner's points from its tip, along both edges, for a reach of 1.
-using Corner = std::array<std::pair<double, double>, pointsPerCorner + 1>;
-
-Corner makeCorner() {
-  Corner corner;
-  for (std::size_t i = 0; i < corner.size(); ++i) {
-    const double angle = (M_PI / 2) * static_cast<double>(i) / pointsPerCorner;
-    // This parametrisation spreads the points evenly enough.
-    corner[i] = {1 - std::pow(std::sin(angle), 2 / exponent),
-                 1 - std::pow(std::cos(angle), 2 / exponent)};
-  }
-  return corner;
-}
-
 // Adds the rounded corner at `tip`. The unit vectors `in` and `out` point from the tip along the
 // first edge and the second edge.
 void addCorner(QPainterPath& path, QPointF tip, QPointF in, QPointF out, double reach) {
-  static const Corner corner = makeCorner();
-  for (const auto& [along, across] : corner) {
-    const QPointF point = tip + (reach * along) * in + (reach * across) * out;
+  for (const auto& corner : ContinuousCorner::points()) {
+    const QPointF point = tip + (reach * corner.in) * in + (reach * corner.out) * out;
     if (path.elementCount() == 0)
       path.moveTo(point);
     else
@@ -59,7 +33,7 @@ QPainterPath roundedOutline(const QRectF& rect, double radius, bool continuous) 
     path.addRoundedRect(rect, r, r);
     return path;
   }
-  const double reach = std::clamp(radius * cornerReach(), 0.0, std::max(half, 0.0));
+  const double reach = std::clamp(radius * ContinuousCorner::reach(), 0.0, std::max(half, 0.0));
   constexpr QPointF right(1, 0), left(-1, 0), down(0, 1), up(0, -1);
   addCorner(path, rect.topLeft(), down, right, reach);
   addCorner(path, rect.topRight(), left, down, reach);

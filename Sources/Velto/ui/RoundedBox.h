@@ -11,10 +11,8 @@ namespace velto {
 
 // The outline of `rect` with rounded corners of `radius` points.
 //
-// If `continuous` is false the corners are circular arcs. If it is true the curvature rises from
-// zero and falls back to zero along each corner, without a jump at the edges: each corner is a
-// quarter of the superellipse |x|^3 + |y|^3 = 1 and crosses the diagonal where the arc does. Radii
-// that do not fit are reduced.
+// The corners are circular arcs or, if `continuous` is true, a ContinuousCorner each. Radii that do
+// not fit are reduced.
 [[nodiscard]] QPainterPath roundedOutline(const QRectF& rect, double radius, bool continuous);
 
 // Fills and then strokes a roundedOutline. The stroke lies inside the item's edges, which are
