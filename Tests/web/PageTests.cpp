@@ -180,6 +180,7 @@ TEST(Page, ShowsAFreshTrialOfEachDrill) {
     EXPECT_EQ(state["prompt"], prompts[drill]);
     EXPECT_EQ(state["prompts"].size(), 4U);
     EXPECT_EQ(state["difficulty"], "20");
+    EXPECT_EQ(state["spokenDifficulty"], "Difficulty, 20");
     EXPECT_EQ(state["difficultyShare"], 0.2);
     EXPECT_EQ(state["status"], "listen, then answer");
     EXPECT_EQ(state["primary"], "Submit");
@@ -195,11 +196,14 @@ TEST(Page, ShowsAFreshTrialOfEachDrill) {
       EXPECT_EQ(state["answer"]["truthText"], "");
       EXPECT_EQ(state["slots"].size(), 2U);
       EXPECT_EQ(state["slots"][1]["title"], "B");
+      EXPECT_EQ(state["slots"][1]["name"], "Play B");
     } else {
       EXPECT_EQ(state["slots"].size(), 3U);
       EXPECT_EQ(chosen(state["answer"]["choices"]), (std::vector{false, false, false}));
       EXPECT_EQ(state["answer"]["choices"][2]["title"], "3");
+      EXPECT_EQ(state["answer"]["choices"][2]["name"], "Slot 3");
       EXPECT_EQ(state["answer"]["choices"][2]["caption"], "?");
+      EXPECT_EQ(state["answer"]["choices"][2]["description"], "");
     }
   }
 }
@@ -221,6 +225,7 @@ TEST(Page, GradesARightAnswerInEachDrillAndKeepsIt) {
     EXPECT_EQ(state["progress"]["accuracy"], "100%");
     if (drill < 3) {
       EXPECT_NE(state["answer"]["truthText"], "");
+      EXPECT_NE(state["answer"]["spoken"].get<std::string>().find(", actual "), std::string::npos);
     }
     ASSERT_TRUE(browser.kept);
     const auto stored = Coding::decodeStored(*browser.kept);
@@ -245,6 +250,7 @@ TEST(Page, ShowsTheFlippedSlotAndTheChosenOneOfAMiss) {
   for (std::size_t i = 0; i < 3; ++i) {
     const json& choice = state["answer"]["choices"][i];
     EXPECT_EQ(choice["caption"], i == odd ? "FLIPPED" : "in phase");
+    EXPECT_EQ(choice["description"], choice["caption"]);
     EXPECT_EQ(choice["flipped"], i == odd);
     EXPECT_EQ(choice["chosen"], i == wrong);
     EXPECT_EQ(choice["dot"], i == wrong);
@@ -441,6 +447,34 @@ TEST(PageLayout, SurvivesWidthsThatMakeNoSense) {
     (void)Browser::parsed(velto_page_curve(width, 64));
   }
   EXPECT_GE(Browser::state()["answer"]["value"].get<double>(), 40);
+}
+
+TEST(PageOutline, IsAPolygonThatFitsAnyElement) {
+  const json outline = Browser::parsed(velto_page_outline(10, 2));
+  const std::string fill = outline["fill"], frame = outline["frame"];
+  EXPECT_TRUE(fill.starts_with("polygon(0px 14.197px, ")) << fill.substr(0, 60);
+  EXPECT_NE(fill.find(", 14.197px 0px, calc(100% - 14.197px) 0px, "), std::string::npos);
+  EXPECT_NE(fill.find(", calc(100% - 0px) 14.197px, calc(100% - 0px) calc(100% - 14.197px), "),
+            std::string::npos);
+  EXPECT_NE(fill.find(", calc(100% - 14.197px) calc(100% - 0px), 14.197px calc(100% - 0px), "),
+            std::string::npos);
+  EXPECT_TRUE(fill.ends_with(", 0px 14.197px)"));
+  EXPECT_EQ(std::count(fill.begin(), fill.end(), ','), 4 * 25);
+  // The outline, and that of a box 2 points smaller on each side.
+  EXPECT_TRUE(frame.starts_with("polygon(evenodd, 0px 14.197px, "));
+  EXPECT_NE(frame.find(", 0px 14.197px, 2px 13.358px, "), std::string::npos);
+  EXPECT_TRUE(frame.ends_with(", 2px 13.358px)"));
+}
+
+TEST(PageWords, AreThoseOfTheWindow) {
+  const json words = Browser::parsed(velto_page_words());
+  EXPECT_EQ(words["wordmark"], "MORLA Velto");
+  EXPECT_EQ(words["subtitle"],
+            "VELTO GYM ·\u00a0FREQUENCY ·\u00a0LEVEL ·\u00a0DYNAMICS ·\u00a0POLARITY");
+  EXPECT_EQ(words["switchHint"], "space = switch");
+  EXPECT_EQ(words["keyHint"], "1/2/3 pick · space switch · ↩ submit");
+  EXPECT_EQ(words["primary"], (json{"Submit", "Next"}));
+  EXPECT_EQ(words.size(), 16U);
 }
 
 TEST(PageColours, AreThoseOfTheWindowAsCss) {

@@ -92,6 +92,8 @@ const char* velto_page_strip(double width, double answerChip, double truthChip, 
 VELTO_EXPORT(slotShares) const char* velto_page_slotShares(double width, double ratio);
 VELTO_EXPORT(mapShares) const char* velto_page_mapShares(double width, double ratio);
 VELTO_EXPORT(curve) const char* velto_page_curve(double width, double height);
+VELTO_EXPORT(outline) const char* velto_page_outline(double radius, double width);
+VELTO_EXPORT(words) const char* velto_page_words();
 VELTO_EXPORT(palettes) const char* velto_page_palettes();
 
 // --- render.wasm ---

@@ -7,6 +7,7 @@
 #include "Numbers.h"
 #include "PageCourse.h"
 #include "PageEngine.h"
+#include "PageOutline.h"
 #include "PageScale.h"
 #include "PageStore.h"
 #include "Progress.h"
@@ -319,14 +320,18 @@ void Page::writeTrial(JSON::Writer& json) const {
   const auto& trial = session_.trial();
   const auto& grade = session_.grade();
   const double difficulty = trial ? trial->difficulty : 0;
-  text(json, "difficulty", Numbers::fixed(difficulty, 0));
+  const std::string shown = Numbers::fixed(difficulty, 0);
+  text(json, "difficulty", shown);
+  text(json, "spokenDifficulty", Wording::spokenDifficulty(shown));
   real(json, "difficultyShare", std::clamp(difficulty / 100, 0.0, 1.0));
 
   json.key("slots");
   json.beginArray();
   for (std::int64_t slot = 0; trial && slot < trial->slots; ++slot) {
     json.beginObject();
-    text(json, "title", Wording::slotTitle(trial->drill, slot));
+    const std::string title = Wording::slotTitle(trial->drill, slot);
+    text(json, "title", title);
+    text(json, "name", Wording::playName(title));
     flag(json, "chosen", slot == session_.currentSlot());
     json.endObject();
   }
@@ -364,10 +369,9 @@ void Page::writeAnswer(JSON::Writer& json) const {
     real(json, "highest", scale->highest());
     text(json, "text", hasAnswer ? scale->text(session_.answer()) : "");
     text(json, "truthText", showsTruth ? scale->text(truth) : "");
-    std::string spoken = hasAnswer ? scale->spoken(session_.answer()) : "";
-    if (showsTruth)
-      spoken += ", actual " + scale->spoken(truth);
-    text(json, "spoken", spoken);
+    text(json, "spoken",
+         Wording::spokenAnswer(hasAnswer ? scale->spoken(session_.answer()) : "",
+                               showsTruth ? scale->spoken(truth) : ""));
   } else {
     json.key("choices");
     json.beginArray();
@@ -375,8 +379,11 @@ void Page::writeAnswer(JSON::Writer& json) const {
     for (std::int64_t slot = 0; trial && slot < trial->slots; ++slot) {
       const bool chosen = static_cast<double>(slot) == std::trunc(session_.answer());
       json.beginObject();
+      const std::string_view caption = Wording::slotCaption(slot, truth);
       text(json, "title", Wording::slotTitle(trial->drill, slot));
-      text(json, "caption", Wording::slotCaption(slot, truth));
+      text(json, "name", Wording::slotName(slot));
+      text(json, "caption", caption);
+      text(json, "description", truth ? caption : "");
       flag(json, "chosen", chosen);
       flag(json, "flipped", truth == slot);
       flag(json, "dot", truth && chosen);
@@ -473,6 +480,38 @@ std::string Page::curve(double width, double height) const {
     json.endArray();
   }
   json.endArray();
+  return finished(json);
+}
+
+std::string Page::words() {
+  using Row = std::pair<std::string_view, std::string_view>;
+  JSON::Writer json;
+  json.beginObject();
+  for (const auto& [name, words] :
+       {Row{"wordmark", Wording::wordmark}, Row{"subtitle", Wording::subtitle},
+        Row{"difficulty", Wording::difficulty}, Row{"actual", Wording::actual},
+        Row{"switchHint", Wording::switchHint}, Row{"keyHint", Wording::keyHint},
+        Row{"streak", Wording::streak}, Row{"today", Wording::today},
+        Row{"accuracy", Wording::accuracy}, Row{"mapTitle", Wording::mapTitle},
+        Row{"curveHint", Wording::curveHint}, Row{"drills", Wording::drills},
+        Row{"versions", Wording::versions}, Row{"materials", Wording::materials},
+        Row{"map", Wording::map}})
+    text(json, name, words);
+  json.key("primary");
+  json.beginArray();
+  for (const std::string_view each : Wording::primaryTexts(false))
+    json.string(each);
+  json.endArray();
+  json.endObject();
+  return finished(json);
+}
+
+std::string Page::outline(double radius, double width) {
+  JSON::Writer json;
+  json.beginObject();
+  text(json, "fill", PageOutline::fill(radius));
+  text(json, "frame", PageOutline::frame(radius, width));
+  json.endObject();
   return finished(json);
 }
 

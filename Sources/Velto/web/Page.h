@@ -82,6 +82,12 @@ public:
   [[nodiscard]] static std::string mapShares(double width, double devicePixelRatio);
   // The points of the difficulty curve, as JSON.
   [[nodiscard]] std::string curve(double width, double height) const;
+  // The texts that never change by their names in Wording, as JSON. `primary` is a list: all that
+  // the primary button may show.
+  [[nodiscard]] static std::string words();
+  // The outline of a box with continuous corners, and its frame `width` wide, as JSON; see
+  // PageOutline.
+  [[nodiscard]] static std::string outline(double radius, double width);
   // The colours of both palettes as CSS, as JSON.
   [[nodiscard]] static std::string palettes();
 

@@ -219,6 +219,14 @@ const char* velto_page_curve(double width, double height) {
   return instance().give(page().curve(width, height));
 }
 
+const char* velto_page_words() {
+  return instance().give(Page::words());
+}
+
+const char* velto_page_outline(double radius, double width) {
+  return instance().give(Page::outline(radius, width));
+}
+
 const char* velto_page_palettes() {
   return instance().give(Page::palettes());
 }

@@ -6,7 +6,11 @@ export interface Choice {
   readonly title: string;
   readonly chosen: boolean;
 }
-export interface SlotChoice extends Choice {
+export interface NamedChoice extends Choice {
+  readonly name: string; // for screen readers
+}
+export interface SlotChoice extends NamedChoice {
+  readonly description: string; // the same
   readonly caption: string;
   readonly flipped: boolean;
   readonly dot: boolean;
@@ -18,8 +22,9 @@ export interface State {
   readonly prompt: string;
   readonly prompts: string[];
   readonly difficulty: string;
+  readonly spokenDifficulty: string;
   readonly difficultyShare: number;
-  readonly slots: Choice[];
+  readonly slots: NamedChoice[];
   readonly rendering: boolean;
   readonly primary: string;
   readonly canAdvance: boolean;
@@ -82,6 +87,11 @@ export interface Strip {
 export interface Share {
   readonly left: number;
   readonly width: number;
+}
+// The texts that never change.
+export interface Words {
+  readonly [name: string]: string | string[];
+  readonly primary: string[];
 }
 export type Palette = Record<string, string>;
 
@@ -170,6 +180,13 @@ export class Practice {
   }
   curve(width: number, height: number): [number, number][] {
     return this.read("curve", width, height);
+  }
+  // A box with continuous corners, and its frame, as CSS shapes.
+  outline(radius: number, width: number): { readonly fill: string; readonly frame: string } {
+    return this.read("outline", radius, width);
+  }
+  words(): Words {
+    return this.read("words");
   }
   palettes(): { readonly dark: Palette; readonly light: Palette } {
     return this.read("palettes");

@@ -1,5 +1,5 @@
 // Draws what velto.wasm says. No rule is told here: only where the elements are.
-import { Focus, type Choice, type Palette, type Practice, type State, type Strip } from "./practice.js";
+import { Focus, type Choice, type Palette, type Practice, type State, type Strip, type Words } from "./practice.js";
 
 function element<T extends Element = HTMLElement>(id: string): T {
   return document.getElementById(id) as unknown as T;
@@ -40,11 +40,19 @@ export interface Actions {
 export class View {
   private readonly groups: ReadonlyMap<HTMLElement, Focus>;
   private announced = "";
+  private mapName = "";
 
   constructor(private readonly practice: Practice, private readonly actions: Actions) {
     this.groups = new Map([
       [element("drills"), Focus.drills], [element("area"), Focus.answer],
       [element("slots"), Focus.slots], [element("materials"), Focus.materials]]);
+    this.write(practice.words());
+    // Continuous corners, in style.css by their radius.
+    for (const [radius, width] of [[12, 1], [8, 0], [7, 1], [2, 1.5]] as const) {
+      const { fill, frame } = practice.outline(radius, width);
+      document.documentElement.style.setProperty(`--fill${radius}`, fill);
+      document.documentElement.style.setProperty(`--frame${radius}`, frame);
+    }
     this.listen();
     const follow = (): void => this.colours();
     matchMedia("(prefers-color-scheme: light)").addEventListener("change", follow);
@@ -52,6 +60,22 @@ export class View {
     element("plain").remove();
     element("window").hidden = false;
     element("foot").hidden = false;
+  }
+
+  // The texts that never change.
+  private write(words: Words): void {
+    for (const target of document.querySelectorAll<HTMLElement>("[data-words]"))
+      target.textContent = String(words[target.dataset["words"]!]);
+    for (const target of document.querySelectorAll<HTMLElement>("[data-label]"))
+      target.setAttribute("aria-label", String(words[target.dataset["label"]!]));
+    // The button is as wide as the widest of its texts.
+    for (const text of words.primary) {
+      const sizer = made("span", "sizer");
+      sizer.setAttribute("aria-hidden", "true");
+      sizer.textContent = text;
+      element("primary").append(sizer);
+    }
+    this.mapName = String(words["map"]);
   }
 
   // The group that has the keyboard's focus.
@@ -121,14 +145,14 @@ export class View {
   }
 
   private radios(id: string, className: string, choices: readonly Choice[],
-    pick: (index: number) => void, fill: (radio: HTMLElement) => void = () => undefined):
+    pick: (index: number) => void, fill: (radio: HTMLElement, index: number) => void):
   HTMLElement[] {
     const radios = children(element(id), choices.length, (index) => {
       const radio = made("button", `choice ${className}`, `${className}${index}`);
       radio.setAttribute("type", "button");
       radio.setAttribute("role", "radio");
       radio.addEventListener("click", () => pick(index));
-      fill(radio);
+      fill(radio, index);
       return radio;
     });
     const stop = Math.max(choices.findIndex((choice) => choice.chosen), 0);
@@ -142,10 +166,14 @@ export class View {
   private header(state: State): void {
     const chips = this.radios("drills", "drill", state.drills,
       (index) => this.actions.chooseDrill(index),
-      (chip) => chip.append(made("span", "dot"), made("span", "title")));
+      (chip, i) => {
+        const title = made("span", "title");
+        title.append(made("span", "", `drillLabel${i}`));
+        chip.append(made("span", "dot", `drillDot${i}`), title);
+      });
     chips.forEach((chip, i) => {
       const title = chip.querySelector<HTMLElement>(".title")!;
-      setText(title, state.drills[i]!.title);
+      setText(title.firstElementChild as HTMLElement, state.drills[i]!.title);
       title.dataset["text"] = state.drills[i]!.title;
       // A whole width, as in the window.
       title.style.width = "";
@@ -162,7 +190,7 @@ export class View {
     });
     setText(element("difficulty"), state.difficulty);
     element("bar").style.width = `${100 * state.difficultyShare}%`;
-    element("pill").setAttribute("aria-label", `Difficulty, ${state.difficulty}`);
+    element("pill").setAttribute("aria-label", state.spokenDifficulty);
     element("card").classList.toggle("rendering", state.rendering);
   }
 
@@ -177,6 +205,7 @@ export class View {
   private scale(state: State): void {
     const { answer } = state;
     element("scale").className = state.drill === 0 ? "frequency" : "decibels";
+    element("scale").dataset["item"] = state.drill === 0 ? "frequencyPicker" : "decibelPicker";
     const handle = element("strip");
     handle.setAttribute("aria-label", answer.name);
     handle.setAttribute("aria-valuemin", String(answer.lowest));
@@ -241,20 +270,21 @@ export class View {
     element("choices").setAttribute("aria-label", state.answer.name);
     const radios = this.radios("choices", "slotChoice", choices,
       (index) => this.actions.answerSlot(index),
-      (radio) => {
+      (radio, i) => {
         radio.classList.add("framed");
-        radio.append(made("span", "number"), made("span", "caption"));
+        const number = made("span", "number", `slotNumber${i}`);
+        number.append(made("span", ""), made("span", "dot", `slotDot${i}`));
+        radio.append(number, made("span", "caption", `slotCaption${i}`));
       });
     const shares = this.practice.slotShares(element("choices").getBoundingClientRect().width);
     radios.forEach((radio, i) => {
       const choice = choices[i]!;
-      const number = radio.querySelector<HTMLElement>(".number")!;
-      setText(number, choice.title);
-      if (choice.dot) number.append(made("span", "dot"));
+      setText(radio.querySelector<HTMLElement>(".number > :first-child")!, choice.title);
+      radio.querySelector<HTMLElement>(".dot")!.hidden = !choice.dot;
       setText(radio.querySelector<HTMLElement>(".caption")!, choice.caption);
       radio.classList.toggle("flipped", choice.flipped);
-      radio.setAttribute("aria-label", `Slot ${choice.title}`);
-      radio.setAttribute("aria-description", choice.caption === "?" ? "" : choice.caption);
+      radio.setAttribute("aria-label", choice.name);
+      radio.setAttribute("aria-description", choice.description);
       radio.setAttribute("aria-disabled", String(!state.answer.answerable));
       radio.style.left = px(shares[i]!.left);
       radio.style.width = px(shares[i]!.width);
@@ -263,14 +293,19 @@ export class View {
 
   private transport(state: State): void {
     this.radios("slots", "slot", state.slots, (index) => this.actions.chooseSlot(index),
-      (slot) => slot.classList.add("framed"))
+      (slot, i) => {
+        slot.classList.add("framed");
+        slot.append(made("span", "", `slotLabel${i}`));
+      })
       .forEach((slot, i) => {
-        setText(slot, state.slots[i]!.title);
-        slot.setAttribute("aria-label", `Play ${state.slots[i]!.title}`);
+        setText(slot.firstElementChild as HTMLElement, state.slots[i]!.title);
+        slot.setAttribute("aria-label", state.slots[i]!.name);
       });
     this.radios("materials", "material", state.materials,
-      (index) => this.actions.chooseMaterial(index))
-      .forEach((material, i) => setText(material, state.materials[i]!.title));
+      (index) => this.actions.chooseMaterial(index),
+      (material, i) => material.append(made("span", "", `materialLabel${i}`)))
+      .forEach((material, i) =>
+        setText(material.firstElementChild as HTMLElement, state.materials[i]!.title));
     setText(element("primaryText"), state.primary);
     const primary = element<HTMLButtonElement>("primary");
     primary.disabled = !state.canAdvance;
@@ -302,15 +337,17 @@ export class View {
       element(id).parentElement!.setAttribute("aria-label", spoken);
     }
     const map = element("map");
-    map.setAttribute("aria-label", `Weakness map: ${progress.mapDescription}`);
+    map.setAttribute("aria-label", this.mapName);
+    map.setAttribute("aria-description", progress.mapDescription);
     const shares = this.practice.mapShares(map.getBoundingClientRect().width);
     const isLight = document.documentElement.classList.contains("light");
-    children(element("bars"), progress.bars.length, (i) => made("div", "band", `bar${i}`))
+    children(element("bars"), progress.bars.length, (i) => made("div", "box band", `bar${i}`))
       .forEach((band, i) => {
         const bar = progress.bars[i]!;
         band.classList.toggle("weakest", i === progress.weakestBand);
         Object.assign(band.style, { left: px(shares[i]!.left), width: px(shares[i]!.width),
-          height: px(bar.height), background: isLight ? bar.light : bar.dark });
+          height: px(bar.height) });
+        band.style.setProperty("--weakness", isLight ? bar.light : bar.dark);
       });
     children(element("bandLabels"), progress.bandLabels.length,
       (i) => made("span", "", `bandLabel${i}`))
@@ -320,7 +357,8 @@ export class View {
     setText(element("curveTitle"), progress.curveTitle);
     const sparkline = element("sparkline");
     sparkline.classList.toggle("drawn", progress.hasCurve);
-    sparkline.setAttribute("aria-label", `${progress.curveTitle}: ${progress.curveDescription}`);
+    sparkline.setAttribute("aria-label", progress.curveTitle);
+    sparkline.setAttribute("aria-description", progress.curveDescription);
     const { width, height } = sparkline.getBoundingClientRect();
     element("line").setAttribute("points",
       this.practice.curve(width, height).map((point) => point.join()).join(" "));
