@@ -464,11 +464,11 @@ testWeb() {
       || fail "test --web: unexpected argument '$browser'; try ./build.sh help" 2
   done
   (($# > 0)) || set -- chromium firefox webkit
-  provide "${buildPackages[@]}" "${deskPackages[@]}" "${webTestPackages[@]}"
+  provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${webTestPackages[@]}"
   command -v npm >/dev/null || provide npm
   web
   configure release "$folder" VELTO_BUILD_TESTS=ON
-  compile "$folder" --target velto_render_hashes
+  compile "$folder" --target velto_render_hashes velto_window_states velto_compare_pictures
   [[ -e $tests/node_modules/.package-lock.json \
     && ! $tests/package-lock.json -nt $tests/node_modules/.package-lock.json ]] \
     || (cd "$tests" && npm ci --no-audit --no-fund)

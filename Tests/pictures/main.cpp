@@ -8,8 +8,8 @@
 
 #include "kit/GuiTesting.h"
 #include "kit/Stage.h"
+#include "pictures/PractisedRecord.h"
 
-#include "Bands.h"
 #include "WindowPlacement.h"
 
 #include <QDir>
@@ -121,17 +121,9 @@ QImage drawApart(Drill drill, int steps, bool dark, bool small) {
   return stage.picture();
 }
 
-// Answers of all sizes of error, at difficulties from one end to the other. More than 80 name a
-// weakest band.
 QImage drawPractised(int answers, bool dark, bool small) {
-  kit::Stage stage(Drill::frequency, dark, {1180, 386}, [answers](Profile& profile) {
-    for (int i = 0; i < answers; ++i) {
-      const double target = Bands::centres[static_cast<std::size_t>(i * 7) % Bands::centres.size()];
-      const double difficulty = i < 5 ? 100 : i < 10 ? 0 : 50 + 50 * std::sin(i * 0.7);
-      const Trial trial{.drill = Drill::frequency, .difficulty = difficulty, .targetFreq = target};
-      profile.record(trial, Drills::grade(target * std::exp2(0.05 * (i * 7 % 27)), trial));
-    }
-  });
+  kit::Stage stage(Drill::frequency, dark, {1180, 386},
+                   [answers](Profile& profile) { practise(profile, answers); });
   if (small)
     shrink(stage);
   return stage.picture();

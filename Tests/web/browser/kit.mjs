@@ -6,8 +6,10 @@ import { Host } from "./host.mjs";
 
 export { Host };
 
-const [engine, served, programs, pictures] = process.argv.slice(2);
+const [engine, served, built, shots] = process.argv.slice(2);
 export const folder = served;
+export const programs = built;
+export const pictures = shots;
 export const hashes = join(programs, "velto_render_hashes");
 export const drills = ["frequency", "level", "dynamics", "polarity"];
 

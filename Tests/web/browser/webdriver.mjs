@@ -255,6 +255,9 @@ class Page {
     });
     await this.waitForFunction(() => window.isFormer === undefined && document.readyState === "complete");
   }
+  setViewportSize(size) {
+    return this.#context.resize(this, size);
+  }
   async bringToFront() {
     await this.command("switchTo", { handle: this.handle, name: this.handle, focus: true });
   }
@@ -355,21 +358,21 @@ class Context {
     }
     const page = new Page(this, this.#spare.pop());
     this.#pages.push(page);
-    if (this.#pages.length === 1) await this.#resize(page);
+    if (this.#pages.length === 1) await this.resize(page, this.#viewport);
     else await page.bringToFront();
     return page;
   }
-  async #resize(page) {
-    let { width, height } = this.#viewport;
+  async resize(page, wanted) {
+    let { width, height } = wanted;
     const inner = () => page.evaluate(() => ({ width: innerWidth, height: innerHeight }));
     // The window is larger than the page.
     for (let i = 0; i < 4; ++i) {
       await page.command("resize", { x: 0, y: 0, width, height });
       await sleep(100);
       const found = await inner();
-      if (found.width === this.#viewport.width && found.height === this.#viewport.height) return;
-      width += this.#viewport.width - found.width;
-      height += this.#viewport.height - found.height;
+      if (found.width === wanted.width && found.height === wanted.height) return;
+      width += wanted.width - found.width;
+      height += wanted.height - found.height;
     }
     const found = await inner();
     throw new Error(`the window is ${found.width} x ${found.height} points inside`);
@@ -513,6 +516,7 @@ const engines = {
       crash: noCommand,
       deletion: noCommand,
       denial: "MiniBrowser has no such setting",
+      fractions: "it puts letters on whole pixels",
       quota: noCommand,
       manifest: noCommand,
       damage: "a driven MiniBrowser keeps nothing on the disk",

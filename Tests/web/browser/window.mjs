@@ -31,38 +31,6 @@ await checking("Nothing is wider than the window, down to 360 points", async () 
   }
 });
 
-// As the window has them; those at 1180 points are in Tests/ui/SceneTests.cpp, too.
-const rectangles = {
-  1001: { card: [20, 85, 600, 292], strip: [40, 161, 560, 76], slot0: [40, 267, 52, 36],
-    slot1: [100, 267, 52, 36], difficultyTrack: [478, 121, 90, 6], difficultyBar: [478, 121, 18, 6],
-    material0: [329, 271, 54, 28], primaryButton: [515, 267, 85, 36], drill0: [272, 31, 97, 27],
-    sparkline: [661, 200, 320, 64] },
-  1180: { card: [20, 76, 779, 274], strip: [40, 134, 739, 76], slot0: [40, 240, 52, 36],
-    slot1: [100, 240, 52, 36], difficultyTrack: [657, 103, 90, 6], difficultyBar: [657, 103, 18, 6],
-    primaryButton: [694, 240, 85, 36], sparkline: [840, 200, 320, 64] },
-  1600: { card: [20, 76, 1199, 274], strip: [40, 134, 1159, 76], slot0: [40, 240, 52, 36],
-    slot1: [100, 240, 52, 36], difficultyTrack: [1077, 103, 90, 6],
-    difficultyBar: [1077, 103, 18, 6], material0: [928, 244, 54, 28],
-    primaryButton: [1114, 240, 85, 36], drill0: [871, 26, 97, 27], sparkline: [1260, 200, 320, 64] },
-};
-for (const [width, wanted] of Object.entries(rectangles))
-  await checking(`The window has the desktop's rectangles at ${width} points`, async () => {
-    const page = await open("?drill=level", { viewport: { width: Number(width), height: 430 } });
-    await page.evaluate(async () => {
-      await document.fonts.ready;
-      await new Promise((resolve) => setTimeout(resolve, 100)); // the page draws anew
-    });
-    const boxes = await page.evaluate(() => Object.fromEntries(
-      [...document.querySelectorAll("[data-item]")].map((item) => {
-        const { x, y, width: wide, height } = item.getBoundingClientRect();
-        return [item.dataset.item, [x, y, wide, height]];
-      })));
-    for (const [name, box] of Object.entries(wanted))
-      expect(box.every((value, i) => Math.abs(value - boxes[name][i]) <= 1),
-        `${name} is ${boxes[name]}, not ${box}`);
-    await page.context().close();
-  });
-
 await checking("Opened as a file, the page says that it cannot run", async () => {
   const page = await (await browser.newContext()).newPage();
   await page.goto(`file://${normalize(join(process.cwd(), folder, "index.html"))}`);
