@@ -332,6 +332,7 @@ configure() {
     $stale || grep -qE "^${setting%%=*}:[A-Z]+=${setting#*=}\$" "$folder/CMakeCache.txt" || stale=true
   done
   $stale || return 0
+  command -v cmake >/dev/null || fail 'cmake is missing, without which nothing can be built'
   say "Configuring $preset in ${folder##*/}/"
   (cd "$root" && cmake --preset "$preset" -B "$folder" "${@/#/-D}")
 }
@@ -400,22 +401,26 @@ valueOf() {
 }
 
 run() {
+  local program=$root/build/bin/velto how=trial
+  # Asked for together: a user who may not install them is told once.
+  local -a packages=("${deskPackages[@]}")
+  if given --help --version --probe --brand-check --bench --seed-demo -- "$@" || hasDisplay; then
+    how=directly packages=()
+    if [[ -n ${WAYLAND_DISPLAY-} && -z ${DISPLAY-} ]]; then packages=(qt6-wayland); fi
+  elif given --audio-selftest --bench-audio -- "$@"; then
+    how=sound
+    if hasSound; then how=directly packages=(); fi
+  fi
   {
-    provide "${buildPackages[@]}" "${runPackages[@]}"
+    provide "${buildPackages[@]}" "${runPackages[@]}" "${packages[@]}"
     configureProgram
     compile "$root/build" --target velto
   } >&2
-  local program=$root/build/bin/velto
-  if given --help --version --probe --brand-check --bench --seed-demo -- "$@" || hasDisplay; then
-    if [[ -n ${WAYLAND_DISPLAY-} && -z ${DISPLAY-} ]]; then provide qt6-wayland >&2; fi
-    exec "$program" "$@"
-  fi
-  if given --audio-selftest --bench-audio -- "$@"; then
-    if hasSound; then exec "$program" "$@"; fi
-    provide "${deskPackages[@]}" >&2
-    exec "$root/Tests/desk/desk" --no-display -- "$program" "$@"
-  fi
-  trial "$program" "$@"
+  case $how in
+    directly) exec "$program" "$@" ;;
+    sound) exec "$root/Tests/desk/desk" --no-display -- "$program" "$@" ;;
+    trial) trial "$program" "$@" ;;
+  esac
 }
 
 # trial PROGRAM [SWITCH...]: runs a scripted trial on a private desktop.
@@ -428,7 +433,6 @@ trial() {
   picture=$(valueOf --shot "$@")
   [[ -n $picture ]] || fail '--shot needs a path' 2
 
-  provide "${deskPackages[@]}"
   say 'No display: playing a trial on a private desktop with its own X server and sound server'
   say "velto $*"
   rm -rf "$folder"
@@ -437,6 +441,7 @@ trial() {
   local status=0
   "$root/Tests/desk/desk" -- env VELTO_PROFILE_DIR="$folder/profile" timeout -k 5 60 \
     "$program" "$@" || status=$?
+  ((status != 125)) || fail 'no private desktop' 125
   ((status == 0)) || fail "velto exited with status $status" "$status"
   [[ -s $picture ]] || fail "no screenshot at $picture"
 
