@@ -528,7 +528,7 @@ runTests() {
   # Print the summary as the last line.
   local summary
   summary=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+$' "$log" | tail -n 1) || true
-  printf '%s, %d skipped\n' "$summary" "$(grep -c . <<<"$skipped")"
+  [[ -z $summary ]] || printf '%s, %d skipped\n' "$summary" "$(grep -c . <<<"$skipped")"
   exit "$status"
 }
 
