@@ -522,13 +522,16 @@ runTests() {
   "${wrapper[@]}" ctest --test-dir "$folder" -L "^$label\$" --no-tests=error --no-label-summary \
     --output-on-failure -j2 --output-log "$log" "${extra[@]}" || status=$?
   if [[ $preset == coverage ]]; then coverage "$folder" || status=1; fi
-  local output=$folder/Testing/Temporary/LastTest.log skipped
-  skipped=$(skippedTests "$output") || true
-  [[ -z $skipped ]] || printf 'Skipped:\n%s\n' "$skipped"
   # Print the summary as the last line.
   local summary
   summary=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+$' "$log" | tail -n 1) || true
-  [[ -z $summary ]] || printf '%s, %d skipped\n' "$summary" "$(grep -c . <<<"$skipped")"
+  [[ -n $summary ]] || exit "$status"
+  local output=$folder/Testing/Temporary/LastTest.log shown skipped
+  shown=$(grep -cE '^[0-9]+/[0-9]+ Testing: ' "$output") || true
+  ((shown >= ${summary##* })) || fail "$output does not show all tests: no count of the skipped ones"
+  skipped=$(skippedTests "$output")
+  [[ -z $skipped ]] || printf 'Skipped:\n%s\n' "$skipped"
+  printf '%s, %d skipped\n' "$summary" "$(grep -c . <<<"$skipped")"
   exit "$status"
 }
 
