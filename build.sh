@@ -39,6 +39,8 @@ Usage: ./build.sh [COMMAND]
   bench [OPTIONS]   build and run the benchmarks, time the first frame and a key's way to the screen,
                     and count the instructions of a render; options go to the benchmarks, for
                     example --benchmark_filter=render
+      --web [NAME...]
+                    instead measure the practice page in chromium, firefox and webkit
   help              print this text
 END
 }
@@ -462,25 +464,41 @@ trial() {
 # --- Test -----------------------------------------------------------------------------------------
 
 # testWeb [NAME...]: checks the practice page in browsers.
-testWeb() {
-  local folder=$root/build tests=$root/Tests/web/browser browser status=0
+# The browsers that are named, all by default, in $browsers.
+chooseBrowsers() {
+  local command=$1 browser
+  shift
   for browser in "$@"; do
     [[ $browser =~ ^(chromium|firefox|webkit)$ ]] \
-      || fail "test --web: unexpected argument '$browser'; try ./build.sh help" 2
+      || fail "$command: unexpected argument '$browser'; try ./build.sh help" 2
   done
   (($# > 0)) || set -- chromium firefox webkit
+  browsers=("$@")
+}
+
+# Builds the page, and provides what drives browsers.
+prepareBrowsers() {
+  local tests=$root/Tests/web/browser
   provide "${buildPackages[@]}" "${deskPackages[@]}" "${webTestPackages[@]}"
   command -v npm >/dev/null || provide npm
   web
-  configure release "$folder" VELTO_BUILD_TESTS=ON
-  compile "$folder" --target velto_render_hashes
   [[ -e $tests/node_modules/.package-lock.json \
     && ! $tests/package-lock.json -nt $tests/node_modules/.package-lock.json ]] \
     || (cd "$tests" && npm ci --no-audit --no-fund)
-  for browser in "$@"; do
+}
+
+testWeb() {
+  local folder=$root/build browser status=0
+  local -a browsers
+  chooseBrowsers 'test --web' "$@"
+  prepareBrowsers
+  configure release "$folder" VELTO_BUILD_TESTS=ON
+  compile "$folder" --target velto_render_hashes velto_heard_trials velto_answer_by_ear
+  for browser in "${browsers[@]}"; do
     say "Testing: the page in $browser; screenshots in build/web-pictures/$browser/"
-    (cd "$root" && Tests/desk/desk --size 1920x1200x24 --buffer 250 -- node "$tests/check.mjs" \
-      "$browser" build-web "$folder/bin" "$folder/web-pictures/$browser") || status=1
+    (cd "$root" && Tests/desk/desk --size 1920x1200x24 --buffer 250 -- \
+      node Tests/web/browser/check.mjs "$browser" build-web "$folder/bin" \
+      "$folder/web-pictures/$browser") || status=1
   done
   return "$status"
 }
@@ -664,7 +682,27 @@ configureBench() {
     VELTO_BUILD_BENCHMARKS=ON
 }
 
+benchWeb() {
+  local folder=$root/build-bench browser
+  local -a browsers
+  chooseBrowsers 'bench --web' "$@"
+  provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${benchPackages[@]}"
+  prepareBrowsers
+  configureBench
+  compile "$folder" --target velto_render_times
+  for browser in "${browsers[@]}"; do
+    say "Measuring: the page in $browser"
+    (cd "$root" && Tests/desk/desk --size 1920x1200x24 -- \
+      node Benchmarks/page/measure.mjs "$browser" build-web "$folder/bin")
+  done
+}
+
 bench() {
+  if [[ ${1-} == --web ]]; then
+    shift
+    benchWeb "$@"
+    return
+  fi
   local folder=$root/build-bench
   provide "${buildPackages[@]}" "${runPackages[@]}" "${deskPackages[@]}" "${benchPackages[@]}"
   configureBench

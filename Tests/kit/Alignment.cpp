@@ -1,16 +1,10 @@
 #include "Alignment.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstdint>
 
 namespace velto::kit {
 
 namespace {
-
-bool sameBits(float a, float b) {
-  return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
-}
 
 bool isSilent(const Recording& recording, std::size_t frame) {
   return recording.l[frame] == 0 && recording.r[frame] == 0;
@@ -37,8 +31,7 @@ std::size_t firstDifference(const Recording& recording, std::size_t begin, std::
                             const Slot& slot, std::size_t phase) {
   for (std::size_t frame = begin; frame < end; ++frame) {
     const std::size_t position = (phase + frame - begin) % slot.l->size();
-    if (!sameBits(recording.l[frame], (*slot.l)[position]) ||
-        !sameBits(recording.r[frame], (*slot.r)[position]))
+    if (recording.l[frame] != (*slot.l)[position] || recording.r[frame] != (*slot.r)[position])
       return frame;
   }
   return end;

@@ -17,7 +17,8 @@ namespace velto::kit {
                                                    std::size_t count, const Slot& slot);
 
 // The first frame in [begin, end) at which `recording` differs from the loop of `slot` whose frame
-// `phase` is recorded at `begin`; `end` if none differs. Compares bits, in both channels.
+// `phase` is recorded at `begin`; `end` if none differs. Compares samples exactly, in both
+// channels; a zero's sign does not count, because a mix turns negative zeros into positive ones.
 [[nodiscard]] std::size_t firstDifference(const Recording& recording, std::size_t begin,
                                           std::size_t end, const Slot& slot, std::size_t phase);
 

@@ -50,6 +50,12 @@ TEST(Alignment, FindsNoPhaseIfAFrameIsLostRepeatedOrChanged) {
   EXPECT_EQ(firstDifference(doubled, 0, 1000, slot, 0), 500U);
 }
 
+TEST(Alignment, IgnoresTheSignOfZero) {
+  const Slot slot = constantSlot(1000, 0, -0.0F);
+  EXPECT_EQ(firstDifference({std::vector<float>(9, -0.0F), std::vector<float>(9)}, 0, 9, slot, 0),
+            9U);
+}
+
 TEST(Alignment, FindsNoPhaseInAConstantSlot) {
   const Slot slot = constantSlot(1000, 0.5F, 0.5F);
   EXPECT_EQ(loopPhase(loopOf(slot, 0, 2000), 0, 2000, slot), std::nullopt);

@@ -26,7 +26,7 @@ const Kernels& Kernels::baseline() {
 }
 
 // Where programs are not ELF, GCC may not align the stack for AVX.
-#if defined(__x86_64__) && defined(__ELF__)
+#if defined(__x86_64__) && defined(__ELF__) && !defined(VELTO_WITHOUT_AVX2)
 
 namespace {
 

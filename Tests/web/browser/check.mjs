@@ -10,5 +10,6 @@ if (process.argv.length < 5) {
   process.exit(2);
 }
 const { end } = await import("./kit.mjs");
-for (const part of ["practice", "storage", "offline", "window", "access"]) await import(`./${part}.mjs`);
+for (const part of ["practice", "sink", "storage", "offline", "window", "access"])
+  await import(`./${part}.mjs`);
 await end();

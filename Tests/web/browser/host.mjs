@@ -16,6 +16,7 @@ export class Host {
   static told = new Map();
 
   requests = [];
+  delay = 0; // milliseconds until a request is answered
   lacks = ""; // a path
   #server;
   #port = 0;
@@ -27,7 +28,8 @@ export class Host {
     return `http://127.0.0.1:${this.#port}/`;
   }
   async start() {
-    this.#server = createServer((request, response) => {
+    this.#server = createServer(async (request, response) => {
+      if (this.delay > 0) await new Promise((resolve) => setTimeout(resolve, this.delay));
       const { pathname, searchParams } = new URL(request.url, "http://localhost");
       const path = normalize(pathname);
       if (path.startsWith("/told/")) {

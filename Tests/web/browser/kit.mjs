@@ -1,5 +1,6 @@
 // The browser, and what the checks share.
-import { mkdirSync, mkdtempSync, readFileSync, rmSync } from "node:fs";
+import { spawn } from "node:child_process";
+import { mkdirSync, mkdtempSync, readFileSync, rmSync, statSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { Host } from "./host.mjs";
@@ -9,6 +10,8 @@ export { Host };
 const [engine, served, programs, pictures] = process.argv.slice(2);
 export const folder = served;
 export const hashes = join(programs, "velto_render_hashes");
+export const answerByEar = join(programs, "velto_answer_by_ear");
+export const heardTrials = join(programs, "velto_heard_trials");
 export const drills = ["frequency", "level", "dynamics", "polarity"];
 
 export const host = await new Host(folder).start();
@@ -16,6 +19,20 @@ export const host = await new Host(folder).start();
 const { open: openBrowser } = await import(engine === "chromium" ? "./chromium.mjs" : "./webdriver.mjs");
 export const browser = await openBrowser(engine);
 console.log(browser.title);
+
+// Those that a check has left open when it failed keep a browser running.
+const contexts = new Set();
+const newContext = browser.newContext.bind(browser);
+browser.newContext = async (options) => {
+  const context = await newContext(options);
+  const close = context.close.bind(context);
+  contexts.add(context);
+  context.close = async () => {
+    if (contexts.delete(context)) await close();
+  };
+  return context;
+};
+if (process.env.VELTO_DESK === undefined) browser.lacks.sink = "run on a private desk";
 
 // The name of the version of the page in a folder.
 export const versionOf = (page) => readFileSync(join(page, "index.html"), "utf8")
@@ -35,6 +52,32 @@ export async function inScratch(work) {
     await work(scratch);
   } finally {
     rmSync(scratch, { recursive: true, force: true, maxRetries: 5 });
+  }
+}
+
+// Records what the sink of the private desk plays: 32-bit floats, stereo, at 48000 Hz.
+export class Recorder {
+  #child;
+  #ended;
+
+  constructor(folder) {
+    this.file = join(folder, "recording");
+    this.#child = spawn("parec", ["-d", "velto_sink.monitor", "--raw", "--format=float32le",
+      "--rate=48000", "--channels=2", "--latency-msec=20", this.file], { stdio: "inherit" });
+    this.#ended = new Promise((resolve) => this.#child.on("exit", resolve));
+  }
+  static async start(folder) {
+    const recorder = new Recorder(folder);
+    await checkUntil(() => recorder.frames > 0, "the sink is recorded");
+    return recorder;
+  }
+  // Those that have arrived.
+  get frames() {
+    return Math.floor((statSync(this.file, { throwIfNoEntry: false })?.size ?? 0) / 8);
+  }
+  async stop() {
+    this.#child.kill();
+    await this.#ended;
   }
 }
 
@@ -62,6 +105,7 @@ export async function checking(name, work, need = "") {
   } catch (error) {
     expect(false, String(error));
   }
+  for (const context of contexts) await context.close();
   console.log(`${failures === before ? "ok     " : "FAILED "} ${name}`);
 }
 
@@ -138,7 +182,11 @@ export const stored = (page, bytes) => page.evaluate(async (replacement) => {
     request.onsuccess = () => resolve(request.result);
     request.onerror = () => reject(request.error);
   });
-  const database = await done(indexedDB.open("velto", 1));
+  const opening = indexedDB.open("velto", 1);
+  // The page makes it.
+  opening.onupgradeneeded = () => opening.transaction.abort();
+  const database = await done(opening).catch(() => undefined);
+  if (database === undefined) return {};
   const files = database.transaction("files", "readwrite").objectStore("files");
   if (replacement !== null)
     await done(files.put({ bytes: new TextEncoder().encode(replacement), version: "other" },

@@ -7,7 +7,8 @@ import type { Job, Rendered } from "./messages.js";
 
 const drills = ["frequency", "level", "dynamics", "polarity"];
 
-// Renders one trial at a time. Of the trials asked for meanwhile only the latest counts.
+// Renders one trial at a time. Of the trials asked for meanwhile, or in one turn, only the latest
+// counts.
 class Renderer {
   private readonly worker = new Worker(new URL("worker.js", import.meta.url),
     { type: "module" });
@@ -18,16 +19,21 @@ class Renderer {
     this.worker.onerror = ({ message }) => failed(message);
     this.worker.onmessage = ({ data }: MessageEvent<Rendered>) => {
       this.isBusy = false;
-      if (this.next !== undefined) this.render(this.next);
+      this.post();
       take(data);
     };
   }
 
   render(job: Job): void {
-    this.next = this.isBusy ? job : undefined;
-    if (this.isBusy) return;
+    this.next = job;
+    queueMicrotask(() => this.post());
+  }
+
+  private post(): void {
+    if (this.isBusy || this.next === undefined) return;
     this.isBusy = true;
-    this.worker.postMessage(job);
+    this.worker.postMessage(this.next);
+    this.next = undefined;
   }
 }
 
