@@ -88,7 +88,9 @@ public:
   }
 
 private:
-  static std::string withNewline(std::string text) { return text.empty() ? text : text + "\n"; }
+  static std::string withNewline(const std::string& text) {
+    return text.empty() ? text : text + "\n";
+  }
 
   const std::vector<Leaf>& leaves_;
 };
