@@ -334,6 +334,7 @@ configure() {
     $stale || grep -qE "^${setting%%=*}:[A-Z]+=${setting#*=}\$" "$folder/CMakeCache.txt" || stale=true
   done
   $stale || return 0
+  command -v cmake >/dev/null || fail 'cmake is missing, without which nothing can be built'
   say "Configuring $preset in ${folder##*/}/"
   (cd "$root" && cmake --preset "$preset" -B "$folder" "${@/#/-D}")
 }
@@ -402,22 +403,26 @@ valueOf() {
 }
 
 run() {
+  local program=$root/build/bin/velto how=trial
+  # Asked for together: a user who may not install them is told once.
+  local -a packages=("${deskPackages[@]}")
+  if given --help --version --probe --brand-check --bench --seed-demo -- "$@" || hasDisplay; then
+    how=directly packages=()
+    if [[ -n ${WAYLAND_DISPLAY-} && -z ${DISPLAY-} ]]; then packages=(qt6-wayland); fi
+  elif given --audio-selftest --bench-audio -- "$@"; then
+    how=sound
+    if hasSound; then how=directly packages=(); fi
+  fi
   {
-    provide "${buildPackages[@]}" "${runPackages[@]}"
+    provide "${buildPackages[@]}" "${runPackages[@]}" "${packages[@]}"
     configureProgram
     compile "$root/build" --target velto
   } >&2
-  local program=$root/build/bin/velto
-  if given --help --version --probe --brand-check --bench --seed-demo -- "$@" || hasDisplay; then
-    if [[ -n ${WAYLAND_DISPLAY-} && -z ${DISPLAY-} ]]; then provide qt6-wayland >&2; fi
-    exec "$program" "$@"
-  fi
-  if given --audio-selftest --bench-audio -- "$@"; then
-    if hasSound; then exec "$program" "$@"; fi
-    provide "${deskPackages[@]}" >&2
-    exec "$root/Tests/desk/desk" --no-display -- "$program" "$@"
-  fi
-  trial "$program" "$@"
+  case $how in
+    directly) exec "$program" "$@" ;;
+    sound) exec "$root/Tests/desk/desk" --no-display -- "$program" "$@" ;;
+    trial) trial "$program" "$@" ;;
+  esac
 }
 
 # trial PROGRAM [SWITCH...]: runs a scripted trial on a private desktop.
@@ -430,7 +435,6 @@ trial() {
   picture=$(valueOf --shot "$@")
   [[ -n $picture ]] || fail '--shot needs a path' 2
 
-  provide "${deskPackages[@]}"
   say 'No display: playing a trial on a private desktop with its own X server and sound server'
   say "velto $*"
   rm -rf "$folder"
@@ -439,6 +443,7 @@ trial() {
   local status=0
   "$root/Tests/desk/desk" -- env VELTO_PROFILE_DIR="$folder/profile" timeout -k 5 60 \
     "$program" "$@" || status=$?
+  ((status != 125)) || fail 'no private desktop' 125
   ((status == 0)) || fail "velto exited with status $status" "$status"
   [[ -s $picture ]] || fail "no screenshot at $picture"
 
@@ -536,12 +541,15 @@ runTests() {
   "${wrapper[@]}" ctest --test-dir "$folder" -L "^$label\$" --no-tests=error --no-label-summary \
     --output-on-failure -j2 --output-log "$log" "${extra[@]}" || status=$?
   if [[ $preset == coverage ]]; then coverage "$folder" || status=1; fi
-  local output=$folder/Testing/Temporary/LastTest.log skipped
-  skipped=$(skippedTests "$output") || true
-  [[ -z $skipped ]] || printf 'Skipped:\n%s\n' "$skipped"
   # Print the summary as the last line.
   local summary
   summary=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+$' "$log" | tail -n 1) || true
+  [[ -n $summary ]] || exit "$status"
+  local output=$folder/Testing/Temporary/LastTest.log shown skipped
+  shown=$(grep -cE '^[0-9]+/[0-9]+ Testing: ' "$output") || true
+  ((shown >= ${summary##* })) || fail "$output does not show all tests: no count of the skipped ones"
+  skipped=$(skippedTests "$output")
+  [[ -z $skipped ]] || printf 'Skipped:\n%s\n' "$skipped"
   printf '%s, %d skipped\n' "$summary" "$(grep -c . <<<"$skipped")"
   exit "$status"
 }

@@ -106,8 +106,8 @@ std::pair<Recording, Recording> samePlace(const Part& a, const Part& b, std::siz
 std::pair<Recording, Recording> everyPlace(const Part& a, const Part& b, std::size_t loopFrames) {
   std::pair<Recording, Recording> all;
   for (const Stretch& stretch : stretches(a, b, loopFrames)) {
-    all.first.append(a.sound.part(stretch.inA, stretch.frames));
-    all.second.append(b.sound.part(stretch.inB, stretch.frames));
+    all.first.append(a.sound, stretch.inA, stretch.frames);
+    all.second.append(b.sound, stretch.inB, stretch.frames);
   }
   return all;
 }

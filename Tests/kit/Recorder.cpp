@@ -46,6 +46,12 @@ Recording Recorder::recording() const {
   return Recording::fromInterleaved(samples_);
 }
 
+Recording Recorder::since(std::size_t frame) const {
+  const std::lock_guard lock(mutex_);
+  const auto begin = samples_.begin() + static_cast<std::ptrdiff_t>(2 * frame);
+  return Recording::fromInterleaved({begin, samples_.end()});
+}
+
 Recorder::Clock::time_point Recorder::arrival(std::size_t frame) const {
   const std::lock_guard lock(mutex_);
   const auto read = std::find_if(reads_.begin(), reads_.end(),

@@ -39,6 +39,9 @@ public:
   // Everything that has arrived so far.
   [[nodiscard]] Recording recording() const;
 
+  // What has arrived so far, from `frame`.
+  [[nodiscard]] Recording since(std::size_t frame) const;
+
   // Upper bound of the arrival time of `frame`. It was played earlier, by the recorder's latency.
   [[nodiscard]] Clock::time_point arrival(std::size_t frame) const;
 

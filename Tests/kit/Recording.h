@@ -12,18 +12,21 @@ struct Recording {
 
   [[nodiscard]] std::size_t frames() const { return l.size(); }
 
-  void append(const Recording& more) {
-    l.insert(l.end(), more.l.begin(), more.l.end());
-    r.insert(r.end(), more.r.begin(), more.r.end());
+  void append(const Recording& more) { append(more, 0, more.frames()); }
+
+  // Appends `count` frames of another recording, from `begin`.
+  void append(const Recording& other, std::size_t begin, std::size_t count) {
+    const auto from = static_cast<std::ptrdiff_t>(begin);
+    const auto to = from + static_cast<std::ptrdiff_t>(count);
+    l.insert(l.end(), other.l.begin() + from, other.l.begin() + to);
+    r.insert(r.end(), other.r.begin() + from, other.r.begin() + to);
   }
 
   // `count` frames from `begin`.
   [[nodiscard]] Recording part(std::size_t begin, std::size_t count) const {
-    const auto of = [&](const std::vector<float>& channel) {
-      const auto from = channel.begin() + static_cast<std::ptrdiff_t>(begin);
-      return std::vector<float>(from, from + static_cast<std::ptrdiff_t>(count));
-    };
-    return {of(l), of(r)};
+    Recording result;
+    result.append(*this, begin, count);
+    return result;
   }
 
   // Ignores an odd last sample.

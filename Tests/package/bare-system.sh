@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# A bare system of this machine's Debian release, for the checks that install into one. Sourced.
+# Bare systems, for the checks that install or run packages in one. Sourced.
 
 skip() {
   echo "${0##*/}: SKIPPED: $*"
@@ -15,21 +15,25 @@ needs() {
   done
 }
 
-# bareSystem FOLDER LOG: makes the system in a folder that does not exist yet, with the user
-# `listener`. VELTO_SYSTEMS names a folder with systems to copy, named as Debian names its releases;
-# VELTO_MIRROR names another mirror than that of this machine's apt.
+# bareSystem FOLDER LOG [SUITE]: makes a system of a Debian release, by default this machine's, in a
+# folder that does not exist yet. It holds what debootstrap's minbase holds, keyboard layouts, and the
+# user `listener`. VELTO_SYSTEMS names a folder in which systems are kept and from which they are
+# copied; VELTO_MIRROR names another mirror than that of this machine's apt.
 bareSystem() {
-  local release mirror
-  release=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
-  if [[ -e ${VELTO_SYSTEMS-}/$release/complete ]]; then
-    cp -a "$VELTO_SYSTEMS/$release" "$1"
-    return
+  local suite=${3-} system=$1 mirror
+  [[ -n $suite ]] || suite=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
+  [[ -z ${VELTO_SYSTEMS-} ]] || system=$VELTO_SYSTEMS/$suite
+  if [[ ! -e $system/complete ]]; then
+    # shellcheck disable=SC2016  # placeholders of apt-get
+    mirror=${VELTO_MIRROR-$(apt-get indextargets --format '$(COMPONENT) $(REPO_URI)' \
+      'Created-By: Packages' 'Origin: Debian' | sed -n 's/^main //p' | head -n 1)}
+    [[ -n $mirror ]] || skip 'no Debian mirror is known; name one in VELTO_MIRROR'
+    rm -rf --one-file-system "$system"
+    mkdir -p "$system"
+    debootstrap --variant=minbase --include=xkb-data "$suite" "$system" "$mirror" >"$2" 2>&1 \
+      || { tail -n 20 "$2"; echo "${0##*/}: FAILED: debootstrap $suite"; exit 1; }
+    chroot "$system" useradd --create-home listener
+    touch "$system/complete"
   fi
-  # shellcheck disable=SC2016  # placeholders of apt-get
-  mirror=${VELTO_MIRROR-$(apt-get indextargets --format '$(RELEASE) $(COMPONENT) $(REPO_URI)' \
-    'Created-By: Packages' | sed -n "s/^$release main //p" | head -n 1)}
-  [[ -n $mirror ]] || skip "no mirror of $release is known; name one in VELTO_MIRROR"
-  debootstrap --variant=minbase --include=xkb-data "$release" "$1" "$mirror" >"$2" 2>&1 \
-    || { tail -n 20 "$2"; exit 1; }
-  chroot "$1" useradd --create-home listener
+  [[ $system == "$1" ]] || cp -a "$system" "$1"
 }

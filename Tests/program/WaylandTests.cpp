@@ -24,6 +24,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velto::kit {
@@ -41,7 +42,7 @@ std::string run(const std::string& command) {
 // Finds the window of a process in the compositor's tree.
 std::optional<nlohmann::json> findWindow(const nlohmann::json& node, pid_t pid) {
   if (node.value("pid", 0) == pid && node.contains("app_id"))
-    return node;
+    return std::optional<nlohmann::json>(std::in_place, node);
   for (const char* list : {"nodes", "floating_nodes"})
     for (const auto& child : node.value(list, nlohmann::json::array()))
       if (auto found = findWindow(child, pid))

@@ -11,13 +11,13 @@ Browser& Browser::ofPage() {
 
 namespace {
 
-void giveInput(const std::string& text) {
+void giveInput(std::string_view text) {
   std::copy(text.begin(), text.end(), velto_page_input(text.size()));
 }
 
 } // namespace
 
-Browser& Browser::start(int drill, bool fair, const std::string& record, double secondsSince1970) {
+Browser& Browser::start(int drill, bool fair, std::string_view record, double secondsSince1970) {
   Browser& browser = ofPage();
   browser = {};
   giveInput(record);

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velto::kit {
@@ -40,7 +41,7 @@ struct Browser {
   static Browser& ofPage();
 
   // Starts a page.
-  static Browser& start(int drill = 0, bool fair = false, const std::string& record = {},
+  static Browser& start(int drill = 0, bool fair = false, std::string_view record = {},
                         double secondsSince1970 = 1'700'000'000);
 
   // Renders the latest job with render.wasm's functions and hands the result over.

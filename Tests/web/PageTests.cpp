@@ -13,6 +13,7 @@
 #include <array>
 #include <limits>
 #include <string>
+#include <string_view>
 
 using namespace velto;
 using kit::Browser;
@@ -24,7 +25,7 @@ enum Focus { elsewhere, drills, answer, slots, materials };
 enum Flags { modified = 1, capsLock = 2, repeated = 4 };
 
 // A page whose trial is rendered and plays.
-Browser& playing(int drill = 0, bool fair = false, const std::string& record = {}) {
+Browser& playing(int drill = 0, bool fair = false, std::string_view record = {}) {
   Browser& browser = Browser::start(drill, fair, record);
   browser.renderLatest();
   velto_page_soundOpened(0);

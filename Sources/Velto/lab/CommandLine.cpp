@@ -30,13 +30,38 @@ bool isBelow(const CLI::App* app, const CLI::App* ancestor) {
 }
 
 // The help of a single command is the library's. That of the program, or of a group of commands,
-// lists all commands with their whole names.
+// lists all commands with their whole names. The layout is the same with every version of the
+// library: newer ones indent the switches and wrap all paragraphs anew.
 class Help : public CLI::Formatter {
 public:
   explicit Help(const std::vector<Leaf>& leaves) : leaves_(leaves) {
     column_width(nameColumn);
+    // The second is the key since CLI11 2.6.
     label("Positionals", "Arguments");
+    label("POSITIONALS", "Arguments");
     label("REQUIRED", "");
+  }
+
+  std::string make_help(const CLI::App* app, std::string name,
+                        CLI::AppFormatMode mode) const override {
+    std::string text = withNewline(app->get_description());
+    text += make_usage(app, std::move(name)) + make_positionals(app) + make_groups(app, mode);
+    return text + make_subcommands(app, mode) + "\n" + withNewline(app->get_footer());
+  }
+
+  std::string make_option(const CLI::Option* option, bool isPositional) const override {
+    const std::string margin(nameColumn, ' ');
+    std::string text = "  " + make_option_name(option, isPositional) + make_option_opts(option);
+    if (text.size() < nameColumn)
+      text.resize(nameColumn, ' ');
+    else
+      text += "\n" + margin;
+    for (const char character : make_option_desc(option)) {
+      text += character;
+      if (character == '\n')
+        text += margin;
+    }
+    return text + "\n";
   }
 
   std::string make_usage(const CLI::App* app, std::string name) const override {
@@ -63,6 +88,10 @@ public:
   }
 
 private:
+  static std::string withNewline(const std::string& text) {
+    return text.empty() ? text : text + "\n";
+  }
+
   const std::vector<Leaf>& leaves_;
 };
 
