@@ -19,6 +19,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -147,7 +148,7 @@ QImage drawTouched(const QString& control, bool pressed, bool dark, bool small) 
 // Writes a picture under its name, palette and scale.
 class Folder {
 public:
-  Folder(const QDir& folder, const QString& scale) : folder_(folder), scale_(scale) {}
+  Folder(QDir folder, QString scale) : folder_(std::move(folder)), scale_(std::move(scale)) {}
 
   void save(const QImage& picture, const QString& name, bool dark) {
     const QString file = folder_.filePath(

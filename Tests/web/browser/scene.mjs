@@ -79,7 +79,7 @@ function compare(where, { items: wanted, letters }, found) {
 }
 
 // The largest differences that velto_compare_pictures may find, from 0 to 255; see there. Those in
-// Chromium are 24.0, 9.4 and 1, those in Firefox 33.9, 5.5 and 2: blocks differ by letters a part of a
+// Chromium are 24.0, 9.4 and 2, those in Firefox 33.9, 5.5 and 2: blocks differ by letters a part of a
 // pixel apart. A medium weight for a regular one makes 46 of a block, square corners make 40.
 const limits = { ground: 2, ...("fractions" in browser.lacks ? {} : { block: 36, item: 12 }) };
 
