@@ -24,9 +24,10 @@ struct Recording {
 
   // `count` frames from `begin`.
   [[nodiscard]] Recording part(std::size_t begin, std::size_t count) const {
-    Recording result;
-    result.append(*this, begin, count);
-    return result;
+    const auto from = static_cast<std::ptrdiff_t>(begin);
+    const auto to = from + static_cast<std::ptrdiff_t>(count);
+    return {std::vector<float>(l.begin() + from, l.begin() + to),
+            std::vector<float>(r.begin() + from, r.begin() + to)};
   }
 
   // Ignores an odd last sample.
