@@ -208,8 +208,8 @@ async function listening(hint, work) {
   await context.close();
 }
 
-for (const hint of engine === "chromium" ? [null, "interactive", "balanced", "playback"] : [null]) {
-  const name = hint ?? "0.05 s, the page's";
+for (const hint of engine === "chromium" ? [null, "interactive", "balanced", 0.05] : [null]) {
+  const name = hint ?? "as the page asks for it";
   await listening(hint, async (page, ear) => {
     const presses = [];
     for (let i = 0; i < 9; ++i) {

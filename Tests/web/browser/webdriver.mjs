@@ -344,7 +344,7 @@ class Context {
     return result;
   }
   addInitScript(script) {
-    Host.prelude.push(`(${script})();`);
+    Host.prelude.push(typeof script === "string" ? script : `(${script})();`);
   }
   expose(name, work) {
     Host.told.set(name, work);

@@ -2,8 +2,9 @@
 import type { Order } from "./messages.js";
 
 const sampleRate = 48000;
-// Seconds. A page that was kept busy for 20 s lost no frame with this; the shortest latency did.
-const latencyHint = 0.05;
+// No frame is lost with this while the page's thread and the machine are busy; with "interactive"
+// some are. Browsers may add much to a latency in seconds: Chromium made 0.2 s of 0.05 s.
+const latencyHint = "playback";
 // Milliseconds after which a fade has been heard.
 const fading = 200;
 
