@@ -1,6 +1,6 @@
 // What the page computes and plays, and a trial of each drill.
 import { execFileSync } from "node:child_process";
-import { browser, checkUntil, checking, drills, expect, hashes, judged, newPage, open, photograph,
+import { browser, checkUntil, checking, drills, expect, hashes, host, judged, newPage, open, photograph,
   ready, submit, verdict } from "./kit.mjs";
 
 await checking("All renders have the hashes of the native program", async () => {
@@ -133,16 +133,29 @@ for (const drill of drills)
     await page.context().close();
   });
 
+// What a driver evaluates counts as a gesture in Chromium, so the page tells by itself.
+const tellNotice = () => {
+  setInterval(() => {
+    if (document.querySelector("#notice")?.textContent.includes("to hear the trial"))
+      void window.asks();
+  }, 20);
+};
+
 await checking("Sound waits for the first key, and the page says so", async () => {
-  const page = await open();
-  const isAsked = () => page.evaluate(
-    () => document.querySelector("#notice").textContent.includes("to hear the trial"));
-  await checkUntil(isAsked, "the page asks for a key");
+  const context = await browser.newContext();
+  const page = await context.newPage();
+  let isAsked = false;
+  await page.exposeFunction("asks", () => {
+    isAsked = true;
+  });
+  await page.addInitScript(tellNotice);
+  await page.goto(host.address);
+  await checkUntil(() => isAsked, "the page asks for a key");
   await page.keyboard.press("2");
   await page.waitForFunction(
     () => !document.querySelector("#notice").textContent.includes("to hear the trial"),
     null, { timeout: 20_000 });
-  await page.context().close();
+  await context.close();
 });
 
 await checking("A hidden page is silent, lets the audio thread rest, and resumes", async () => {
