@@ -177,7 +177,7 @@ class Ear {
   get frames() {
     return Math.floor(this.#size / 8);
   }
-  // As numbers of 64 bits: a frame each.
+  // A number of 64 bits for each frame: its two samples.
   async stop() {
     this.#child.kill();
     await new Promise((resolve) => this.#child.on("close", resolve));

@@ -11,6 +11,7 @@
 #include "kit/Listener.h"
 #include "web/RecordingFile.h"
 
+#include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <exception>
@@ -72,7 +73,10 @@ int main(int count, char** arguments) {
     return 2;
   }
   try {
-    std::printf("%.17g\n", answer(all[1], read(all[2], all.subspan(3))));
+    const double heard = answer(all[1], read(all[2], all.subspan(3)));
+    if (!std::isfinite(heard))
+      throw std::runtime_error("nothing is heard");
+    std::printf("%.17g\n", heard);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "  %s\n", error.what());
     return 1;

@@ -1,6 +1,7 @@
 #include "PracticeModel.h"
 
 #include "Wording.h"
+#include "Words.h"
 
 #include <utility>
 
@@ -8,15 +9,11 @@ namespace velto {
 
 namespace {
 
-QString text(std::string_view utf8) {
-  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
-}
-
 template <typename Enumeration>
 QStringList titles() {
   QStringList list;
   for (const Enumeration value : Enumeration::allCases)
-    list.append(text(Wording::title(value)));
+    list.append(Words::text(Wording::title(value)));
   return list;
 }
 
@@ -106,13 +103,13 @@ QStringList PracticeModel::materialTitles() {
 }
 
 QString PracticeModel::prompt() const {
-  return text(Wording::prompt(session_.drill()));
+  return Words::text(Wording::prompt(session_.drill()));
 }
 
 QStringList PracticeModel::prompts() {
   QStringList list;
   for (const Drill drill : Drill::allCases)
-    list.append(text(Wording::prompt(drill)));
+    list.append(Words::text(Wording::prompt(drill)));
   return list;
 }
 
@@ -124,7 +121,7 @@ QStringList PracticeModel::slotTitles() const {
   QStringList list;
   if (const auto& trial = session_.trial())
     for (std::int64_t slot = 0; slot < trial->slots; ++slot)
-      list.append(text(Wording::slotTitle(trial->drill, slot)));
+      list.append(Words::text(Wording::slotTitle(trial->drill, slot)));
   return list;
 }
 
@@ -150,7 +147,7 @@ bool PracticeModel::isFree() const {
 
 QString PracticeModel::place() const {
   const auto place = session_.place();
-  return place ? text(Wording::progress(place->number, place->count)) : QString();
+  return place ? Words::text(Wording::progress(place->number, place->count)) : QString();
 }
 
 bool PracticeModel::keeping() const {
@@ -159,7 +156,7 @@ bool PracticeModel::keeping() const {
 
 QString PracticeModel::keepingError() const {
   const auto& error = session_.keeping().error;
-  return error ? text(Wording::notSaved(*error)) : QString();
+  return error ? Words::text(Wording::notSaved(*error)) : QString();
 }
 
 bool PracticeModel::answerable() const {
@@ -187,23 +184,23 @@ bool PracticeModel::correct() const {
 }
 
 QString PracticeModel::primary() const {
-  return text(Wording::primary(graded(), session_.isOver()));
+  return Words::text(Wording::primary(graded(), session_.isOver()));
 }
 
 QString PracticeModel::status() const {
-  return text(Wording::status(rendering(), keeping()));
+  return Words::text(Wording::status(rendering(), keeping()));
 }
 
 QString PracticeModel::verdict() const {
-  return session_.grade() ? text(Wording::verdict(session_.grade()->correct)) : QString();
+  return session_.grade() ? Words::text(Wording::verdict(session_.grade()->correct)) : QString();
 }
 
 QString PracticeModel::verdictDetail() const {
-  return session_.grade() ? text(Wording::verdictDetail(*session_.grade())) : QString();
+  return session_.grade() ? Words::text(Wording::verdictDetail(*session_.grade())) : QString();
 }
 
 QString PracticeModel::announcement() const {
-  return session_.grade() ? text(Wording::announcement(*session_.grade())) : QString();
+  return session_.grade() ? Words::text(Wording::announcement(*session_.grade())) : QString();
 }
 
 void PracticeModel::select(int slot) {

@@ -34,6 +34,7 @@ class Words : public QObject {
 public:
   using QObject::QObject;
 
+  // UTF-8 as Qt's text.
   [[nodiscard]] static QString text(std::string_view utf8) {
     return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
   }

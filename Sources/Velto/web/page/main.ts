@@ -7,8 +7,8 @@ import type { Job, Rendered } from "./messages.js";
 
 const drills = ["frequency", "level", "dynamics", "polarity"];
 
-// Renders one trial at a time. Of the trials asked for meanwhile, or in one turn, only the latest
-// counts.
+// Renders one trial at a time. Of the trials asked for meanwhile, or in one turn of the event loop,
+// only the latest is rendered.
 class Renderer {
   private readonly worker = new Worker(new URL("worker.js", import.meta.url),
     { type: "module" });

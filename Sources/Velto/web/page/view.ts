@@ -40,7 +40,6 @@ export interface Actions {
 export class View {
   private readonly groups: ReadonlyMap<HTMLElement, Focus>;
   private announced = "";
-  private mapName = "";
 
   constructor(private readonly practice: Practice, private readonly actions: Actions) {
     this.groups = new Map([
@@ -75,7 +74,6 @@ export class View {
       sizer.textContent = text;
       element("primary").append(sizer);
     }
-    this.mapName = String(words["map"]);
   }
 
   // The group that has the keyboard's focus.
@@ -337,7 +335,6 @@ export class View {
       element(id).parentElement!.setAttribute("aria-label", spoken);
     }
     const map = element("map");
-    map.setAttribute("aria-label", this.mapName);
     map.setAttribute("aria-description", progress.mapDescription);
     const shares = this.practice.mapShares(map.getBoundingClientRect().width);
     const isLight = document.documentElement.classList.contains("light");
